@@ -1,0 +1,27 @@
+# Compiler flags shared by every room.
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+# Assertions are promises to the user and stay on everywhere, so no build type defines NDEBUG.
+set(CMAKE_CXX_FLAGS_RELEASE "-O3 -g1")
+set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g")
+set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g")
+
+add_library(tamarin_flags INTERFACE)
+target_compile_options(tamarin_flags INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Werror
+    -march=${TAMARIN_ARCH}
+    # Plain and fast forms, one thread and many, g++ and clang must give equal sums.
+    -ffp-contract=off
+    # Assertion messages and debug information name files from the root of the tree.
+    -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+if(CMAKE_BUILD_TYPE STREQUAL "Debug")
+    target_compile_definitions(tamarin_flags INTERFACE _GLIBCXX_ASSERTIONS)
+endif()
+if(TAMARIN_SANITIZE)
+    target_compile_options(tamarin_flags INTERFACE
+        -fsanitize=${TAMARIN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(tamarin_flags INTERFACE -fsanitize=${TAMARIN_SANITIZE})
+endif()

@@ -1,0 +1,43 @@
+# tamarin_room(NAME SOURCES file... [USES room...])
+#
+# One room of src/ as the static library tamarin_NAME. Headers are included as "room/file.h", and
+# each room publishes an include directory in which only that room is visible; a room therefore
+# compiles only against the rooms it USES (and what those use), and an arrow that runs backwards
+# does not build.
+function(tamarin_room name)
+    cmake_parse_arguments(ROOM "" "" "SOURCES;USES;LINKS" ${ARGN})
+    set(view ${CMAKE_BINARY_DIR}/rooms/${name})
+    file(MAKE_DIRECTORY ${view})
+    file(CREATE_LINK ${CMAKE_SOURCE_DIR}/src/${name} ${view}/${name} SYMBOLIC)
+    add_library(tamarin_${name} STATIC ${ROOM_SOURCES})
+    target_include_directories(tamarin_${name} PUBLIC ${view})
+    target_link_libraries(tamarin_${name} PRIVATE tamarin_flags)
+    if(TAMARIN_SANITIZE)
+        target_link_options(tamarin_${name} PUBLIC -fsanitize=${TAMARIN_SANITIZE})
+    endif()
+    foreach(used IN LISTS ROOM_USES)
+        target_link_libraries(tamarin_${name} PUBLIC tamarin_${used})
+    endforeach()
+    target_link_libraries(tamarin_${name} PUBLIC ${ROOM_LINKS})
+endfunction()
+
+# tamarin_test(NAME SOURCES file... USES room... [LINKS lib...] [SLOW])
+#
+# A GoogleTest program test_NAME whose cases are registered one by one with ctest. SLOW gives every
+# case the label "slow": ./check leaves them out, ./check --full runs them.
+function(tamarin_test name)
+    cmake_parse_arguments(TEST "SLOW" "" "SOURCES;USES;LINKS" ${ARGN})
+    add_executable(test_${name} ${TEST_SOURCES})
+    target_link_libraries(test_${name} PRIVATE tamarin_flags GTest::gtest_main ${TEST_LINKS})
+    target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+    target_compile_definitions(test_${name} PRIVATE
+        TAMARIN_SOURCE_DIR="${CMAKE_SOURCE_DIR}" TAMARIN_BINARY_DIR="${CMAKE_BINARY_DIR}")
+    foreach(used IN LISTS TEST_USES)
+        target_link_libraries(test_${name} PRIVATE tamarin_${used})
+    endforeach()
+    if(TEST_SLOW)
+        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS slow TIMEOUT 1800)
+    else()
+        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+    endif()
+endfunction()

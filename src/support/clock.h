@@ -1,0 +1,27 @@
+// Time that only goes forward.
+//
+// Deadlines and durations are taken from the steady clock alone; nobody's match is lost because the
+// wall clock was set. Tests put a clock of their own in its place.
+#pragma once
+
+#include <chrono>
+
+namespace tamarin {
+
+using Duration = std::chrono::nanoseconds;
+using TimePoint = std::chrono::steady_clock::time_point;
+
+class Clock {
+public:
+    virtual ~Clock() = default;
+    virtual TimePoint now() const { return std::chrono::steady_clock::now(); }
+};
+
+// The machine's steady clock; lives for the whole process.
+const Clock& steadyClock();
+
+inline double seconds(std::chrono::steady_clock::duration duration) {
+    return std::chrono::duration<double>(duration).count();
+}
+
+} // namespace tamarin
