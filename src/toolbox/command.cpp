@@ -1,0 +1,118 @@
+#include "toolbox/command.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace tamarin {
+
+namespace {
+
+constexpr const char* programName = "tamarin";
+
+// The name of the subcommand that the arguments reached, with a space before it, or nothing.
+std::string reachedCommand(const CLI::App& app) {
+    const auto reached = app.get_subcommands();
+    return reached.empty() ? std::string{} : " " + reached.front()->get_name();
+}
+
+// The parser's own messages may have several lines; a person gets one.
+std::string oneLine(std::string text) {
+    for (char& c : text)
+        if (c == '\n')
+            c = ' ';
+    while (!text.empty() && text.back() == ' ')
+        text.pop_back();
+    return text;
+}
+
+} // namespace
+
+int runToolbox(int argc, const char* const* argv, const std::vector<AddCommand>& commands) {
+    CLI::App app{"A poker player's toolbox: matches, training, tables and measurement."};
+    app.name(programName);
+    app.set_version_flag("--version", std::string{programName} + " " + TAMARIN_VERSION);
+    app.require_subcommand(0, 1);
+    app.footer("Every command has --help with an example.\n"
+               "Exit status: 0 done, 1 failed, 2 wrong usage, 128 + N after signal N.");
+
+    int status = exitDone;
+    for (AddCommand add : commands)
+        add(app, status);
+
+    try {
+        app.parse(argc, argv);
+        if (app.get_subcommands().empty())
+            throw UsageError("a command is needed");
+    } catch (const CLI::Success& wanted) { // --help and --version
+        return app.exit(wanted) == 0 ? exitDone : exitFailed;
+    } catch (const CLI::ExtrasError& error) {
+        const auto unknown = app.remaining(true);
+        if (!app.get_subcommands().empty() || unknown.empty() || unknown.front().starts_with("-"))
+            complain("{}; try '{}{} --help'", oneLine(error.what()), programName,
+                     reachedCommand(app));
+        else
+            complain("there is no command '{}'; try '{} --help'", unknown.front(), programName);
+        return exitUsage;
+    } catch (const CLI::ParseError& error) {
+        complain("{}; try '{}{} --help'", oneLine(error.what()), programName, reachedCommand(app));
+        return exitUsage;
+    } catch (const std::exception& error) {
+        return fail(error.what());
+    }
+    // A result that could not be written is no result.
+    if (std::fflush(stdout) != 0 && status == exitDone)
+        return fail("could not write the result to standard output");
+    return status;
+}
+
+CLI::App& addCommand(CLI::App& app, const std::string& name, const std::string& description,
+                     const std::string& example) {
+    CLI::App* command = app.add_subcommand(name, description);
+    command->footer("Example:\n  " + example);
+    command->option_defaults()->always_capture_default();
+    return *command;
+}
+
+void complain(const std::string& message) {
+    std::fprintf(stderr, "%s: %s\n", programName, message.c_str());
+}
+
+int fail(const std::string& message) {
+    complain(message);
+    return exitFailed;
+}
+
+void printJson(const nlohmann::ordered_json& value) {
+    // Names come from the command line and may hold any byte.
+    const std::string text =
+        value.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    std::printf("%s\n", text.c_str());
+}
+
+CLI::Option* addJsonOption(CLI::App& command, bool& json) {
+    return command.add_flag("--json", json, "Print the result as JSON");
+}
+
+CLI::Option* addSeedOption(CLI::App& command, uint64_t& seed) {
+    return command.add_option("--seed", seed, "Seed of everything drawn at random")->type_name("N");
+}
+
+CLI::Option* addThreadsOption(CLI::App& command, int& threads) {
+    return command.add_option("--threads", threads, "Threads to use; 0 for all cores")
+        ->check(CLI::Range(0, 1024))
+        ->type_name("N");
+}
+
+CLI::Option* addDirectoryOption(CLI::App& command, std::string& directory) {
+    return command
+        .add_option("--dir", directory,
+                    "Playing directory: game definitions, and strategies/ and lookup/ below it")
+        ->check(CLI::ExistingDirectory)
+        ->type_name("DIR");
+}
+
+CLI::Option* addQuietOption(CLI::App& command, bool& quiet) {
+    return command.add_flag("--quiet", quiet, "No progress on standard error");
+}
+
+} // namespace tamarin

@@ -1,0 +1,74 @@
+// What every subcommand of `tamarin` shares: how one is declared, how it ends, how it is spoken to.
+//
+// A subcommand is one file that parses, calls the library and prints. It exposes one function,
+//
+//     void addShowCommand(CLI::App& app, int& status) {
+//         auto options = std::make_shared<ShowOptions>();
+//         CLI::App& command = addCommand(app, "show", "Print a strategy",
+//                                        "tamarin show kuhn.limit.3p.game --json");
+//         command.add_option("GAME", options->game, "Game definition")->required();
+//         addJsonOption(command, options->json);
+//         command.callback([options, &status] { status = show(*options); });
+//     }
+//
+// declared and listed in commands.{h,cpp}. The body returns one of the statuses below. Results go
+// to standard output, progress and log to standard error. Whatever the person typed wrong is thrown
+// as a UsageError; whatever else went wrong is one line through complain() and exitFailed.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace tamarin {
+
+// Exit statuses. After a signal the status is interruptStatus() of support/interrupt.h, 128 + its
+// number, with the work so far saved and reported.
+inline constexpr int exitDone = 0;
+inline constexpr int exitFailed = 1;
+inline constexpr int exitUsage = 2;
+
+// Adds itself to the program; the callback leaves its exit status in status.
+using AddCommand = void (*)(CLI::App& app, int& status);
+
+// The program: parses the arguments with the commands given and runs the one that was named.
+// Returns the exit status. Wrong usage prints "tamarin: WHAT; try 'tamarin NAME --help'" and gives
+// exitUsage; an exception that escapes a command prints its text and gives exitFailed.
+int runToolbox(int argc, const char* const* argv, const std::vector<AddCommand>& commands);
+
+// A subcommand with a line of description and one example, shown by --help.
+CLI::App& addCommand(CLI::App& app, const std::string& name, const std::string& description,
+                     const std::string& example);
+
+// Thrown by a command that finds its arguments wrong in a way that the parser cannot see.
+class UsageError : public CLI::ParseError {
+public:
+    explicit UsageError(const std::string& message)
+        : CLI::ParseError("UsageError", message, exitUsage) {}
+};
+
+// "tamarin: MESSAGE" and a line end on standard error, without formatting and as fmt does it.
+void complain(const std::string& message);
+template <class... Args>
+void complain(fmt::format_string<Args...> format, Args&&... args) {
+    complain(fmt::format(format, std::forward<Args>(args)...));
+}
+
+// "tamarin: MESSAGE", and exitFailed to return.
+int fail(const std::string& message);
+
+// JSON on standard output, indented, with a line end.
+void printJson(const nlohmann::ordered_json& value);
+
+// Options that mean the same in every command; the variable's value is the default.
+CLI::Option* addJsonOption(CLI::App& command, bool& json);      // --json
+CLI::Option* addSeedOption(CLI::App& command, uint64_t& seed);  // --seed N
+CLI::Option* addThreadsOption(CLI::App& command, int& threads); // --threads N, 0: all cores
+CLI::Option* addDirectoryOption(CLI::App& command, std::string& directory); // --dir DIR
+CLI::Option* addQuietOption(CLI::App& command, bool& quiet);                // --quiet
+
+} // namespace tamarin

@@ -1,0 +1,31 @@
+// Where games are found, and how they come into a playing directory.
+//
+// A playing directory holds game definitions and, below it, strategies/ and lookup/. `player` takes
+// its game by bare file name from its working directory, so whoever starts one puts the definition
+// there first.
+#pragma once
+
+#include "game/definition.h"
+#include "support/result.h"
+
+#include <string>
+
+namespace tamarin {
+
+// The path of a game definition. A name with a slash is a path and is taken as it stands; a bare
+// name is looked for in directory, then in the games that come with the program (../share/tamarin/
+// games beside an installed program, else the source tree's games/).
+Result<std::string> findGameFile(const std::string& name, const std::string& directory);
+
+// Reads the definition at path. What readGame finds wrong it has said on standard error.
+Result<GamePtr> readGameFile(const std::string& path);
+
+// Makes sure that directory holds the definition at path under its bare file name, copying it when
+// there is none, and returns that name. A different file of the same name there is an error: its
+// tables and strategies would belong to another game.
+Result<std::string> placeGameFile(const std::string& path, const std::string& directory);
+
+// The last component of a path.
+std::string bareName(const std::string& path);
+
+} // namespace tamarin
