@@ -40,9 +40,9 @@ struct Game {
     uint8_t numRounds;               // 1..4
     uint8_t firstPlayer[MAX_ROUNDS]; // the seat that acts first
     uint8_t maxRaises[MAX_ROUNDS];
-    uint8_t numSuits;     // 1..4
-    uint8_t numRanks;     // 1..13
-    uint8_t numHoleCards; // 1..3, per player
+    uint8_t numSuits;                  // 1..4
+    uint8_t numRanks;                  // 1..13
+    uint8_t numHoleCards;              // 1..3, per player
     uint8_t numBoardCards[MAX_ROUNDS]; // dealt at the start of the round, not cumulative
 };
 static_assert(std::is_trivially_copyable_v<Game>);

@@ -1,8 +1,8 @@
 // Showdown ranking: one integer a hand, the larger the better, for any number of cards.
 //
 // The cards become four rank masks, one a suit, and a handful of small tables do the rest, so short
-// decks and hands of fewer than five cards rank by the same rules. Within a class, hands are ordered
-// by the colexicographic index of the ranks that decide them.
+// decks and hands of fewer than five cards rank by the same rules. Within a class, hands are
+// ordered by the colexicographic index of the ranks that decide them.
 #pragma once
 
 #include <array>
@@ -18,15 +18,16 @@ inline CardSet cardBit(uint8_t card) {
 // The hand's rank, 0..12115; larger is better, equal is a tie.
 int rankCardSet(CardSet cards);
 
-// First rank of each class.
-inline constexpr int onePairRank = 1287;       // 13 choose 5 high-card hands lie below
-inline constexpr int twoPairRank = 3718;       // + 13 * 286, where 286 = 13 choose 3
-inline constexpr int threeOfAKindRank = 8606;  // + slack for two pair
-inline constexpr int straightRank = 9620;      // + 13 * 78, where 78 = 13 choose 2
-inline constexpr int flushRank = 9633;
-inline constexpr int fullHouseRank = 10920;
-inline constexpr int fourOfAKindRank = 11934;
-inline constexpr int straightFlushRank = 12103;
+// The first rank of each class. Some values between and inside the classes stand for no hand: a
+// class is numbered as if its deciding ranks could be any, which keeps the arithmetic to one sum.
+inline constexpr int onePairRank = 1287;                   // 13 choose 5 high cards lie below
+inline constexpr int twoPairRank = onePairRank + 13 * 286; // 13 choose 3 kickers a pair
+inline constexpr int threeOfAKindRank = 8606;
+inline constexpr int straightRank = threeOfAKindRank + 13 * 78; // 13 choose 2 kickers
+inline constexpr int flushRank = straightRank + 13;
+inline constexpr int fullHouseRank = flushRank + 1287;
+inline constexpr int fourOfAKindRank = fullHouseRank + 13 * 78;
+inline constexpr int straightFlushRank = fourOfAKindRank + 13 * 13;
 
 namespace tamarin {
 

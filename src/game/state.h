@@ -22,8 +22,8 @@ struct Action {
 // A plain value of about 2.5 KB, copied by assignment.
 struct State {
     uint32_t handId;
-    int32_t maxSpent;   // the largest amount any seat has put in
-    int32_t minRaiseTo; // the smallest legal raise of a no-limit game; 0 in limit games
+    int32_t maxSpent;           // the largest amount any seat has put in
+    int32_t minRaiseTo;         // the smallest legal raise of a no-limit game; 0 in limit games
     int32_t spent[MAX_PLAYERS]; // over the whole hand
     Action action[MAX_ROUNDS][MAX_NUM_ACTIONS];
     uint8_t actingPlayer[MAX_ROUNDS][MAX_NUM_ACTIONS];

@@ -4,22 +4,24 @@
 //   match state = "MATCHSTATE:" viewing-seat common
 //   common      = ":" hand-number ":" betting ":" hole-cards board
 //
-// betting: each action's letter, "/" before every later round; a no-limit raise carries the total it
-// raises to. hole-cards: the seats in order with "|" between them, empty where unknown. board: "/"
-// before each later round's cards. Example: MATCHSTATE:1:7:cc/r:|9hQd/8dAs8s
+// betting: each action's letter, "/" before every later round; a no-limit raise carries the total
+// it raises to. hole-cards: the seats in order with "|" between them, empty where unknown. board:
+// "/" before each later round's cards. Example: MATCHSTATE:1:7:cc/r:|9hQd/8dAs8s
 //
-// Readers take terminated text, return the characters consumed, or -1 on a syntax or rule error, and
-// never run past the terminator; they replay the betting, so an illegal sequence is refused. Writers
-// return the characters written, or -1 when the buffer is too small (it then holds a part).
+// Readers take terminated text, return the characters consumed, or -1 on a syntax or rule error,
+// and never run past the terminator; they replay the betting, so an illegal sequence is refused.
+// Writers return the characters written, or -1 when the buffer is too small (it then holds a part).
 #pragma once
 
 #include "game/state.h"
+
+#include <array>
 
 inline constexpr char rankChars[] = "23456789TJQKA";
 inline constexpr char suitChars[] = "cdhs";
 inline constexpr char actionChars[] = "fcr";
 // f F fold; c C k K call; r R b B raise; every other byte actionInvalid.
-extern const ActionType charToAction[256];
+extern const std::array<ActionType, 256> charToAction;
 
 // One card; 2 or -1. Either case is read.
 int readCard(const char* string, uint8_t* card);

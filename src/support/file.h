@@ -5,18 +5,17 @@
 // part. All calls go through FileSystem, so that a test can fail the k-th of them.
 #pragma once
 
+#include "support/result.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <span>
 #include <string>
-#include <vector>
-
 #include <sys/stat.h>
 #include <sys/types.h>
-
-#include "support/result.h"
+#include <vector>
 
 namespace tamarin {
 

@@ -16,7 +16,9 @@ void ignoreBrokenPipes();
 
 // The number of the first signal received, or 0.
 int interruptSignal();
-inline bool interrupted() { return interruptSignal() != 0; }
+inline bool interrupted() {
+    return interruptSignal() != 0;
+}
 
 // 128 + the signal's number: the exit status after an orderly stop.
 int interruptStatus();

@@ -4,9 +4,9 @@
 // the kernel frees it the moment its holder dies, so nobody ever has to remove a lock by hand.
 #pragma once
 
-#include <string>
-
 #include "support/result.h"
+
+#include <string>
 
 namespace tamarin {
 

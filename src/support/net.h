@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <cstdio>
-
 #include <sys/socket.h>
 #include <sys/types.h>
 

@@ -2,11 +2,11 @@
 // few seconds elsewhere, both with the rate and the time left.
 #pragma once
 
+#include "support/clock.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <string>
-
-#include "support/clock.h"
 
 namespace tamarin {
 
