@@ -1,0 +1,71 @@
+#include "driver/player.h"
+
+#include "driver/PokerAgent.h"
+#include "support/interrupt.h"
+#include "support/rng.h"
+#include "support/scan.h"
+
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tamarin {
+
+namespace {
+
+// The agent for a game, or null when the name is none that this program plays.
+std::unique_ptr<PokerAgent> makeAgent(const std::string& gameFile) {
+    (void)gameFile;
+    return nullptr;
+}
+
+GamePtr readDefinition(const char* path) {
+    FILE* file = std::fopen(path, "r");
+    if (!file) {
+        std::fprintf(stderr, "ERROR: could not open game %s\n", path);
+        return nullptr;
+    }
+    GamePtr game(readGame(file));
+    std::fclose(file);
+    if (!game) {
+        std::fprintf(stderr, "ERROR: could not read game %s\n", path);
+    }
+    return game;
+}
+
+} // namespace
+
+int runPlayer(int argc, char** argv) {
+    randomize();
+    ignoreBrokenPipes();
+    const std::vector<std::string> arguments(argv, argv + argc);
+    for (const std::string& argument : arguments) {
+        std::cout << argument << std::endl;
+    }
+    if (argc < 4) {
+        std::fprintf(stderr, "usage: player game server port\n");
+        return 1;
+    }
+    const GamePtr game = readDefinition(argv[1]);
+    if (!game) {
+        return 1;
+    }
+    const std::unique_ptr<PokerAgent> agent = makeAgent(arguments[1]);
+    if (!agent) {
+        std::fprintf(stderr, "ERROR: unknown game %s\n", argv[1]);
+        return 1;
+    }
+    uint16_t port = 0;
+    if (scanUnsigned16(argv[3], port) < 0) {
+        std::fprintf(stderr, "ERROR: invalid port %s\n", argv[3]);
+        return 1;
+    }
+    if (!agent->connect(argv[2], port) || !agent->play()) {
+        return 1;
+    }
+    return 0;
+}
+
+} // namespace tamarin
