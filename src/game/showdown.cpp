@@ -24,7 +24,7 @@ static_assert(twoPairRank == 5005 && straightRank == 9620 && flushRank == 9633);
 static_assert(fullHouseRank == 10920 && fourOfAKindRank == 11934 && straightFlushRank == 12103);
 
 int highestBit(unsigned mask) {
-    return mask == 0 ? 0 : std::bit_width(mask) - 1;
+    return mask == 0 ? 0 : std::countl_zero(1U) - std::countl_zero(mask);
 }
 
 // Colexicographic index of the highest min(count, size) ranks of the mask among all sets of as many
