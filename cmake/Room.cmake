@@ -21,12 +21,13 @@ function(tamarin_room name)
     target_link_libraries(tamarin_${name} PUBLIC ${ROOM_LINKS})
 endfunction()
 
-# tamarin_test(NAME SOURCES file... USES room... [LINKS lib...] [SLOW])
+# tamarin_test(NAME SOURCES file... USES room... [LINKS lib...] [SLOW|THREADS])
 #
 # A GoogleTest program test_NAME whose cases are registered one by one with ctest. SLOW gives every
-# case the label "slow": ./check leaves them out, ./check --full runs them.
+# case the label "slow": ./check leaves them out, ./check --slow runs them. THREADS gives the label
+# "threads": ./check --tsan runs these under the thread sanitizer.
 function(tamarin_test name)
-    cmake_parse_arguments(TEST "SLOW" "" "SOURCES;USES;LINKS" ${ARGN})
+    cmake_parse_arguments(TEST "SLOW;THREADS" "" "SOURCES;USES;LINKS" ${ARGN})
     add_executable(test_${name} ${TEST_SOURCES})
     target_link_libraries(test_${name} PRIVATE tamarin_flags GTest::gtest_main ${TEST_LINKS})
     target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
@@ -37,6 +38,8 @@ function(tamarin_test name)
     endforeach()
     if(TEST_SLOW)
         gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS slow TIMEOUT 1800)
+    elseif(TEST_THREADS)
+        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS threads TIMEOUT 300)
     else()
         gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
     endif()

@@ -1,0 +1,123 @@
+#include "architecture/tree.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <regex>
+
+namespace tamarin {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Libraries that only the toolbox may use; the rooms below it need the standard library alone.
+const std::regex toolboxLibrary("^(CLI|nlohmann|fmt)/.*|^xxhash\\.h$|^(gtest|gmock|rapidcheck)/.*");
+
+bool isSource(const fs::path& path) {
+    return path.extension() == ".h" || path.extension() == ".cpp";
+}
+
+std::string roomOf(const std::string& file) { // src/ROOM/...
+    const size_t begin = file.find('/') + 1;
+    return file.substr(begin, file.find('/', begin) - begin);
+}
+
+} // namespace
+
+// Lowest first. A room may use the rooms named beside it and nothing else; what is not named here
+// is no room.
+const RoomUses& allowedUses() {
+    static const RoomUses uses = {
+        {"support", {}},
+        {"index", {}},
+        {"game", {"support"}},
+        {"eval", {"support", "game"}},
+        {"abstraction", {"support", "index", "game", "eval"}},
+        {"solver", {"support", "game", "abstraction"}},
+        {"driver", {"support", "index", "game", "eval", "abstraction", "solver"}},
+        {"bots", {"support", "game", "driver"}},
+        {"dealer", {"support", "game"}},
+        {"toolbox",
+         {"support", "index", "game", "eval", "abstraction", "solver", "driver", "bots", "dealer"}},
+    };
+    return uses;
+}
+
+std::vector<Include> includesBelow(const fs::path& root, const std::string& folder) {
+    static const std::regex line(R"re(^\s*#\s*include\s*(["<])([^">]+)[">].*)re");
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::recursive_directory_iterator(root / folder))
+        if (entry.is_regular_file() && isSource(entry.path()))
+            files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+
+    std::vector<Include> includes;
+    for (const fs::path& path : files) {
+        std::ifstream file(path);
+        std::string text;
+        for (int number = 1; std::getline(file, text); ++number) {
+            std::smatch match;
+            if (std::regex_match(text, match, line))
+                includes.push_back(
+                    {fs::relative(path, root).string(), number, match[2], match[1] == "\""});
+        }
+    }
+    return includes;
+}
+
+std::vector<std::string> backwardArrows(const fs::path& root) {
+    std::vector<std::string> wrong;
+    const RoomUses& rooms = allowedUses();
+    for (const Include& include : includesBelow(root, "src")) {
+        const std::string where = include.file + ":" + std::to_string(include.line) + ": ";
+        const std::string room = roomOf(include.file);
+        if (!rooms.contains(room)) {
+            wrong.push_back(where + room + " is no room");
+        } else if (!include.quoted) {
+            if (room != "toolbox" && std::regex_match(include.name, toolboxLibrary))
+                wrong.push_back(where + "<" + include.name + "> belongs to the toolbox");
+        } else if (!fs::exists(root / "src" / include.name)) {
+            wrong.push_back(where + "\"" + include.name + "\" is no src/ROOM/FILE");
+        } else {
+            const std::string target = include.name.substr(0, include.name.find('/'));
+            if (target != room && !rooms.at(room).contains(target))
+                wrong.push_back(where + room + " may not include " + target);
+        }
+    }
+    return wrong;
+}
+
+std::vector<std::string> treeFiles(const fs::path& root) {
+    std::vector<std::string> files;
+    const std::string command = "git -C '" + root.string() + "' ls-files -z 2>/dev/null";
+    if (FILE* pipe = popen(command.c_str(), "r")) {
+        std::string name;
+        for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
+            if (c != '\0') {
+                name.push_back(static_cast<char>(c));
+                continue;
+            }
+            files.push_back(name);
+            name.clear();
+        }
+        pclose(pipe);
+    }
+    if (!files.empty())
+        return files;
+
+    for (auto it = fs::recursive_directory_iterator(root); it != fs::end(it); ++it) {
+        const std::string name = it->path().filename().string();
+        const bool top = it.depth() == 0;
+        if (name.starts_with('.') || (top && (name == "build" || name == "run"))) {
+            if (it->is_directory())
+                it.disable_recursion_pending();
+        } else if (it->is_regular_file()) {
+            files.push_back(fs::relative(it->path(), root).string());
+        }
+    }
+    return files;
+}
+
+} // namespace tamarin
