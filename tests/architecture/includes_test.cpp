@@ -87,10 +87,11 @@ TEST(Includes, CMakeNamesNoMoreThanTheRoomMayUse) {
             std::istringstream words((*it)[2]);
             bool uses = false;
             for (std::string word; words >> word;) {
-                if (std::regex_match(word, keyword))
+                if (std::regex_match(word, keyword)) {
                     uses = word == "USES";
-                else if (uses)
+                } else if (uses) {
                     EXPECT_TRUE(allowed.contains(word)) << room << " may not use " << word;
+                }
             }
         }
     }

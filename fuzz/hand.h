@@ -1,0 +1,62 @@
+// What every hand owes, whatever definition and betting it came from.
+#pragma once
+
+#include "fuzz/fuzz.h"
+#include "game/game.h"
+
+#include <cmath>
+
+namespace tamarin {
+
+// Whether a showdown of this hand has a value: somebody other than one seat has put chips in. Where
+// nobody has (no blinds, all checked) there is no pot to divide.
+inline bool hasValue(const Game& game, const State& state) {
+    int paid = 0;
+    for (int seat = 0; seat < game.numPlayers; ++seat) {
+        if (state.spent[seat] > 0)
+            ++paid;
+        else if (state.spent[seat] < 0 || !state.playerFolded[seat])
+            return false;
+    }
+    return paid > 1;
+}
+
+// A finished hand pays out what was put in; an unfinished one has a seat to act that can act, for
+// which a call is legal and every legal action leads to a hand again.
+inline void checkHand(const Game& game, const State& state) {
+    if (state.finished) {
+        if (!hasValue(game, state))
+            return;
+        double sum = 0;
+        double largest = 1;
+        for (uint8_t seat = 0; seat < game.numPlayers; ++seat) {
+            const double value = valueOfState(&game, &state, seat);
+            expect(std::isfinite(value), "a value is a number");
+            expect(value >= -static_cast<double>(state.spent[seat]),
+                   "nobody loses more than it paid");
+            sum += value;
+            largest = std::fmax(largest, std::fabs(value));
+        }
+        expect(std::fabs(sum) <= 1e-9 * largest, "the values of all seats sum to zero");
+        return;
+    }
+
+    if (numActingPlayers(&game, &state) == 0)
+        return;
+    const uint8_t seat = currentPlayer(&game, &state);
+    expect(seat < game.numPlayers, "the seat to act exists");
+    expect(!state.playerFolded[seat], "the seat to act has not folded");
+
+    Action call{actionCall, 0};
+    expect(isValidAction(&game, &state, 0, &call) != 0, "a call is always legal");
+    for (const ActionType type : {actionFold, actionCall, actionRaise}) {
+        Action action{type, 0};
+        if (!isValidAction(&game, &state, 1, &action)) // moves a raise to its smallest size
+            continue;
+        State next = state;
+        doAction(&game, &action, &next);
+        expect(next.finished || next.round >= state.round, "a hand goes on or ends");
+    }
+}
+
+} // namespace tamarin
