@@ -7,6 +7,7 @@
 
 #include "support/result.h"
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -31,7 +32,9 @@ public:
     virtual int close(int fd);
     virtual int rename(const char* from, const char* to);
     virtual int unlink(const char* path);
+    virtual int stat(const char* path, struct stat* status);
     virtual int fstat(int fd, struct stat* status);
+    virtual int flock(int fd, int operation);
     virtual void* map(size_t size, int fd); // read-only, shared; MAP_FAILED on error
     virtual int unmap(void* address, size_t size);
 };
@@ -41,10 +44,11 @@ FileSystem& systemFiles();
 
 // Writes one file atomically. Nothing appears under the final name before commit() has returned
 // success; an object destroyed without a commit removes its temporary file and leaves whatever the
-// path held before. The temporary file is PATH.tmp.PID.N in the same directory, opened exclusively;
-// create() removes those that a process no longer alive has left there. A target that exists and is
-// not a regular file (a device, a pipe) is written in place. Short writes and EINTR are retried.
-// Not thread-safe; two processes writing the same path leave one whole file of the two.
+// path held before. The temporary file is PATH.tmp.PID.N in the same directory, opened exclusively
+// and locked while it is written; create() removes those that a process no longer alive has left
+// there. A symbolic link is followed and stays. A target that exists and is not a regular file (a
+// device, a pipe) is written in place. Short writes and EINTR are retried. One object belongs to
+// one thread; two processes or threads writing the same path leave one whole file of the two.
 class AtomicFile {
 public:
     static Result<AtomicFile> create(const std::string& path, FileSystem& files = systemFiles());

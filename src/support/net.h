@@ -19,6 +19,7 @@ public:
     virtual ssize_t send(int fd, const void* buffer, size_t size);
     // Waits until fd can be read; timeoutMicros < 0 waits without limit. 1 ready, 0 timed out, -1.
     virtual int waitReadable(int fd, int64_t timeoutMicros);
+    virtual int waitWritable(int fd, int64_t timeoutMicros);
     virtual int64_t nowMicros(); // steady
 };
 

@@ -17,6 +17,9 @@ public:
              const Clock& clock = steadyClock());
     ~Progress(); // ends the line on a terminal
 
+    // Work taken up again where an earlier run stopped: rate and time left then count only what
+    // this run does. Before the first update.
+    void resumeAt(uint64_t done);
     // Tells how far the work is; cheap enough to call often (it looks at the clock and seldom
     // prints). One thread only. note is shown at the end of the line.
     void update(uint64_t done, const std::string& note = {});
@@ -32,14 +35,16 @@ private:
     FILE* out_;
     const Clock& clock_;
     bool terminal_;
+    bool drawn_ = false;
     bool finished_ = false;
+    uint64_t resumedAt_ = 0;
     TimePoint start_;
     TimePoint lastPrint_;
 };
 
-// "1.2 s", "3 min 20 s", "2 h 05 min".
+// "1.2 s", "3 min 20 s", "2 h 05 min", "3 d 04 h".
 std::string describeDuration(double seconds);
-// "12.3 MB", "10.5 GB" (powers of ten).
+// "12 bytes", "12.3 MB", "10.5 GB" (powers of ten).
 std::string describeBytes(uint64_t bytes);
 // "1,286,792".
 std::string describeCount(uint64_t count);

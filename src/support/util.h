@@ -4,6 +4,8 @@
 // reads one knows its element count.
 #pragma once
 
+#include "support/file.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -21,6 +23,14 @@ double* loadDoubleTable(const char* path, size_t size);
 void saveIntTable(const char* path, int* arr, size_t size);
 void saveByteTable(const char* path, uint8_t* arr, size_t size);
 void saveDoubleTable(const char* path, double* arr, size_t size);
+
+namespace tamarin {
+
+// What the three above do before they judge: the bytes, atomically, or an error that says why not.
+Status saveTable(const char* path, const void* elements, size_t bytes,
+                 FileSystem& files = systemFiles());
+
+} // namespace tamarin
 
 // Whether the file system knows name, whatever kind of file it is (a directory counts).
 bool file_exist(const std::string& name);
