@@ -77,6 +77,11 @@ void checkMatchState(const Game& game, const char* text, size_t length) {
             continue;
         }
         expect(written == static_cast<int>(std::strlen(first.data())), "what is read prints");
+        checkHand(game, state.state);
+        // Between the last seat's cards and the first round's board stands no separator, so where
+        // that seat's cards are unknown the board is taken for them.
+        if (game.numBoardCards[0] != 0)
+            continue;
         MatchState again{};
         expect(readMatchState(first.data(), &game, &again) == written, "and reads back whole");
         expect(matchStatesEqual(&game, &state, &again) != 0, "to an equal state");
@@ -87,7 +92,6 @@ void checkMatchState(const Game& game, const char* text, size_t length) {
             expect((printMatchState(&game, &state, room, second.data()) == written) ==
                        (room > written),
                    "a buffer is too small exactly when the text does not fit");
-        checkHand(game, state.state);
     }
 }
 

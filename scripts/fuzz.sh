@@ -24,12 +24,13 @@ mkdir -p "$corpus" "$findings"
 dictionary=()
 [[ -f fuzz/$name.dict ]] && dictionary=(-dict="fuzz/$name.dict")
 log=$findings/$target.log
+export ASAN_OPTIONS=quarantine_size_mb=16:detect_leaks=1
 
 echo "$target: $seconds s"
 # The targets print the parsers' own messages, so standard error goes to a file; what libFuzzer
 # concludes is shown.
 if "$program" "$corpus" "fuzz/corpus/$name" "${dictionary[@]}" -max_len=4096 -timeout=1 \
-    -rss_limit_mb=256 -max_total_time="$seconds" -print_final_stats=1 -close_fd_mask=1 \
+    -rss_limit_mb=256 -max_total_time="$seconds" -print_final_stats=1 -close_fd_mask=3 \
     -artifact_prefix="$findings/$target-" >"$log" 2>&1; then
     grep -aE '^stat::(number_of_executed_units|average_exec_per_sec|peak_rss_mb)' "$log"
 else

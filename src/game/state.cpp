@@ -239,12 +239,10 @@ int raiseIsValid(const Game* game, const State* state, int32_t* minSize, int32_t
     const int p = currentPlayer(game, state);
     *minSize = state->minRaiseTo;
     *maxSize = game->stack[p];
-    if (*minSize > *maxSize) {
-        if (state->maxSpent >= *maxSize) {
-            return 0;
-        }
-        *minSize = *maxSize; // only all-in
+    if (state->maxSpent >= *maxSize) {
+        return 0; // also where the smallest raise, past what 32 bits hold, was cut to the stack
     }
+    *minSize = std::min(*minSize, *maxSize); // a short stack may only go all-in
     return 1;
 }
 
