@@ -70,7 +70,7 @@ void setDefaults(Game* game) {
 }
 
 // The rest of the line when it begins with the keyword, in any mix of cases; else null. Only the
-// prefix is compared, so "blinds" and "stacks" are read as well.
+// prefix is compared, so "limitless" is "limit".
 const char* afterKeyword(const char* line, const char* keyword) {
     const size_t length = std::strlen(keyword);
     return strncasecmp(line, keyword, length) == 0 ? line + length : nullptr;

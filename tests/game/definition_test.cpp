@@ -76,13 +76,13 @@ TEST(ReadGame, SkipsCommentsEvenBeforeAKeyword) {
 }
 
 TEST(ReadGame, ComparesOnlyThePrefixOfAKeyword) {
-    const GamePtr game =
-        parseGame(definition("stacks = 100 200\nblinds 3 4\nlimitless\nnonsense 7"));
+    const GamePtr game = parseGame(definition("nolimits\nlimitless\nstack100 200\nnonsense 7"));
     ASSERT_NE(game, nullptr);
     EXPECT_EQ(game->stack[0], 100);
     EXPECT_EQ(game->stack[1], 200);
-    EXPECT_EQ(game->blind[1], 4);
     EXPECT_EQ(game->bettingRule, limitRule);
+    // The plural is the keyword too, but its last letter stands where the values begin.
+    EXPECT_EQ(errorOf(definition("blinds = 3 4")), "only read 0 blinds, need 2\n");
 }
 
 TEST(ReadGame, SeparatesNumbersByBlanksAndEqualSigns) {

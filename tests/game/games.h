@@ -230,12 +230,13 @@ maxRaises = 3 3 3
 numSuits = 4
 numRanks = 8
 numHoleCards = 2
-numBoardCards = 1 1 1
+numBoardCards = 0 1 2
 END GAMEDEF
 )";
 
 // Twelve shapes of game: limit and no-limit, two to ten players, short decks, uneven stacks, one to
-// four rounds.
+// four rounds. None deals board cards before the first betting: the text puts those straight behind
+// the last seat's cards, so that a match state whose last seat is unknown would not read back.
 inline const std::vector<const char*>& manyGames() {
     static const std::vector<const char*> games = {
         twoPlayerKuhn,    threePlayerKuhn,  leduc,         twoPlayerLimit,

@@ -176,6 +176,15 @@ TEST(LimitRound, ARaiseOfAShortStackIsCappedAtIt) {
     EXPECT_EQ(numAllIn(game.get(), &state), 1);
 }
 
+TEST(LimitRound, ARaiseOfAStackBelowTheBetLowersTheBet) {
+    const GamePtr game = parseGame(shortStackLimit);
+    State state = fresh(*game);
+    play(*game, state, {raise, raise, raise}); // to 6, to 10, and seat 0 has 9
+    EXPECT_EQ(state.spent[3], 10);
+    EXPECT_EQ(state.spent[0], 9);
+    EXPECT_EQ(state.maxSpent, 9);
+}
+
 TEST(NoLimitRaise, TheMinimumGrowsWithTheLastRaise) {
     const GamePtr game = parseGame(smallBlindFirst);
     State state = fresh(*game);
@@ -426,7 +435,8 @@ TEST(Chips, SumToZeroAtEveryEnd) {
 // Side pots settled the long way: chip by chip, each goes to the best hands that paid for it.
 double valueChipByChip(const Game& game, const State& state, uint8_t player) {
     double value = -state.spent[player];
-    for (int32_t chip = 0; chip < state.maxSpent; ++chip) {
+    const int32_t most = *std::max_element(state.spent, state.spent + game.numPlayers);
+    for (int32_t chip = 0; chip < most; ++chip) {
         int paid = 0;
         int best = -1;
         int winners = 0;
@@ -470,13 +480,15 @@ TEST(ValueOfState, AgreesWithPotsCountedChipByChip) {
         int showdowns = 0;
         for (uint32_t seed = 0; seed < 400; ++seed) {
             playRandomHand(*game, seed, [&](const State& state) {
-                // Chips that only folded seats paid (more than any other did) have no owner in the
-                // long form; the rules leave them with whoever is listed last.
+                // Chips that only folded seats paid have no owner in the long form; the rules leave
+                // them with nobody.
                 int32_t live = 0;
+                int32_t most = 0;
                 for (int p = 0; p < game->numPlayers; ++p) {
+                    most = std::max(most, state.spent[p]);
                     live = std::max(live, state.playerFolded[p] ? 0 : state.spent[p]);
                 }
-                if (!state.finished || live < state.maxSpent ||
+                if (!state.finished || live < most ||
                     numFolded(game.get(), &state) + 1 == game->numPlayers) {
                     return;
                 }
