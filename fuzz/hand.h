@@ -8,11 +8,14 @@
 
 namespace tamarin {
 
-// The reader takes negative blinds and raise sizes as they stand; a raise then takes chips back,
-// and no promise about the pot can hold. Everything else must.
-inline bool moneyMakesSense(const Game& game) {
+// Whether a pot of this game loses nothing. The reader takes negative blinds and raise sizes as
+// they stand, and a raise then takes chips back. In a limit game a seat whose stack is below the
+// bet may still raise, which lowers the bet to its stack; what others had put in beyond that, and
+// folded, nobody wins.
+inline bool potIsWhole(const Game& game) {
     for (int seat = 0; seat < game.numPlayers; ++seat)
-        if (game.blind[seat] < 0)
+        if (game.blind[seat] < 0 ||
+            (game.bettingRule == limitRule && game.stack[seat] != game.stack[0]))
             return false;
     for (int round = 0; game.bettingRule == limitRule && round < game.numRounds; ++round)
         if (game.raiseSize[round] < 0)
@@ -35,19 +38,18 @@ inline void checkHand(const Game& game, const State& state) {
     if (state.finished) {
         if (!hasValue(game, state))
             return;
-        const bool sensible = moneyMakesSense(game);
+        const bool whole = potIsWhole(game);
         double sum = 0;
         double largest = 1;
         for (uint8_t seat = 0; seat < game.numPlayers; ++seat) {
             const double value = valueOfState(&game, &state, seat);
             expect(std::isfinite(value), "a value is a number");
-            expect(!sensible || value >= -static_cast<double>(state.spent[seat]),
+            expect(!whole || value >= -static_cast<double>(state.spent[seat]),
                    "nobody loses more than it paid");
             sum += value;
             largest = std::fmax(largest, std::fabs(value));
         }
-        expect(!sensible || std::fabs(sum) <= 1e-9 * largest,
-               "the values of all seats sum to zero");
+        expect(!whole || std::fabs(sum) <= 1e-9 * largest, "the values of all seats sum to zero");
         return;
     }
 
