@@ -1,0 +1,112 @@
+// The solver object: its life, the keys, the abstracted actions, looking nodes up.
+
+#include "solver/cfr.h"
+
+#include "solver/compiled_game.h"
+#include "solver/deck.h"
+
+#include <typeinfo>
+
+namespace {
+
+constexpr int standardDeck = 52;
+
+Action abstractedAction(int index) {
+    switch (index) {
+    case 0:
+        return {actionFold, 0};
+    case 1:
+        return {actionCall, 0};
+    case 2:
+        return {actionRaise, 0};
+    default:
+        return {actionInvalid, 0};
+    }
+}
+
+} // namespace
+
+bool CFR::logProgress = false;
+
+CFR::CFR(Game* game_)
+    : useHoldemTables(false), useCardAbstraction(false),
+      nodeMaps(new tamarin::NodeMap[static_cast<size_t>(game_->numPlayers * game_->numRounds)]),
+      game(game_), useMonteCarlo(false), gameUtility(nullptr), treeReady(false),
+      useClusterEquity(false), equityRound(0), equityTables(nullptr) {}
+
+CFR::~CFR() {
+    delete[] nodeMaps;
+    delete[] gameUtility;
+}
+
+std::string CFR::abstraction(State* state) {
+    const uint8_t p = currentPlayer(game, state);
+    const uint8_t r = state->round;
+    uint64_t card;
+    if (!useCardAbstraction) {
+        if (game->numSuits * game->numRanks == standardDeck)
+            throw "Falta fazer tabela de abstracao do indice do indexador";
+        card = static_cast<uint64_t>(tamarin::cardField(state->holeCards[p][0]));
+    } else if (useHoldemTables) {
+        card = holdemBucket[r][numActingPlayers(game, state)][p];
+    } else {
+        card = currentBucket[r][p];
+    }
+    std::string key = std::to_string(p) + ':' + std::to_string(r) + ':' + std::to_string(card);
+    key += ':';
+    char text[512];
+    for (int round = 0; round <= r; ++round)
+        for (int i = 0; i < state->numActions[round]; ++i) {
+            printAction(game, &state->action[round][i], sizeof text, text);
+            key += text;
+        }
+    return key;
+}
+
+Action* CFR::getAbstractedAction(int index, State*, Action* out) {
+    *out = abstractedAction(index);
+    return out;
+}
+
+Action& CFR::translate(int index, State*, Action& out) {
+    out = abstractedAction(index);
+    return out;
+}
+
+tamarin::NodeMap& CFR::mapOf(int player, int round) const {
+    return nodeMaps[round + player * game->numRounds];
+}
+
+const tamarin::NodeMap& CFR::nodeMap(int player, int round) const {
+    return mapOf(player, round);
+}
+
+CFRNode* CFR::nodeOf(State* state) {
+    return mapOf(currentPlayer(game, state), state->round).at(abstraction(state));
+}
+
+CFRNode* CFR::findNode(State* state) {
+    return nodeOf(state);
+}
+
+Action CFR::getAction(State*) {
+    return {actionFold, 0};
+}
+
+size_t CFR::numInformationSets() const {
+    size_t count = 0;
+    for (int m = 0; m < numMaps(); ++m)
+        count += nodeMaps[m].size();
+    return count;
+}
+
+tamarin::CompiledGame* CFR::compiledGame() {
+    // A derived class may key its states, or offer actions, in its own way; buckets come from
+    // outside and change without notice; and card ranks of a full deck have no keys at all.
+    if (typeid(*this) != typeid(CFR) || useCardAbstraction ||
+        game->numSuits * game->numRanks == standardDeck)
+        return nullptr;
+    if (!compiled)
+        compiled = std::make_unique<tamarin::CompiledGame>(*game);
+    return compiled.get();
+}

@@ -1,0 +1,156 @@
+// Counterfactual regret minimisation over an abstracted game (Zinkevich, Johanson, Bowling and
+// Piccione 2007): the information sets, the training that fills them, their file and their value.
+//
+// An information set is found by a text key, "player:round:card:actions"; player 1 in round 0 with
+// the second-lowest card after one raise is "1:0:1:r". The card field is the rank of the first hole
+// card (ranks 9..12 count as 0..3, which are the cards that the rules engine deals from a four-rank
+// deck) or, with useCardAbstraction, a bucket. Board cards are no part of a key.
+//
+// Training updates regrets with the reach of the player who acted last, which is this player's own
+// rule; the trainers of solver/equilibrium.h have the published weights.
+//
+// The strings and maps are the plain form. train and calcUtility walk a compiled tree instead
+// (solver/compiled_tree.h) and leave the same bits; trainPlain and calcUtilityPlain are the plain
+// form, for tests and for derived classes that key their states in another way.
+//
+// Errors are thrown as character strings, some of them in Portuguese; a state that the tree does
+// not hold is std::out_of_range ("map::at"). Single-threaded.
+#pragma once
+
+#include "game/game.h"
+#include "solver/cfr_node.h"
+
+#include <cstdint>
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <string>
+
+class EquityTables;
+
+namespace tamarin {
+class CompiledGame;
+// The information sets of one player in one round, by key in byte order.
+using NodeMap = std::map<std::string, CFRNode*>;
+} // namespace tamarin
+
+class CFR {
+public:
+    // An empty solver; the game must outlive it and stay as it is.
+    explicit CFR(Game* game);
+    // The nodes are deliberately left: a solver, and whatever points into it, lives as long as the
+    // program.
+    virtual ~CFR();
+    CFR(const CFR&) = delete;
+    CFR& operator=(const CFR&) = delete;
+
+    // The key of the information set of the player to act. Throws the string "Falta fazer tabela de
+    // abstracao do indice do indexador" for card ranks of a 52-card deck.
+    virtual std::string abstraction(State* state);
+    // 0 fold, 1 call, 2 raise, anything else invalid; size always 0.
+    virtual Action* getAbstractedAction(int index, State* state, Action* out);
+    // The probability that a card field wins, for eliminateActions(). Throws the strings "Not
+    // working... only at 5am" (buckets outside trainIS) and "not implemented" (card ranks of any
+    // game but one round, one hole card, no board).
+    virtual double winProb(int bucket);
+    virtual Action& translate(int index, State* state, Action& out);
+
+    // The player to act's node; std::out_of_range when there is none.
+    CFRNode* findNode(State* state);
+
+    // Adds the nodes of every state reachable from this one, for the cards it holds. A node that is
+    // already there is set back to zero.
+    void createAbstractedGameTree(State* state);
+
+    // Trains on this many random deals; before the first, when the tree is not there yet, builds it
+    // over all deals and eliminates useless actions. Prints its counts, and with logProgress a line
+    // each 1 % (at least 100 iterations then). Throws the string "Deve carregar equity tables para
+    // correr cfr no hold'em poker" for a 52-card deck without equity tables; with them and without
+    // a tree, ends the process: such a tree cannot be enumerated.
+    void train(unsigned long long iterations);
+    void trainPlain(unsigned long long iterations);
+
+    // One visit of the training, at state and below. reach: each player's probability of playing to
+    // here. lastPlayer: who acted before (0 at the root). util receives each player's value.
+    void calc(State* state, double* reach, unsigned char lastPlayer, double* util);
+
+    // Takes fold from hands that win with probability 0.95 or more, and in the last round call from
+    // those that win with 0.05 or less and cannot raise. Prints two lines.
+    void eliminateActions();
+
+    // The value of the game to each player, over all deals, when everybody plays the average
+    // strategy.
+    void calcUtility(double* result);
+    void calcUtilityPlain(double* result);
+    // The same from one state on, for the cards it holds.
+    void calcUtil(State* state, double* util);
+
+    // Writes every node; false when it could not, or when a key has 60 bytes or more. The old file
+    // stays until the new one is whole.
+    bool save(const std::string& path);
+    // Replaces the maps by a file's nodes and marks the tree ready. False for a file that is
+    // absent, cut, damaged or not a regular file: the maps then hold what was read so far and the
+    // tree is as ready as it was before, so a fresh solver stays unusable. Never takes more memory
+    // than the file's true size asks for. Trailing bytes are ignored; checkStrategyFile() is
+    // stricter.
+    bool load(const std::string& path);
+
+    // A placeholder: fold. Agents draw from findNode()'s node instead.
+    Action getAction(State* state);
+
+    void setUseMonteCarlo(bool use) { useMonteCarlo = use; }
+    bool getUseMonteCarlo() const { return useMonteCarlo; }
+    void setEquityTables(EquityTables* tables) { equityTables = tables; }
+    EquityTables* getEquityTables() const { return equityTables; }
+
+    // Builds the tree over all deals with no elimination and nothing printed; for games in which
+    // winProb knows no card's chances, and for trainers that want every action.
+    void buildTree();
+    bool isTreeReady() const { return treeReady; }
+    const Game& getGame() const { return *game; }
+    // Nodes of all maps.
+    size_t numInformationSets() const;
+    // The map of one player in one round.
+    const tamarin::NodeMap& nodeMap(int player, int round) const;
+
+    // Switches train's progress lines; process-wide.
+    static bool logProgress;
+
+    friend std::ostream& operator<<(std::ostream& out, CFR const& cfr);
+
+    // Card fields come from holdemBucket (else currentBucket) while both are on.
+    bool useHoldemTables;
+    bool useCardAbstraction;
+    uint64_t holdemBucket[MAX_ROUNDS][MAX_PLAYERS][3]; // [round][acting players][player]
+
+protected:
+    tamarin::NodeMap* nodeMaps; // [round + player * numRounds]
+    Game* game;
+    bool useMonteCarlo;
+    double* gameUtility; // per player, or null before any training
+    bool treeReady;
+    bool useClusterEquity;
+    int equityRound;
+    EquityTables* equityTables;
+    uint64_t currentBucket[MAX_ROUNDS][MAX_PLAYERS]; // [round][player]
+
+private:
+    enum class Form { compiled, plain };
+
+    int numMaps() const { return game->numPlayers * game->numRounds; }
+    tamarin::NodeMap& mapOf(int player, int round) const;
+    CFRNode* nodeOf(State* state);
+    void runTraining(unsigned long long iterations, Form form);
+    // Adds the nodes of all deals and returns how many deals there are.
+    unsigned long long buildNodes(Form form);
+    // Deals boardCount board cards and everybody's hole cards from the front of cards.
+    void dealCards(Game* game, State* state, unsigned char* cards, unsigned char boardCount);
+    // The compiled game, made when first asked for; null where only the plain form will do.
+    tamarin::CompiledGame* compiledGame();
+
+    std::unique_ptr<tamarin::CompiledGame> compiled;
+};
+
+// One line a node, "KEY » ( call: 0.25 raise: 0.75 )", in file order, an empty line, and the game's
+// utility when there has been training.
+std::ostream& operator<<(std::ostream& out, CFR const& cfr);

@@ -1,0 +1,97 @@
+// Strategy files: writing a solver's nodes, reading them back.
+
+#include "solver/cfr.h"
+#include "solver/strategy_record.h"
+#include "support/file.h"
+
+#include <cstring>
+#include <limits>
+
+namespace {
+
+using tamarin::StrategyCount;
+using tamarin::StrategyRecord;
+
+bool writeMap(tamarin::AtomicFile& file, const tamarin::NodeMap& map) {
+    if (map.size() > std::numeric_limits<StrategyCount>::max())
+        return false;
+    const auto count = static_cast<StrategyCount>(map.size());
+    if (!file.write(&count, sizeof count))
+        return false;
+    for (const auto& [key, node] : map) {
+        StrategyRecord record{};
+        if (key.size() >= sizeof record.key)
+            return false;
+        std::memcpy(record.key, key.data(), key.size());
+        std::memcpy(record.regretSum, node->regretSum, sizeof record.regretSum);
+        std::memcpy(record.strategySum, node->strategySum, sizeof record.strategySum);
+        if (!file.write(&record, sizeof record))
+            return false;
+    }
+    return true;
+}
+
+// Takes values off the front of a file's bytes.
+class Reader {
+public:
+    explicit Reader(std::span<const std::byte> bytes) : bytes_(bytes) {}
+
+    template <class T>
+    bool take(T& value) {
+        if (bytes_.size() < sizeof value)
+            return false;
+        std::memcpy(&value, bytes_.data(), sizeof value);
+        bytes_ = bytes_.subspan(sizeof value);
+        return true;
+    }
+
+private:
+    std::span<const std::byte> bytes_;
+};
+
+// Nothing is set aside for the count that the file claims: every node costs its 108 bytes first.
+bool readMap(Reader& reader, tamarin::NodeMap& map) {
+    StrategyCount count = 0;
+    if (!reader.take(count))
+        return false;
+    map.clear();
+    for (StrategyCount i = 0; i < count; ++i) {
+        StrategyRecord record;
+        if (!reader.take(record))
+            return false;
+        const size_t length = strnlen(record.key, sizeof record.key);
+        if (length == sizeof record.key)
+            return false; // no key of ours fills its field
+        const auto [at, isNew] = map.try_emplace(std::string(record.key, length), nullptr);
+        if (!isNew)
+            return false;
+        at->second = new CFRNode;
+        std::memcpy(at->second->regretSum, record.regretSum, sizeof record.regretSum);
+        std::memcpy(at->second->strategySum, record.strategySum, sizeof record.strategySum);
+    }
+    return true;
+}
+
+} // namespace
+
+bool CFR::save(const std::string& path) {
+    tamarin::Result<tamarin::AtomicFile> file = tamarin::AtomicFile::create(path);
+    if (!file)
+        return false;
+    for (int m = 0; m < numMaps(); ++m)
+        if (!writeMap(*file, nodeMaps[m]))
+            return false;
+    return file->commit().ok();
+}
+
+bool CFR::load(const std::string& path) {
+    const tamarin::Result<tamarin::MappedFile> file = tamarin::MappedFile::open(path);
+    if (!file)
+        return false;
+    Reader reader(file->bytes());
+    for (int m = 0; m < numMaps(); ++m)
+        if (!readMap(reader, nodeMaps[m]))
+            return false;
+    treeReady = true;
+    return true;
+}
