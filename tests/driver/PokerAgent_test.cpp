@@ -1,0 +1,414 @@
+#include "driver/PokerAgent.h"
+
+#include "driver/loopback_dealer.h"
+#include "game/games.h"
+#include "game/random_hand.h"
+#include "game/text.h"
+
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace tamarin::test {
+namespace {
+
+// A definition as a file, for as long as the test lasts.
+class DefinitionFile {
+public:
+    explicit DefinitionFile(const std::string& text) {
+        path_ = testing::TempDir() + "definition." + std::to_string(getpid()) + ".game";
+        FILE* file = std::fopen(path_.c_str(), "w");
+        std::fputs(text.c_str(), file);
+        std::fclose(file);
+    }
+    ~DefinitionFile() { std::remove(path_.c_str()); }
+    const char* path() const { return path_.c_str(); }
+
+private:
+    std::string path_;
+};
+
+// Writes down every event and answers by a rule of the test's.
+class RecordingAgent : public PokerAgent {
+public:
+    using Rule = std::function<Action(const Game&, const State&)>;
+
+    RecordingAgent(const char* file, Rule rule) : PokerAgent(file), rule_(std::move(rule)) {}
+
+    void holeCards(unsigned char* cards, unsigned char player) override {
+        char text[16] = "";
+        printCards(game->numHoleCards, cards, sizeof text, text);
+        note("hole " + std::string(text) + " seat " + std::to_string(player));
+    }
+    void getAction(Action& action) override {
+        note("act");
+        action = rule_(*game, state.state);
+    }
+    void actionEvent(unsigned char player, Action action) override {
+        note("action " + std::to_string(player) + " type " + std::to_string(action.type) +
+             " size " + std::to_string(action.size));
+    }
+    void stageEvent(int round) override { note("stage " + std::to_string(round)); }
+    void showdownEvent(unsigned char, unsigned char*) override { note("showdown"); }
+    void gameOverEvent(double value) override {
+        char text[32];
+        std::snprintf(text, sizeof text, "over %g", value);
+        note(text);
+    }
+    void winEvent(unsigned char, int) override { note("win"); }
+
+    std::vector<std::string> events;
+
+private:
+    void note(std::string event) { events.push_back(std::move(event)); }
+    Rule rule_;
+};
+
+const RecordingAgent::Rule always(Action action) {
+    return [action](const Game&, const State&) { return action; };
+}
+constexpr Action fold{actionFold, 0};
+constexpr Action call{actionCall, 0};
+constexpr Action raise{actionRaise, 0};
+
+// What a match left behind.
+struct Played {
+    bool result = false;
+    std::vector<std::string> events;
+    std::string sent; // everything the player sent
+    std::string errors;
+};
+
+// Plays one match against a dealer that sends the script (after the version line has come) and then
+// closes its side.
+Played playScript(const std::string& definition, const RecordingAgent::Rule& rule,
+                  const std::function<void(LoopbackDealer&)>& script) {
+    const DefinitionFile file(definition);
+    LoopbackDealer dealer;
+    Played played;
+    std::thread dealing([&] {
+        if (dealer.accept()) {
+            script(dealer);
+            dealer.halfClose();
+            played.sent += dealer.readAll();
+        }
+    });
+    testing::internal::CaptureStderr();
+    RecordingAgent agent(file.path(), rule);
+    EXPECT_FALSE(agent.isConnected());
+    EXPECT_TRUE(agent.connect("localhost", dealer.port()));
+    EXPECT_TRUE(agent.isConnected());
+    EXPECT_FALSE(agent.connect("localhost", dealer.port())) << "a second connection";
+    played.result = agent.play();
+    agent.disconnect();
+    EXPECT_FALSE(agent.isConnected());
+    dealing.join();
+    played.errors = testing::internal::GetCapturedStderr();
+    played.events = agent.events;
+    return played;
+}
+
+Played playText(const std::string& definition, const RecordingAgent::Rule& rule,
+                const std::string& text) {
+    return playScript(definition, rule, [&](LoopbackDealer& dealer) { dealer.send(text); });
+}
+
+const std::string version = "VERSION:2.0.0\n";
+using Events = std::vector<std::string>;
+
+TEST(PokerAgent, PlaysAHandFromFirstToLastState) {
+    const Played played = playText(threePlayerKuhn, always(call),
+                                   "MATCHSTATE:0:5::Ks||\r\n"
+                                   "MATCHSTATE:0:5:c:Ks||\r\n"
+                                   "MATCHSTATE:0:5:cr:Ks||\r\n"
+                                   "MATCHSTATE:0:5:crf:Ks||\r\n"
+                                   "MATCHSTATE:0:5:crfc:Ks|Qs|\r\n"
+                                   "MATCHSTATE:1:6::|As|\r\n");
+    EXPECT_TRUE(played.result);
+    EXPECT_EQ(played.errors, "");
+    EXPECT_EQ(played.sent, version + "MATCHSTATE:0:5::Ks||:c\r\n"
+                                     "MATCHSTATE:0:5:crf:Ks||:c\r\n");
+    EXPECT_EQ(played.events,
+              (Events{"hole Ks seat 0", "stage 0", "act", "action 0 type 1 size 0",
+                      "action 1 type 2 size 0", "action 2 type 0 size 0", "act",
+                      "action 0 type 1 size 0", "over 3", "hole As seat 1", "stage 0"}));
+}
+
+TEST(PokerAgent, ANewRoundHasNoActionToTell) {
+    const Played played = playText(leduc, always(call),
+                                   "MATCHSTATE:1:5::|Ks\r\n"
+                                   "MATCHSTATE:1:5:c:|Ks\r\n"
+                                   "MATCHSTATE:1:5:cc/:|Ks/As\r\n"
+                                   "MATCHSTATE:1:5:cc/c:|Ks/As\r\n");
+    EXPECT_EQ(played.events,
+              (Events{"hole Ks seat 1", "stage 0", "action 0 type 1 size 0", "act",
+                      "action 1 type 3 size 0", "stage 1", "action 0 type 1 size 0", "act"}));
+}
+
+TEST(PokerAgent, ASkippedRoundEndsTheAnnouncements) {
+    const Played played = playText(twoPlayerLimit, always(call),
+                                   "MATCHSTATE:0:5::AsKs|\r\n"
+                                   "MATCHSTATE:0:5:cc/cc/:AsKs|/2c3c4c/5d\r\n"
+                                   "MATCHSTATE:0:5:cc/cc/cc/:AsKs|/2c3c4c/5d/6d\r\n"
+                                   "MATCHSTATE:0:5:f:AsKs|\r\n"
+                                   "MATCHSTATE:0:6::AsKs|\r\n");
+    Events stages;
+    for (const std::string& event : played.events) {
+        if (event.starts_with("stage") || event.starts_with("hole")) {
+            stages.push_back(event);
+        }
+    }
+    EXPECT_EQ(stages, (Events{"hole AsKs seat 0", "stage 0", "hole AsKs seat 0", "stage 0"}));
+}
+
+TEST(PokerAgent, CommentsRaiseNothing) {
+    const Played played = playText(threePlayerKuhn, always(call),
+                                   "# hello\r\n;again\r\n#" + std::string(10000, 'x') +
+                                       "\r\nMATCHSTATE:2:5::||Ks\r\n");
+    EXPECT_EQ(played.errors, "");
+    EXPECT_EQ(played.events, (Events{"hole Ks seat 2", "stage 0"}));
+    EXPECT_EQ(played.sent, version);
+}
+
+TEST(PokerAgent, AnswersWithTheStateAsItCame) {
+    const Played played =
+        playText(threePlayerKuhn, always(call), "MATCHSTATE: 0: 5:kB:ks||:anything\n");
+    EXPECT_EQ(played.sent, version);
+    const Played odd = playText(threePlayerKuhn, always(call), "MATCHSTATE: 1: 5:k:|ks|:what\n");
+    EXPECT_EQ(odd.sent, version + "MATCHSTATE: 1: 5:k:|ks|:c\r\n");
+}
+
+TEST(PokerAgent, AFoldForNothingIsSentAsACall) {
+    const Played played = playText(threePlayerKuhn, always(fold),
+                                   "MATCHSTATE:0:5::Ks||\r\nMATCHSTATE:0:5:crf:Ks||\r\n");
+    EXPECT_EQ(played.sent, version + "MATCHSTATE:0:5::Ks||:c\r\nMATCHSTATE:0:5:crf:Ks||:f\r\n");
+}
+
+TEST(PokerAgent, AnInvalidActionIsSentAsACall) {
+    const Played capped = playText(threePlayerKuhn, always(raise),
+                                   "MATCHSTATE:0:5::Ks||\r\nMATCHSTATE:0:5:crf:Ks||\r\n");
+    EXPECT_EQ(capped.sent, version + "MATCHSTATE:0:5::Ks||:r\r\nMATCHSTATE:0:5:crf:Ks||:c\r\n");
+    const Played nonsense =
+        playText(threePlayerKuhn, always({actionInvalid, 5}), "MATCHSTATE:0:5::Ks||\r\n");
+    EXPECT_EQ(nonsense.sent, version + "MATCHSTATE:0:5::Ks||:c\r\n");
+}
+
+TEST(PokerAgent, AWrongRaiseIsRepairedWithAWarning) {
+    const Played small = playText(smallBlindFirst, always(raise), "MATCHSTATE:0:5::KsQs|\r\n");
+    EXPECT_EQ(small.sent, version + "MATCHSTATE:0:5::KsQs|:r200\r\n");
+    EXPECT_EQ(small.errors, "WARNING: raise of 0 increased to 200\n");
+    const Played large =
+        playText(smallBlindFirst, always({actionRaise, 99999}), "MATCHSTATE:0:5::KsQs|\r\n");
+    EXPECT_EQ(large.sent, version + "MATCHSTATE:0:5::KsQs|:r20000\r\n");
+    EXPECT_EQ(large.errors, "WARNING: raise of 99999 decreased to 20000\n");
+}
+
+TEST(PokerAgent, LinesThatAreNoStateAreReportedAndPassedOver) {
+    const Played played = playText(threePlayerKuhn, always(call),
+                                   "MATCHSTATE:0:5::Ks||\r\n"
+                                   "hello\r\n"
+                                   "\r\n"
+                                   "MATCHSTATE:7:5::Ks||\r\n"
+                                   "MATCHSTATE:0:5:cx:Ks||\r\n"
+                                   "caf\xc3\xa9\t\r\n"
+                                   "MATCHSTATE:0:5:crf:Ks||\r\n");
+    EXPECT_TRUE(played.result);
+    const std::string error = "ERROR: could not read match state: ";
+    EXPECT_EQ(played.errors, error + "hello\n" + error + "\n" + error + "MATCHSTATE:7:5::Ks||\n" +
+                                 error + "MATCHSTATE:0:5:cx:Ks||\n" + error +
+                                 "caf\\xC3\\xA9\\x09\n");
+    EXPECT_EQ(played.sent, version + "MATCHSTATE:0:5::Ks||:c\r\nMATCHSTATE:0:5:crf:Ks||:c\r\n");
+    EXPECT_EQ(played.events,
+              (Events{"hole Ks seat 0", "stage 0", "act", "action 0 type 0 size 0", "act"}));
+}
+
+TEST(PokerAgent, ALineLongerThanTheBufferIsDroppedWhole) {
+    const std::string good = "MATCHSTATE:0:5::Ks||\r\n";
+    // Its second half would be a good state if it were taken for a line of its own.
+    const std::string trap = std::string(4095, 'x') + good;
+    const Played played = playText(threePlayerKuhn, always(call), trap + good);
+    EXPECT_EQ(played.errors, "ERROR: could not read match state: " + std::string(200, 'x') + "\n");
+    EXPECT_EQ(played.sent, version + "MATCHSTATE:0:5::Ks||:c\r\n");
+    // A megabyte without a line end, and one with a null byte in it.
+    const Played long1 =
+        playText(threePlayerKuhn, always(call), std::string(1 << 20, 'y') + "\n" + good);
+    EXPECT_EQ(long1.sent, version + "MATCHSTATE:0:5::Ks||:c\r\n");
+    const Played null1 =
+        playText(threePlayerKuhn, always(call), std::string("MATCH\0STATE\r\n", 13) + good);
+    EXPECT_EQ(null1.errors, "ERROR: could not read match state: MATCH\\x00STATE\n");
+    EXPECT_EQ(null1.sent, version + "MATCHSTATE:0:5::Ks||:c\r\n");
+}
+
+TEST(PokerAgent, ALineOfTheBuffersSizeIsRead) {
+    std::string line = "MATCHSTATE:0:5::Ks||";
+    const std::string start = line;
+    line += std::string(4094 - line.size(), ' ') + "\n";
+    ASSERT_EQ(line.size(), 4095U);
+    EXPECT_EQ(playText(threePlayerKuhn, always(call), line).sent, version + start + ":c\r\n");
+    line.insert(30, " ");
+    const Played played = playText(threePlayerKuhn, always(call), line);
+    EXPECT_EQ(played.sent, version);
+    EXPECT_NE(played.errors, "");
+}
+
+TEST(PokerAgent, AStateThatLeavesNoRoomForAnAnswerGetsNone) {
+    // White space before a number is read over, so a state can be padded.
+    const std::string end = "5::Ks||\n";
+    const std::string start = "MATCHSTATE:0:";
+    const std::string line = start + std::string(4095 - start.size() - end.size(), ' ') + end;
+    const Played played = playText(threePlayerKuhn, always(call), line);
+    EXPECT_TRUE(played.result);
+    EXPECT_EQ(played.sent, version);
+    EXPECT_TRUE(played.errors.starts_with("ERROR: could not read match state: MATCHSTATE:0: "));
+}
+
+TEST(PokerAgent, GarbageDoesNotFloodTheLog) {
+    std::string garbage;
+    for (int i = 0; i < 20000; ++i) {
+        garbage += "x\n";
+    }
+    const Played played =
+        playText(threePlayerKuhn, always(call), garbage + "MATCHSTATE:0:5::Ks||\r\n");
+    EXPECT_LT(played.errors.size(), 600000U);
+    EXPECT_NE(played.errors.find("ERROR: further lines that cannot be read are passed over"),
+              std::string::npos);
+    EXPECT_EQ(played.sent, version + "MATCHSTATE:0:5::Ks||:c\r\n");
+}
+
+TEST(PokerAgent, EndsWellWhenTheDealerClosesInMidHand) {
+    EXPECT_TRUE(playText(threePlayerKuhn, always(call), "MATCHSTATE:1:5::|Ks|\r\n").result);
+    EXPECT_TRUE(playText(threePlayerKuhn, always(call), "MATCHSTATE:1:5").result);
+    EXPECT_TRUE(playText(threePlayerKuhn, always(call), "").result);
+}
+
+TEST(PokerAgent, AFinishedHandWithEverybodyAllInIsSettled) {
+    const Played played = playText(smallBlindFirst, always(call),
+                                   "MATCHSTATE:0:5::KsQs|\r\n"
+                                   "MATCHSTATE:0:5:cr20000:KsQs|\r\n"
+                                   "MATCHSTATE:0:5:cr20000c:KsQs|2c7d/2h2s7c/9d/3h\r\n");
+    EXPECT_EQ(played.events.back(), "over -20000");
+}
+
+TEST(PokerAgent, ADealerThatResetsEndsTheMatch) {
+    const Played played = playScript(threePlayerKuhn, always(call), [](LoopbackDealer& dealer) {
+        EXPECT_EQ(dealer.readLine(), version);
+        dealer.send("MATCHSTATE:1:5::|Ks|\r\n");
+        dealer.reset();
+    });
+    EXPECT_TRUE(played.result); // nothing was left to send
+}
+
+// The answer meets a closed connection: play() reports it and no signal kills the process.
+TEST(PokerAgent, AnAnswerThatCannotBeSentEndsTheMatchWithAnError) {
+    const DefinitionFile file(threePlayerKuhn);
+    LoopbackDealer dealer;
+    std::thread dealing;
+    testing::internal::CaptureStderr();
+    RecordingAgent agent(file.path(), [&](const Game&, const State&) {
+        dealing.join(); // the dealer has gone by the time there is an answer
+        usleep(20000);
+        return call;
+    });
+    dealing = std::thread([&] {
+        dealer.accept();
+        dealer.readLine();
+        dealer.send("MATCHSTATE:0:5::Ks||\r\n");
+        usleep(50000);
+        dealer.reset();
+    });
+    ASSERT_TRUE(agent.connect("127.0.0.1", dealer.port()));
+    EXPECT_FALSE(agent.play());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "ERROR: could not get send response to server\n");
+}
+
+TEST(PokerAgentDeath, FailuresToStartExitWithOne) {
+    const DefinitionFile good(threePlayerKuhn);
+    const auto construct = [](const char* path) { RecordingAgent agent(path, always(call)); };
+    EXPECT_EXIT(construct("no/such/file.game"), testing::ExitedWithCode(1),
+                "^ERROR: could not open game no/such/file.game\n$");
+    EXPECT_EXIT(construct("/dev/null"), testing::ExitedWithCode(1),
+                "^invalid number of rounds: 0\nERROR: could not read game /dev/null\n$");
+
+    LoopbackDealer nobody;
+    nobody.stopListening();
+    const auto connect = [&](const char* host) {
+        RecordingAgent agent(good.path(), always(call));
+        agent.connect(host, nobody.port());
+    };
+    EXPECT_EXIT(connect("127.0.0.1"), testing::ExitedWithCode(1),
+                "^ERROR: could not connect to 127.0.0.1:[0-9]+\n$");
+    EXPECT_EXIT(connect("no.such.host.invalid"), testing::ExitedWithCode(1),
+                "^ERROR: could not look up address for no.such.host.invalid\n$");
+}
+
+// A session of random hands, as the lines that a dealer sends to one seat.
+std::string randomSession(const Game& game, int hands) {
+    std::string session;
+    for (int hand = 0; hand < hands; ++hand) {
+        const auto seat = static_cast<uint8_t>(hand % game.numPlayers);
+        playRandomHand(game, static_cast<uint32_t>(hand), [&](const State& state) {
+            char text[4096];
+            const MatchState view{state, seat};
+            printMatchState(&game, &view, sizeof text, text);
+            session += std::string(text) + "\r\n";
+        });
+    }
+    return session;
+}
+
+// However the network cuts and joins the lines, the same bytes are answered.
+TEST(PokerAgent, CutAndJoinedLinesGetTheSameAnswers) {
+    const GamePtr game = parseGame(smallBlindFirst);
+    const std::string session = randomSession(*game, 40);
+    const auto rule = [](const Game&, const State& state) {
+        return state.handId % 3 == 0 ? raise : call;
+    };
+    const Played whole = playText(smallBlindFirst, rule, session);
+    EXPECT_GT(whole.sent.size(), 1000U);
+    for (const size_t piece : {size_t{1}, size_t{7}, size_t{64}, size_t{1000}, size_t{0}}) {
+        rng_state_t rng;
+        init_genrand(&rng, 1);
+        const Played cut = playScript(smallBlindFirst, rule, [&](LoopbackDealer& dealer) {
+            for (size_t at = 0; at < session.size();) {
+                const size_t length = piece != 0 ? piece : 1 + genrand_int32(&rng) % 64;
+                dealer.send(session.substr(at, length));
+                at += length;
+            }
+        });
+        EXPECT_EQ(cut.sent, whole.sent) << piece;
+        EXPECT_EQ(cut.events, whole.events) << piece;
+    }
+}
+
+// Garbage between good lines changes nothing in the answers to the good ones.
+TEST(PokerAgent, GarbageBetweenLinesDoesNotChangeTheAnswers) {
+    const GamePtr game = parseGame(twoPlayerLimit);
+    const std::string session = randomSession(*game, 40);
+    const Played clean = playText(twoPlayerLimit, always(raise), session);
+    rng_state_t rng;
+    init_genrand(&rng, 3);
+    std::string dirty;
+    for (const char c : session) {
+        dirty += c;
+        if (c == '\n' && genrand_int32(&rng) % 5 == 0) {
+            const uint32_t length = genrand_int32(&rng) % 300;
+            for (uint32_t i = 0; i < length; ++i) {
+                const auto byte = static_cast<char>(genrand_int32(&rng) % 256);
+                dirty += byte == 'M' ? 'm' : byte;
+            }
+            dirty += '\n';
+        }
+    }
+    const Played played = playText(twoPlayerLimit, always(raise), dirty);
+    EXPECT_EQ(played.sent, clean.sent);
+    EXPECT_EQ(played.events, clean.events);
+}
+
+} // namespace
+} // namespace tamarin::test
