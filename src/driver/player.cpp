@@ -1,6 +1,8 @@
 #include "driver/player.h"
 
+#include "driver/KuhnAgent.h"
 #include "driver/PokerAgent.h"
+#include "solver/cfr.h"
 #include "support/interrupt.h"
 #include "support/rng.h"
 #include "support/scan.h"
@@ -15,9 +17,12 @@ namespace tamarin {
 
 namespace {
 
-// The agent for a game, or null when the name is none that this program plays.
+// The agent for a game, or null when the name is none that this program plays. The whole argument
+// is compared: the strategies and tables lie beside the game in the working directory.
 std::unique_ptr<PokerAgent> makeAgent(const std::string& gameFile) {
-    (void)gameFile;
+    if (gameFile == "kuhn.limit.3p.game") {
+        return std::make_unique<KuhnAgent>(gameFile.c_str());
+    }
     return nullptr;
 }
 
@@ -52,6 +57,7 @@ int runPlayer(int argc, char** argv) {
     if (!game) {
         return 1;
     }
+    CFR::logProgress = true;
     const std::unique_ptr<PokerAgent> agent = makeAgent(arguments[1]);
     if (!agent) {
         std::fprintf(stderr, "ERROR: unknown game %s\n", argv[1]);
