@@ -3,7 +3,10 @@
 namespace tamarin {
 
 const std::vector<AddCommand>& allCommands() {
-    static const std::vector<AddCommand> commands = {};
+    static const std::vector<AddCommand> commands = {
+        addMatchCommand,
+        addBotCommand,
+    };
     return commands;
 }
 

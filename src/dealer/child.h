@@ -1,0 +1,67 @@
+// A player's process, started and ended by the dealer.
+//
+// Its standard output and error come through one pipe, which the dealer must read so that the
+// player never waits on it; the last lines are kept for the message that explains its end. It runs
+// in a process group of its own, so that a signal reaches what it has started too and Ctrl-C at the
+// terminal reaches the dealer alone; it is told to end when the dealer dies first.
+#pragma once
+
+#include "support/result.h"
+
+#include <deque>
+#include <string>
+#include <sys/types.h>
+#include <utility>
+#include <vector>
+
+namespace tamarin {
+
+class Child {
+public:
+    struct Command {
+        std::string file;                   // a path; PATH is not searched
+        std::vector<std::string> arguments; // the first is the name the program sees
+        std::string directory = ".";        // working directory
+        std::string firstPath;              // put in front of PATH, when not empty
+        std::string mirror;                 // every output line goes to standard error after this
+                                            // prefix, when not empty
+    };
+    static Result<Child> start(const Command& command);
+
+    Child(Child&& other) noexcept;
+    Child& operator=(Child&& other) noexcept;
+    ~Child(); // kills the group and takes the process off the system's list
+
+    // The descriptor to poll for output, -1 after its end.
+    int outputFd() const { return output_; }
+    // Takes in what has been written, without waiting.
+    void readOutput();
+    // The last lines written, at most a few, oldest first.
+    const std::deque<std::string>& lastLines() const { return lines_; }
+
+    // Whether the process has ended; never waits.
+    bool ended();
+    // "ended with status 1" or "was killed by signal 9 (Killed)"; "is running".
+    std::string describe();
+    // The same with the last lines of output, for one line of error.
+    std::string explain();
+
+    void signalGroup(int signal);
+
+private:
+    Child() = default;
+    void release();
+    void addOutput(const char* data, size_t size);
+    void addLine(std::string line);
+
+    pid_t pid_ = -1;
+    int output_ = -1;
+    bool ended_ = false;
+    bool killed_ = false; // by a signal
+    int status_ = 0;      // the exit status, or the signal
+    std::string partial_; // a line still coming
+    std::deque<std::string> lines_;
+    std::string mirror_;
+};
+
+} // namespace tamarin

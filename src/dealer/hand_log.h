@@ -1,0 +1,59 @@
+// The log of a match: one line a finished hand, made to be read by programs.
+//
+//   STATE:0:rcf:Qs|Ks|As:2|-1|-1:rule|call|random
+//
+// The state text with all cards, then what each seat won in chips, then who sat there; the three
+// parts in seat order with "|" between the seats. A fraction of a chip, from a pot that was split,
+// is written so that it reads back as the same number. Lines that begin with "#" are comments. A
+// last line without its line end was cut off when the dealer was killed, and is no hand.
+#pragma once
+
+#include "game/game.h"
+#include "support/result.h"
+
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace tamarin {
+
+struct LoggedHand {
+    State state;
+    std::vector<double> chips;      // by seat
+    std::vector<std::string> names; // by seat
+};
+
+// The line of one hand, without a line end.
+std::string formatHand(const Game* game, const LoggedHand& hand);
+// The reverse; the error says what is wrong with the line. That the hand is finished and the chips
+// are those of its state is checked.
+Result<LoggedHand> parseHand(const Game* game, const std::string& line);
+
+// Hands each one to the receiver, in order. Errors name the file and the line.
+Status readHandLog(const Game* game, const std::string& path,
+                   const std::function<void(const LoggedHand&)>& receive);
+
+// Writes a log hand by hand: every hand is with the operating system when add() returns, so that a
+// reader sees the match as it goes and a kill costs at most the hand in play. An older file is
+// replaced.
+class HandLog {
+public:
+    static Result<HandLog> create(const std::string& path);
+    Status comment(const std::string& text);
+    Status add(const Game* game, const LoggedHand& hand);
+    // Tells whether everything was written.
+    Status close();
+
+private:
+    Status writeLine(const std::string& line);
+    struct CloseFile {
+        void operator()(FILE* file) const { std::fclose(file); }
+    };
+    std::string path_;
+    std::unique_ptr<FILE, CloseFile> file_;
+};
+
+} // namespace tamarin

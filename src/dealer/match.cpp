@@ -1,0 +1,266 @@
+#include "dealer/match.h"
+
+#include <algorithm>
+#include <cassert>
+#include <deque>
+#include <optional>
+
+namespace tamarin {
+
+namespace {
+
+// States whose answer may still come after it was given up; older ones are forgotten.
+constexpr size_t lateStatesKept = 64;
+
+// What the dealer knows of one player beside its result.
+struct Place {
+    std::string sentText;            // the last state sent, without its line end
+    std::deque<std::string> givenUp; // states whose answer did not come in time
+    int lateInARow = 0;
+    Duration usedInHand{0};
+};
+
+class Match {
+public:
+    Match(const Game* game, std::vector<Player>& players, const MatchOptions& options,
+          const MatchEvents& events)
+        : game_(game), players_(players), options_(options), events_(events),
+          places_(players.size()),
+          result_(Scoreboard(players.size(), options.duplicate ? players.size() : 1)) {
+        for (const Player& player : players)
+            result_.players.emplace_back().name = player.name;
+    }
+
+    MatchResult play() {
+        const TimePoint start = clock_.now();
+        uint64_t hand = 0;
+        while (hand < options_.hands && keepGoing() && playHand(hand))
+            ++hand;
+        result_.played = hand;
+        result_.seconds = seconds(clock_.now() - start);
+        return std::move(result_);
+    }
+
+private:
+    bool keepGoing() {
+        if (!result_.failure.empty() || result_.stopped)
+            return false;
+        if (!events_.keepPlaying()) {
+            result_.stopped = true;
+            return false;
+        }
+        return true;
+    }
+
+    // False when the match ended before the hand did.
+    bool playHand(uint64_t hand) {
+        const size_t numPlayers = players_.size();
+        const uint64_t deal = options_.duplicate ? hand / numPlayers : hand;
+        State state{};
+        initState(game_, static_cast<uint32_t>(hand), &state);
+        dealFromSeed(game_, options_.seed, deal, &state);
+        seats_ = seatsOfHand(options_, numPlayers, hand);
+        for (Place& place : places_)
+            place.usedInHand = Duration{0};
+
+        while (!state.finished) {
+            const uint8_t seat = currentPlayer(game_, &state);
+            const TimePoint asked = clock_.now();
+            sendState(state, seat);
+            const auto action = decide(state, seat, asked);
+            if (!action)
+                return false;
+            ++result_.players[seats_[seat]].actions[static_cast<size_t>(action->type)];
+            doAction(game_, &*action, &state);
+        }
+        sendState(state, 0);
+        return finish(state);
+    }
+
+    // The seat to act comes first: the others read while it thinks.
+    void sendState(const State& state, uint8_t first) {
+        char text[MAX_LINE_LEN];
+        MatchState view{state, 0};
+        for (uint8_t i = 0; i < game_->numPlayers; ++i) {
+            view.viewingPlayer = static_cast<uint8_t>((first + i) % game_->numPlayers);
+            const size_t player = seats_[view.viewingPlayer];
+            auto& connection = players_[player].connection;
+            if (!connection)
+                continue;
+            const int length = printMatchState(game_, &view, sizeof text - 2, text);
+            assert(length > 0);
+            text[length] = '\r';
+            text[length + 1] = '\n';
+            connection->send({text, static_cast<size_t>(length) + 2});
+            places_[player].sentText.assign(text, static_cast<size_t>(length));
+        }
+    }
+
+    // The action of the seat to act, whoever has to choose it; none when the match ends here.
+    std::optional<Action> decide(const State& state, uint8_t seat, TimePoint asked) {
+        const size_t player = seats_[seat];
+        Place& place = places_[player];
+        const Duration limit =
+            std::min(options_.actionLimit, options_.handLimit - place.usedInHand);
+        std::string line;
+        for (;;) {
+            if (!takeUnexpectedLines(player, state.handId))
+                return std::nullopt;
+            auto& connection = players_[player].connection;
+            if (!connection)
+                return substitute(player, state, Fault::gone, "");
+            const bool answered = connection->nextLine(line);
+            const Duration used = clock_.now() - asked;
+            if (answered && isGivenUp(place, line))
+                continue;
+            if (answered) {
+                place.usedInHand += used;
+                place.lateInARow = 0;
+                result_.players[player].latency.add(used);
+                const MatchState view{state, seat};
+                const Verdict verdict = judgeReply(game_, &view, place.sentText, line);
+                if (verdict.fault && !count(player, *verdict.fault, state.handId, line))
+                    return std::nullopt;
+                return verdict.action;
+            }
+            if (connection->ended()) {
+                leave(player, connection->ending());
+                return substitute(player, state, Fault::gone, departure_);
+            }
+            if (used >= limit) {
+                place.usedInHand += used;
+                return tooLate(player, state);
+            }
+            servePlayers(players_, limit - used);
+            if (!keepGoing())
+                return std::nullopt;
+        }
+    }
+
+    std::optional<Action> substitute(size_t player, const State& state, Fault fault,
+                                     const std::string& detail) {
+        if (!count(player, fault, state.handId, detail))
+            return std::nullopt;
+        if (std::ranges::none_of(players_,
+                                 [](const Player& p) { return p.connection.has_value(); })) {
+            result_.failure = "every player is gone";
+            return std::nullopt;
+        }
+        return substituteAction(game_, &state);
+    }
+
+    std::optional<Action> tooLate(size_t player, const State& state) {
+        Place& place = places_[player];
+        place.givenUp.push_back(place.sentText);
+        if (place.givenUp.size() > lateStatesKept)
+            place.givenUp.pop_front();
+        if (++place.lateInARow >= lateAnswersTaken) {
+            if (!count(player, Fault::late, state.handId, place.sentText))
+                return std::nullopt;
+            leave(player, "was late " + std::to_string(lateAnswersTaken) + " times in a row");
+            return substitute(player, state, Fault::gone, departure_);
+        }
+        return substitute(player, state, Fault::late, place.sentText);
+    }
+
+    // Whether the line is the answer to a state that was given up: it is no fault a second time.
+    static bool isGivenUp(Place& place, const std::string& line) {
+        const auto found = std::ranges::find_if(place.givenUp, [&](const std::string& text) {
+            return line.size() > text.size() && line[text.size()] == ':' && line.starts_with(text);
+        });
+        if (found == place.givenUp.end())
+            return false;
+        place.givenUp.erase(found);
+        return true;
+    }
+
+    // Players that were not asked have nothing to say. False when that ends the match.
+    bool takeUnexpectedLines(size_t asked, uint32_t hand) {
+        std::string line;
+        for (size_t player = 0; player < players_.size(); ++player) {
+            if (player == asked || !players_[player].connection)
+                continue;
+            while (players_[player].connection->nextLine(line))
+                if (!isGivenUp(places_[player], line) &&
+                    !count(player, Fault::unexpected, hand, line))
+                    return false;
+        }
+        return true;
+    }
+
+    // Remembers in departure_ how the player ended.
+    void leave(size_t player, const std::string& how) {
+        departure_ = how;
+        result_.players[player].gone = true;
+        players_[player].connection.reset();
+        if (auto& child = players_[player].child) {
+            // A process that broke off is usually just ending; its last words explain it.
+            for (int i = 0; i < 20 && !child->ended(); ++i)
+                servePlayers({&players_[player], 1}, std::chrono::milliseconds(10));
+            departure_ += "; its process " + child->explain();
+        }
+    }
+
+    // False when the fault ends the match.
+    bool count(size_t player, Fault fault, uint32_t hand, const std::string& detail) {
+        ++result_.players[player].faults[static_cast<size_t>(fault)];
+        events_.faulty(player, fault, hand, detail);
+        if (options_.stopOnFault)
+            result_.failure = players_[player].name + ": " + faultName(fault) + " in hand " +
+                              std::to_string(hand) + (detail.empty() ? "" : ": " + detail);
+        return !options_.stopOnFault;
+    }
+
+    bool finish(const State& state) {
+        std::array<double, MAX_PLAYERS> bySeat{};
+        std::vector<double> byPlayer(players_.size());
+        for (uint8_t seat = 0; seat < game_->numPlayers; ++seat) {
+            // Adding zero turns a negative zero into zero.
+            bySeat[seat] = valueOfState(game_, &state, seat) + 0.0;
+            byPlayer[seats_[seat]] = bySeat[seat];
+        }
+        result_.board.add(byPlayer);
+        const Status status =
+            events_.handFinished({&state, {bySeat.data(), players_.size()}, seats_});
+        if (!status)
+            result_.failure = status.error();
+        return true;
+    }
+
+    const Game* game_;
+    std::vector<Player>& players_;
+    const MatchOptions& options_;
+    const MatchEvents& events_;
+    const Clock& clock_ = steadyClock();
+    std::vector<Place> places_; // by player
+    std::vector<size_t> seats_; // of this hand: the player in each seat
+    std::string departure_;
+    MatchResult result_;
+};
+
+} // namespace
+
+MatchResult playMatch(const Game* game, std::vector<Player>& players, const MatchOptions& options,
+                      const MatchEvents& events) {
+    assert(players.size() == game->numPlayers);
+    assert(!options.duplicate || options.hands % players.size() == 0);
+    return Match(game, players, options, events).play();
+}
+
+void dealFromSeed(const Game* game, uint64_t seed, uint64_t deal, State* state) {
+    uint32_t key[] = {static_cast<uint32_t>(seed), static_cast<uint32_t>(seed >> 32),
+                      static_cast<uint32_t>(deal), static_cast<uint32_t>(deal >> 32)};
+    rng_state_t generator;
+    init_by_array(&generator, key, std::size(key));
+    dealCards(game, &generator, state);
+}
+
+std::vector<size_t> seatsOfHand(const MatchOptions& options, size_t numPlayers, uint64_t hand) {
+    std::vector<size_t> seats(numPlayers);
+    const size_t shift = options.duplicate || !options.fixedSeats ? hand % numPlayers : 0;
+    for (size_t player = 0; player < numPlayers; ++player)
+        seats[(player + shift) % numPlayers] = player;
+    return seats;
+}
+
+} // namespace tamarin

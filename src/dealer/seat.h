@@ -1,0 +1,29 @@
+// Who sits in a match, as a person writes it down.
+//
+//   NAME=COMMAND        a player started here: a shell command, run in the playing directory with
+//                       the game, host and port appended
+//   NAME=bot:KIND       a simple opponent in a process of its own
+//   NAME=listen:PORT    a player from elsewhere that the dealer waits for; port 0 picks one
+#pragma once
+
+#include "support/result.h"
+
+#include <cstdint>
+#include <string>
+
+namespace tamarin {
+
+enum class SeatKind { command, bot, listen };
+
+struct Seat {
+    std::string name; // letters, digits, and . _ - +; names appear in logs and tables
+    SeatKind kind = SeatKind::command;
+    std::string command; // of a command
+    std::string bot;     // kind of a bot
+    uint16_t port = 0;   // of a listening seat
+};
+
+// Reads one of the three forms above. Whether a kind of bot exists is the caller's to know.
+Result<Seat> parseSeat(const std::string& text);
+
+} // namespace tamarin

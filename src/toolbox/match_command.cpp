@@ -1,0 +1,281 @@
+// tamarin match: deals a match between players over TCP and reports the result.
+#include "bots/bot.h"
+#include "dealer/hand_log.h"
+#include "dealer/match.h"
+#include "dealer/seat.h"
+#include "dealer/seating.h"
+#include "support/interrupt.h"
+#include "support/progress.h"
+#include "toolbox/commands.h"
+#include "toolbox/match_report.h"
+#include "toolbox/playing_directory.h"
+
+#include <cmath>
+#include <filesystem>
+#include <set>
+
+namespace tamarin {
+
+namespace {
+
+struct Options {
+    std::string game;
+    std::vector<std::string> seats;
+    uint64_t hands = 1000;
+    uint64_t seed = 1;
+    bool duplicate = false;
+    bool fixedSeats = false;
+    std::string directory = ".";
+    std::string log;
+    double actionLimit = 60;
+    double handLimit = 300;
+    double startLimit = 600;
+    std::string onFault = "fold";
+    bool json = false;
+    bool quiet = false;
+    bool verbose = false;
+};
+
+Duration fromSeconds(double value) {
+    return Duration(static_cast<int64_t>(std::llround(value * 1e9)));
+}
+
+std::vector<Seat> readSeats(const Options& options, const Game& game) {
+    std::vector<Seat> seats;
+    std::set<std::string> names;
+    for (const std::string& text : options.seats) {
+        const auto seat = parseSeat(text);
+        if (!seat)
+            throw UsageError(seat.error());
+        if (!names.insert(seat->name).second)
+            throw UsageError(fmt::format("two seats are named '{}'", seat->name));
+        if (seat->kind == SeatKind::bot) {
+            const auto& kinds = botKinds();
+            if (std::none_of(kinds.begin(), kinds.end(),
+                             [&](const BotKind& kind) { return seat->bot == kind.name; }))
+                throw UsageError(fmt::format("seat '{}': there is no bot '{}', only {}", text,
+                                             seat->bot, botNames()));
+        }
+        seats.push_back(*seat);
+    }
+    if (seats.size() != game.numPlayers)
+        throw UsageError(fmt::format("{} has {} seats, but --seat is given {} times",
+                                     bareName(options.game), unsigned{game.numPlayers},
+                                     seats.size()));
+    return seats;
+}
+
+// Numbers for the bots' own draws, one a seat, other than those of the cards.
+uint64_t botSeed(uint64_t seed, size_t seat) {
+    return seed * 1000003 + seat + 1;
+}
+
+// How each player is started. Players that run here find `player` beside this program.
+Result<std::vector<SeatPlan>> planSeats(const Options& options, const std::vector<Seat>& seats,
+                                        const std::string& gameFile) {
+    std::error_code error;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+    std::vector<SeatPlan> plans;
+    for (size_t i = 0; i < seats.size(); ++i) {
+        const Seat& seat = seats[i];
+        SeatPlan plan;
+        plan.name = seat.name;
+        plan.port = seat.port;
+        if (seat.kind != SeatKind::listen) {
+            Child::Command command;
+            if (options.verbose)
+                command.mirror = fmt::format("[{}] ", seat.name);
+            if (seat.kind == SeatKind::bot) {
+                // The link and not its target: it leads to this program even when a newer one has
+                // taken its place meanwhile.
+                command.file = "/proc/self/exe";
+                command.arguments = {"tamarin",
+                                     "bot",
+                                     seat.bot,
+                                     "--seed",
+                                     std::to_string(botSeed(options.seed, i)),
+                                     "--",
+                                     std::filesystem::absolute(gameFile).string()};
+            } else {
+                auto name = placeGameFile(gameFile, options.directory);
+                if (!name)
+                    return Error{name.error()};
+                command.file = "/bin/sh";
+                command.arguments = {"/bin/sh", "-c", seat.command + " \"$@\"", "sh", *name};
+                command.directory = options.directory;
+                command.firstPath = program.parent_path().string();
+            }
+            plan.command = std::move(command);
+        }
+        plans.push_back(std::move(plan));
+    }
+    return plans;
+}
+
+// Says what goes wrong with a player, but not ten thousand times.
+class FaultReporter {
+public:
+    explicit FaultReporter(const std::vector<Seat>& seats) : seats_(seats), told_(seats.size()) {}
+
+    void report(size_t player, Fault fault, uint32_t hand, const std::string& detail) {
+        constexpr int told = 5;
+        int& count = told_[player][static_cast<size_t>(fault)];
+        if (++count > told)
+            return;
+        complain("{}: {} in hand {}{}{}{}", seats_[player].name, faultName(fault), hand,
+                 detail.empty() ? "" : ": ", printable(detail),
+                 count == told ? " (further ones of this kind are only counted)" : "");
+    }
+
+private:
+    const std::vector<Seat>& seats_;
+    std::vector<std::array<int, numFaults>> told_;
+};
+
+int match(const Options& options) {
+    const auto gameFile = findGameFile(options.game, options.directory);
+    if (!gameFile)
+        return fail(gameFile.error());
+    const auto game = readGameFile(*gameFile);
+    if (!game)
+        return fail(game.error());
+    const std::vector<Seat> seats = readSeats(options, **game);
+
+    MatchOptions rules;
+    rules.hands = options.hands;
+    rules.seed = options.seed;
+    rules.duplicate = options.duplicate;
+    rules.fixedSeats = options.fixedSeats;
+    rules.actionLimit = fromSeconds(options.actionLimit);
+    rules.handLimit = fromSeconds(options.handLimit);
+    rules.stopOnFault = options.onFault == "stop";
+    if (options.duplicate && options.hands % seats.size() != 0) {
+        rules.hands = (options.hands / seats.size() + 1) * seats.size();
+        complain("playing {} hands, to make whole duplicate blocks of {}", rules.hands,
+                 seats.size());
+    }
+
+    std::optional<HandLog> log;
+    if (!options.log.empty()) {
+        auto created = HandLog::create(options.log);
+        if (!created)
+            return fail(created.error());
+        log = std::move(*created);
+        if (Status status = log->comment(
+                fmt::format("tamarin match {} seed {} {}", bareName(*gameFile), options.seed,
+                            options.duplicate ? "duplicate"
+                                              : (options.fixedSeats ? "fixed seats" : "rotated")));
+            !status)
+            return fail(status.error());
+    }
+
+    const auto plans = planSeats(options, seats, *gameFile);
+    if (!plans)
+        return fail(plans.error());
+    SeatingOptions seating;
+    seating.startLimit = fromSeconds(options.startLimit);
+    seating.notice = [](const std::string& text) { complain(text); };
+    seating.keepWaiting = [] { return !interrupted(); };
+    auto players = seatPlayers(*plans, seating);
+    if (!players) {
+        complain(players.error());
+        return interrupted() ? interruptStatus() : exitFailed;
+    }
+
+    std::optional<Progress> progress;
+    if (!options.quiet)
+        progress.emplace("Playing hands", "hands", rules.hands);
+    FaultReporter faults(seats);
+    uint64_t finished = 0;
+    LoggedHand logged;
+    MatchEvents events;
+    events.keepPlaying = [] { return !interrupted(); };
+    events.faulty = [&](size_t player, Fault fault, uint32_t hand, const std::string& detail) {
+        faults.report(player, fault, hand, detail);
+    };
+    events.handFinished = [&](const FinishedHand& hand) -> Status {
+        ++finished;
+        if (progress)
+            progress->update(finished);
+        if (!log)
+            return {};
+        logged.state = *hand.state;
+        logged.chips.assign(hand.chips.begin(), hand.chips.end());
+        logged.names.clear();
+        for (const size_t player : hand.players)
+            logged.names.push_back(seats[player].name);
+        return log->add(game->get(), logged);
+    };
+    MatchResult result = playMatch(game->get(), *players, rules, events);
+    if (progress)
+        progress->finish(finished);
+    dismissPlayers(*players, result.stopped);
+    if (log)
+        if (Status status = log->close(); !status && result.failure.empty())
+            result.failure = status.error();
+
+    const MatchReport report{bareName(*gameFile), game->get(), rules, &result};
+    if (options.json)
+        printJson(reportAsJson(report));
+    else
+        fmt::print("{}", reportAsTable(report));
+    if (!result.failure.empty())
+        return fail(result.failure);
+    return result.stopped ? interruptStatus() : exitDone;
+}
+
+} // namespace
+
+void addMatchCommand(CLI::App& app, int& status) {
+    auto options = std::make_shared<Options>();
+    CLI::App& command = addCommand(
+        app, "match", "Deal a match between players over TCP and report who won how much",
+        "tamarin match kuhn.limit.3p.game --hands 3000 --seat me=player \\\n"
+        "      --seat rule=bot:rule --seat random=bot:random\n\n"
+        "A seat is NAME=COMMAND (a shell command, run in --dir with the game, host and port\n"
+        "appended; programs beside tamarin are found first), NAME=bot:KIND (" +
+            botNames() +
+            ")\nor NAME=listen:PORT (a player from elsewhere, waited for on all interfaces).\n"
+            "Players move on by one seat every hand unless --fixed-seats is given. Chips per hand\n"
+            "and milli-big-blinds per hand (mbb, of the largest blind) come with 95 % intervals.\n"
+            "After Ctrl-C the result so far is reported.");
+    command
+        .add_option("GAME", options->game, "Game definition: a path, or a name in --dir or games/")
+        ->required();
+    command.add_option("--seat", options->seats, "A player, once for each seat: NAME=PLAYER")
+        ->take_all()
+        ->expected(1, MAX_PLAYERS)
+        ->type_name("NAME=PLAYER")
+        ->required();
+    command.add_option("--hands", options->hands, "Hands to play")
+        ->check(CLI::Range(uint64_t{1}, uint64_t{UINT32_MAX}))
+        ->type_name("N");
+    addSeedOption(command, options->seed)
+        ->description("Seed of the cards and of the bots: the same seed gives the same deals");
+    command.add_flag("--duplicate", options->duplicate,
+                     "Play each deal once for every rotation of the players");
+    command.add_flag("--fixed-seats", options->fixedSeats, "Players keep their seats")
+        ->excludes("--duplicate");
+    addDirectoryOption(command, options->directory);
+    command.add_option("--log", options->log, "Write a line for every finished hand")
+        ->type_name("FILE");
+    const auto addLimit = [&](const char* name, double& value, const char* what) {
+        command.add_option(name, value, what)->check(CLI::Range(0.001, 1e6))->type_name("SECONDS");
+    };
+    addLimit("--action-limit", options->actionLimit, "Time for one answer");
+    addLimit("--hand-limit", options->handLimit, "Time for all answers of a player in one hand");
+    addLimit("--start-limit", options->startLimit,
+             "Time for the players to connect; a player may train first");
+    command
+        .add_option("--on-fault", options->onFault,
+                    "A player that is late, gone or answers nonsense folds (or calls when nothing "
+                    "is owed), or stops the match")
+        ->check(CLI::IsMember({"fold", "stop"}));
+    addJsonOption(command, options->json);
+    addQuietOption(command, options->quiet);
+    command.add_flag("--verbose", options->verbose,
+                     "Show what the players print, on standard error");
+    command.callback([options, &status] { status = match(*options); });
+}
+
+} // namespace tamarin
