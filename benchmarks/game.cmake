@@ -1,0 +1,1 @@
+tamarin_bench(game SOURCES game_bench.cpp USES game)
