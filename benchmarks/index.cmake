@@ -1,0 +1,1 @@
+tamarin_bench(index SOURCES index_bench.cpp USES index)

@@ -1,0 +1,526 @@
+#include "index/hand_index.h"
+
+#include "index/hand_index_tables.h"
+#include "index/multiset.h"
+#include "index/suit_configurations.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cassert>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+#include <span>
+#include <utility>
+#include <vector>
+
+namespace tamarin {
+
+namespace {
+
+constexpr unsigned maxRounds = 4;
+constexpr unsigned maxCards = 52;
+constexpr unsigned suits = indexSuits;
+constexpr unsigned ranksPerSuit = indexRanks;
+
+// Rank sets of the four suits side by side, 16 bits a suit.
+constexpr unsigned laneBits = 16;
+constexpr unsigned laneMask = rankSets - 1;
+
+// Suit indices stay below 2^20, so a group's number fits above one of them in 32 bits.
+constexpr unsigned groupShift = 24;
+constexpr uint32_t suitIndexMask = (1U << groupShift) - 1;
+
+// What indexing needs to know of a configuration: one cache line.
+struct alignas(64) IndexPlan {
+    uint64_t offset;
+    std::array<uint64_t, suits> multiplier; // of the suit's group
+    std::array<uint32_t, suits> group;      // number of the suit's group << groupShift
+    std::array<uint8_t, suits> place;       // of the suit in its group, from 1
+    uint8_t largestGroup;                   // suits in the largest group that holds cards
+};
+static_assert(sizeof(IndexPlan) == 64);
+
+// What unindexing needs to know of a configuration: one cache line.
+struct alignas(64) UnindexPlan {
+    uint64_t offset;
+    std::array<uint64_t, suits> groupSize; // by the group's first suit
+    std::array<uint32_t, suits> words;
+    std::array<uint8_t, suits> groupLength; // by the group's first suit
+};
+static_assert(sizeof(UnindexPlan) == 64);
+
+} // namespace
+
+struct RoundPlan {
+    std::vector<IndexPlan> index;     // by configuration
+    std::vector<UnindexPlan> unindex; // by configuration
+
+    // Configuration of the first index of every stretch of 2^shift indices, and the last
+    // configuration once more behind them.
+    std::vector<uint32_t> stretch;
+    unsigned shift = 0;
+
+    uint32_t configurationOf(uint64_t at) const {
+        uint32_t low = stretch[at >> shift];
+        uint32_t high = stretch[(at >> shift) + 1];
+        while (low < high) {
+            const uint32_t middle = (low + high + 1) / 2;
+            if (unindex[middle].offset <= at)
+                low = middle;
+            else
+                high = middle - 1;
+        }
+        return low;
+    }
+};
+
+namespace {
+
+template <class T>
+bool allocate(T*& table, uint64_t count) {
+    table = new (std::nothrow) T[count]();
+    return table != nullptr;
+}
+
+template <class T>
+void release(T*& table) {
+    delete[] table;
+    table = nullptr;
+}
+
+unsigned countIn(uint32_t word, unsigned rounds, unsigned round) {
+    return word >> wordShift(rounds, round) & 15U;
+}
+
+// How many contents a suit with these counts can have.
+uint32_t suitSize(uint32_t word, unsigned rounds) {
+    uint32_t size = 1;
+    unsigned left = ranksPerSuit;
+    for (unsigned round = 0; round < rounds; ++round) {
+        const unsigned count = countIn(word, rounds, round);
+        size *= handIndexTables.nCr_ranks[left][count];
+        left -= count;
+    }
+    return size;
+}
+
+// One past the last suit of the group that starts at suit first.
+unsigned groupEnd(unsigned equal, unsigned first) {
+    unsigned end = first + 1;
+    while (end < suits && handIndexTables.equal[equal][end])
+        ++end;
+    return end;
+}
+
+struct Configuration {
+    SuitWords words;
+    unsigned equal;
+};
+
+void checkGroupSize(uint32_t size) {
+    // clang-format off
+    assert(size+4-1 < 0x100000);
+    // clang-format on
+}
+
+// Every configuration of every round, in the order in which offsets are given out.
+std::array<std::vector<Configuration>, maxRounds>
+sortedConfigurations(std::span<const uint8_t> cardsPerRound) {
+    std::array<std::vector<Configuration>, maxRounds> found;
+    const auto rounds = static_cast<unsigned>(cardsPerRound.size());
+    forEachConfiguration(cardsPerRound,
+                         [&](unsigned round, const SuitWords& words, unsigned equal) {
+                             // Checked here already, so that hopeless structures end soon.
+                             for (uint32_t word : words)
+                                 checkGroupSize(suitSize(word, rounds));
+                             found[round].push_back({words, equal});
+                         });
+    for (auto& round : found)
+        std::sort(round.begin(), round.end(),
+                  [](const Configuration& a, const Configuration& b) { return a.words < b.words; });
+    return found;
+}
+
+// Fills the configuration tables of a round; false when memory or the 64 bits of an index run out.
+bool fillConfigurations(hand_indexer_t* indexer, unsigned round,
+                        const std::vector<Configuration>& configurations) {
+    const auto rounds = static_cast<unsigned>(indexer->rounds);
+    const size_t count = configurations.size();
+    indexer->configurations[round] = count;
+    if (!allocate(indexer->configuration_to_equal[round], count) ||
+        !allocate(indexer->configuration[round], count) ||
+        !allocate(indexer->configuration_to_suit_size[round], count) ||
+        !allocate(indexer->configuration_to_offset[round], count))
+        return false;
+    RoundPlan* plan = indexer->plan[round] = new RoundPlan;
+    plan->index.resize(count);
+    plan->unindex.resize(count);
+
+    uint64_t offset = 0;
+    for (size_t c = 0; c < count; ++c) {
+        const auto& [words, equal] = configurations[c];
+        indexer->configuration_to_equal[round][c] = static_cast<uint8_t>(equal);
+        indexer->configuration_to_offset[round][c] = offset;
+        IndexPlan& forward = plan->index[c];
+        UnindexPlan& back = plan->unindex[c];
+        forward.offset = back.offset = offset;
+        back.words = words;
+
+        uint64_t size = 1;
+        for (unsigned first = 0, end, group = 0; first < suits; first = end, ++group) {
+            end = groupEnd(equal, first);
+            const unsigned length = end - first;
+            const uint32_t suit = suitSize(words[first], rounds);
+            checkGroupSize(suit);
+            __extension__ using Wide = unsigned __int128;
+            Wide exact = 1; // C(suit + length - 1, length), at most 2^77
+            for (unsigned k = 1; k <= length; ++k)
+                exact = exact * (suit + k - 1) / k;
+            const uint64_t contents = multisetCount(suit, length);
+            if (exact != contents)
+                return false;
+            back.groupSize[first] = contents;
+            back.groupLength[first] = static_cast<uint8_t>(length);
+            if (words[first] != 0)
+                forward.largestGroup = std::max(forward.largestGroup, back.groupLength[first]);
+            for (unsigned i = first; i < end; ++i) {
+                indexer->configuration[round][c][i] = words[i];
+                indexer->configuration_to_suit_size[round][c][i] = suit;
+                forward.multiplier[i] = size;
+                forward.group[i] = group << groupShift;
+                forward.place[i] = static_cast<uint8_t>(i - first + 1);
+            }
+            if (__builtin_mul_overflow(size, contents, &size))
+                return false;
+        }
+        if (__builtin_add_overflow(offset, size, &offset))
+            return false;
+    }
+    indexer->round_size[round] = offset;
+
+    // About four stretches a configuration, so that few hold the start of more than one.
+    const auto indexBits = static_cast<unsigned>(std::bit_width(offset - 1));
+    const auto stretchBits = static_cast<unsigned>(std::bit_width(count)) + 2;
+    plan->shift = indexBits > stretchBits ? indexBits - stretchBits : 0;
+    plan->stretch.resize(((offset - 1) >> plan->shift) + 2);
+    uint32_t c = 0;
+    for (size_t s = 0; s + 1 < plan->stretch.size(); ++s) {
+        while (c + 1 < count && plan->unindex[c + 1].offset <= s << plan->shift)
+            ++c;
+        plan->stretch[s] = c;
+    }
+    plan->stretch.back() = static_cast<uint32_t>(count - 1);
+    return true;
+}
+
+// Fills the permutation tables of every round; false when memory runs out.
+bool fillPermutations(hand_indexer_t* indexer,
+                      const std::array<std::vector<Configuration>, maxRounds>& configurations) {
+    const auto rounds = static_cast<unsigned>(indexer->rounds);
+    uint64_t permutations = 1;
+    for (unsigned round = 0; round < rounds; ++round) {
+        permutations *= compositionCount(indexer->cards_per_round[round]);
+        indexer->permutations[round] = permutations;
+        if (!allocate(indexer->permutation_to_configuration[round], permutations) ||
+            !allocate(indexer->permutation_to_order[round], permutations))
+            return false;
+    }
+    const auto& orders = handIndexTables.suit_permutations;
+    forEachPermutation({indexer->cards_per_round, rounds}, [&](unsigned round, uint64_t permutation,
+                                                               const SuitWords& words) {
+        std::array<uint8_t, suits> order = {0, 1, 2, 3};
+        std::sort(order.begin(), order.end(), [&](uint8_t a, uint8_t b) {
+            return words[a] != words[b] ? words[a] > words[b] : a < b;
+        });
+        const SuitWords sorted = {words[order[0]], words[order[1]], words[order[2]],
+                                  words[order[3]]};
+        const auto at = std::lower_bound(
+            configurations[round].begin(), configurations[round].end(), sorted,
+            [](const Configuration& c, const SuitWords& w) { return c.words < w; });
+        assert(at != configurations[round].end() && at->words == sorted);
+        indexer->permutation_to_configuration[round][permutation] =
+            static_cast<uint32_t>(at - configurations[round].begin());
+        indexer->permutation_to_order[round][permutation] = static_cast<uint8_t>(
+            std::lower_bound(orders.begin(), orders.end(), order) - orders.begin());
+    });
+    return true;
+}
+
+// A hand being indexed, as hand_indexer_state_t but small enough to stay in registers.
+struct Progress {
+    std::array<uint32_t, suits> index = {}; // of the suits, below 2^20
+    std::array<uint32_t, suits> multiplier = {1, 1, 1, 1};
+    uint64_t used = 0; // rank sets side by side
+    uint64_t permutation = 0;
+    uint64_t permutationMultiplier = 1;
+};
+
+// Names the broken promise: walks the round again, card by card, with every check in its order.
+[[gnu::cold, gnu::noinline, noreturn]] void refuseCards(const uint8_t cards[], unsigned count,
+                                                        uint64_t used) {
+    hand_indexer_state_t held = {};
+    for (unsigned i = 0; i < suits; ++i)
+        held.used_ranks[i] = static_cast<uint32_t>(used >> i * laneBits) & laneMask;
+    const hand_indexer_state_t* state = &held;
+    uint32_t ranks[suits] = {};
+    // clang-format off
+    for (unsigned i = 0; i < count; ++i) {
+        assert(cards[i] < 52);
+        const unsigned suit = cards[i] % suits;
+        const uint32_t rank_bit = 1U << cards[i] / suits;
+        assert(!(ranks[suit]&rank_bit));
+        ranks[suit] |= rank_bit;
+    }
+    for (unsigned i = 0; i < suits; ++i)
+        assert(!(state->used_ranks[i]&ranks[i]));
+    // clang-format on
+    std::abort(); // only bad rounds come here
+}
+
+// Adds a round of count cards to the suits' running indices.
+inline void addRound(const uint8_t cards[], unsigned count, Progress& hand) {
+    const HandIndexTables& tables = handIndexTables;
+
+    // shifted: the same ranks, counted among those still free in the suit.
+    uint64_t seen = 0;
+    uint64_t shifted = 0;
+    for (unsigned i = 0; i < count; ++i) {
+        if (cards[i] >= maxCards) [[unlikely]]
+            refuseCards(cards, count, hand.used);
+        const unsigned lane = cards[i] % suits * laneBits;
+        const unsigned rank = cards[i] / suits;
+        const auto taken = static_cast<uint32_t>(hand.used >> lane) & ((1U << rank) - 1);
+        seen |= uint64_t{1} << (lane + rank);
+        shifted |= uint64_t{1} << (lane + rank - static_cast<unsigned>(std::popcount(taken)));
+    }
+    if (static_cast<unsigned>(std::popcount(seen)) != count || (seen & hand.used) != 0) [[unlikely]]
+        refuseCards(cards, count, hand.used);
+
+    std::array<uint32_t, suits> counts;
+    for (unsigned i = 0; i < suits; ++i) {
+        const auto set = static_cast<uint32_t>(shifted >> i * laneBits) & laneMask;
+        const auto before = static_cast<uint32_t>(hand.used >> i * laneBits) & laneMask;
+        const auto left = ranksPerSuit - static_cast<unsigned>(std::popcount(before));
+        counts[i] = static_cast<uint32_t>(std::popcount(set));
+        hand.index[i] += tables.rank_set_to_index[set] * hand.multiplier[i];
+        hand.multiplier[i] *= tables.nCr_ranks[left][counts[i]];
+    }
+    hand.used |= seen;
+    hand.permutation +=
+        compositionIndex(counts[0], counts[1], counts[2]) * hand.permutationMultiplier;
+}
+
+// Puts the smaller first, by arithmetic: on random hands a branch here is wrong every other time,
+// and compilers make one of std::min.
+inline void sortPair(uint32_t& low, uint32_t& high) {
+    const uint32_t swap = (low ^ high) & -static_cast<uint32_t>(low > high);
+    low ^= swap;
+    high ^= swap;
+}
+
+// The index of the rounds up to this one.
+inline hand_index_t combineSuits(const hand_indexer_t* indexer, uint64_t round,
+                                 const Progress& hand) {
+    const uint32_t configuration = indexer->permutation_to_configuration[round][hand.permutation];
+    const auto& suitOrder =
+        handIndexTables.suit_permutations[indexer->permutation_to_order[round][hand.permutation]];
+    const IndexPlan& plan = indexer->plan[round]->index[configuration];
+
+    // Sorting by group and then by suit index sorts every group in its place, without a branch on
+    // what the groups are.
+    std::array<uint32_t, suits> x;
+    for (unsigned i = 0; i < suits; ++i)
+        x[i] = hand.index[suitOrder[i]] | plan.group[i];
+    sortPair(x[0], x[1]);
+    sortPair(x[2], x[3]);
+    sortPair(x[0], x[2]);
+    sortPair(x[1], x[3]);
+    sortPair(x[1], x[2]);
+
+    hand_index_t index = plan.offset + x[0];
+    if (plan.largestGroup <= 2) [[likely]] {
+        for (unsigned i = 1; i < suits; ++i) {
+            // Half of suit * 2 in the first place of a group, of suit * (suit + 1) in the second.
+            const uint64_t suit = x[i] & suitIndexMask;
+            const uint64_t second = plan.place[i] - 1U;
+            index += (suit * ((suit & -second) + 2 - second) >> 1U) * plan.multiplier[i];
+        }
+    } else {
+        for (unsigned i = 1; i < suits; ++i) {
+            const uint64_t suit = x[i] & suitIndexMask;
+            index += nCr_groups[suit + plan.place[i] - 1U][plan.place[i]] * plan.multiplier[i];
+        }
+    }
+    return index;
+}
+
+} // namespace
+
+} // namespace tamarin
+
+using namespace tamarin;
+
+bool hand_indexer_init(unsigned rounds, const uint8_t cardsPerRound[], hand_indexer_t* indexer) {
+    *indexer = {};
+    if (rounds == 0 || rounds > maxRounds)
+        return false;
+    unsigned total = 0;
+    for (unsigned round = 0; round < rounds; ++round) {
+        total += cardsPerRound[round];
+        if (total > maxCards)
+            return false;
+    }
+
+    unsigned start = 0;
+    for (unsigned round = 0; round < rounds; ++round) {
+        indexer->cards_per_round[round] = cardsPerRound[round];
+        indexer->round_start[round] = static_cast<uint8_t>(start);
+        start += cardsPerRound[round];
+    }
+    indexer->rounds = rounds;
+
+    bool built = false;
+    try {
+        const auto configurations = sortedConfigurations({cardsPerRound, rounds});
+        built = true;
+        for (unsigned round = 0; round < rounds && built; ++round)
+            built = fillConfigurations(indexer, round, configurations[round]);
+        built = built && fillPermutations(indexer, configurations);
+    } catch (const std::bad_alloc&) {
+        built = false;
+    }
+    if (!built)
+        hand_indexer_free(indexer);
+    return built;
+}
+
+void hand_indexer_free(hand_indexer_t* indexer) {
+    for (unsigned round = 0; round < maxRounds; ++round) {
+        release(indexer->permutation_to_configuration[round]);
+        release(indexer->permutation_to_order[round]);
+        release(indexer->configuration_to_equal[round]);
+        release(indexer->configuration[round]);
+        release(indexer->configuration_to_suit_size[round]);
+        release(indexer->configuration_to_offset[round]);
+        delete indexer->plan[round];
+    }
+    *indexer = {};
+}
+
+hand_index_t hand_indexer_size(const hand_indexer_t* indexer, unsigned round) {
+    assert(round < indexer->rounds);
+    return indexer->round_size[round];
+}
+
+void hand_indexer_state_init(const hand_indexer_t*, hand_indexer_state_t* state) {
+    *state = {};
+    std::fill(std::begin(state->suit_multiplier), std::end(state->suit_multiplier), uint64_t{1});
+    state->permutation_multiplier = 1;
+}
+
+hand_index_t hand_index_next_round(const hand_indexer_t* indexer, const uint8_t cards[],
+                                   hand_indexer_state_t* state) {
+    const uint64_t round = state->round;
+    assert(round < indexer->rounds);
+
+    Progress hand;
+    for (unsigned i = 0; i < suits; ++i) {
+        hand.index[i] = static_cast<uint32_t>(state->suit_index[i]);
+        hand.multiplier[i] = static_cast<uint32_t>(state->suit_multiplier[i]);
+        hand.used |= uint64_t{state->used_ranks[i]} << i * laneBits;
+    }
+    hand.permutation = state->permutation_index;
+    hand.permutationMultiplier = state->permutation_multiplier;
+
+    addRound(cards, indexer->cards_per_round[round], hand);
+
+    state->round = round + 1;
+    for (unsigned i = 0; i < suits; ++i) {
+        state->suit_index[i] = hand.index[i];
+        state->suit_multiplier[i] = hand.multiplier[i];
+        state->used_ranks[i] = static_cast<uint32_t>(hand.used >> i * laneBits) & laneMask;
+    }
+    state->permutation_index = hand.permutation;
+    state->permutation_multiplier = indexer->permutations[round];
+    return combineSuits(indexer, round, hand);
+}
+
+hand_index_t hand_index_all(const hand_indexer_t* indexer, const uint8_t cards[],
+                            hand_index_t indices[]) {
+    Progress hand;
+    hand_index_t index = 0;
+    for (unsigned round = 0; round < indexer->rounds; ++round) {
+        const unsigned count = indexer->cards_per_round[round];
+        addRound(cards, count, hand);
+        cards += count;
+        hand.permutationMultiplier = indexer->permutations[round];
+        index = indices[round] = combineSuits(indexer, round, hand);
+    }
+    return index;
+}
+
+hand_index_t hand_index_last(const hand_indexer_t* indexer, const uint8_t cards[]) {
+    if (indexer->rounds == 0)
+        return 0;
+    Progress hand;
+    for (unsigned round = 0; round < indexer->rounds; ++round) {
+        const unsigned count = indexer->cards_per_round[round];
+        addRound(cards, count, hand);
+        cards += count;
+        hand.permutationMultiplier = indexer->permutations[round];
+    }
+    return combineSuits(indexer, indexer->rounds - 1, hand);
+}
+
+bool hand_unindex(const hand_indexer_t* indexer, unsigned round, hand_index_t index,
+                  uint8_t cards[]) {
+    if (round >= indexer->rounds || index >= indexer->round_size[round])
+        return false;
+    const HandIndexTables& tables = handIndexTables;
+    const auto rounds = static_cast<unsigned>(indexer->rounds);
+    const RoundPlan& roundPlan = *indexer->plan[round];
+    const UnindexPlan& plan = roundPlan.unindex[roundPlan.configurationOf(index)];
+
+    // The index as digits, one a group; each digit as its suits' indices.
+    uint64_t rest = index - plan.offset;
+    std::array<uint32_t, suits> suitIndex;
+    for (unsigned first = 0; first < suits; first += plan.groupLength[first]) {
+        const uint64_t part = rest % plan.groupSize[first];
+        rest /= plan.groupSize[first];
+        multisetUnrank(part, plan.groupLength[first], &suitIndex[first]);
+    }
+
+    // Each suit index as rank sets, one a round, among the ranks free in that round.
+    std::array<uint64_t, maxRounds> shifted = {};
+    for (unsigned suit = 0; suit < suits; ++suit) {
+        unsigned left = ranksPerSuit;
+        uint32_t restOfSuit = suitIndex[suit];
+        for (unsigned r = 0; r <= round; ++r) {
+            const unsigned count = countIn(plan.words[suit], rounds, r);
+            const uint32_t size = tables.nCr_ranks[left][count];
+            shifted[r] |= uint64_t{tables.index_to_rank_set[count][restOfSuit % size]}
+                          << suit * laneBits;
+            restOfSuit /= size;
+            left -= count;
+        }
+    }
+
+    // The sets as cards. The lanes are walked as one word, so that the number of steps depends on
+    // the structure and not on the configuration.
+    uint64_t used = 0;
+    for (unsigned r = 0, at = 0; r <= round; ++r) {
+        uint64_t seen = 0;
+        for (uint64_t bits = shifted[r]; bits != 0; bits &= bits - 1) {
+            const auto bit = static_cast<unsigned>(std::countr_zero(bits));
+            const unsigned suit = bit / laneBits;
+            const unsigned rank =
+                tables.nth_unset[used >> suit * laneBits & laneMask][bit % laneBits];
+            seen |= uint64_t{1} << (suit * laneBits + rank);
+            cards[at++] = static_cast<uint8_t>(rank * suits + suit);
+        }
+        used |= seen;
+    }
+    return true;
+}
