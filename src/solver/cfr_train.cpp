@@ -5,49 +5,13 @@
 #include "solver/compiled_training.h"
 #include "solver/deck.h"
 #include "solver/equity_seam.h"
+#include "solver/training_progress.h"
 
 #include <algorithm>
 #include <ctime>
 #include <exception>
 #include <iostream>
 #include <vector>
-
-namespace {
-
-// The progress lines of a training run, one for each hundredth.
-class TrainingProgress {
-public:
-    TrainingProgress(unsigned long long iterations, time_t start)
-        : iterations_(iterations), last_(start) {}
-
-    // Prints when a hundredth is reached; asks for at least 100 iterations, as a hundredth of fewer
-    // is nothing to divide by. Returns the iteration up to which nothing more will be printed.
-    unsigned long long at(unsigned long long it) {
-        if (!CFR::logProgress)
-            return iterations_;
-        const unsigned long long step = iterations_ / 100;
-        if (it % step == 0)
-            print(static_cast<long long>(it / step));
-        return std::min(iterations_, (it / step + 1) * step);
-    }
-
-private:
-    void print(long long percent) {
-        const time_t now = time(nullptr);
-        elapsed_ += now - last_;
-        const double minutesLeft = static_cast<double>((now - last_) * (100 - percent)) / 60.0;
-        std::cout << "CFR progress: " << percent
-                  << "% (elapsed time: " << static_cast<double>(elapsed_) / 60.0
-                  << " mins, expected time left: " << minutesLeft << " mins)" << std::endl;
-        last_ = time(nullptr);
-    }
-
-    unsigned long long iterations_;
-    time_t last_;
-    time_t elapsed_ = 0;
-};
-
-} // namespace
 
 void CFR::train(unsigned long long iterations) {
     runTraining(iterations, Form::compiled);
@@ -67,7 +31,7 @@ void CFR::runTraining(unsigned long long iterations, Form form) {
     }
     const int cards = tamarin::cardsNeeded(*game);
     const auto board = static_cast<unsigned char>(tamarin::boardCardsOf(*game));
-    TrainingProgress progress(iterations, time(nullptr));
+    tamarin::TrainingProgress progress(iterations, 100, time(nullptr));
 
     if (!treeReady) {
         if (standardDeck)
