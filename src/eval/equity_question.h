@@ -1,0 +1,50 @@
+// Equity of hands and ranges against each other and against random opponents, exact or sampled.
+//
+// A deal gives every player with a range one of its hands, all combinations without a common card
+// being equally likely; then the random opponents and the rest of the board get cards from what is
+// left.
+#pragma once
+
+#include "eval/equity.h"
+#include "eval/hand_range.h"
+#include "game/showdown.h"
+#include "support/result.h"
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace tamarin {
+
+struct EquityQuestion {
+    std::vector<HandRange> players; // the one whose equity is asked comes first; 1..10
+    CardSet board = 0;              // 0, 3, 4 or 5 cards
+    int randomOpponents = 0;        // players in all: 2..10
+};
+
+enum class EquityMethod {
+    automatic, // exact where that takes a few seconds at most, else sampled
+    exact,     // refused where it would not end: three or more random opponents, very wide ranges
+    sampled,
+};
+
+struct EquityOptions {
+    EquityMethod method = EquityMethod::automatic;
+    uint64_t deals = 1000000; // of a sample; a multiple of sampleBlock is drawn
+    uint64_t seed = 1;        // the same seed gives the same counts, whatever the threads
+    int threads = 0;          // 0: all cores
+    // Called from the calling thread with the work done and the whole, in matchups of hands that
+    // differ (exact) or in deals (sampled).
+    std::function<void(uint64_t, uint64_t)> progress;
+};
+
+struct EquityAnswer {
+    EquityCounts counts;
+    bool exact = false;
+};
+
+// Errors: cards held twice, hands that cannot be held together, a board of another size, too many
+// players, an exact answer out of reach, an interrupt.
+Result<EquityAnswer> answerEquity(const EquityQuestion& question, const EquityOptions& options);
+
+} // namespace tamarin

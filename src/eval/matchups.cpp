@@ -1,0 +1,88 @@
+#include "eval/matchups.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+
+namespace tamarin {
+namespace {
+
+using SuitOrder = std::array<int, 4>;
+
+CardSet renameSuits(CardSet cards, const SuitOrder& order) {
+    CardSet renamed = 0;
+    for (int suit = 0; suit < 4; ++suit)
+        renamed |= (cards >> (16 * suit) & 0x1fff) << (16 * order[static_cast<size_t>(suit)]);
+    return renamed;
+}
+
+// The renamings that leave the board as it is.
+std::vector<SuitOrder> suitOrders(CardSet board) {
+    std::vector<SuitOrder> orders;
+    SuitOrder order{0, 1, 2, 3};
+    do {
+        if (renameSuits(board, order) == board)
+            orders.push_back(order);
+    } while (std::next_permutation(order.begin(), order.end()));
+    return orders;
+}
+
+// Calls visit(hands) for each combination; visit returns whether to go on.
+template <class Visit>
+bool forEachCombination(std::span<const HandRange> ranges, std::vector<CardSet>& hands,
+                        CardSet used, const Visit& visit) {
+    if (hands.size() == ranges.size())
+        return visit(hands);
+    for (const CardSet hand : ranges[hands.size()].hands) {
+        if ((hand & used) != 0)
+            continue;
+        hands.push_back(hand);
+        const bool goOn = forEachCombination(ranges, hands, used | hand, visit);
+        hands.pop_back();
+        if (!goOn)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+Result<std::vector<Matchup>> matchups(std::span<const HandRange> ranges, CardSet board) {
+    uint64_t combinations = 1;
+    for (const HandRange& range : ranges) {
+        combinations *= range.hands.size();
+        if (combinations > mostCombinations)
+            return Error{"the hands meet in more than " + std::to_string(mostCombinations) +
+                         " combinations; sample them instead"};
+    }
+    const std::vector<SuitOrder> orders = suitOrders(board);
+    std::map<std::vector<CardSet>, uint64_t> found;
+    std::vector<CardSet> renamed(ranges.size());
+    std::vector<CardSet> least;
+    std::vector<CardSet> hands;
+    forEachCombination(ranges, hands, board, [&](const std::vector<CardSet>& combination) {
+        least.clear();
+        for (const SuitOrder& order : orders) {
+            for (size_t i = 0; i < combination.size(); ++i)
+                renamed[i] = renameSuits(combination[i], order);
+            std::sort(renamed.begin() + 1, renamed.end());
+            if (least.empty() || renamed < least)
+                least = renamed;
+        }
+        ++found[least];
+        return true;
+    });
+    std::vector<Matchup> result;
+    result.reserve(found.size());
+    for (const auto& [lineUp, times] : found)
+        result.push_back({lineUp, times});
+    return result;
+}
+
+bool canBeHeld(std::span<const HandRange> ranges, CardSet board) {
+    std::vector<CardSet> hands;
+    return !forEachCombination(ranges, hands, board,
+                               [](const std::vector<CardSet>&) { return false; });
+}
+
+} // namespace tamarin

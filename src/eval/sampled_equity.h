@@ -1,0 +1,46 @@
+// Equity by sampled deals, for what cannot be counted: many random opponents, very wide ranges.
+//
+// Unlike the evaluateHand families this sampler knows ties from losses, draws every deal afresh and
+// uniformly, and has a generator of its own: one a block of deals, seeded by the seed and the
+// block's number, so that the counts depend on the seed and the number of deals alone and not on
+// threads.
+#pragma once
+
+#include "eval/equity.h"
+#include "eval/hand_range.h"
+
+#include <cstdint>
+#include <functional>
+#include <span>
+
+namespace tamarin {
+
+inline constexpr uint64_t sampleBlock = 1024; // deals
+
+// SplitMix64 (Steele, Lea and Flood 2014): a 64-bit counter, well mixed.
+class SplitMix {
+public:
+    explicit SplitMix(uint64_t seed) : state_(seed) {}
+    uint64_t operator()() {
+        uint64_t z = state_ += 0x9e3779b97f4a7c15;
+        z = (z ^ z >> 30) * 0xbf58476d1ce4e5b9;
+        z = (z ^ z >> 27) * 0x94d049bb133111eb;
+        return z ^ z >> 31;
+    }
+    // Uniform below n, up to a bias of n / 2^32.
+    uint32_t below(uint32_t n) { return static_cast<uint32_t>(((*this)() >> 32) * n >> 32); }
+
+private:
+    uint64_t state_;
+};
+
+// At least `deals` deals (whole blocks) for ranges[0] against the other ranges and randomOpponents
+// random hands on the board; 10 players at most. Some combination of the ranges' hands must be
+// without a common card. progress, if given, is called from the calling thread with the deals done;
+// the sample ends early, with the deals done so far, when stop, if given, returns true.
+EquityCounts sampledEquity(std::span<const HandRange> ranges, CardSet board, int randomOpponents,
+                           uint64_t deals, uint64_t seed, int threads = 0,
+                           const std::function<void(uint64_t)>& progress = {},
+                           const std::function<bool()>& stop = {});
+
+} // namespace tamarin

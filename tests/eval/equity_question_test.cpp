@@ -1,0 +1,91 @@
+#include "eval/equity_question.h"
+
+#include "eval/exact_equity.h"
+#include "eval/plain_equity.h"
+
+#include <gtest/gtest.h>
+
+using namespace tamarin;
+
+namespace {
+
+EquityQuestion question(const std::vector<std::string>& players, const std::string& board,
+                        int random) {
+    EquityQuestion asked;
+    for (const std::string& player : players)
+        asked.players.push_back(*parseHandRange(player));
+    asked.board = plain::cards(board);
+    asked.randomOpponents = random;
+    return asked;
+}
+
+std::string refusal(const EquityQuestion& asked, EquityMethod method = EquityMethod::automatic) {
+    EquityOptions options;
+    options.method = method;
+    const auto answer = answerEquity(asked, options);
+    return answer ? "was answered" : answer.error();
+}
+
+EquityAnswer answer(const EquityQuestion& asked, EquityMethod method = EquityMethod::automatic) {
+    EquityOptions options;
+    options.method = method;
+    options.deals = 100000;
+    const auto given = answerEquity(asked, options);
+    EXPECT_TRUE(given.ok()) << given.error();
+    return given ? *given : EquityAnswer{};
+}
+
+} // namespace
+
+TEST(EquityQuestion, ClassesAreCountedByTheirHands) {
+    const EquityAnswer given = answer(question({"AKs"}, "", 1));
+    EXPECT_TRUE(given.exact);
+    const std::vector<CardSet> hand{plain::cards("AsKs")};
+    EquityCounts four = exactEquity(hand, 0, 1);
+    EXPECT_EQ(given.counts, four *= 4);
+}
+
+TEST(EquityQuestion, RangeAgainstRange) {
+    const EquityQuestion asked = question({"KK", "AKs,KQs,44"}, "", 0);
+    const EquityAnswer given = answer(asked);
+    EXPECT_TRUE(given.exact);
+    EquityCounts sum;
+    for (const CardSet a : asked.players[0].hands)
+        for (const CardSet b : asked.players[1].hands)
+            if ((a & b) == 0) {
+                const std::vector<CardSet> hands{a, b};
+                sum += exactEquity(hands, 0, 0);
+            }
+    EXPECT_EQ(given.counts, sum);
+}
+
+TEST(EquityQuestion, SamplesWhatCannotBeCounted) {
+    const EquityAnswer given = answer(question({"AA"}, "", 5));
+    EXPECT_FALSE(given.exact);
+    EXPECT_GE(given.counts.deals, 100000U);
+    EXPECT_FALSE(answer(question({"AA"}, "", 1), EquityMethod::sampled).exact);
+    EXPECT_FALSE(answer(question({"random", "random", "random"}, "", 0)).exact);
+}
+
+TEST(EquityQuestion, ExactRandomAgainstRandomIsEven) {
+    const EquityAnswer given = answer(question({"random"}, "7c7d2h9sKs", 1));
+    EXPECT_TRUE(given.exact);
+    const Equity equity = equityOf(given.counts);
+    EXPECT_DOUBLE_EQ(equity.win, equity.loss);
+    EXPECT_DOUBLE_EQ(equity.pot, 0.5);
+}
+
+TEST(EquityQuestion, Refusals) {
+    EXPECT_NE(refusal(question({"AA"}, "", 0)).find("2 to 10 players, not 1"), std::string::npos);
+    EXPECT_NE(refusal(question({"AA"}, "", 10)).find("not 11"), std::string::npos);
+    EXPECT_NE(refusal(question({"AA"}, "2c3c", 1)).find("2 cards"), std::string::npos);
+    EXPECT_NE(refusal(question({"AsAc"}, "As3c4c", 1)).find("nobody can hold AsAc"),
+              std::string::npos);
+    EXPECT_NE(refusal(question({"AsAc", "AsKs"}, "", 0)).find("cannot be held together"),
+              std::string::npos);
+    EXPECT_NE(refusal(question({"AA"}, "", 3), EquityMethod::exact).find("two random"),
+              std::string::npos);
+    EXPECT_NE(refusal(question({"random", "random", "random"}, "", 0), EquityMethod::exact)
+                  .find("combinations"),
+              std::string::npos);
+}

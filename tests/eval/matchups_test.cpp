@@ -1,0 +1,73 @@
+#include "eval/matchups.h"
+
+#include "eval/exact_equity.h"
+#include "eval/plain_equity.h"
+
+#include <gtest/gtest.h>
+
+using namespace tamarin;
+
+namespace {
+
+std::vector<HandRange> rangesOf(const std::vector<std::string>& texts) {
+    std::vector<HandRange> ranges;
+    for (const std::string& text : texts)
+        ranges.push_back(*parseHandRange(text));
+    return ranges;
+}
+
+} // namespace
+
+TEST(Matchups, StartingHandsUpToSuits) {
+    const auto found = matchups(rangesOf({"random"}), 0);
+    ASSERT_TRUE(found.ok());
+    EXPECT_EQ(found->size(), 169U);
+    uint64_t times = 0;
+    for (const Matchup& matchup : *found)
+        times += matchup.times;
+    EXPECT_EQ(times, 1326U);
+}
+
+TEST(Matchups, TwoHandsUpToSuits) {
+    const auto found = matchups(rangesOf({"random", "random"}), 0);
+    ASSERT_TRUE(found.ok());
+    EXPECT_LT(found->size(), 1326U * 1225U / 12); // 24 renamings, fewer for hands alike in suits
+    uint64_t times = 0;
+    for (const Matchup& matchup : *found)
+        times += matchup.times;
+    EXPECT_EQ(times, 1326U * 1225U);
+}
+
+// Counted by matchups and hand by hand is the same, on a board that leaves two suits alike.
+TEST(Matchups, CountAsTheirHandsDo) {
+    const auto ranges = rangesOf({"QJs,88", "AQ,88", "KTs"});
+    const CardSet board = plain::cards("Qs8s3d2d");
+    const auto found = matchups(ranges, board);
+    ASSERT_TRUE(found.ok());
+    EquityCounts byMatchup;
+    for (const Matchup& matchup : *found) {
+        EquityCounts one = exactEquity(matchup.hands, board, 0);
+        byMatchup += one *= matchup.times;
+    }
+    EquityCounts byHand;
+    for (const CardSet a : ranges[0].hands)
+        for (const CardSet b : ranges[1].hands)
+            for (const CardSet c : ranges[2].hands)
+                if ((a & b) == 0 && ((a | b) & c) == 0 && ((a | b | c) & board) == 0)
+                    byHand += plain::equity({a, b, c}, board, 0);
+    EXPECT_EQ(byMatchup, byHand);
+    EXPECT_GT(byHand.deals, 0U);
+}
+
+TEST(Matchups, HandsThatCannotBeHeldTogether) {
+    EXPECT_TRUE(matchups(rangesOf({"AA", "AsAh", "AcAd"}), 0)->size() == 0);
+    EXPECT_FALSE(canBeHeld(rangesOf({"AA", "AsAh", "AcAd"}), 0));
+    EXPECT_FALSE(canBeHeld(rangesOf({"AsKs"}), plain::cards("As2c3d")));
+    EXPECT_TRUE(canBeHeld(rangesOf({"AA", "AA"}), 0));
+}
+
+TEST(Matchups, TooManyAreRefused) {
+    const auto found = matchups(rangesOf({"random", "random", "random"}), 0);
+    ASSERT_FALSE(found.ok());
+    EXPECT_NE(found.error().find("4000000"), std::string::npos);
+}

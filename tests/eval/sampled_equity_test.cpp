@@ -1,0 +1,76 @@
+#include "eval/sampled_equity.h"
+
+#include "eval/exact_equity.h"
+#include "eval/plain_equity.h"
+
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+using namespace tamarin;
+
+namespace {
+
+std::vector<HandRange> rangesOf(const std::vector<std::string>& texts) {
+    std::vector<HandRange> ranges;
+    for (const std::string& text : texts)
+        ranges.push_back(*parseHandRange(text));
+    return ranges;
+}
+
+constexpr uint64_t deals = 400 * sampleBlock;
+
+// Every count within 4.5 standard errors of the exact share; the seed is fixed, so this is no coin.
+void expectNear(const EquityCounts& sample, const EquityCounts& exact) {
+    for (size_t k = 0; k < exact.best.size(); ++k) {
+        const double p = static_cast<double>(exact.best[k]) / static_cast<double>(exact.deals);
+        const double n = static_cast<double>(sample.deals);
+        EXPECT_NEAR(static_cast<double>(sample.best[k]) / n, p,
+                    4.5 * std::sqrt(p * (1 - p) / n) + 1e-12)
+            << k;
+    }
+}
+
+} // namespace
+
+TEST(SampledEquity, AgreesWithExactCounts) {
+    for (int opponents = 1; opponents <= 2; ++opponents) {
+        const std::vector<CardSet> hand{plain::cards("AsKd")};
+        const CardSet flop = plain::cards("Qs8h3d");
+        expectNear(sampledEquity(rangesOf({"AsKd"}), flop, opponents, deals, 7),
+                   exactEquity(hand, flop, opponents));
+        expectNear(sampledEquity(rangesOf({"AsKd"}), 0, opponents, deals, 8),
+                   exactEquity(hand, 0, opponents));
+    }
+}
+
+TEST(SampledEquity, RangesAreDrawnAsCombinations) {
+    EquityCounts exact;
+    const auto ranges = rangesOf({"AK", "AA,AsQs"});
+    for (const CardSet a : ranges[0].hands)
+        for (const CardSet b : ranges[1].hands)
+            if ((a & b) == 0) {
+                const std::vector<CardSet> hands{a, b};
+                exact += exactEquity(hands, 0, 0);
+            }
+    expectNear(sampledEquity(ranges, 0, 0, deals, 9), exact);
+}
+
+TEST(SampledEquity, SeedDecidesAndThreadsDoNot) {
+    const auto ranges = rangesOf({"AKs", "22+"});
+    const EquityCounts one = sampledEquity(ranges, 0, 3, 50000, 5, 1);
+    EXPECT_EQ(one.deals, 50176U); // whole blocks
+    EXPECT_EQ(one, sampledEquity(ranges, 0, 3, 50000, 5, 4));
+    EXPECT_NE(one, sampledEquity(ranges, 0, 3, 50000, 6, 1));
+}
+
+TEST(SampledEquity, NineOpponents) {
+    const EquityCounts counts = sampledEquity(rangesOf({"AA"}), 0, 9, 200000, 1);
+    EXPECT_NEAR(equityOf(counts).pot, 0.31, 0.01); // aces hold up in three of ten full tables
+}
+
+TEST(SampledEquity, StopsWhenAsked) {
+    const EquityCounts counts =
+        sampledEquity(rangesOf({"AA"}), 0, 9, 1000000000, 1, 1, {}, [] { return true; });
+    EXPECT_EQ(counts.deals, sampleBlock);
+}
