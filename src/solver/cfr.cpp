@@ -4,7 +4,10 @@
 
 #include "solver/compiled_game.h"
 #include "solver/deck.h"
+#include "solver/holdem_sets.h"
+#include "solver/node_store.h"
 
+#include <stdexcept>
 #include <typeinfo>
 
 namespace {
@@ -82,7 +85,13 @@ const tamarin::NodeMap& CFR::nodeMap(int player, int round) const {
 }
 
 CFRNode* CFR::nodeOf(State* state) {
-    return mapOf(currentPlayer(game, state), state->round).at(abstraction(state));
+    const int player = currentPlayer(game, state);
+    const std::string key = abstraction(state);
+    if (!store)
+        return mapOf(player, state->round).at(key);
+    if (!store->find(state->round + player * game->numRounds, key, found))
+        throw std::out_of_range("map::at");
+    return &found;
 }
 
 CFRNode* CFR::findNode(State* state) {
@@ -93,17 +102,38 @@ Action CFR::getAction(State*) {
     return {actionFold, 0};
 }
 
+size_t CFR::nodesOfMap(int m) const {
+    return store ? store->count(m) : nodeMaps[m].size();
+}
+
 size_t CFR::numInformationSets() const {
     size_t count = 0;
     for (int m = 0; m < numMaps(); ++m)
-        count += nodeMaps[m].size();
+        count += nodesOfMap(m);
     return count;
+}
+
+bool CFR::forEachNode(
+    const std::function<bool(int m, const std::string& key, const CFRNode& node)>& visit) const {
+    for (int m = 0; m < numMaps(); ++m) {
+        if (store) {
+            if (!store->forEach(m, [&](const std::string& key, const CFRNode& node) {
+                    return visit(m, key, node);
+                }))
+                return false;
+            continue;
+        }
+        for (const auto& [key, node] : nodeMaps[m])
+            if (!visit(m, key, *node))
+                return false;
+    }
+    return true;
 }
 
 tamarin::CompiledGame* CFR::compiledGame() {
     // A derived class may key its states, or offer actions, in its own way; buckets come from
     // outside and change without notice; and card ranks of a full deck have no keys at all.
-    if (typeid(*this) != typeid(CFR) || useCardAbstraction ||
+    if (typeid(*this) != typeid(CFR) || useCardAbstraction || store ||
         game->numSuits * game->numRanks == standardDeck)
         return nullptr;
     if (!compiled)

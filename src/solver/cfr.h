@@ -21,6 +21,7 @@
 #include "solver/cfr_node.h"
 
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <map>
 #include <memory>
@@ -30,6 +31,9 @@ class EquityTables;
 
 namespace tamarin {
 class CompiledGame;
+class HoldemBuckets;
+class HoldemSets;
+class NodeStore;
 // The information sets of one player in one round, by key in byte order.
 using NodeMap = std::map<std::string, CFRNode*>;
 } // namespace tamarin
@@ -55,7 +59,8 @@ public:
     virtual double winProb(int bucket);
     virtual Action& translate(int index, State* state, Action& out);
 
-    // The player to act's node; std::out_of_range when there is none.
+    // The player to act's node; std::out_of_range when there is none. Where the nodes are not kept
+    // as objects (see load and trainHoldem) it is a copy, good until the next call.
     CFRNode* findNode(State* state);
 
     // Adds the nodes of every state reachable from this one, for the cards it holds. A node that is
@@ -69,6 +74,16 @@ public:
     // a tree, ends the process: such a tree cannot be enumerated.
     void train(unsigned long long iterations);
     void trainPlain(unsigned long long iterations);
+
+    // Trains a hold'em game of two or three players on this many random deals, over the ten buckets
+    // of the hold'em tables; before the first, when the tree is not there yet, builds it. Prints
+    // its progress. Throws "Deve carregar equity tables para correr cfr no hold'em poker" when
+    // there are no tables. A tree of more than two million information sets stays in flat form and
+    // out of the node maps. Leaves useHoldemTables and useCardAbstraction off.
+    void trainHoldem(unsigned long long iterations);
+    void trainHoldemPlain(unsigned long long iterations);
+    // Buckets from elsewhere than the equity tables; null for the tables. Not owned.
+    void setHoldemBuckets(const tamarin::HoldemBuckets* source) { bucketSource = source; }
 
     // One visit of the training, at state and below. reach: each player's probability of playing to
     // here. lastPlayer: who acted before (0 at the root). util receives each player's value.
@@ -110,7 +125,7 @@ public:
     const Game& getGame() const { return *game; }
     // Nodes of all maps.
     size_t numInformationSets() const;
-    // The map of one player in one round.
+    // The map of one player in one round; empty where the nodes are kept in flat form.
     const tamarin::NodeMap& nodeMap(int player, int round) const;
 
     // Switches train's progress lines; process-wide.
@@ -148,7 +163,17 @@ private:
     // The compiled game, made when first asked for; null where only the plain form will do.
     tamarin::CompiledGame* compiledGame();
 
+    // Visits every node, in file order, wherever it is kept; false when the visitor stopped.
+    bool forEachNode(
+        const std::function<bool(int m, const std::string& key, const CFRNode& node)>& visit) const;
+    size_t nodesOfMap(int m) const;
+    std::unique_ptr<tamarin::HoldemSets> takeHoldemSets();
+    void keepHoldemSets(std::unique_ptr<tamarin::HoldemSets> sets);
+
     std::unique_ptr<tamarin::CompiledGame> compiled;
+    std::unique_ptr<tamarin::NodeStore> store; // the nodes, when they are not in the maps
+    CFRNode found;                             // what findNode copied out of the store
+    const tamarin::HoldemBuckets* bucketSource = nullptr;
 };
 
 // One line a node, "KEY » ( call: 0.25 raise: 0.75 )", in file order, an empty line, and the game's

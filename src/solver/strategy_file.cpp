@@ -1,35 +1,30 @@
 // Strategy files: writing a solver's nodes, reading them back.
 
 #include "solver/cfr.h"
+#include "solver/holdem_sets.h"
+#include "solver/mapped_strategy.h"
 #include "solver/strategy_record.h"
 #include "support/file.h"
 
 #include <cstring>
-#include <limits>
 
 namespace {
 
 using tamarin::StrategyCount;
 using tamarin::StrategyRecord;
 
-bool writeMap(tamarin::AtomicFile& file, const tamarin::NodeMap& map) {
-    if (map.size() > std::numeric_limits<StrategyCount>::max())
+bool writeNode(tamarin::AtomicFile& file, const std::string& key, const CFRNode& node) {
+    StrategyRecord record{};
+    if (key.size() >= sizeof record.key)
         return false;
-    const auto count = static_cast<StrategyCount>(map.size());
-    if (!file.write(&count, sizeof count))
-        return false;
-    for (const auto& [key, node] : map) {
-        StrategyRecord record{};
-        if (key.size() >= sizeof record.key)
-            return false;
-        std::memcpy(record.key, key.data(), key.size());
-        std::memcpy(record.regretSum, node->regretSum, sizeof record.regretSum);
-        std::memcpy(record.strategySum, node->strategySum, sizeof record.strategySum);
-        if (!file.write(&record, sizeof record))
-            return false;
-    }
-    return true;
+    std::memcpy(record.key, key.data(), key.size());
+    std::memcpy(record.regretSum, node.regretSum, sizeof record.regretSum);
+    std::memcpy(record.strategySum, node.strategySum, sizeof record.strategySum);
+    return file.write(&record, sizeof record).ok();
 }
+
+// Larger files are looked up where they lie instead of being read into the maps.
+constexpr size_t largestFileRead = size_t{64} << 20U;
 
 // Takes values off the front of a file's bytes.
 class Reader {
@@ -78,20 +73,42 @@ bool CFR::save(const std::string& path) {
     tamarin::Result<tamarin::AtomicFile> file = tamarin::AtomicFile::create(path);
     if (!file)
         return false;
-    for (int m = 0; m < numMaps(); ++m)
-        if (!writeMap(*file, nodeMaps[m]))
-            return false;
-    return file->commit().ok();
+    int begun = 0; // maps whose count is written
+    const auto beginMaps = [&](int until) {
+        for (; begun < until; ++begun) {
+            const size_t nodes = nodesOfMap(begun);
+            const auto count = static_cast<StrategyCount>(nodes);
+            if (count != nodes || !file->write(&count, sizeof count))
+                return false;
+        }
+        return true;
+    };
+    const bool written = forEachNode([&](int m, const std::string& key, const CFRNode& node) {
+        return beginMaps(m + 1) && writeNode(*file, key, node);
+    });
+    return written && beginMaps(numMaps()) && file->commit().ok();
 }
 
 bool CFR::load(const std::string& path) {
     const tamarin::Result<tamarin::MappedFile> file = tamarin::MappedFile::open(path);
     if (!file)
         return false;
+    if (file->size() > largestFileRead) {
+        tamarin::Result<tamarin::MappedStrategy> strategy =
+            tamarin::MappedStrategy::open(path, numMaps());
+        if (!strategy)
+            return false;
+        for (int m = 0; m < numMaps(); ++m)
+            nodeMaps[m].clear();
+        store = std::make_unique<tamarin::MappedStrategy>(std::move(*strategy));
+        treeReady = true;
+        return true;
+    }
     Reader reader(file->bytes());
     for (int m = 0; m < numMaps(); ++m)
         if (!readMap(reader, nodeMaps[m]))
             return false;
+    store.reset();
     treeReady = true;
     return true;
 }

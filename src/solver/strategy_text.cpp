@@ -5,9 +5,10 @@
 #include <ostream>
 
 std::ostream& operator<<(std::ostream& out, CFR const& cfr) {
-    for (int m = 0; m < cfr.numMaps(); ++m)
-        for (const auto& [key, node] : cfr.nodeMaps[m])
-            out << key << " \u00bb " << *node << '\n';
+    cfr.forEachNode([&](int, const std::string& key, CFRNode node) {
+        out << key << " \u00bb " << node << '\n';
+        return out.good();
+    });
     out << '\n';
     if (cfr.gameUtility != nullptr) {
         out << "Game utility: ( ";

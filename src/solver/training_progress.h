@@ -7,13 +7,14 @@ namespace tamarin {
 
 class TrainingProgress {
 public:
-    // parts: how many lines the run has, 100 for percents, 10 for tenths. start: when the run began,
-    // so that the first line's time includes what came before the first iteration.
+    // parts: how many lines the run has, 100 for percents, 10 for tenths. start: when the run
+    // began, so that the first line's time includes what came before the first iteration.
     TrainingProgress(unsigned long long iterations, int parts, time_t start)
         : iterations_(iterations), parts_(parts), last_(start) {}
 
     // Prints when a part is reached; asks for at least as many iterations as parts, as a part of
-    // fewer is nothing to divide by. Returns the iteration up to which nothing more will be printed.
+    // fewer is nothing to divide by. Returns the iteration up to which nothing more will be
+    // printed.
     unsigned long long at(unsigned long long it);
 
 private:

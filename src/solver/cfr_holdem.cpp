@@ -1,0 +1,183 @@
+// Hold'em training: buckets from the hold'em tables, random deals, the player's own update rule.
+
+#include "solver/cfr.h"
+#include "solver/deck.h"
+#include "solver/fast_draws.h"
+#include "solver/holdem_buckets.h"
+#include "solver/holdem_sets.h"
+#include "solver/holdem_walk.h"
+#include "solver/training_progress.h"
+
+#include <algorithm>
+#include <iostream>
+#include <stdexcept>
+#include <typeinfo>
+#include <vector>
+
+namespace {
+
+using tamarin::numHoldemBuckets;
+
+constexpr int bucketCombinations =
+    numHoldemBuckets * numHoldemBuckets * numHoldemBuckets * numHoldemBuckets;
+
+// Trees of up to so many information sets are kept as node maps between trainings, larger ones in
+// flat form only.
+constexpr size_t mapLimit = 2'000'000;
+
+// A line each hundred of the ten thousand bucket combinations.
+void printTreeProgress(int count) {
+    if (count % 100 == 0)
+        std::cout << static_cast<double>(count) / bucketCombinations * 100 << "%" << std::endl;
+}
+
+// The cards of one deal after another: each is drawn from the whole deck as the last one left it.
+class DealSequence {
+public:
+    explicit DealSequence(const Game& game)
+        : game_(game), deck_(tamarin::solverDeck(game)), cards_(tamarin::cardsNeeded(game)) {}
+
+    void next(State* state) {
+        shuffle(deck_.data(), cards_, static_cast<int>(deck_.size()));
+        tamarin::placeCards(game_, deck_.data(), state);
+    }
+
+private:
+    const Game& game_;
+    std::vector<uint8_t> deck_;
+    int cards_;
+};
+
+} // namespace
+
+void CFR::trainHoldem(unsigned long long iterations) {
+    if (equityTables == nullptr && bucketSource == nullptr)
+        throw "Deve carregar equity tables para correr cfr no hold'em poker";
+    const std::unique_ptr<const tamarin::HoldemBuckets> fromTables =
+        bucketSource ? nullptr : std::make_unique<tamarin::TableBuckets>(*equityTables);
+    const tamarin::HoldemBuckets& source = bucketSource ? *bucketSource : *fromTables;
+    tamarin::TrainingProgress progress(iterations, 100, time(nullptr));
+
+    std::unique_ptr<tamarin::HoldemSets> sets = takeHoldemSets();
+    if (!sets) { // a strategy of another tree: the plain form knows what becomes of it
+        trainHoldemPlain(iterations);
+        return;
+    }
+    if (!treeReady) {
+        for (int count = 1; count <= bucketCombinations; ++count)
+            printTreeProgress(count);
+        treeReady = true;
+    }
+    std::cout << "Number of information sets: " << sets->numSets() << std::endl;
+
+    tamarin::HoldemWalk walk(*game, *sets);
+    DealSequence deals(*game);
+    State deal{};
+    tamarin::DealBuckets buckets;
+    for (unsigned long long it = 0; it < iterations; ++it) {
+        progress.at(it);
+        deals.next(&deal);
+        tamarin::fillDealBuckets(*game, deal, source, buckets);
+        double util[MAX_PLAYERS];
+        walk.iterate(deal, buckets, util);
+    }
+    keepHoldemSets(std::move(sets));
+
+    if (gameUtility == nullptr)
+        gameUtility = new double[game->numPlayers]();
+    useCardAbstraction = false;
+    useHoldemTables = false;
+}
+
+void CFR::trainHoldemPlain(unsigned long long iterations) {
+    if (equityTables == nullptr && bucketSource == nullptr)
+        throw "Deve carregar equity tables para correr cfr no hold'em poker";
+    if (store)
+        throw std::logic_error("the plain form needs its nodes in the node maps");
+    const std::unique_ptr<const tamarin::HoldemBuckets> fromTables =
+        bucketSource ? nullptr : std::make_unique<tamarin::TableBuckets>(*equityTables);
+    const tamarin::HoldemBuckets& source = bucketSource ? *bucketSource : *fromTables;
+    useHoldemTables = true;
+    useCardAbstraction = true;
+    tamarin::TrainingProgress progress(iterations, 100, time(nullptr));
+
+    const int players = game->numPlayers;
+    State state{};
+    const auto setBuckets = [&](const tamarin::DealBuckets& buckets) {
+        for (int r = 0; r < game->numRounds; ++r)
+            for (int acting = 1; acting <= players; ++acting)
+                std::copy_n(buckets.of[r][acting], players, holdemBucket[r][acting]);
+    };
+    if (!treeReady) {
+        initState(game, 0, &state);
+        int count = 0;
+        for (int combination = 0; combination < bucketCombinations; ++combination) {
+            const int digits[MAX_ROUNDS] = {combination / 1000, combination / 100 % 10,
+                                            combination / 10 % 10, combination % 10};
+            tamarin::DealBuckets buckets{};
+            for (int r = 0; r < MAX_ROUNDS; ++r)
+                for (auto& acting : buckets.of[r])
+                    std::fill_n(acting, 3, static_cast<uint8_t>(digits[r]));
+            setBuckets(buckets);
+            createAbstractedGameTree(&state);
+            printTreeProgress(++count);
+        }
+        treeReady = true;
+    }
+    std::cout << "Number of information sets: " << numInformationSets() << std::endl;
+
+    double reach[MAX_PLAYERS];
+    std::fill_n(reach, MAX_PLAYERS, 1.0);
+    DealSequence deals(*game);
+    for (unsigned long long it = 0; it < iterations; ++it) {
+        progress.at(it);
+        initState(game, 0, &state);
+        deals.next(&state);
+        tamarin::DealBuckets buckets;
+        tamarin::fillDealBuckets(*game, state, source, buckets);
+        setBuckets(buckets);
+        double util[MAX_PLAYERS];
+        calc(&state, reach, 0, util);
+    }
+
+    if (gameUtility == nullptr)
+        gameUtility = new double[players]();
+    useCardAbstraction = false;
+    useHoldemTables = false;
+}
+
+// The numbers to train on: those of the solver when its tree is ready, else zeros. Null where the
+// solver holds another tree than the game's.
+std::unique_ptr<tamarin::HoldemSets> CFR::takeHoldemSets() {
+    if (auto* kept = dynamic_cast<tamarin::HoldemSets*>(store.get())) {
+        store.release();
+        return std::unique_ptr<tamarin::HoldemSets>(kept);
+    }
+    auto sets = std::make_unique<tamarin::HoldemSets>(*game);
+    if (!treeReady)
+        return sets;
+    size_t taken = 0;
+    const bool fits = forEachNode([&](int m, const std::string& key, const CFRNode& node) {
+        ++taken;
+        return sets->set(m, key, node);
+    });
+    if (!fits || taken != sets->numSets())
+        return nullptr;
+    store.reset();
+    return sets;
+}
+
+void CFR::keepHoldemSets(std::unique_ptr<tamarin::HoldemSets> sets) {
+    if (sets->numSets() > mapLimit) {
+        store = std::move(sets);
+        return;
+    }
+    for (int m = 0; m < numMaps(); ++m)
+        sets->forEach(m, [&](const std::string& key, const CFRNode& node) {
+            CFRNode*& place = nodeMaps[m][key];
+            if (place == nullptr)
+                place = new CFRNode;
+            *place = node;
+            return true;
+        });
+}
