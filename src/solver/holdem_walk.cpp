@@ -54,12 +54,11 @@ HoldemWalk::HoldemWalk(const Game& game, HoldemSets& sets)
     }
 }
 
-template <size_t stride>
-void HoldemWalk::visit(int32_t id, double* reach, double parentReach, double* util) const {
-    const Step& step = steps_[static_cast<size_t>(id)];
+// The loops over a node's actions have constant bounds here, so that its numbers stay in registers.
+template <size_t stride, int first, int last>
+void HoldemWalk::visitKind(const Step& step, double* reach, double parentReach,
+                           double* util) const {
     SetNumbers& numbers = slotNumbers_[step.slot][step.offset];
-    const int first = step.first;
-    const int last = step.last;
     const size_t p = step.player;
     double strategy[numAbstractedActions];
     double below[numAbstractedActions];
@@ -88,6 +87,22 @@ void HoldemWalk::visit(int32_t id, double* reach, double parentReach, double* ut
         numbers.regret[a] += parentReach * (actionValue[a] - value[p]);
     }
     std::copy_n(value, stride, util);
+}
+
+template <size_t stride>
+void HoldemWalk::visit(int32_t id, double* reach, double parentReach, double* util) const {
+    const Step& step = steps_[static_cast<size_t>(id)];
+    if (step.first == actionFold) {
+        if (step.last == actionRaise) {
+            visitKind<stride, actionFold, actionRaise>(step, reach, parentReach, util);
+        } else {
+            visitKind<stride, actionFold, actionCall>(step, reach, parentReach, util);
+        }
+    } else if (step.last == actionRaise) {
+        visitKind<stride, actionCall, actionRaise>(step, reach, parentReach, util);
+    } else {
+        visitKind<stride, actionCall, actionCall>(step, reach, parentReach, util);
+    }
 }
 
 // The same visit, with every large child a task of its own.

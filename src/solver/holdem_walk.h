@@ -36,6 +36,8 @@ private:
 
     template <size_t stride>
     void visit(int32_t id, double* reach, double parentReach, double* util) const;
+    template <size_t stride, int first, int last>
+    void visitKind(const Step& step, double* reach, double parentReach, double* util) const;
     template <size_t stride>
     void visitWithTasks(int32_t id, const double* reach, double parentReach, double* util) const;
     template <size_t stride>
