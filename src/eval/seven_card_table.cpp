@@ -100,7 +100,7 @@ SevenCardTable SevenCardTable::openOrGenerate(const std::string& path) {
 }
 
 void SevenCardTable::rankMany(const uint8_t (*hands)[7], uint32_t* values, size_t count) const {
-    constexpr size_t inFlight = 8;
+    constexpr size_t inFlight = 16; // measured best of 1, 4, 8, 16, 32 and 64
     size_t i = 0;
     for (; i + inFlight <= count; i += inFlight) {
         uint32_t state[inFlight];

@@ -44,7 +44,7 @@ public:
     uint32_t rank6(const uint8_t* cards) const { return at(walk<6>(cards)); }
     uint32_t rank7(const uint8_t* cards) const { return walk<7>(cards); }
 
-    // Ranks count hands of seven cards, eight in flight: single look-ups of random hands wait for
+    // Ranks count hands of seven cards, sixteen in flight: single look-ups of random hands wait for
     // memory, which serves several at a time.
     void rankMany(const uint8_t (*hands)[7], uint32_t* values, size_t count) const;
 
