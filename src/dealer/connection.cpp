@@ -35,6 +35,7 @@ Connection& Connection::operator=(Connection&& other) noexcept {
         taken_ = other.taken_;
         scanned_ = other.scanned_;
         output_ = std::move(other.output_);
+        holding_ = other.holding_;
         broken_ = other.broken_;
         ended_ = other.ended_;
         ending_ = std::move(other.ending_);
@@ -69,7 +70,18 @@ void Connection::send(std::string_view text) {
     }
 }
 
+void Connection::hold(std::string_view text) {
+    constexpr size_t worthSending = 16384;
+    if (broken_)
+        return;
+    holding_ |= output_.empty();
+    output_ += text;
+    if (output_.size() >= worthSending)
+        send({});
+}
+
 void Connection::flush() {
+    holding_ = false;
     size_t sent = 0;
     while (sent < output_.size() && !broken_) {
         const ssize_t count = calls_->send(fd_, output_.data() + sent, output_.size() - sent);

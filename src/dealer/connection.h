@@ -28,7 +28,9 @@ public:
 
     // Sends the text, or keeps what does not fit into the kernel's buffer for flush().
     void send(std::string_view text);
-    bool wantsToWrite() const { return !output_.empty() && !broken_; }
+    // Keeps the text back until the next send() or flush(), so that several go out together.
+    void hold(std::string_view text);
+    bool wantsToWrite() const { return !output_.empty() && !holding_ && !broken_; }
     void flush();
 
     bool wantsToRead() const { return !ended_ && input_.size() - taken_ < inputLimit; }
@@ -57,7 +59,8 @@ private:
     size_t taken_ = 0;   // bytes of input_ already handed out
     size_t scanned_ = 0; // bytes of input_ known to hold no line end
     std::string output_;
-    bool broken_ = false; // nothing can be sent any more
+    bool holding_ = false; // output_ waits for us and not for the kernel
+    bool broken_ = false;  // nothing can be sent any more
     bool ended_ = false;
     std::string ending_;
 };

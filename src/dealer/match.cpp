@@ -12,6 +12,10 @@ namespace {
 // States whose answer may still come after it was given up; older ones are forgotten.
 constexpr size_t lateStatesKept = 64;
 
+// How long a player that is not to act may wait for a state. Players that answer at once are served
+// a third of the writes, and the match is faster for it; a person watching does not see it.
+constexpr Duration heldAtMost = std::chrono::milliseconds(1);
+
 // What the dealer knows of one player beside its result.
 struct Place {
     std::string sentText;            // the last state sent, without its line end
@@ -73,17 +77,19 @@ private:
             ++result_.players[seats_[seat]].actions[static_cast<size_t>(action->type)];
             doAction(game_, &*action, &state);
         }
-        sendState(state, 0);
+        sendState(state, std::nullopt);
         return finish(state);
     }
 
-    // The seat to act comes first: the others read while it thinks.
-    void sendState(const State& state, uint8_t first) {
+    // Every seat is told. Only the seat to act is in a hurry: what the others are told is held back
+    // until their turn comes or the seat to act takes its time, so that one write and one wake-up
+    // serve several states.
+    void sendState(const State& state, std::optional<uint8_t> toAct) {
         char text[MAX_LINE_LEN];
         MatchState view{state, 0};
-        for (uint8_t i = 0; i < game_->numPlayers; ++i) {
-            view.viewingPlayer = static_cast<uint8_t>((first + i) % game_->numPlayers);
-            const size_t player = seats_[view.viewingPlayer];
+        for (uint8_t seat = 0; seat < game_->numPlayers; ++seat) {
+            view.viewingPlayer = seat;
+            const size_t player = seats_[seat];
             auto& connection = players_[player].connection;
             if (!connection)
                 continue;
@@ -91,7 +97,11 @@ private:
             assert(length > 0);
             text[length] = '\r';
             text[length + 1] = '\n';
-            connection->send({text, static_cast<size_t>(length) + 2});
+            const std::string_view line{text, static_cast<size_t>(length) + 2};
+            if (seat == toAct)
+                connection->send(line);
+            else
+                connection->hold(line);
             places_[player].sentText.assign(text, static_cast<size_t>(length));
         }
     }
@@ -131,10 +141,21 @@ private:
                 place.usedInHand += used;
                 return tooLate(player, state);
             }
-            servePlayers(players_, limit - used);
+            if (used < heldAtMost) {
+                servePlayers(players_, std::min(limit, heldAtMost) - used);
+            } else {
+                sendWhatIsHeld();
+                servePlayers(players_, limit - used);
+            }
             if (!keepGoing())
                 return std::nullopt;
         }
+    }
+
+    void sendWhatIsHeld() {
+        for (Player& player : players_)
+            if (player.connection)
+                player.connection->flush();
     }
 
     std::optional<Action> substitute(size_t player, const State& state, Fault fault,
