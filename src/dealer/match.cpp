@@ -268,6 +268,20 @@ MatchResult playMatch(const Game* game, std::vector<Player>& players, const Matc
     return Match(game, players, options, events).play();
 }
 
+Status checkDealable(const Game* game) {
+    for (int seat = 0; seat < game->numPlayers; ++seat) {
+        const std::string where = "seat " + std::to_string(seat + 1);
+        if (game->blind[seat] < 0)
+            return Error{where + " has a negative blind"};
+        if (game->stack[seat] <= 0)
+            return Error{where + " has no stack"};
+    }
+    for (int round = 0; game->bettingRule == limitRule && round < game->numRounds; ++round)
+        if (game->raiseSize[round] < 0)
+            return Error{"round " + std::to_string(round + 1) + " has a negative raise size"};
+    return {};
+}
+
 void dealFromSeed(const Game* game, uint64_t seed, uint64_t deal, State* state) {
     uint32_t key[] = {static_cast<uint32_t>(seed), static_cast<uint32_t>(seed >> 32),
                       static_cast<uint32_t>(deal), static_cast<uint32_t>(deal >> 32)};

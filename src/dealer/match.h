@@ -81,6 +81,10 @@ struct MatchResult {
 MatchResult playMatch(const Game* game, std::vector<Player>& players, const MatchOptions& options,
                       const MatchEvents& events = {});
 
+// What the dealer asks of a game beyond a valid definition: no negative blinds or raises, no empty
+// stacks. Chips would not sum to zero.
+Status checkDealable(const Game* game);
+
 // The cards of one deal: a function of the seed and the deal's number alone.
 void dealFromSeed(const Game* game, uint64_t seed, uint64_t deal, State* state);
 

@@ -65,6 +65,9 @@ Verdict judgeReply(const Game* game, const MatchState* sent, std::string_view se
     const int32_t size = action.size;
     if (!isValidAction(game, state, 1, &action))
         return refused(Fault::illegal);
+    if (action.type == actionRaise && game->bettingRule == limitRule &&
+        game->stack[currentPlayer(game, state)] <= state->maxSpent)
+        action.type = actionCall;
     if (action.size != size)
         return {action, Fault::wrongSize};
     return {action, std::nullopt};

@@ -32,7 +32,8 @@ Action substituteAction(const Game* game, const State* state);
 
 // sent: the state as the player to act was sent it; sentText: its text without the line end. The
 // line must be that state (the same text, or another that reads as the same), ":" and one action,
-// with nothing behind it.
+// with nothing behind it. A raise of a limit game from a stack that does not reach the current bet
+// is played as the call that it amounts to: the rules would take it and lower everybody's bet.
 Verdict judgeReply(const Game* game, const MatchState* sent, std::string_view sentText,
                    const std::string& line);
 

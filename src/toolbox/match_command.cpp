@@ -139,6 +139,8 @@ int match(const Options& options) {
     const auto game = readGameFile(*gameFile);
     if (!game)
         return fail(game.error());
+    if (const Status dealable = checkDealable(game->get()); !dealable)
+        return fail(fmt::format("cannot deal {}: {}", *gameFile, dealable.error()));
     const std::vector<Seat> seats = readSeats(options, **game);
 
     MatchOptions rules;
