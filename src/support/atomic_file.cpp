@@ -126,6 +126,8 @@ struct AtomicFile::Body {
     std::string temporary; // empty: written in place, or already gone
     bool inPlace = false;
     int fd = -1;
+    // A second descriptor, for the lock alone: it must hold until the rename, after the close.
+    int lockFd = -1;
     size_t used = 0;
     std::unique_ptr<std::byte[]> buffer;
     std::string error;
@@ -140,6 +142,23 @@ struct AtomicFile::Body {
         if (!temporary.empty())
             uninterrupted([&] { return files.unlink(temporary.c_str()); });
         temporary.clear();
+        unlock();
+    }
+
+    void unlock() {
+        if (lockFd >= 0)
+            files.close(std::exchange(lockFd, -1));
+    }
+
+    // Failures of the lock itself do not matter: where a file system has none, nobody can take one
+    // to remove the file either, and the process number protects it.
+    bool lock() {
+        const int flags = O_RDONLY | O_CLOEXEC;
+        lockFd = uninterrupted([&] { return files.open(temporary.c_str(), flags, 0); });
+        if (lockFd < 0)
+            return false;
+        uninterrupted([&] { return files.flock(lockFd, LOCK_EX | LOCK_NB); });
+        return true;
     }
 
     Status fail(const char* what, int cause) {
@@ -228,8 +247,8 @@ Result<AtomicFile> AtomicFile::create(const std::string& path, FileSystem& files
         if (errno != EEXIST)
             return Error{message(path, "make a temporary file beside it", errno)};
     }
-    // A file system without locks is no reason not to write: the process number still protects it.
-    files.flock(body->fd, LOCK_EX | LOCK_NB);
+    if (!body->lock())
+        return Error{message(path, "open its temporary file", errno)};
     return AtomicFile(std::move(body));
 }
 
@@ -273,6 +292,7 @@ Status AtomicFile::commit() {
     if (uninterrupted([&] { return body.files.rename(temporary, body.target.c_str()); }) != 0)
         return body.fail("rename the finished file into place", errno);
     body.temporary.clear();
+    body.unlock();
     return body.syncDirectory();
 }
 

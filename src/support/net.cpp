@@ -233,7 +233,7 @@ void destroyReadBuf(ReadBuf* rb) {
 
 namespace {
 
-// The time one call of getLine may take. The clock is first looked at when there is need to wait.
+// The time one call of getLine may take. It runs from the first wait.
 class Deadline {
 public:
     Deadline(int64_t timeoutMicros, tamarin::SocketCalls& calls)
@@ -241,14 +241,14 @@ public:
 
     bool limited() const { return timeout_ >= 0; }
 
-    // What is left, at least 0; negative without a limit.
+    // What is left, negative when it is over. A time-out of 0 never is: it takes all that is there.
     int64_t remaining() {
-        if (!limited())
-            return -1;
+        if (timeout_ <= 0)
+            return timeout_;
         const int64_t now = calls_.nowMicros();
         if (start_ < 0)
             start_ = now;
-        return std::max<int64_t>(0, timeout_ - (now - start_));
+        return timeout_ - (now - start_);
     }
 
 private:
@@ -257,17 +257,24 @@ private:
     int64_t start_ = -1;
 };
 
+// Waits as long as the deadline lets it; whether there is something to read.
+bool waitForMore(int fd, Deadline& deadline, tamarin::SocketCalls& calls) {
+    for (;;) {
+        const int64_t remaining = deadline.remaining();
+        if (deadline.limited() && remaining < 0)
+            return false;
+        const int ready = calls.waitReadable(fd, remaining);
+        if (ready >= 0 || errno != EINTR)
+            return ready > 0;
+    }
+}
+
 // Fills the used-up buffer: 1 filled, 0 end of stream, -1 time-out or error.
 int refill(ReadBuf* rb, Deadline& deadline, tamarin::SocketCalls& calls) {
     bool wait = deadline.limited();
     for (;;) {
-        if (wait) {
-            const int ready = calls.waitReadable(rb->fd, deadline.remaining());
-            if (ready < 0 && errno == EINTR)
-                continue;
-            if (ready <= 0)
-                return -1;
-        }
+        if (wait && !waitForMore(rb->fd, deadline, calls))
+            return -1;
         const ssize_t got = calls.receive(rb->fd, rb->buffer, sizeof rb->buffer);
         rb->position = 0;
         rb->count = got > 0 ? static_cast<int32_t>(got) : 0;
