@@ -1,0 +1,162 @@
+#include "abstraction/hole_index.h"
+
+#include "index/hand_index_tables.h"
+#include "index/multiset.h"
+
+#include <algorithm>
+#include <bit>
+#include <cassert>
+
+namespace tamarin {
+
+namespace {
+
+constexpr uint32_t ranks = 13;
+constexpr uint32_t rankPairs = ranks * (ranks - 1) / 2;
+
+uint32_t colex(uint32_t set) {
+    return handIndexTables.rank_set_to_index[set];
+}
+
+// The set among the ranks that are left when rank, not in it, is taken away.
+uint32_t without(uint32_t set, uint32_t rank) {
+    const uint32_t below = (1U << rank) - 1;
+    return (set & below) | (set >> 1U & ~below);
+}
+
+// What one suit of a board contributes: its free ranks, and its suit index with none or one of
+// them as a hole card.
+struct Suit {
+    uint32_t board = 0; // rank mask
+    uint32_t bare = 0;  // suit index without a hole card
+    size_t freeRanks = 0;
+    std::array<uint8_t, ranks> rank{};     // free ranks, ascending
+    std::array<uint32_t, ranks> single{};  // suit index with that free rank
+    std::array<uint8_t, ranks> position{}; // of that card among the cards left
+};
+
+// Index of a multiset of suit indices: with the members in ascending order, the sum of
+// C(member + i, i + 1).
+uint64_t multisetIndex(const std::array<uint64_t, 4>& members, size_t count) {
+    uint64_t index = 0;
+    for (size_t i = 0; i < count; ++i) {
+        size_t place = 0;
+        for (size_t j = 0; j < count; ++j)
+            place += members[j] < members[i] || (members[j] == members[i] && j < i);
+        index += groupBinomial(members[i] + place, static_cast<unsigned>(place) + 1);
+    }
+    return index;
+}
+
+} // namespace
+
+HoleIndexer::HoleIndexer(int round, const hand_indexer_t& indexer)
+    : boardCards_(roundBoardCards[static_cast<size_t>(round)]) {
+    assert(round >= 1 && round < holdemRounds);
+    assert(indexer.rounds == 2 && indexer.cards_per_round[1] == boardCards_);
+    for (size_t i = 0; i < indexer.configurations[1]; ++i) {
+        Configuration configuration{};
+        std::copy_n(indexer.configuration[1][i], 4, configuration.words.begin());
+        std::copy_n(indexer.configuration_to_suit_size[1][i], 4, configuration.suitSize.begin());
+        configuration.offset = indexer.configuration_to_offset[1][i];
+        configurations_.push_back(configuration);
+    }
+    assert(std::is_sorted(configurations_.begin(), configurations_.end(),
+                          [](const auto& a, const auto& b) { return a.words < b.words; }));
+}
+
+const HoleIndexer::Configuration& HoleIndexer::find(std::array<uint32_t, 4> words) const {
+    const auto at =
+        std::lower_bound(configurations_.begin(), configurations_.end(), words,
+                         [](const Configuration& c, const std::array<uint32_t, 4>& wanted) {
+                             return c.words < wanted;
+                         });
+    assert(at != configurations_.end() && at->words == words);
+    return *at;
+}
+
+void HoleIndexer::indices(const uint8_t* board, uint32_t* out) const {
+    std::array<Suit, 4> suits;
+    for (int i = 0; i < boardCards_; ++i)
+        suits[board[i] & 3U].board |= 1U << (board[i] >> 2U);
+    uint8_t left[deckCards];
+    const size_t cardsLeft = cardsWithout(board, boardCards_, left);
+    for (size_t i = 0; i < cardsLeft; ++i) {
+        Suit& suit = suits[left[i] & 3U];
+        const uint32_t rank = left[i] >> 2U;
+        suit.rank[suit.freeRanks] = static_cast<uint8_t>(rank);
+        suit.position[suit.freeRanks] = static_cast<uint8_t>(i);
+        suit.single[suit.freeRanks++] = rank + ranks * colex(without(suit.board, rank));
+    }
+    for (Suit& suit : suits)
+        suit.bare = colex(suit.board);
+
+    for (size_t s = 0; s < 4; ++s)
+        for (size_t t = s; t < 4; ++t) {
+            // A suit's word: hole cards above board cards.
+            std::array<uint32_t, 4> words;
+            for (size_t i = 0; i < 4; ++i)
+                words[i] = static_cast<uint32_t>(std::popcount(suits[i].board)) +
+                           (uint32_t{i == s} + uint32_t{i == t}) * 16;
+            std::array<size_t, 4> order{0, 1, 2, 3};
+            std::stable_sort(order.begin(), order.end(),
+                             [&](size_t a, size_t b) { return words[a] > words[b]; });
+            const Configuration& configuration =
+                find({words[order[0]], words[order[1]], words[order[2]], words[order[3]]});
+
+            // Groups of equal suits are digits, the first one fastest.
+            uint64_t base = configuration.offset;
+            uint64_t multiplier = 1;
+            std::array<uint64_t, 4> multiplierOf{};
+            for (size_t first = 0; first < 4;) {
+                size_t end = first;
+                std::array<uint64_t, 4> members{};
+                while (end < 4 && words[order[end]] == words[order[first]]) {
+                    multiplierOf[order[end]] = multiplier;
+                    members[end - first] = suits[order[end]].bare;
+                    ++end;
+                }
+                const size_t count = end - first;
+                if (words[order[first]] < 16)
+                    base += multisetIndex(members, count) * multiplier;
+                multiplier *=
+                    multisetCount(configuration.suitSize[first], static_cast<unsigned>(count));
+                first = end;
+            }
+
+            const Suit& a = suits[s];
+            const Suit& b = suits[t];
+            if (s == t) {
+                for (size_t high = 1; high < a.freeRanks; ++high) {
+                    const uint32_t upper = a.rank[high];
+                    const uint32_t rest = without(a.board, upper);
+                    for (size_t low = 0; low < high; ++low) {
+                        const uint32_t lower = a.rank[low];
+                        const uint32_t pair = lower + upper * (upper - 1) / 2;
+                        const uint64_t suitIndex = pair + rankPairs * colex(without(rest, lower));
+                        out[holeNumber(a.position[low], a.position[high])] =
+                            static_cast<uint32_t>(base + multiplierOf[s] * suitIndex);
+                    }
+                }
+                continue;
+            }
+            const bool equal = words[s] == words[t];
+            for (size_t i = 0; i < a.freeRanks; ++i)
+                for (size_t j = 0; j < b.freeRanks; ++j) {
+                    const uint64_t x = a.single[i];
+                    const uint64_t y = b.single[j];
+                    uint64_t index = base;
+                    if (equal) {
+                        const uint64_t more = std::max(x, y);
+                        index += multiplierOf[s] * (std::min(x, y) + more * (more + 1) / 2);
+                    } else {
+                        index += multiplierOf[s] * x + multiplierOf[t] * y;
+                    }
+                    const size_t p = a.position[i];
+                    const size_t q = b.position[j];
+                    out[holeNumber(std::min(p, q), std::max(p, q))] = static_cast<uint32_t>(index);
+                }
+        }
+}
+
+} // namespace tamarin
