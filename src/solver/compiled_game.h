@@ -9,7 +9,9 @@ namespace tamarin {
 
 class CompiledGame {
 public:
-    explicit CompiledGame(const Game& game) : tree(game), payoffs(game, tree) {}
+    // maxNodes: as in CompiledTree.
+    explicit CompiledGame(const Game& game, size_t maxNodes = CompiledTree::mostNodes)
+        : tree(game, maxNodes), payoffs(game, tree) {}
     CompiledGame(const CompiledGame&) = delete;
     CompiledGame& operator=(const CompiledGame&) = delete;
 

@@ -25,8 +25,9 @@ class Builder {
 public:
     Builder(const Game& game, std::vector<CompiledTree::Node>& nodes,
             std::vector<CompiledTree::Settlement>& settlements,
-            std::vector<CompiledTree::Slot>& slots)
-        : game_(game), nodes_(nodes), settlements_(settlements), slots_(slots) {
+            std::vector<CompiledTree::Slot>& slots, size_t maxNodes)
+        : game_(game), maxNodes_(maxNodes), nodes_(nodes), settlements_(settlements),
+          slots_(slots) {
         ownEdge_.fill(CompiledTree::noEdge);
     }
 
@@ -35,8 +36,9 @@ public:
         if (state.finished)
             return ~settle(state);
         const size_t index = nodes_.size();
-        if (index >= static_cast<size_t>(INT32_MAX / numAbstractedActions))
-            throw std::length_error("the betting tree has too many nodes");
+        if (index >= maxNodes_)
+            throw std::length_error("the betting tree has more than " + std::to_string(maxNodes_) +
+                                    " decision nodes");
         const auto id = static_cast<int32_t>(index);
         CompiledTree::Node node{};
         node.player = currentPlayer(&game_, &state);
@@ -51,6 +53,10 @@ public:
 
         for (int a = 0; a < numAbstractedActions; ++a) {
             if (a == actionFold && state.spent[node.player] == state.maxSpent)
+                continue;
+            // The rules refuse this raise too, but warn of it; a tree meets thousands of them.
+            if (a == actionRaise &&
+                state.numActions[state.round] + game_.numPlayers > MAX_NUM_ACTIONS)
                 continue;
             Action action{static_cast<ActionType>(a), 0};
             if (!isValidAction(&game_, &state, 0, &action))
@@ -91,6 +97,7 @@ private:
     }
 
     const Game& game_;
+    size_t maxNodes_;
     std::vector<CompiledTree::Node>& nodes_;
     std::vector<CompiledTree::Settlement>& settlements_;
     std::vector<CompiledTree::Slot>& slots_;
@@ -100,10 +107,10 @@ private:
 
 } // namespace
 
-CompiledTree::CompiledTree(const Game& game) {
+CompiledTree::CompiledTree(const Game& game, size_t maxNodes) {
     State state{};
     initState(&game, 0, &state);
-    Builder(game, nodes_, settlements_, slots_).add(state, noEdge);
+    Builder(game, nodes_, settlements_, slots_, std::min(maxNodes, mostNodes)).add(state, noEdge);
 }
 
 std::string CompiledTree::sequence(int32_t node) const {

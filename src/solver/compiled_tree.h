@@ -26,6 +26,8 @@ class CompiledTree {
 public:
     static constexpr int32_t noChild = INT32_MIN;
     static constexpr int32_t noEdge = -1;
+    // Edges are numbered in 32 bits.
+    static constexpr size_t mostNodes = static_cast<size_t>(INT32_MAX / numAbstractedActions);
 
     struct Node {
         // Below each action: a decision node (>= 0), ~settlement (< 0), or noChild where the rules
@@ -57,8 +59,9 @@ public:
     };
 
     // Actions are offered as CFR::createAbstractedGameTree offers them: no fold when nothing is
-    // owed, raises of size 0 only where the rules take them.
-    explicit CompiledTree(const Game& game);
+    // owed, raises of size 0 only where the rules take them. Throws std::length_error beyond
+    // maxNodes decision nodes.
+    explicit CompiledTree(const Game& game, size_t maxNodes = mostNodes);
 
     const std::vector<Node>& nodes() const { return nodes_; }
     const std::vector<Settlement>& settlements() const { return settlements_; }
