@@ -19,14 +19,12 @@ namespace tamarin {
 
 namespace {
 
+__extension__ using Wide = unsigned __int128;
+
 constexpr unsigned maxRounds = 4;
 constexpr unsigned maxCards = 52;
 constexpr unsigned suits = indexSuits;
 constexpr unsigned ranksPerSuit = indexRanks;
-
-// Rank sets of the four suits side by side, 16 bits a suit.
-constexpr unsigned laneBits = 16;
-constexpr unsigned laneMask = rankSets - 1;
 
 // Suit indices stay below 2^20, so a group's number fits above one of them in 32 bits.
 constexpr unsigned groupShift = 24;
@@ -42,20 +40,46 @@ struct alignas(64) IndexPlan {
 };
 static_assert(sizeof(IndexPlan) == 64);
 
-// What unindexing needs to know of a configuration: one cache line.
+// What unindexing needs to know of a configuration: two cache lines. Groups by their first suit.
 struct alignas(64) UnindexPlan {
     uint64_t offset;
-    std::array<uint64_t, suits> groupSize; // by the group's first suit
-    std::array<uint32_t, suits> words;
-    std::array<uint8_t, suits> groupLength; // by the group's first suit
+    std::array<uint64_t, suits> groupSize;
+    std::array<uint64_t, suits> groupReciprocal; // 2^64 / size, rounded down; 2^64 - 1 for size 1
+    std::array<uint8_t, suits> groupLength;
+    uint8_t largestGroup;
 };
-static_assert(sizeof(UnindexPlan) == 64);
+static_assert(sizeof(UnindexPlan) == 128);
+
+// One round's digit of a suit index: how many rank sets there are to choose from, and where they
+// are.
+struct SetDigit {
+    uint32_t reciprocal; // 2^31 / ways, rounded up
+    uint16_t ways;
+    uint16_t row; // in index_to_rank_set
+};
+
+// A suit index (below 2^20) divided by the ways of its digit. The reciprocal is too large by less
+// than 1, which makes the quotient too large by less than 2^20 / 2^31; the next whole number is
+// 1 / 1716 away or more.
+inline uint32_t divide(uint32_t index, const SetDigit& digit) {
+    return static_cast<uint32_t>(uint64_t{index} * digit.reciprocal >> 31U);
+}
+
+// What indexing needs to know of a permutation.
+struct PermutationPlan {
+    uint32_t configuration;
+    std::array<uint8_t, suits> group; // of the suit as dealt
+};
 
 } // namespace
 
 struct RoundPlan {
-    std::vector<IndexPlan> index;     // by configuration
-    std::vector<UnindexPlan> unindex; // by configuration
+    Splits splits;
+    std::vector<PermutationPlan> permutation;
+    std::vector<std::array<uint32_t, suits>> multiplier; // for the next round, by permutation
+    std::vector<IndexPlan> index;                        // by configuration
+    std::vector<UnindexPlan> unindex;                    // by configuration
+    std::vector<std::array<SetDigit, suits>> digits;     // by configuration and round up to this
 
     // Configuration of the first index of every stretch of 2^shift indices, and the last
     // configuration once more behind them.
@@ -154,9 +178,10 @@ bool fillConfigurations(hand_indexer_t* indexer, unsigned round,
         !allocate(indexer->configuration_to_suit_size[round], count) ||
         !allocate(indexer->configuration_to_offset[round], count))
         return false;
-    RoundPlan* plan = indexer->plan[round] = new RoundPlan;
+    RoundPlan* plan = indexer->plan[round];
     plan->index.resize(count);
     plan->unindex.resize(count);
+    plan->digits.resize(count * (round + 1));
 
     uint64_t offset = 0;
     for (size_t c = 0; c < count; ++c) {
@@ -166,7 +191,17 @@ bool fillConfigurations(hand_indexer_t* indexer, unsigned round,
         IndexPlan& forward = plan->index[c];
         UnindexPlan& back = plan->unindex[c];
         forward.offset = back.offset = offset;
-        back.words = words;
+        for (unsigned suit = 0; suit < suits; ++suit) {
+            unsigned left = ranksPerSuit;
+            for (unsigned r = 0; r <= round; ++r) {
+                const unsigned cards = countIn(words[suit], rounds, r);
+                const unsigned ways = handIndexTables.nCr_ranks[left][cards];
+                plan->digits[c * (round + 1) + r][suit] = {((1U << 31U) + ways - 1) / ways,
+                                                           static_cast<uint16_t>(ways),
+                                                           handIndexTables.rank_set_row[cards]};
+                left -= cards;
+            }
+        }
 
         uint64_t size = 1;
         for (unsigned first = 0, end, group = 0; first < suits; first = end, ++group) {
@@ -174,7 +209,6 @@ bool fillConfigurations(hand_indexer_t* indexer, unsigned round,
             const unsigned length = end - first;
             const uint32_t suit = suitSize(words[first], rounds);
             checkGroupSize(suit);
-            __extension__ using Wide = unsigned __int128;
             Wide exact = 1; // C(suit + length - 1, length), at most 2^77
             for (unsigned k = 1; k <= length; ++k)
                 exact = exact * (suit + k - 1) / k;
@@ -182,9 +216,12 @@ bool fillConfigurations(hand_indexer_t* indexer, unsigned round,
             if (exact != contents)
                 return false;
             back.groupSize[first] = contents;
+            back.groupReciprocal[first] =
+                contents == 1 ? UINT64_MAX : static_cast<uint64_t>((Wide{1} << 64U) / contents);
             back.groupLength[first] = static_cast<uint8_t>(length);
             if (words[first] != 0)
-                forward.largestGroup = std::max(forward.largestGroup, back.groupLength[first]);
+                forward.largestGroup = back.largestGroup =
+                    std::max(forward.largestGroup, back.groupLength[first]);
             for (unsigned i = first; i < end; ++i) {
                 indexer->configuration[round][c][i] = words[i];
                 indexer->configuration_to_suit_size[round][c][i] = suit;
@@ -219,43 +256,66 @@ bool fillConfigurations(hand_indexer_t* indexer, unsigned round,
 bool fillPermutations(hand_indexer_t* indexer,
                       const std::array<std::vector<Configuration>, maxRounds>& configurations) {
     const auto rounds = static_cast<unsigned>(indexer->rounds);
+    std::vector<Splits> splits;
     uint64_t permutations = 1;
     for (unsigned round = 0; round < rounds; ++round) {
-        permutations *= compositionCount(indexer->cards_per_round[round]);
+        splits.emplace_back(indexer->cards_per_round[round]);
+        const uint64_t count = splits.back().count();
+        splits.back().scale(static_cast<uint32_t>(permutations));
+        permutations *= count;
+        if (permutations > UINT32_MAX)
+            return false;
         indexer->permutations[round] = permutations;
+        RoundPlan* plan = indexer->plan[round];
+        plan->splits = splits.back();
+        plan->permutation.resize(permutations);
+        plan->multiplier.resize(round + 1 < rounds ? permutations : 0);
         if (!allocate(indexer->permutation_to_configuration[round], permutations) ||
             !allocate(indexer->permutation_to_order[round], permutations))
             return false;
     }
     const auto& orders = handIndexTables.suit_permutations;
-    forEachPermutation({indexer->cards_per_round, rounds}, [&](unsigned round, uint64_t permutation,
-                                                               const SuitWords& words) {
-        std::array<uint8_t, suits> order = {0, 1, 2, 3};
-        std::sort(order.begin(), order.end(), [&](uint8_t a, uint8_t b) {
-            return words[a] != words[b] ? words[a] > words[b] : a < b;
+    forEachPermutation(
+        {indexer->cards_per_round, rounds}, splits,
+        [&](unsigned round, uint32_t permutation, const SuitWords& words) {
+            std::array<uint8_t, suits> order = {0, 1, 2, 3};
+            std::sort(order.begin(), order.end(), [&](uint8_t a, uint8_t b) {
+                return words[a] != words[b] ? words[a] > words[b] : a < b;
+            });
+            const SuitWords sorted = {words[order[0]], words[order[1]], words[order[2]],
+                                      words[order[3]]};
+            const auto at = std::lower_bound(
+                configurations[round].begin(), configurations[round].end(), sorted,
+                [](const Configuration& c, const SuitWords& w) { return c.words < w; });
+            assert(at != configurations[round].end() && at->words == sorted);
+            const auto configuration = static_cast<uint32_t>(at - configurations[round].begin());
+            indexer->permutation_to_configuration[round][permutation] = configuration;
+            indexer->permutation_to_order[round][permutation] = static_cast<uint8_t>(
+                std::lower_bound(orders.begin(), orders.end(), order) - orders.begin());
+
+            PermutationPlan& plan = indexer->plan[round]->permutation[permutation];
+            plan.configuration = configuration;
+            uint8_t group = 0;
+            for (unsigned i = 0; i < suits; ++i) {
+                group += i > 0 && sorted[i] != sorted[i - 1];
+                plan.group[order[i]] = group;
+            }
+            if (round + 1 < rounds)
+                for (unsigned suit = 0; suit < suits; ++suit)
+                    indexer->plan[round]->multiplier[permutation][suit] =
+                        suitSize(words[suit], rounds);
         });
-        const SuitWords sorted = {words[order[0]], words[order[1]], words[order[2]],
-                                  words[order[3]]};
-        const auto at = std::lower_bound(
-            configurations[round].begin(), configurations[round].end(), sorted,
-            [](const Configuration& c, const SuitWords& w) { return c.words < w; });
-        assert(at != configurations[round].end() && at->words == sorted);
-        indexer->permutation_to_configuration[round][permutation] =
-            static_cast<uint32_t>(at - configurations[round].begin());
-        indexer->permutation_to_order[round][permutation] = static_cast<uint8_t>(
-            std::lower_bound(orders.begin(), orders.end(), order) - orders.begin());
-    });
     return true;
 }
 
 // A hand being indexed, as hand_indexer_state_t but small enough to stay in registers.
 struct Progress {
     std::array<uint32_t, suits> index = {}; // of the suits, below 2^20
-    std::array<uint32_t, suits> multiplier = {1, 1, 1, 1};
-    uint64_t used = 0; // rank sets side by side
-    uint64_t permutation = 0;
-    uint64_t permutationMultiplier = 1;
+    uint64_t used = 0;                      // rank sets side by side
+    uint32_t permutation = 0;
 };
+
+constexpr std::array<uint32_t, suits> ones = {1, 1, 1, 1};
 
 // Names the broken promise: walks the round again, card by card, with every check in its order.
 [[gnu::cold, gnu::noinline, noreturn]] void refuseCards(const uint8_t cards[], unsigned count,
@@ -279,37 +339,31 @@ struct Progress {
     std::abort(); // only bad rounds come here
 }
 
-// Adds a round of count cards to the suits' running indices.
-inline void addRound(const uint8_t cards[], unsigned count, Progress& hand) {
+// Adds a round of count cards to the suits' running indices, which it multiplies by multiplier.
+inline void addRound(const RoundPlan& plan, const uint8_t cards[], unsigned count,
+                     const std::array<uint32_t, suits>& multiplier, Progress& hand) {
     const HandIndexTables& tables = handIndexTables;
 
     // shifted: the same ranks, counted among those still free in the suit.
     uint64_t seen = 0;
     uint64_t shifted = 0;
+    uint64_t counts = 0;
     for (unsigned i = 0; i < count; ++i) {
-        if (cards[i] >= maxCards) [[unlikely]]
-            refuseCards(cards, count, hand.used);
-        const unsigned lane = cards[i] % suits * laneBits;
-        const unsigned rank = cards[i] / suits;
-        const auto taken = static_cast<uint32_t>(hand.used >> lane) & ((1U << rank) - 1);
-        seen |= uint64_t{1} << (lane + rank);
-        shifted |= uint64_t{1} << (lane + rank - static_cast<unsigned>(std::popcount(taken)));
+        const uint64_t bit = tables.cardBit[cards[i]];
+        const uint64_t lower = tables.lowerRanks[cards[i]];
+        seen |= bit;
+        shifted |= bit >> std::popcount(lower & hand.used);
+        counts += uint64_t{1} << cards[i] % suits * laneBits;
     }
     if (static_cast<unsigned>(std::popcount(seen)) != count || (seen & hand.used) != 0) [[unlikely]]
         refuseCards(cards, count, hand.used);
 
-    std::array<uint32_t, suits> counts;
     for (unsigned i = 0; i < suits; ++i) {
-        const auto set = static_cast<uint32_t>(shifted >> i * laneBits) & laneMask;
-        const auto before = static_cast<uint32_t>(hand.used >> i * laneBits) & laneMask;
-        const auto left = ranksPerSuit - static_cast<unsigned>(std::popcount(before));
-        counts[i] = static_cast<uint32_t>(std::popcount(set));
-        hand.index[i] += tables.rank_set_to_index[set] * hand.multiplier[i];
-        hand.multiplier[i] *= tables.nCr_ranks[left][counts[i]];
+        const auto set = static_cast<uint16_t>(shifted >> i * laneBits);
+        hand.index[i] += tables.rank_set_to_index[set] * multiplier[i];
     }
     hand.used |= seen;
-    hand.permutation +=
-        compositionIndex(counts[0], counts[1], counts[2]) * hand.permutationMultiplier;
+    hand.permutation += plan.splits.number(counts);
 }
 
 // Puts the smaller first, by arithmetic: on random hands a branch here is wrong every other time,
@@ -323,16 +377,15 @@ inline void sortPair(uint32_t& low, uint32_t& high) {
 // The index of the rounds up to this one.
 inline hand_index_t combineSuits(const hand_indexer_t* indexer, uint64_t round,
                                  const Progress& hand) {
-    const uint32_t configuration = indexer->permutation_to_configuration[round][hand.permutation];
-    const auto& suitOrder =
-        handIndexTables.suit_permutations[indexer->permutation_to_order[round][hand.permutation]];
-    const IndexPlan& plan = indexer->plan[round]->index[configuration];
+    const RoundPlan& roundPlan = *indexer->plan[round];
+    const PermutationPlan& permutation = roundPlan.permutation[hand.permutation];
+    const IndexPlan& plan = roundPlan.index[permutation.configuration];
 
     // Sorting by group and then by suit index sorts every group in its place, without a branch on
     // what the groups are.
     std::array<uint32_t, suits> x;
     for (unsigned i = 0; i < suits; ++i)
-        x[i] = hand.index[suitOrder[i]] | plan.group[i];
+        x[i] = hand.index[i] | uint32_t{permutation.group[i]} << groupShift;
     sortPair(x[0], x[1]);
     sortPair(x[2], x[3]);
     sortPair(x[0], x[2]);
@@ -354,6 +407,68 @@ inline hand_index_t combineSuits(const hand_indexer_t* indexer, uint64_t round,
         }
     }
     return index;
+}
+
+// Takes the digit of the group that starts at suit first off the low end of rest.
+inline uint64_t takeDigit(const UnindexPlan& plan, unsigned first, uint64_t& rest) {
+    // The rounded reciprocal gives the quotient, or one less.
+    const uint64_t size = plan.groupSize[first];
+    auto quotient = static_cast<uint64_t>(Wide{rest} * plan.groupReciprocal[first] >> 64U);
+    uint64_t digit = rest - quotient * size;
+    quotient += digit >= size;
+    digit -= digit >= size ? size : 0;
+    rest = quotient;
+    return digit;
+}
+
+// For the few configurations with three or four equal suits; apart, because the cube root is a
+// call.
+[[gnu::noinline]] void splitLargeGroups(const UnindexPlan& plan, uint64_t rest, uint32_t index[]) {
+    for (unsigned first = 0; first < suits; first += plan.groupLength[first])
+        multisetUnrank(takeDigit(plan, first, rest), plan.groupLength[first], &index[first]);
+}
+
+// The suit indices of the number that a hand has within its configuration.
+inline void splitIntoSuits(const UnindexPlan& plan, uint64_t rest, uint32_t index[]) {
+    if (plan.largestGroup > 2) [[unlikely]]
+        return splitLargeGroups(plan, rest, index);
+    // Empty suits, of which there may be more than two, are left at zero.
+    for (unsigned first = 0; first < suits; first += plan.groupLength[first]) {
+        const uint64_t digit = takeDigit(plan, first, rest);
+        if (plan.groupLength[first] == 2) {
+            const uint64_t top = pairTop(digit);
+            index[first + 1] = static_cast<uint32_t>(top);
+            index[first] = static_cast<uint32_t>(digit - top * (top + 1) / 2);
+        } else {
+            index[first] = static_cast<uint32_t>(digit);
+        }
+    }
+}
+
+// Writes the cards of so many rounds that the suits' indices stand for.
+template <unsigned rounds>
+inline void dealSuits(const std::array<SetDigit, suits> digits[],
+                      std::array<uint32_t, suits>& suitIndex, uint8_t cards[]) {
+    const HandIndexTables& tables = handIndexTables;
+    uint64_t used = 0;
+    for (unsigned r = 0; r < rounds; ++r) {
+        // The round's rank sets, counted among the ranks still free in the suit.
+        uint64_t sets = 0;
+        for (unsigned suit = 0; suit < suits; ++suit) {
+            const SetDigit& digit = digits[r][suit];
+            const uint32_t rest = suitIndex[suit];
+            const uint32_t more = r + 1 < rounds ? divide(rest, digit) : 0;
+            const uint32_t set = rest - more * digit.ways;
+            sets |= uint64_t{tables.index_to_rank_set[digit.row + set]} << suit * laneBits;
+            suitIndex[suit] = more;
+        }
+        // Every rank in use, from the lowest, moves those at and above it up by one.
+        for (uint64_t bits = used; bits != 0; bits &= bits - 1)
+            sets += sets & tables.higherRanks[static_cast<size_t>(std::countr_zero(bits))];
+        used |= sets;
+        for (uint64_t bits = sets; bits != 0; bits &= bits - 1)
+            *cards++ = tables.cardOfBit[static_cast<size_t>(std::countr_zero(bits))];
+    }
 }
 
 } // namespace
@@ -385,6 +500,8 @@ bool hand_indexer_init(unsigned rounds, const uint8_t cardsPerRound[], hand_inde
     try {
         const auto configurations = sortedConfigurations({cardsPerRound, rounds});
         built = true;
+        for (unsigned round = 0; round < rounds; ++round)
+            indexer->plan[round] = new RoundPlan;
         for (unsigned round = 0; round < rounds && built; ++round)
             built = fillConfigurations(indexer, round, configurations[round]);
         built = built && fillPermutations(indexer, configurations);
@@ -425,21 +542,23 @@ hand_index_t hand_index_next_round(const hand_indexer_t* indexer, const uint8_t 
     const uint64_t round = state->round;
     assert(round < indexer->rounds);
 
+    const RoundPlan& plan = *indexer->plan[round];
     Progress hand;
+    std::array<uint32_t, suits> multiplier;
     for (unsigned i = 0; i < suits; ++i) {
         hand.index[i] = static_cast<uint32_t>(state->suit_index[i]);
-        hand.multiplier[i] = static_cast<uint32_t>(state->suit_multiplier[i]);
+        multiplier[i] = static_cast<uint32_t>(state->suit_multiplier[i]);
         hand.used |= uint64_t{state->used_ranks[i]} << i * laneBits;
     }
-    hand.permutation = state->permutation_index;
-    hand.permutationMultiplier = state->permutation_multiplier;
+    hand.permutation = static_cast<uint32_t>(state->permutation_index);
 
-    addRound(cards, indexer->cards_per_round[round], hand);
+    addRound(plan, cards, indexer->cards_per_round[round], multiplier, hand);
 
     state->round = round + 1;
     for (unsigned i = 0; i < suits; ++i) {
         state->suit_index[i] = hand.index[i];
-        state->suit_multiplier[i] = hand.multiplier[i];
+        if (round + 1 < indexer->rounds)
+            state->suit_multiplier[i] = plan.multiplier[hand.permutation][i];
         state->used_ranks[i] = static_cast<uint32_t>(hand.used >> i * laneBits) & laneMask;
     }
     state->permutation_index = hand.permutation;
@@ -451,11 +570,13 @@ hand_index_t hand_index_all(const hand_indexer_t* indexer, const uint8_t cards[]
                             hand_index_t indices[]) {
     Progress hand;
     hand_index_t index = 0;
+    const std::array<uint32_t, suits>* multiplier = &ones;
     for (unsigned round = 0; round < indexer->rounds; ++round) {
+        const RoundPlan& plan = *indexer->plan[round];
         const unsigned count = indexer->cards_per_round[round];
-        addRound(cards, count, hand);
+        addRound(plan, cards, count, *multiplier, hand);
         cards += count;
-        hand.permutationMultiplier = indexer->permutations[round];
+        multiplier = plan.multiplier.data() + hand.permutation;
         index = indices[round] = combineSuits(indexer, round, hand);
     }
     return index;
@@ -465,11 +586,13 @@ hand_index_t hand_index_last(const hand_indexer_t* indexer, const uint8_t cards[
     if (indexer->rounds == 0)
         return 0;
     Progress hand;
+    const std::array<uint32_t, suits>* multiplier = &ones;
     for (unsigned round = 0; round < indexer->rounds; ++round) {
+        const RoundPlan& plan = *indexer->plan[round];
         const unsigned count = indexer->cards_per_round[round];
-        addRound(cards, count, hand);
+        addRound(plan, cards, count, *multiplier, hand);
         cards += count;
-        hand.permutationMultiplier = indexer->permutations[round];
+        multiplier = plan.multiplier.data() + hand.permutation;
     }
     return combineSuits(indexer, indexer->rounds - 1, hand);
 }
@@ -478,49 +601,24 @@ bool hand_unindex(const hand_indexer_t* indexer, unsigned round, hand_index_t in
                   uint8_t cards[]) {
     if (round >= indexer->rounds || index >= indexer->round_size[round])
         return false;
-    const HandIndexTables& tables = handIndexTables;
-    const auto rounds = static_cast<unsigned>(indexer->rounds);
     const RoundPlan& roundPlan = *indexer->plan[round];
-    const UnindexPlan& plan = roundPlan.unindex[roundPlan.configurationOf(index)];
-
-    // The index as digits, one a group; each digit as its suits' indices.
-    uint64_t rest = index - plan.offset;
-    std::array<uint32_t, suits> suitIndex;
-    for (unsigned first = 0; first < suits; first += plan.groupLength[first]) {
-        const uint64_t part = rest % plan.groupSize[first];
-        rest /= plan.groupSize[first];
-        multisetUnrank(part, plan.groupLength[first], &suitIndex[first]);
-    }
-
-    // Each suit index as rank sets, one a round, among the ranks free in that round.
-    std::array<uint64_t, maxRounds> shifted = {};
-    for (unsigned suit = 0; suit < suits; ++suit) {
-        unsigned left = ranksPerSuit;
-        uint32_t restOfSuit = suitIndex[suit];
-        for (unsigned r = 0; r <= round; ++r) {
-            const unsigned count = countIn(plan.words[suit], rounds, r);
-            const uint32_t size = tables.nCr_ranks[left][count];
-            shifted[r] |= uint64_t{tables.index_to_rank_set[count][restOfSuit % size]}
-                          << suit * laneBits;
-            restOfSuit /= size;
-            left -= count;
-        }
-    }
-
-    // The sets as cards. The lanes are walked as one word, so that the number of steps depends on
-    // the structure and not on the configuration.
-    uint64_t used = 0;
-    for (unsigned r = 0, at = 0; r <= round; ++r) {
-        uint64_t seen = 0;
-        for (uint64_t bits = shifted[r]; bits != 0; bits &= bits - 1) {
-            const auto bit = static_cast<unsigned>(std::countr_zero(bits));
-            const unsigned suit = bit / laneBits;
-            const unsigned rank =
-                tables.nth_unset[used >> suit * laneBits & laneMask][bit % laneBits];
-            seen |= uint64_t{1} << (suit * laneBits + rank);
-            cards[at++] = static_cast<uint8_t>(rank * suits + suit);
-        }
-        used |= seen;
+    const uint32_t configuration = roundPlan.configurationOf(index);
+    const UnindexPlan& plan = roundPlan.unindex[configuration];
+    const auto* digits = &roundPlan.digits[size_t{configuration} * (round + 1)];
+    std::array<uint32_t, suits> suitIndex = {};
+    splitIntoSuits(plan, index - plan.offset, suitIndex.data());
+    switch (round) { // once here, so that the loops over the rounds unroll
+    case 0:
+        dealSuits<1>(digits, suitIndex, cards);
+        break;
+    case 1:
+        dealSuits<2>(digits, suitIndex, cards);
+        break;
+    case 2:
+        dealSuits<3>(digits, suitIndex, cards);
+        break;
+    default:
+        dealSuits<4>(digits, suitIndex, cards);
     }
     return true;
 }

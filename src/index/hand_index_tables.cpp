@@ -10,11 +10,6 @@ namespace tamarin {
 [[gnu::init_priority(200)]] const HandIndexTables handIndexTables;
 
 HandIndexTables::HandIndexTables() {
-    for (unsigned set = 0; set < rankSets; ++set)
-        for (unsigned n = 0, position = 0; n < indexRanks; ++position)
-            if (!(set >> position & 1U))
-                nth_unset[set][n++] = static_cast<uint8_t>(position);
-
     for (unsigned flags = 0; flags < equal.size(); ++flags)
         for (unsigned suit = 0; suit < indexSuits; ++suit)
             equal[flags][suit] = suit > 0 && (flags >> (suit - 1) & 1U);
@@ -26,13 +21,29 @@ HandIndexTables::HandIndexTables() {
                 : n == 0 ? 0
                          : static_cast<uint16_t>(nCr_ranks[n - 1][r - 1] + nCr_ranks[n - 1][r]);
 
+    for (unsigned count = 0, row = 0; count <= indexRanks; row += nCr_ranks[indexRanks][count++])
+        rank_set_row[count] = static_cast<uint16_t>(row);
+
     for (unsigned set = 0; set < rankSets; ++set) {
         unsigned index = 0;
         unsigned count = 0;
         for (unsigned rest = set; rest != 0; rest &= rest - 1)
             index += nCr_ranks[static_cast<size_t>(std::countr_zero(rest))][++count];
         rank_set_to_index[set] = static_cast<uint16_t>(index);
-        index_to_rank_set[count][index] = static_cast<uint16_t>(set);
+        index_to_rank_set[rank_set_row[count] + index] = static_cast<uint16_t>(set);
+    }
+
+    cardBit.fill(0);
+    lowerRanks.fill(0);
+    for (unsigned card = 0; card < indexSuits * indexRanks; ++card) {
+        const unsigned lane = card % indexSuits * laneBits;
+        cardBit[card] = uint64_t{1} << (lane + card / indexSuits);
+        lowerRanks[card] = cardBit[card] - (uint64_t{1} << lane);
+    }
+    for (unsigned bit = 0; bit < higherRanks.size(); ++bit) {
+        const uint64_t lane = uint64_t{laneMask} << bit / laneBits * laneBits;
+        higherRanks[bit] = lane & ~((uint64_t{1} << bit) - 1);
+        cardOfBit[bit] = static_cast<uint8_t>(bit % laneBits * indexSuits + bit / laneBits);
     }
 
     unsigned slot = 0;

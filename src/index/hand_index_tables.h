@@ -14,12 +14,12 @@ inline constexpr unsigned indexSuits = 4;
 inline constexpr unsigned indexRanks = 13;
 inline constexpr unsigned rankSets = 1U << indexRanks;
 
+// Rank sets of the four suits side by side: suit s at bit laneBits * s.
+inline constexpr unsigned laneBits = 16;
+inline constexpr uint32_t laneMask = rankSets - 1;
+
 struct HandIndexTables {
     HandIndexTables();
-
-    // nth_unset[set][n]: position of the n-th rank (from 0) that set leaves free; past the last
-    // free rank it runs on to 13 and up.
-    std::array<std::array<uint8_t, indexRanks>, rankSets> nth_unset;
 
     // equal[flags][suit]: whether suit is equal to the one before it, where bit i of flags says
     // that suits i and i + 1 are equal.
@@ -32,9 +32,18 @@ struct HandIndexTables {
     // order: the sum over its ranks of C(rank, how many of its ranks lie at or below that one).
     std::array<uint16_t, rankSets> rank_set_to_index;
 
-    // index_to_rank_set[count][index]: the inverse. Only the first C(13, count) entries of a row
-    // are used; the rest is address space that is never touched.
-    std::array<std::array<uint16_t, rankSets>, indexRanks + 1> index_to_rank_set;
+    // index_to_rank_set[rank_set_row[count] + index]: the inverse, for each number of ranks.
+    std::array<uint16_t, rankSets> index_to_rank_set;
+    std::array<uint16_t, indexRanks + 1> rank_set_row;
+
+    // By card: its bit in the rank sets side by side, and the bits of its suit's lower ranks. Zero
+    // for bytes that are no card, so that a set of too few ranks gives them away.
+    std::array<uint64_t, 256> cardBit;
+    std::array<uint64_t, 256> lowerRanks;
+
+    // By bit of the rank sets side by side: the bits of its suit from that one up, and its card.
+    std::array<uint64_t, 64> higherRanks;
+    std::array<uint8_t, 64> cardOfBit;
 
     // The orderings of the four suits, in lexicographic order.
     std::array<std::array<uint8_t, indexSuits>, 24> suit_permutations;

@@ -55,25 +55,19 @@ struct ConfigurationWalk : Walk {
 };
 
 struct PermutationWalk : Walk {
-    const std::function<void(unsigned, uint64_t, const SuitWords&)>& visit;
-    std::array<uint32_t, suits> counts{};
+    std::span<const Splits> splits;
+    const std::function<void(unsigned, uint32_t, const SuitWords&)>& visit;
 
-    void suit(unsigned round, unsigned suit, unsigned left, uint64_t before, uint64_t multiplier) {
+    void suit(unsigned round, unsigned suit, unsigned left, uint64_t lanes, uint32_t before) {
         if (suit == suits) {
-            const uint64_t permutation =
-                before + compositionIndex(counts[0], counts[1], counts[2]) * multiplier;
+            const uint32_t permutation = before + splits[round].number(lanes);
             visit(round, permutation, words);
-            if (round + 1 < cardsPerRound.size()) {
-                const auto saved = counts;
-                this->suit(round + 1, 0, cardsPerRound[round + 1], permutation,
-                           multiplier * compositionCount(cardsPerRound[round]));
-                counts = saved;
-            }
+            if (round + 1 < cardsPerRound.size())
+                this->suit(round + 1, 0, cardsPerRound[round + 1], 0, permutation);
             return;
         }
         place(round, suit, left, ranks, [&](unsigned count) {
-            counts[suit] = count;
-            this->suit(round, suit + 1, left - count, before, multiplier);
+            this->suit(round, suit + 1, left - count, lanes | uint64_t{count} << 16 * suit, before);
         });
     }
 };
@@ -87,11 +81,32 @@ void forEachConfiguration(
     walk.suit(0, 0, cardsPerRound[0], 0, 7, 0);
 }
 
-void forEachPermutation(std::span<const uint8_t> cardsPerRound,
-                        const std::function<void(unsigned round, uint64_t permutation,
+Splits::Splits(unsigned cards) {
+    const unsigned most = std::min(cards, ranks);
+    const uint64_t base = most + 1;
+    // Lane 3 of the product is count 0 + base * count 1 + base^2 * count 2; lower lanes stay below
+    // 2^16, so nothing is carried into it.
+    factor_ = uint64_t{1} << 48U | base << 32U | base * base << 16U;
+    numbers_.resize(base * base * base);
+    for (unsigned third = 0; third <= most; ++third)
+        for (unsigned second = 0; second <= most; ++second)
+            for (unsigned first = 0; first <= most; ++first) {
+                const unsigned three = first + second + third;
+                if (three <= cards && cards - three <= most)
+                    numbers_[first + base * (second + base * third)] = count_++;
+            }
+}
+
+void Splits::scale(uint32_t multiplier) {
+    for (uint32_t& number : numbers_)
+        number *= multiplier;
+}
+
+void forEachPermutation(std::span<const uint8_t> cardsPerRound, std::span<const Splits> splits,
+                        const std::function<void(unsigned round, uint32_t permutation,
                                                  const SuitWords& words)>& visit) {
-    PermutationWalk walk{{cardsPerRound}, visit};
-    walk.suit(0, 0, cardsPerRound[0], 0, 1);
+    PermutationWalk walk{{cardsPerRound}, splits, visit};
+    walk.suit(0, 0, cardsPerRound[0], 0, 0);
 }
 
 } // namespace tamarin

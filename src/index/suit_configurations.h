@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <vector>
 
 namespace tamarin {
 
@@ -26,31 +27,33 @@ void forEachConfiguration(
     std::span<const uint8_t> cardsPerRound,
     const std::function<void(unsigned round, const SuitWords& words, unsigned equal)>& visit);
 
-// Calls visit(round, permutation, words) for every permutation of every round that a deck can deal.
-// permutation is the number that counts as dealt have: composition numbers of the rounds, the first
-// round fastest.
+// The ways to split a round's cards over the four suits, numbered densely.
+//
+// Splits come as a lane word: suit s's count at bit 16 s. One multiplication turns it into a key in
+// base most + 1 of the first three counts (the fourth follows), and a small table turns the key
+// into the split's number.
+class Splits {
+public:
+    Splits() = default;
+    explicit Splits(unsigned cards);
+
+    uint32_t count() const { return count_; }
+    // For a word whose counts add up to the round's cards, none above 13.
+    uint32_t number(uint64_t lanes) const { return numbers_[lanes * factor_ >> 48U]; }
+
+    // Folds a round's place value into the table: number() times multiplier from now on.
+    void scale(uint32_t multiplier);
+
+private:
+    uint64_t factor_ = 0;
+    uint32_t count_ = 0;
+    std::vector<uint32_t> numbers_;
+};
+
+// Calls visit(round, permutation, words, lanes) for every permutation of every round that a deck
+// can deal: splits[0] to splits[rounds - 1], scaled, give the terms of its number.
 void forEachPermutation(
-    std::span<const uint8_t> cardsPerRound,
-    const std::function<void(unsigned round, uint64_t permutation, const SuitWords& words)>& visit);
-
-// How many ways n cards can be split over four suits: C(n + 3, 3).
-constexpr uint64_t compositionCount(uint64_t n) {
-    return (n + 1) * (n + 2) * (n + 3) / 6;
-}
-
-// C(n + 2, 3) for every number of cards.
-inline constexpr auto tetrahedral = [] {
-    std::array<uint16_t, 53> table{};
-    for (uint32_t n = 0; n < table.size(); ++n)
-        table[n] = static_cast<uint16_t>(n * (n + 1) * (n + 2) / 6);
-    return table;
-}();
-
-// Dense number of a split, below compositionCount(n), from the counts of the first three suits (the
-// fourth takes the rest): the combinatorial number of the three partial sums.
-constexpr uint32_t compositionIndex(uint32_t first, uint32_t second, uint32_t third) {
-    const uint32_t two = first + second;
-    return tetrahedral[two + third] + two * (two + 1) / 2 + first;
-}
+    std::span<const uint8_t> cardsPerRound, std::span<const Splits> splits,
+    const std::function<void(unsigned round, uint32_t permutation, const SuitWords& words)>& visit);
 
 } // namespace tamarin

@@ -12,7 +12,7 @@ using namespace tamarin;
 namespace {
 
 // What another file's static initialiser would see.
-const unsigned setBeforeMain = handIndexTables.index_to_rank_set[13][0];
+const unsigned setBeforeMain = handIndexTables.index_to_rank_set[rankSets - 1];
 
 } // namespace
 
@@ -22,7 +22,9 @@ TEST(HandIndexTables, RankSetsAreNumberedInAscendingOrder) {
     for (unsigned set = 0; set < rankSets; ++set) {
         const auto count = static_cast<size_t>(std::popcount(set));
         ASSERT_EQ(handIndexTables.rank_set_to_index[set], next[count]);
-        ASSERT_EQ(handIndexTables.index_to_rank_set[count][next[count]], set);
+        ASSERT_EQ(
+            handIndexTables.index_to_rank_set[handIndexTables.rank_set_row[count] + next[count]],
+            set);
         ++next[count];
     }
     for (size_t count = 0; count <= 13; ++count)
@@ -41,14 +43,23 @@ TEST(HandIndexTables, BinomialsFollowPascal) {
     EXPECT_EQ(nCr[13][6], 1716);
 }
 
-TEST(HandIndexTables, NthUnsetIsTheNthZeroBit) {
-    for (unsigned set = 0; set < rankSets; ++set)
-        for (unsigned n = 0; n < 13; ++n) {
-            const unsigned position = handIndexTables.nth_unset[set][n];
-            ASSERT_FALSE(set >> position & 1U);
-            const unsigned below = set & ((1U << position) - 1);
-            ASSERT_EQ(position - static_cast<unsigned>(std::popcount(below)), n);
+TEST(HandIndexTables, CardsAndBitsBelongTogether) {
+    for (unsigned card = 0; card < 256; ++card) {
+        const uint64_t bit = handIndexTables.cardBit[card];
+        const uint64_t lower = handIndexTables.lowerRanks[card];
+        if (card >= 52) {
+            EXPECT_EQ(bit, 0U);
+            EXPECT_EQ(lower, 0U);
+            continue;
         }
+        const auto position = static_cast<size_t>(std::countr_zero(bit));
+        EXPECT_EQ(bit, uint64_t{1} << (card % 4 * 16 + card / 4));
+        EXPECT_EQ(handIndexTables.cardOfBit[position], card);
+        // Lower and higher ranks make up the suit's thirteen.
+        EXPECT_EQ(lower & handIndexTables.higherRanks[position], 0U);
+        EXPECT_EQ(lower | handIndexTables.higherRanks[position], uint64_t{0x1FFF} << card % 4 * 16);
+        EXPECT_EQ(static_cast<unsigned>(std::popcount(lower)), card / 4);
+    }
 }
 
 TEST(HandIndexTables, EqualReadsTheFlagOfTheSuitBefore) {

@@ -54,8 +54,17 @@ TEST(Multiset, RanksAreDenseInOrder) {
 }
 
 // The first and the last multiset of every largest member, where an inexact root would show.
+TEST(Multiset, PairRootsAreExactAtEveryStep) {
+    uint64_t wrong = 0;
+    for (uint64_t top = 0; top < maxGroupIndex; ++top) {
+        wrong += pairTop(top * (top + 1) / 2) != top;
+        wrong += pairTop((top + 1) * (top + 2) / 2 - 1) != top;
+    }
+    EXPECT_EQ(wrong, 0U);
+}
+
 TEST(Multiset, RootsAreExactAtEveryStep) {
-    for (unsigned m = 2; m <= 4; ++m) {
+    for (unsigned m = 3; m <= 4; ++m) {
         uint64_t wrong = 0;
         for (uint64_t top = 0; top < largestSize(m); ++top) {
             wrong += multisetTop(nCr_groups[top + m - 1][m], m) != top;

@@ -1,7 +1,6 @@
 #include "index/suit_configurations.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
 #include <vector>
 
@@ -46,13 +45,19 @@ TEST(SuitConfigurations, AreTheSortedPermutations) {
     for (const Structure& structure :
          {Structure{2, 3, 1, 1}, {2, 5}, {7}, {0, 3}, {13, 2}, {40, 5}, {1, 1, 1, 1}}) {
         const auto found = configurations(structure);
+        std::vector<Splits> splits;
+        uint32_t bound = 1;
+        std::vector<uint32_t> bounds;
+        for (uint8_t n : structure) {
+            splits.emplace_back(n);
+            const uint32_t count = splits.back().count();
+            splits.back().scale(bound);
+            bounds.push_back(bound *= count);
+        }
         std::vector<std::set<SuitWords>> sorted(structure.size());
-        std::vector<std::set<uint64_t>> numbers(structure.size());
-        std::vector<uint64_t> bounds;
-        for (uint8_t n : structure)
-            bounds.push_back(compositionCount(n) * (bounds.empty() ? 1 : bounds.back()));
-        forEachPermutation(structure,
-                           [&](unsigned round, uint64_t permutation, const SuitWords& words) {
+        std::vector<std::set<uint32_t>> numbers(structure.size());
+        forEachPermutation(structure, splits,
+                           [&](unsigned round, uint32_t permutation, const SuitWords& words) {
                                EXPECT_TRUE(numbers[round].insert(permutation).second);
                                EXPECT_LT(permutation, bounds[round]);
                                SuitWords canonical = words;
@@ -63,14 +68,33 @@ TEST(SuitConfigurations, AreTheSortedPermutations) {
     }
 }
 
-TEST(SuitConfigurations, CompositionNumbersAreDense) {
+TEST(Splits, AreNumberedDensely) {
     for (uint32_t n = 0; n <= 52; ++n) {
-        std::set<uint32_t> numbers;
-        for (uint32_t a = 0; a <= n; ++a)
-            for (uint32_t b = 0; a + b <= n; ++b)
-                for (uint32_t c = 0; a + b + c <= n; ++c)
-                    numbers.insert(compositionIndex(a, b, c));
-        EXPECT_EQ(numbers.size(), compositionCount(n));
-        EXPECT_EQ(*numbers.rbegin(), compositionCount(n) - 1);
+        const Splits splits(n);
+        std::vector<int> seen(splits.count());
+        for (uint64_t a = 0; a <= 13; ++a)
+            for (uint64_t b = 0; b <= 13; ++b)
+                for (uint64_t c = 0; c <= 13; ++c)
+                    if (a + b + c <= n && n - a - b - c <= 13)
+                        ++seen.at(splits.number(a | b << 16 | c << 32 | (n - a - b - c) << 48));
+        EXPECT_EQ(seen, std::vector<int>(splits.count(), 1)) << n;
     }
+}
+
+TEST(Splits, CountsByHand) {
+    EXPECT_EQ(Splits(0).count(), 1U);
+    EXPECT_EQ(Splits(1).count(), 4U);
+    EXPECT_EQ(Splits(2).count(), 10U);
+    EXPECT_EQ(Splits(5).count(), 56U);
+    EXPECT_EQ(Splits(14).count(), 680U - 4U); // without fourteen of one suit
+    EXPECT_EQ(Splits(52).count(), 1U);
+}
+
+TEST(Splits, ScaleMultipliesTheNumbers) {
+    Splits splits(5);
+    const uint64_t lanes = 2 | 1ULL << 16 | 2ULL << 48;
+    const uint32_t number = splits.number(lanes);
+    splits.scale(10);
+    EXPECT_NE(number, 0U);
+    EXPECT_EQ(splits.number(lanes), 10 * number);
 }
