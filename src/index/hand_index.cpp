@@ -102,14 +102,14 @@ struct RoundPlan {
 
 namespace {
 
-template <class T>
-bool allocate(T*& table, uint64_t count) {
-    table = new (std::nothrow) T[count]();
+template <class Entry>
+bool allocate(Entry*& table, uint64_t count) {
+    table = new (std::nothrow) Entry[count]();
     return table != nullptr;
 }
 
-template <class T>
-void release(T*& table) {
+template <class Entry>
+void release(Entry*& table) {
     delete[] table;
     table = nullptr;
 }

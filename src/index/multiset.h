@@ -40,7 +40,7 @@ constexpr uint64_t groupBinomial(uint64_t n, unsigned k) {
         return static_cast<uint64_t>(product >> 1U) * inverseOf3;
     }
     default:
-        assert(!"group of more than four suits");
+        assert(k <= 4);
         return 0;
     }
 }
