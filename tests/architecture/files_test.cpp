@@ -3,7 +3,8 @@
 
 #include <algorithm>
 #include <fstream>
-#include <set>
+#include <map>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -14,14 +15,17 @@ namespace {
 
 const fs::path root = TAMARIN_SOURCE_DIR;
 
-// tests/architecture/tested_elsewhere.txt: "src/room/file.cpp  where it is tested, or why not".
-std::set<std::string> testedElsewhere() {
+// tests/architecture/tested_elsewhere.txt: "src/room/file.cpp tests/room/other_test.cpp".
+std::map<std::string, std::string> testedElsewhere() {
     std::ifstream file(root / "tests/architecture/tested_elsewhere.txt");
-    std::set<std::string> names;
-    for (std::string line; std::getline(file, line);)
-        if (!line.empty() && line[0] != '#')
-            names.insert(line.substr(0, line.find(' ')));
-    return names;
+    std::map<std::string, std::string> where;
+    for (std::string line; std::getline(file, line);) {
+        std::istringstream words(line);
+        std::string source;
+        if (!line.empty() && line[0] != '#' && words >> source)
+            words >> where[source];
+    }
+    return where;
 }
 
 std::string testOf(const std::string& source) { // src/room/file.cpp
@@ -31,7 +35,7 @@ std::string testOf(const std::string& source) { // src/room/file.cpp
 } // namespace
 
 TEST(Files, EverySourceHasItsTest) {
-    const std::set<std::string> listed = testedElsewhere();
+    const std::map<std::string, std::string> listed = testedElsewhere();
     for (const std::string& file : treeFiles(root)) {
         if (!file.starts_with("src/") || !file.ends_with(".cpp"))
             continue;
@@ -44,9 +48,12 @@ TEST(Files, EverySourceHasItsTest) {
     }
 }
 
-TEST(Files, ListOfExceptionsNamesSourcesThatExist) {
-    for (const std::string& file : testedElsewhere())
-        EXPECT_TRUE(fs::exists(root / file)) << file;
+TEST(Files, ListOfExceptionsNamesFilesThatExist) {
+    for (const auto& [source, test] : testedElsewhere()) {
+        EXPECT_TRUE(fs::is_regular_file(root / source)) << source;
+        EXPECT_TRUE(test.starts_with("tests/") && fs::is_regular_file(root / test))
+            << source << " is said to be tested in '" << test << "'";
+    }
 }
 
 // Tables and strategies are generated, never committed.
