@@ -25,7 +25,7 @@ endfunction()
 #
 # A GoogleTest program test_NAME whose cases are registered one by one with ctest. SLOW gives every
 # case the label "slow": ./check leaves them out, ./check --slow runs them. THREADS gives the label
-# "threads": ./check --tsan runs these under the thread sanitizer.
+# "threads": ./check --tsan builds (as the target threaded_tests) and runs these alone.
 function(tamarin_test name)
     cmake_parse_arguments(TEST "SLOW;THREADS" "" "SOURCES;USES;LINKS" ${ARGN})
     add_executable(test_${name} ${TEST_SOURCES})
@@ -39,6 +39,7 @@ function(tamarin_test name)
     if(TEST_SLOW)
         gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS slow TIMEOUT 1800)
     elseif(TEST_THREADS)
+        add_dependencies(threaded_tests test_${name})
         gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS threads TIMEOUT 300)
     else()
         gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
