@@ -1,0 +1,140 @@
+// The card abstraction of hold'em: for every hand, distinct up to suits, of every round, its equity
+// against one and two random opponents, its cluster of equity, its utility in a small betting game,
+// and the bucket that the player's strategy knows it by.
+//
+// Every table is a flat array over the hand indices of its round (round_indexers.h) and is kept as
+// a bare file below lookup/ in the working directory (table_names.h):
+//
+//   equity    double    for 2 and 3 players: wins / deals, ties lose; in [0, 1]
+//   cluster   byte      0..100: where the equity lies between the table's least and greatest
+//   utility   double    two players, each seat: chips won in the round's auxiliary game
+//   hold'em   byte      0..9: 5 x (utility in the upper half) + quarter of the equity range, for
+//                       2 and 3 players, each seat
+//
+// Files that are there are mapped, not read: a table got from one must not be written to. What is
+// missing is computed by the plain road, which for the equities means sampling and would take
+// months; tables/table_builder.h makes every file exactly and in minutes, and whoever wants to play
+// runs it first. A file of the wrong size is never used (table_store.h).
+//
+// Nothing is ever derived from a table without contents: where one is needed that load() left
+// empty, the file is read; std::runtime_error, with one line that says what to do, when there is
+// none. Single-threaded.
+#pragma once
+
+#include "abstraction/quantise.h"
+#include "abstraction/round_indexers.h"
+#include "abstraction/table_store.h"
+#include "game/game.h"
+#include "index/hand_index.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+class EquityTables {
+public:
+    // Prints "Creating indexers... done!" on standard output.
+    EquityTables();
+    // Releases the equity tables, and whatever is mapped. Tables of other kinds that were computed
+    // here or set by a caller stay.
+    virtual ~EquityTables();
+    EquityTables(const EquityTables&) = delete;
+    EquityTables& operator=(const EquityTables&) = delete;
+
+    // Fills the eight equity tables from their files or, where one is missing, by sampling; says
+    // what it does on standard output. Where some files are there and some are not, the turn and
+    // river tables that have both their files are left allocated without contents.
+    void load();
+    // Releases the equity tables.
+    void free();
+
+    // Hands of round 0..3; 0 for any other.
+    size_t getRoundSize(int round);
+    // For players 2 and 3 and round 0..3; null for any others, and before there is a table.
+    double* getEquityTable(int players, int round);
+    unsigned char* getClusterTable(int players, int round);
+    // Keep the pointer (an array made with new[]), without releasing what was there; ignored for
+    // other players and rounds. An equity table set here counts as having contents.
+    void setEquityTable(int players, int round, double* table);
+    void setClusterTable(int players, int round, unsigned char* table);
+
+    // Fills the cluster tables: all eight from their files, or all eight anew.
+    void loadCluster();
+    // Does nothing: clusters are never released.
+    void freeCluster();
+    // The cluster at an index; a byte, so of the first 256 hands only.
+    int getCluster(unsigned char index, int players, int round);
+    // The cluster of a hand: two hole cards and the round's board cards.
+    int getCluster(unsigned char* cards, int players, int round);
+    // The equity that a cluster stands for, by the range of the equity table.
+    double clusterToEquity(unsigned char cluster, int players, int round);
+    // The inverse, rounded to the nearest and not clamped.
+    int equityToCluster(double equity, int players, int round);
+    // The first hand of the cluster; only for clusters that occur.
+    size_t findClusterIndex(unsigned char cluster, int players, int round);
+    // Leaves in cards the hole cards that the indexer's first round has at the last of the
+    // cluster's indices that it knows; returns 0.
+    int findClusterIndexHand(unsigned char cluster, int players, int round, unsigned char* cards);
+
+    // Fills the two-player utility tables, each round from its files or by solving its auxiliary
+    // game, which is read from the working directory. Defined in solver/utility_tables.cpp.
+    void loadUtility();
+    void freeUtility();
+
+    // Fills the twenty hold'em tables from their files or from equities and utilities.
+    void loadHoldemTables();
+    void freeHoldemTables();
+    // The bucket of a hand (two hole cards and the round's board), 0..9. players 2 or 3, seat below
+    // players.
+    unsigned int holdemTableIndex(int players, int round, int seat, unsigned char* cards);
+
+    // The tables that have no setter; null before they are loaded.
+    const unsigned char* getHoldemTable(int players, int round, int seat) const;
+    const double* getUtilityTable(int players, int round, int seat) const;
+
+    // The indexer of round 0..3.
+    hand_indexer_t* indexer(int round);
+
+    hand_indexer_t preflop_indexer{};
+    hand_indexer_t flop_indexer{};
+    hand_indexer_t turn_indexer{};
+    hand_indexer_t river_indexer{};
+
+private:
+    struct EquityTable {
+        double* table = nullptr;
+        bool hasContents = false;
+    };
+    static bool isTable(int players, int round) {
+        return (players == 2 || players == 3) && round >= 0 && round < tamarin::holdemRounds;
+    }
+    EquityTable& equity(int players, int round) { return equities[players - 2][round]; }
+
+    void printSizes();
+    void generateEquities();
+    void sampleRound(int round, int* sevenCardTable);
+    // The table's entries, out of its file where load() left it without contents.
+    std::span<const double> equityContents(int players, int round);
+    // The two-player utilities that a hold'em table is made from, likewise.
+    std::span<const double> utilityContents(int round, int seat);
+    // The least and greatest equity, found when first asked for.
+    const tamarin::TableRange& equityRange(int players, int round);
+    unsigned char* makeHoldemTable(int players, int round, int seat);
+
+    tamarin::TableStore store;
+    EquityTable equities[2][tamarin::holdemRounds];                // [players - 2][round]
+    unsigned char* clusters[2][tamarin::holdemRounds] = {};        // [players - 2][round]
+    unsigned char* holdemTables[4][tamarin::holdemRounds][3] = {}; // [players][round][seat]
+    double* utilities[4][tamarin::holdemRounds][3] = {};           // [players][round][seat]
+    std::optional<tamarin::TableRange> ranges[2][tamarin::holdemRounds];
+};
+
+// Cuts equities into clusters by where they lie in their range, writes them to the file of that
+// name and returns them as a new array.
+unsigned char* doCluster(unsigned long size, double* equities, std::string name);
+
+// Reads a game definition; ends the program with status 1 after "ERROR: could not open game PATH"
+// or "ERROR: could not read game PATH" on standard error.
+Game* loadGame(char const* path);

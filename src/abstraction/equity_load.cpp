@@ -1,0 +1,124 @@
+// EquityTables::load: equity files in, or equities sampled the plain way.
+
+#include "abstraction/EquityTables.h"
+#include "abstraction/table_names.h"
+#include "eval/hand_table.h"
+#include "eval/seven_card_table.h"
+#include "support/file.h"
+#include "support/util.h"
+
+#include <array>
+#include <assert.h>
+#include <iostream>
+
+namespace {
+
+using tamarin::equityPath;
+using tamarin::holdemRounds;
+
+using Evaluate = double (*)(unsigned char* cards, unsigned int players, int* table);
+constexpr std::array<Evaluate, holdemRounds> evaluators{evaluateHand2, evaluateHand5, evaluateHand6,
+                                                        evaluateHand7};
+
+void printPercent(size_t index, size_t size) {
+    std::cout << static_cast<double>(index) / static_cast<double>(size) * 100 << "% done"
+              << std::endl;
+}
+
+// The texts of these assertions are promises to whoever watches for them.
+#define ASSERT_UNINDEXED(condition, text)                                                          \
+    ((condition) ? static_cast<void>(0)                                                            \
+                 : __assert_fail(text, "src/abstraction/EquityTables.cpp", __LINE__,               \
+                                 "void EquityTables::load()"))
+
+void unindexHand(EquityTables& tables, int round, size_t index, unsigned char* hand) {
+    static constexpr std::array<const char*, holdemRounds> texts{
+        "hand_unindex(&preflop_indexer,0,index,hand)", "hand_unindex(&flop_indexer,1,index,hand)",
+        "hand_unindex(&turn_indexer,1,index,hand)", "hand_unindex(&river_indexer,1,index,hand)"};
+    ASSERT_UNINDEXED(
+        hand_unindex(tables.indexer(round), tamarin::lastIndexRound(round), index, hand),
+        texts[static_cast<size_t>(round)]);
+}
+
+#undef ASSERT_UNINDEXED
+
+} // namespace
+
+void EquityTables::printSizes() {
+    for (int round = 0; round < holdemRounds; ++round)
+        std::cout << tamarin::roundNames[static_cast<size_t>(round)]
+                  << " size: " << getRoundSize(round) << std::endl;
+}
+
+void EquityTables::load() {
+    printSizes();
+    bool allThere = true;
+    for (int players = 2; players <= 3; ++players)
+        for (int round = 0; round < holdemRounds; ++round) {
+            const size_t bytes = getRoundSize(round) * sizeof(double);
+            allThere = tamarin::usableFile(equityPath(players, round), bytes) && allThere;
+        }
+    free();
+    for (auto& ofPlayers : ranges)
+        for (auto& range : ofPlayers)
+            range.reset();
+    if (!allThere) {
+        generateEquities();
+        return;
+    }
+    for (int round = 0; round < holdemRounds; ++round)
+        for (int players = 2; players <= 3; ++players) {
+            const auto loaded = store.doubles(equityPath(players, round), getRoundSize(round));
+            equity(players, round) = {loaded.table, loaded.whole};
+        }
+    std::cout << "Equity tables loaded from file!" << std::endl;
+    // They are found when somebody asks for them: a scan reads every page of two gigabytes.
+    std::cout << "Calculating max and min equities" << std::endl;
+}
+
+void EquityTables::generateEquities() {
+    for (int players = 2; players <= 3; ++players)
+        for (int round = 0; round < holdemRounds; ++round)
+            equity(players, round) = {new double[getRoundSize(round)], false};
+    std::cout << "Generating equity lookup tables..." << std::endl;
+    std::cout << "Loading twoplustwo table... " << std::flush;
+    const tamarin::SevenCardTable sevenCards = tamarin::SevenCardTable::openOrGenerate();
+    std::cout << "done!" << std::endl;
+    int* const table = const_cast<int*>(sevenCards.data()); // rankHand reads only
+
+    for (int round = 0; round < holdemRounds; ++round) {
+        if (!file_exist(equityPath(2, round)) || !file_exist(equityPath(3, round))) {
+            sampleRound(round, table);
+        } else if (round <= 1) {
+            // The turn's and the river's are deliberately left without contents here.
+            for (int players = 2; players <= 3; ++players) {
+                store.release(equity(players, round).table);
+                const auto loaded = store.doubles(equityPath(players, round), getRoundSize(round));
+                equity(players, round) = {loaded.table, loaded.whole};
+            }
+        }
+    }
+}
+
+void EquityTables::sampleRound(int round, int* sevenCardTable) {
+    const auto r = static_cast<size_t>(round);
+    const size_t size = getRoundSize(round);
+    std::cout << "Indexing " << tamarin::roundNames[r] << " hands..." << std::endl;
+    for (size_t index = 0; index < size; ++index) {
+        if (index % (round == 0 ? 10 : 1000) == 0)
+            printPercent(index, size);
+        unsigned char hand[7];
+        unindexHand(*this, round, index, hand);
+        equity(2, round).table[index] = evaluators[r](hand, 2, sevenCardTable);
+        equity(3, round).table[index] = evaluators[r](hand, 3, sevenCardTable);
+    }
+    for (int times = round == 0 ? 1 : 2; times > 0; --times)
+        std::cout << "100% done!" << std::endl;
+    std::cout << "Saving tables to files..." << std::endl;
+    for (int players = 2; players <= 3; ++players) {
+        EquityTable& sampled = equity(players, round);
+        sampled.hasContents = true;
+        saveDoubleTable(equityPath(players, round).c_str(), sampled.table, size);
+    }
+    std::cout << "done!" << std::endl;
+}

@@ -1,0 +1,24 @@
+// The names of the table files below lookup/, and of the auxiliary games.
+//
+// players: 2 or 3; round: 0..3; seat: below players.
+#pragma once
+
+#include <string>
+
+namespace tamarin {
+
+inline constexpr char lookupDirectory[] = "lookup";
+
+std::string equityPath(int players, int round);            // lookup/flop_2p: doubles
+std::string clusterPath(int players, int round);           // lookup/flop_2p_c: bytes 0..100
+std::string holdemPath(int players, int round, int seat);  // lookup/holdem_flop_2p_0: bytes 0..9
+std::string utilityPath(int players, int round, int seat); // lookup/utility_flop_2p_0: doubles
+std::string auxiliaryGameName(int players, int round);     // kuhn.flop.2p.game
+
+// The seat of the two-player utility table that a seat's hold'em table is made from, whatever the
+// number of players.
+constexpr int utilitySeatOf(int seat) {
+    return seat == 0 ? 0 : 1;
+}
+
+} // namespace tamarin

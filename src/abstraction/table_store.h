@@ -1,0 +1,46 @@
+// Tables out of files: mapped where that works, and who releases what.
+//
+// A player that only plays needs a few bytes of each table, so files are mapped read-only and read
+// page by page as they are looked at. Tables that a caller or a computation made live on the heap
+// beside them; release() knows one from the other.
+#pragma once
+
+#include "support/file.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+
+namespace tamarin {
+
+class TableStore {
+public:
+    template <class T>
+    struct Loaded {
+        T* table;
+        bool whole; // false for the all-zero table that stands for an unreadable file
+    };
+    // The file's count elements. The table must not be written to: it is the file. A file that
+    // cannot be read gives a table of zeros and one line on standard error.
+    Loaded<double> doubles(const std::string& path, size_t count);
+    Loaded<uint8_t> bytes(const std::string& path, size_t count);
+
+    // Gives up a table from here, or one made with new[]; null is harmless.
+    void release(double* table);
+    void release(uint8_t* table);
+
+private:
+    template <class T>
+    Loaded<T> load(const std::string& path, size_t count);
+    template <class T>
+    void releaseTable(T* table);
+
+    std::map<const void*, MappedFile> mapped_;
+};
+
+// Whether there is a file at path, and of the right size. One of the wrong size is never used: it
+// is moved to PATH.bad after "ERROR: PATH has N bytes, not M: rebuilding it" on standard error.
+bool usableFile(const std::string& path, size_t bytes);
+
+} // namespace tamarin
