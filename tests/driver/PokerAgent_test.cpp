@@ -1,6 +1,7 @@
 #include "driver/PokerAgent.h"
 
 #include "driver/loopback_dealer.h"
+#include "driver/recording_agent.h"
 #include "game/games.h"
 #include "game/random_hand.h"
 #include "game/text.h"
@@ -17,112 +18,11 @@
 namespace tamarin::test {
 namespace {
 
-// A definition as a file, for as long as the test lasts.
-class DefinitionFile {
-public:
-    explicit DefinitionFile(const std::string& text) {
-        path_ = testing::TempDir() + "definition." + std::to_string(getpid()) + ".game";
-        FILE* file = std::fopen(path_.c_str(), "w");
-        std::fputs(text.c_str(), file);
-        std::fclose(file);
-    }
-    ~DefinitionFile() { std::remove(path_.c_str()); }
-    const char* path() const { return path_.c_str(); }
-
-private:
-    std::string path_;
-};
-
-// Writes down every event and answers by a rule of the test's.
-class RecordingAgent : public PokerAgent {
-public:
-    using Rule = std::function<Action(const Game&, const State&)>;
-
-    RecordingAgent(const char* file, Rule rule) : PokerAgent(file), rule_(std::move(rule)) {}
-
-    void holeCards(unsigned char* cards, unsigned char player) override {
-        char text[16] = "";
-        printCards(game->numHoleCards, cards, sizeof text, text);
-        note("hole " + std::string(text) + " seat " + std::to_string(player));
-    }
-    void getAction(Action& action) override {
-        note("act");
-        action = rule_(*game, state.state);
-    }
-    void actionEvent(unsigned char player, Action action) override {
-        note("action " + std::to_string(player) + " type " + std::to_string(action.type) +
-             " size " + std::to_string(action.size));
-    }
-    void stageEvent(int round) override { note("stage " + std::to_string(round)); }
-    void showdownEvent(unsigned char, unsigned char*) override { note("showdown"); }
-    void gameOverEvent(double value) override {
-        char text[32];
-        std::snprintf(text, sizeof text, "over %g", value);
-        note(text);
-    }
-    void winEvent(unsigned char, int) override { note("win"); }
-
-    std::vector<std::string> events;
-
-private:
-    void note(std::string event) { events.push_back(std::move(event)); }
-    Rule rule_;
-};
-
-const RecordingAgent::Rule always(Action action) {
-    return [action](const Game&, const State&) { return action; };
-}
-constexpr Action fold{actionFold, 0};
-constexpr Action call{actionCall, 0};
-constexpr Action raise{actionRaise, 0};
-
-// What a match left behind.
-struct Played {
-    bool result = false;
-    std::vector<std::string> events;
-    std::string sent; // everything the player sent
-    std::string errors;
-};
-
-// Plays one match against a dealer that sends the script (after the version line has come) and then
-// closes its side.
-Played playScript(const std::string& definition, const RecordingAgent::Rule& rule,
-                  const std::function<void(LoopbackDealer&)>& script) {
-    const DefinitionFile file(definition);
-    LoopbackDealer dealer;
-    Played played;
-    std::thread dealing([&] {
-        if (dealer.accept()) {
-            script(dealer);
-            dealer.halfClose();
-            played.sent += dealer.readAll();
-        }
-    });
-    testing::internal::CaptureStderr();
-    RecordingAgent agent(file.path(), rule);
-    EXPECT_FALSE(agent.isConnected());
-    EXPECT_TRUE(agent.connect("localhost", dealer.port()));
-    EXPECT_TRUE(agent.isConnected());
-    EXPECT_FALSE(agent.connect("localhost", dealer.port())) << "a second connection";
-    played.result = agent.play();
-    agent.disconnect();
-    EXPECT_FALSE(agent.isConnected());
-    dealing.join();
-    played.errors = testing::internal::GetCapturedStderr();
-    played.events = agent.events;
-    return played;
-}
-
-Played playText(const std::string& definition, const RecordingAgent::Rule& rule,
-                const std::string& text) {
-    return playScript(definition, rule, [&](LoopbackDealer& dealer) { dealer.send(text); });
-}
-
 const std::string version = "VERSION:2.0.0\n";
 using Events = std::vector<std::string>;
 
 TEST(PokerAgent, PlaysAHandFromFirstToLastState) {
-    const Played played = playText(threePlayerKuhn, always(call),
+    const Played played = playText(threePlayerKuhn, always(callAction),
                                    "MATCHSTATE:0:5::Ks||\r\n"
                                    "MATCHSTATE:0:5:c:Ks||\r\n"
                                    "MATCHSTATE:0:5:cr:Ks||\r\n"
@@ -140,7 +40,7 @@ TEST(PokerAgent, PlaysAHandFromFirstToLastState) {
 }
 
 TEST(PokerAgent, ANewRoundHasNoActionToTell) {
-    const Played played = playText(leduc, always(call),
+    const Played played = playText(leduc, always(callAction),
                                    "MATCHSTATE:1:5::|Ks\r\n"
                                    "MATCHSTATE:1:5:c:|Ks\r\n"
                                    "MATCHSTATE:1:5:cc/:|Ks/As\r\n"
@@ -151,7 +51,7 @@ TEST(PokerAgent, ANewRoundHasNoActionToTell) {
 }
 
 TEST(PokerAgent, ASkippedRoundEndsTheAnnouncements) {
-    const Played played = playText(twoPlayerLimit, always(call),
+    const Played played = playText(twoPlayerLimit, always(callAction),
                                    "MATCHSTATE:0:5::AsKs|\r\n"
                                    "MATCHSTATE:0:5:cc/cc/:AsKs|/2c3c4c/5d\r\n"
                                    "MATCHSTATE:0:5:cc/cc/cc/:AsKs|/2c3c4c/5d/6d\r\n"
@@ -167,7 +67,7 @@ TEST(PokerAgent, ASkippedRoundEndsTheAnnouncements) {
 }
 
 TEST(PokerAgent, CommentsRaiseNothing) {
-    const Played played = playText(threePlayerKuhn, always(call),
+    const Played played = playText(threePlayerKuhn, always(callAction),
                                    "# hello\r\n;again\r\n#" + std::string(10000, 'x') +
                                        "\r\nMATCHSTATE:2:5::||Ks\r\n");
     EXPECT_EQ(played.errors, "");
@@ -177,20 +77,21 @@ TEST(PokerAgent, CommentsRaiseNothing) {
 
 TEST(PokerAgent, AnswersWithTheStateAsItCame) {
     const Played played =
-        playText(threePlayerKuhn, always(call), "MATCHSTATE: 0: 5:kB:ks||:anything\n");
+        playText(threePlayerKuhn, always(callAction), "MATCHSTATE: 0: 5:kB:ks||:anything\n");
     EXPECT_EQ(played.sent, version);
-    const Played odd = playText(threePlayerKuhn, always(call), "MATCHSTATE: 1: 5:k:|ks|:what\n");
+    const Played odd =
+        playText(threePlayerKuhn, always(callAction), "MATCHSTATE: 1: 5:k:|ks|:what\n");
     EXPECT_EQ(odd.sent, version + "MATCHSTATE: 1: 5:k:|ks|:c\r\n");
 }
 
 TEST(PokerAgent, AFoldForNothingIsSentAsACall) {
-    const Played played = playText(threePlayerKuhn, always(fold),
+    const Played played = playText(threePlayerKuhn, always(foldAction),
                                    "MATCHSTATE:0:5::Ks||\r\nMATCHSTATE:0:5:crf:Ks||\r\n");
     EXPECT_EQ(played.sent, version + "MATCHSTATE:0:5::Ks||:c\r\nMATCHSTATE:0:5:crf:Ks||:f\r\n");
 }
 
 TEST(PokerAgent, AnInvalidActionIsSentAsACall) {
-    const Played capped = playText(threePlayerKuhn, always(raise),
+    const Played capped = playText(threePlayerKuhn, always(raiseAction),
                                    "MATCHSTATE:0:5::Ks||\r\nMATCHSTATE:0:5:crf:Ks||\r\n");
     EXPECT_EQ(capped.sent, version + "MATCHSTATE:0:5::Ks||:r\r\nMATCHSTATE:0:5:crf:Ks||:c\r\n");
     const Played nonsense =
@@ -199,7 +100,8 @@ TEST(PokerAgent, AnInvalidActionIsSentAsACall) {
 }
 
 TEST(PokerAgent, AWrongRaiseIsRepairedWithAWarning) {
-    const Played small = playText(smallBlindFirst, always(raise), "MATCHSTATE:0:5::KsQs|\r\n");
+    const Played small =
+        playText(smallBlindFirst, always(raiseAction), "MATCHSTATE:0:5::KsQs|\r\n");
     EXPECT_EQ(small.sent, version + "MATCHSTATE:0:5::KsQs|:r200\r\n");
     EXPECT_EQ(small.errors, "WARNING: raise of 0 increased to 200\n");
     const Played large =
@@ -209,7 +111,7 @@ TEST(PokerAgent, AWrongRaiseIsRepairedWithAWarning) {
 }
 
 TEST(PokerAgent, LinesThatAreNoStateAreReportedAndPassedOver) {
-    const Played played = playText(threePlayerKuhn, always(call),
+    const Played played = playText(threePlayerKuhn, always(callAction),
                                    "MATCHSTATE:0:5::Ks||\r\n"
                                    "hello\r\n"
                                    "\r\n"
@@ -231,15 +133,15 @@ TEST(PokerAgent, ALineLongerThanTheBufferIsDroppedWhole) {
     const std::string good = "MATCHSTATE:0:5::Ks||\r\n";
     // Its second half would be a good state if it were taken for a line of its own.
     const std::string trap = std::string(4095, 'x') + good;
-    const Played played = playText(threePlayerKuhn, always(call), trap + good);
+    const Played played = playText(threePlayerKuhn, always(callAction), trap + good);
     EXPECT_EQ(played.errors, "ERROR: could not read match state: " + std::string(200, 'x') + "\n");
     EXPECT_EQ(played.sent, version + "MATCHSTATE:0:5::Ks||:c\r\n");
     // A megabyte without a line end, and one with a null byte in it.
     const Played long1 =
-        playText(threePlayerKuhn, always(call), std::string(1 << 20, 'y') + "\n" + good);
+        playText(threePlayerKuhn, always(callAction), std::string(1 << 20, 'y') + "\n" + good);
     EXPECT_EQ(long1.sent, version + "MATCHSTATE:0:5::Ks||:c\r\n");
     const Played null1 =
-        playText(threePlayerKuhn, always(call), std::string("MATCH\0STATE\r\n", 13) + good);
+        playText(threePlayerKuhn, always(callAction), std::string("MATCH\0STATE\r\n", 13) + good);
     EXPECT_EQ(null1.errors, "ERROR: could not read match state: MATCH\\x00STATE\n");
     EXPECT_EQ(null1.sent, version + "MATCHSTATE:0:5::Ks||:c\r\n");
 }
@@ -249,9 +151,9 @@ TEST(PokerAgent, ALineOfTheBuffersSizeIsRead) {
     const std::string start = line;
     line += std::string(4094 - line.size(), ' ') + "\n";
     ASSERT_EQ(line.size(), 4095U);
-    EXPECT_EQ(playText(threePlayerKuhn, always(call), line).sent, version + start + ":c\r\n");
+    EXPECT_EQ(playText(threePlayerKuhn, always(callAction), line).sent, version + start + ":c\r\n");
     line.insert(30, " ");
-    const Played played = playText(threePlayerKuhn, always(call), line);
+    const Played played = playText(threePlayerKuhn, always(callAction), line);
     EXPECT_EQ(played.sent, version);
     EXPECT_NE(played.errors, "");
 }
@@ -261,7 +163,7 @@ TEST(PokerAgent, AStateThatLeavesNoRoomForAnAnswerGetsNone) {
     const std::string end = "5::Ks||\n";
     const std::string start = "MATCHSTATE:0:";
     const std::string line = start + std::string(4095 - start.size() - end.size(), ' ') + end;
-    const Played played = playText(threePlayerKuhn, always(call), line);
+    const Played played = playText(threePlayerKuhn, always(callAction), line);
     EXPECT_TRUE(played.result);
     EXPECT_EQ(played.sent, version);
     EXPECT_TRUE(played.errors.starts_with("ERROR: could not read match state: MATCHSTATE:0: "));
@@ -273,7 +175,7 @@ TEST(PokerAgent, GarbageDoesNotFloodTheLog) {
         garbage += "x\n";
     }
     const Played played =
-        playText(threePlayerKuhn, always(call), garbage + "MATCHSTATE:0:5::Ks||\r\n");
+        playText(threePlayerKuhn, always(callAction), garbage + "MATCHSTATE:0:5::Ks||\r\n");
     EXPECT_LT(played.errors.size(), 600000U);
     EXPECT_NE(played.errors.find("ERROR: further lines that cannot be read are passed over"),
               std::string::npos);
@@ -281,13 +183,13 @@ TEST(PokerAgent, GarbageDoesNotFloodTheLog) {
 }
 
 TEST(PokerAgent, EndsWellWhenTheDealerClosesInMidHand) {
-    EXPECT_TRUE(playText(threePlayerKuhn, always(call), "MATCHSTATE:1:5::|Ks|\r\n").result);
-    EXPECT_TRUE(playText(threePlayerKuhn, always(call), "MATCHSTATE:1:5").result);
-    EXPECT_TRUE(playText(threePlayerKuhn, always(call), "").result);
+    EXPECT_TRUE(playText(threePlayerKuhn, always(callAction), "MATCHSTATE:1:5::|Ks|\r\n").result);
+    EXPECT_TRUE(playText(threePlayerKuhn, always(callAction), "MATCHSTATE:1:5").result);
+    EXPECT_TRUE(playText(threePlayerKuhn, always(callAction), "").result);
 }
 
 TEST(PokerAgent, AFinishedHandWithEverybodyAllInIsSettled) {
-    const Played played = playText(smallBlindFirst, always(call),
+    const Played played = playText(smallBlindFirst, always(callAction),
                                    "MATCHSTATE:0:5::KsQs|\r\n"
                                    "MATCHSTATE:0:5:cr20000:KsQs|\r\n"
                                    "MATCHSTATE:0:5:cr20000c:KsQs|2c7d/2h2s7c/9d/3h\r\n");
@@ -295,11 +197,12 @@ TEST(PokerAgent, AFinishedHandWithEverybodyAllInIsSettled) {
 }
 
 TEST(PokerAgent, ADealerThatResetsEndsTheMatch) {
-    const Played played = playScript(threePlayerKuhn, always(call), [](LoopbackDealer& dealer) {
-        EXPECT_EQ(dealer.readLine(), version);
-        dealer.send("MATCHSTATE:1:5::|Ks|\r\n");
-        dealer.reset();
-    });
+    const Played played =
+        playScript(threePlayerKuhn, always(callAction), [](LoopbackDealer& dealer) {
+            EXPECT_EQ(dealer.readLine(), version);
+            dealer.send("MATCHSTATE:1:5::|Ks|\r\n");
+            dealer.reset();
+        });
     EXPECT_TRUE(played.result); // nothing was left to send
 }
 
@@ -312,7 +215,7 @@ TEST(PokerAgent, AnAnswerThatCannotBeSentEndsTheMatchWithAnError) {
     RecordingAgent agent(file.path(), [&](const Game&, const State&) {
         dealing.join(); // the dealer has gone by the time there is an answer
         usleep(20000);
-        return call;
+        return callAction;
     });
     dealing = std::thread([&] {
         dealer.accept();
@@ -329,7 +232,7 @@ TEST(PokerAgent, AnAnswerThatCannotBeSentEndsTheMatchWithAnError) {
 
 TEST(PokerAgentDeath, FailuresToStartExitWithOne) {
     const DefinitionFile good(threePlayerKuhn);
-    const auto construct = [](const char* path) { RecordingAgent agent(path, always(call)); };
+    const auto construct = [](const char* path) { RecordingAgent agent(path, always(callAction)); };
     EXPECT_EXIT(construct("no/such/file.game"), testing::ExitedWithCode(1),
                 "^ERROR: could not open game no/such/file.game\n$");
     EXPECT_EXIT(construct("/dev/null"), testing::ExitedWithCode(1),
@@ -338,7 +241,7 @@ TEST(PokerAgentDeath, FailuresToStartExitWithOne) {
     LoopbackDealer nobody;
     nobody.stopListening();
     const auto connect = [&](const char* host) {
-        RecordingAgent agent(good.path(), always(call));
+        RecordingAgent agent(good.path(), always(callAction));
         agent.connect(host, nobody.port());
     };
     EXPECT_EXIT(connect("127.0.0.1"), testing::ExitedWithCode(1),
@@ -347,27 +250,12 @@ TEST(PokerAgentDeath, FailuresToStartExitWithOne) {
                 "^ERROR: could not look up address for no.such.host.invalid\n$");
 }
 
-// A session of random hands, as the lines that a dealer sends to one seat.
-std::string randomSession(const Game& game, int hands) {
-    std::string session;
-    for (int hand = 0; hand < hands; ++hand) {
-        const auto seat = static_cast<uint8_t>(hand % game.numPlayers);
-        playRandomHand(game, static_cast<uint32_t>(hand), [&](const State& state) {
-            char text[4096];
-            const MatchState view{state, seat};
-            printMatchState(&game, &view, sizeof text, text);
-            session += std::string(text) + "\r\n";
-        });
-    }
-    return session;
-}
-
 // However the network cuts and joins the lines, the same bytes are answered.
 TEST(PokerAgent, CutAndJoinedLinesGetTheSameAnswers) {
     const GamePtr game = parseGame(smallBlindFirst);
     const std::string session = randomSession(*game, 40);
     const auto rule = [](const Game&, const State& state) {
-        return state.handId % 3 == 0 ? raise : call;
+        return state.handId % 3 == 0 ? raiseAction : callAction;
     };
     const Played whole = playText(smallBlindFirst, rule, session);
     EXPECT_GT(whole.sent.size(), 1000U);
@@ -390,7 +278,7 @@ TEST(PokerAgent, CutAndJoinedLinesGetTheSameAnswers) {
 TEST(PokerAgent, GarbageBetweenLinesDoesNotChangeTheAnswers) {
     const GamePtr game = parseGame(twoPlayerLimit);
     const std::string session = randomSession(*game, 40);
-    const Played clean = playText(twoPlayerLimit, always(raise), session);
+    const Played clean = playText(twoPlayerLimit, always(raiseAction), session);
     rng_state_t rng;
     init_genrand(&rng, 3);
     std::string dirty;
@@ -405,7 +293,7 @@ TEST(PokerAgent, GarbageBetweenLinesDoesNotChangeTheAnswers) {
             dirty += '\n';
         }
     }
-    const Played played = playText(twoPlayerLimit, always(raise), dirty);
+    const Played played = playText(twoPlayerLimit, always(raiseAction), dirty);
     EXPECT_EQ(played.sent, clean.sent);
     EXPECT_EQ(played.events, clean.events);
 }
