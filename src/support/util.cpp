@@ -34,9 +34,9 @@ size_t readTable(const char* path, void* elements, size_t bytes) {
     if (fd >= 0)
         close(fd);
     if (cause != 0)
-        std::fprintf(stderr, "WARNING: could not %s %s: %s: the table is zero from byte %zu on\n",
+        std::fprintf(stderr, "WARNING: could not %s %s: %s: the table is all zeros%s\n",
                      fd < 0 ? "open" : "read", path, std::generic_category().message(cause).c_str(),
-                     used);
+                     used > 0 ? " after its first part" : "");
     return used;
 }
 
