@@ -30,33 +30,6 @@ Entries allocateEntries() {
     return entries;
 }
 
-// Whether the table ranks sample hands as the rules do. Every step is checked against the table's
-// bounds, so that a file of any contents can be asked.
-bool ranksSampleHands(std::span<const int32_t> entries) {
-    uint32_t draw = 12345; // a small linear congruential generator: always the same samples
-    for (int sample = 0; sample < 64; ++sample) {
-        CardSet cards = 0;
-        size_t state = sevenCardRowEntries;
-        for (int held = 0; held < 7;) {
-            draw = draw * 1664525 + 1013904223;
-            const auto card = static_cast<uint8_t>((draw >> 16) % 52);
-            if ((cards & cardBit(card)) != 0)
-                continue;
-            if (state + 52 >= entries.size())
-                return false;
-            cards |= cardBit(card);
-            const int32_t next = entries[state + card + 1];
-            if (next <= 0)
-                return false;
-            state = static_cast<size_t>(next);
-            ++held;
-        }
-        if (state != handValueOf(cards))
-            return false;
-    }
-    return true;
-}
-
 } // namespace
 
 struct SevenCardTable::Storage {
@@ -97,6 +70,33 @@ SevenCardTable SevenCardTable::openOrGenerate(const std::string& path) {
         return std::move(*opened);
     std::fprintf(stderr, "WARNING: %s; computing it in memory\n", opened.error().c_str());
     return generate();
+}
+
+// Every step is checked against the table's
+// bounds, so that a file of any contents can be asked.
+bool SevenCardTable::ranksSampleHands(std::span<const int32_t> entries) {
+    uint32_t draw = 12345; // a small linear congruential generator: always the same samples
+    for (int sample = 0; sample < 64; ++sample) {
+        CardSet cards = 0;
+        size_t state = sevenCardRowEntries;
+        for (int held = 0; held < 7;) {
+            draw = draw * 1664525 + 1013904223;
+            const auto card = static_cast<uint8_t>((draw >> 16) % 52);
+            if ((cards & cardBit(card)) != 0)
+                continue;
+            if (state + 52 >= entries.size())
+                return false;
+            cards |= cardBit(card);
+            const int32_t next = entries[state + card + 1];
+            if (next <= 0)
+                return false;
+            state = static_cast<size_t>(next);
+            ++held;
+        }
+        if (state != handValueOf(cards))
+            return false;
+    }
+    return true;
 }
 
 void SevenCardTable::rankMany(const uint8_t (*hands)[7], uint32_t* values, size_t count) const {

@@ -48,6 +48,9 @@ public:
     // memory, which serves several at a time.
     void rankMany(const uint8_t (*hands)[7], uint32_t* values, size_t count) const;
 
+    // Whether entries, of any contents, rank a few dozen sample hands as the rules do.
+    static bool ranksSampleHands(std::span<const int32_t> entries);
+
     // Writes the entries to a file, atomically.
     Status save(const std::string& path) const;
 

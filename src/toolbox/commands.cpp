@@ -6,6 +6,9 @@ const std::vector<AddCommand>& allCommands() {
     static const std::vector<AddCommand> commands = {
         addMatchCommand,
         addBotCommand,
+        addEquityCommand,
+        addRankCommand,
+        addTablesCommand,
     };
     return commands;
 }

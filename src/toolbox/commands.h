@@ -7,6 +7,9 @@ namespace tamarin {
 
 void addMatchCommand(CLI::App& app, int& status);
 void addBotCommand(CLI::App& app, int& status);
+void addEquityCommand(CLI::App& app, int& status);
+void addRankCommand(CLI::App& app, int& status);
+void addTablesCommand(CLI::App& app, int& status);
 
 // Every command, in the order in which --help lists them.
 const std::vector<AddCommand>& allCommands();

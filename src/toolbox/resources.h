@@ -1,0 +1,22 @@
+// What the machine has left, so that long work can be refused before it starts.
+#pragma once
+
+#include "support/result.h"
+
+#include <cstdint>
+#include <string>
+
+namespace tamarin {
+
+// Bytes of memory that can be had without swapping; 0 when the system does not say.
+uint64_t availableMemory();
+
+// Free bytes on the disk that holds the path, or would hold it: of the nearest directory above it
+// that exists. 0 when the system does not say.
+uint64_t freeDisk(const std::string& path);
+
+// Refuses work that needs more than there is, with the figures: "this needs 8.1 GB of disk at DIR,
+// and 2.0 GB are free; ...".
+Status checkResources(uint64_t memoryNeeded, uint64_t diskNeeded, const std::string& path);
+
+} // namespace tamarin
