@@ -6,7 +6,7 @@ endif()
 
 # Assertions are promises to the user and stay on everywhere, so no build type defines NDEBUG.
 set(CMAKE_CXX_FLAGS_RELEASE "-O3 -g1")
-set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g")
+set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g1")
 set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g")
 
 add_library(tamarin_flags INTERFACE)
