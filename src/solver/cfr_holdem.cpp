@@ -79,7 +79,7 @@ void CFR::trainHoldem(unsigned long long iterations) {
         deals.next(&deal);
         tamarin::fillDealBuckets(*game, deal, source, buckets);
         double util[MAX_PLAYERS];
-        walk.iterate(deal, buckets, util);
+        walk.iterate(tamarin::HoldemRule::player, deal, buckets, 1.0, util);
     }
     keepHoldemSets(std::move(sets));
 

@@ -1,27 +1,49 @@
-// One hold'em training iteration over the compiled tree, with the player's own update rule.
+// Walks of the compiled hold'em tree for one deal: training iterations and values.
 //
-// The same strategies, sums and regrets, to the bit, as the plain recursion CFR::calc leaves for
-// the same deal. Large trees are walked by all threads: within one deal every information set
-// belongs to one node, so subtrees touch different numbers and the result does not depend on who
-// walks which.
+// Within one deal every information set belongs to one node, so subtrees touch different numbers:
+// large trees are walked by all threads, and the result does not depend on who walks which.
 #pragma once
 
 #include "solver/holdem_buckets.h"
 #include "solver/holdem_sets.h"
 #include "solver/payoffs.h"
 
+#include <cstdint>
 #include <vector>
 
 namespace tamarin {
+
+// What a walk does at a node.
+enum class HoldemRule : uint8_t {
+    // The player's own training: regrets weighed with the reach of the player who acted last. The
+    // same sums, to the bit, as the plain recursion CFR::calc leaves for the same deal.
+    player,
+    // Regrets weighed with all other players' reaches (Zinkevich and others 2007; one sampled deal
+    // at a time as in Lanctot and others 2009).
+    counterfactual,
+    // The same with regrets floored at 0 after each update, and only the strategies weighted
+    // (Tammelin 2014).
+    counterfactualPlus,
+    // One seat trains by counterfactual regrets in sets of its own against the others' average
+    // strategies.
+    respond,
+    // Everybody plays the average strategy; nothing is changed.
+    average,
+};
 
 class HoldemWalk {
 public:
     // Everything must outlive the object.
     HoldemWalk(const Game& game, HoldemSets& sets);
 
-    // Updates every information set of the deal (hole cards and whole board in the state). util
-    // receives the value to each seat.
-    void iterate(const State& deal, const DealBuckets& buckets, double* util);
+    // Walks the deal (hole cards and whole board in the state), updating what the rule says. util
+    // receives the value to each seat. weight multiplies what is added to regrets and strategies.
+    // Any rule but respond.
+    void iterate(HoldemRule rule, const State& deal, const DealBuckets& buckets, double weight,
+                 double* util);
+    // The rule respond: seat's numbers are those of responder, a HoldemSets of the same game.
+    void respond(HoldemSets& responder, int seat, const State& deal, const DealBuckets& buckets,
+                 double weight, double* util);
 
 private:
     // What a visit needs of a node: 20 bytes, in depth-first order.
@@ -34,14 +56,17 @@ private:
         uint8_t last;
     };
 
-    template <size_t stride>
+    void placeDeal(const State& deal, const DealBuckets& buckets);
+    template <HoldemRule rule>
+    void walk(double* util) const;
+    template <HoldemRule rule, size_t stride>
+    void walkFromRoot(double* util) const;
+    template <HoldemRule rule, size_t stride>
     void visit(int32_t id, double* reach, double parentReach, double* util) const;
-    template <size_t stride, int first, int last>
+    template <HoldemRule rule, size_t stride, int first, int last>
     void visitKind(const Step& step, double* reach, double parentReach, double* util) const;
-    template <size_t stride>
+    template <HoldemRule rule, size_t stride>
     void visitWithTasks(int32_t id, const double* reach, double parentReach, double* util) const;
-    template <size_t stride>
-    void iterateFrom(double* util) const;
 
     const Game& game_;
     HoldemSets& sets_;
@@ -49,6 +74,8 @@ private:
     std::vector<Step> steps_;
     std::vector<SetNumbers*> slotNumbers_; // [slot]: the deal's bucket
     const double* settled_ = nullptr;      // the deal's payoffs
+    double weight_ = 1.0;
+    size_t responder_ = 0;
 };
 
 } // namespace tamarin

@@ -1,6 +1,7 @@
 // Hold'em training: the compiled walk against the plain recursion, and its strategy files.
 #include "game/games.h"
 #include "solver/cfr.h"
+#include "solver/hashed_buckets.h"
 #include "solver/holdem_buckets.h"
 #include "solver/holdem_sets.h"
 #include "solver/mapped_strategy.h"
@@ -19,17 +20,11 @@
 namespace tamarin::test {
 namespace {
 
-// A bucket from the cards alone, different by players, round and seat: enough to exercise every
-// table index without any table.
-class HashedBuckets : public HoldemBuckets {
-public:
-    uint8_t bucket(int players, int round, int seat, const uint8_t* cards) const override {
-        static constexpr int known[MAX_ROUNDS] = {2, 5, 6, 7};
-        uint32_t hash = static_cast<uint32_t>(players * 100 + round * 10 + seat);
-        for (int i = 0; i < known[round]; ++i)
-            hash = hash * 2654435761U + cards[i] + 1U;
-        return static_cast<uint8_t>((hash >> 16U) % numHoldemBuckets);
-    }
+uint32_t hash = static_cast<uint32_t>(players * 100 + round * 10 + seat);
+for (int i = 0; i < known[round]; ++i)
+    hash = hash * 2654435761U + cards[i] + 1U;
+return static_cast<uint8_t>((hash >> 16U) % numHoldemBuckets);
+}
 };
 
 // Fewer raises, so that the plain form, with a string for every node, ends in a test's time.
