@@ -28,8 +28,10 @@
 #include <string>
 
 class EquityTables;
+struct hand_indexer_t;
 
 namespace tamarin {
+class AuxiliaryGame;
 class CompiledGame;
 class HoldemBuckets;
 class HoldemSets;
@@ -85,6 +87,20 @@ public:
     // Buckets from elsewhere than the equity tables; null for the tables. Not owned.
     void setHoldemBuckets(const tamarin::HoldemBuckets* source) { bucketSource = source; }
 
+    // Trains an auxiliary one-round game over the clusters of the equity tables, which must be
+    // loaded: this many times every starting hand of every seat, against random cards. Before the
+    // first, when the tree is not there yet, builds it for 101 buckets and eliminates useless
+    // actions. The indexer serves a message. With logProgress a line each tenth (at least 10
+    // iterations then). Leaves useCardAbstraction and useClusterEquity off.
+    void trainIS(unsigned long long iterations, hand_indexer_t* indexer, int indexerRound,
+                 int round);
+    void trainISPlain(unsigned long long iterations, hand_indexer_t* indexer, int indexerRound,
+                      int round);
+    // The utility of the round's hands 0 to size - 1 to each seat in the trained auxiliary game,
+    // sampled, into tables[seat]. Prints a line each thousand hands.
+    void fillUtility(double** tables, unsigned long size, int round);
+    void fillUtilityPlain(double** tables, unsigned long size, int round);
+
     // One visit of the training, at state and below. reach: each player's probability of playing to
     // here. lastPlayer: who acted before (0 at the root). util receives each player's value.
     void calc(State* state, double* reach, unsigned char lastPlayer, double* util);
@@ -136,7 +152,7 @@ public:
     // Card fields come from holdemBucket (else currentBucket) while both are on.
     bool useHoldemTables;
     bool useCardAbstraction;
-    uint64_t holdemBucket[MAX_ROUNDS][MAX_PLAYERS][3]; // [round][acting players][player]
+    uint64_t holdemBucket[MAX_ROUNDS][MAX_PLAYERS][3] = {}; // [round][acting players][player]
 
 protected:
     tamarin::NodeMap* nodeMaps; // [round + player * numRounds]
@@ -147,7 +163,7 @@ protected:
     bool useClusterEquity;
     int equityRound;
     EquityTables* equityTables;
-    uint64_t currentBucket[MAX_ROUNDS][MAX_PLAYERS]; // [round][player]
+    uint64_t currentBucket[MAX_ROUNDS][MAX_PLAYERS] = {}; // [round][player]
 
 private:
     enum class Form { compiled, plain };
@@ -160,6 +176,10 @@ private:
     unsigned long long buildNodes(Form form);
     // Deals boardCount board cards and everybody's hole cards from the front of cards.
     void dealCards(Game* game, State* state, unsigned char* cards, unsigned char boardCount);
+    void runAuxiliaryTraining(unsigned long long iterations, hand_indexer_t* indexer,
+                              int indexerRound, int round, Form form);
+    void trainEveryHand(int round);
+    std::unique_ptr<tamarin::AuxiliaryGame> auxiliaryGame();
     // The compiled game, made when first asked for; null where only the plain form will do.
     tamarin::CompiledGame* compiledGame();
 

@@ -1,15 +1,15 @@
 #include "solver/equity_seam.h"
 
-#include <stdexcept>
+#include "abstraction/EquityTables.h"
 
 namespace tamarin {
 
-void loadEquityTables(EquityTables&) {
-    throw std::logic_error("this build has no equity tables");
+void loadEquityTables(EquityTables& tables) {
+    tables.load();
 }
 
-double clusterWinProb(EquityTables&, uint8_t, int, int) {
-    throw std::logic_error("this build has no equity tables");
+double clusterWinProb(EquityTables& tables, uint8_t cluster, int numPlayers, int round) {
+    return tables.clusterToEquity(cluster, numPlayers, round);
 }
 
 } // namespace tamarin

@@ -1,13 +1,15 @@
 #include "solver/holdem_buckets.h"
 
+#include "abstraction/EquityTables.h"
+
 #include <algorithm>
-#include <stdexcept>
 
 namespace tamarin {
 
-uint8_t TableBuckets::bucket(int, int, int, const uint8_t*) const {
-    (void)tables_;
-    throw std::logic_error("this build has no equity tables");
+uint8_t TableBuckets::bucket(int players, int round, int seat, const uint8_t* cards) const {
+    // The tables only read the cards, but have always asked for them like this.
+    return static_cast<uint8_t>(
+        tables_.holdemTableIndex(players, round, seat, const_cast<uint8_t*>(cards)));
 }
 
 void fillDealBuckets(const Game& game, const State& deal, const HoldemBuckets& source,
