@@ -5,7 +5,7 @@
 
 namespace tamarin {
 
-Equity equityOf(const EquityCounts& counts) {
+Equity equityOf(const DealCounts& counts) {
     Equity equity;
     if (counts.deals == 0)
         return equity;
@@ -22,7 +22,7 @@ Equity equityOf(const EquityCounts& counts) {
     return equity;
 }
 
-double standardErrorOfPot(const EquityCounts& counts) {
+double standardErrorOfPot(const DealCounts& counts) {
     if (counts.deals < 2)
         return 0;
     const auto deals = static_cast<double>(counts.deals);

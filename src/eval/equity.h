@@ -10,24 +10,24 @@ namespace tamarin {
 inline constexpr int maxOpponents = 9;
 
 // Outcomes of deals, counted exactly. Sums of counts over different sets of deals are counts again.
-struct EquityCounts {
+struct DealCounts {
     // best[k]: deals in which nobody beats the hand and k opponents tie with it.
     std::array<uint64_t, maxOpponents + 1> best{};
     uint64_t deals = 0;
 
-    EquityCounts& operator+=(const EquityCounts& other) {
+    DealCounts& operator+=(const DealCounts& other) {
         for (size_t k = 0; k < best.size(); ++k)
             best[k] += other.best[k];
         deals += other.deals;
         return *this;
     }
-    EquityCounts& operator*=(uint64_t times) {
+    DealCounts& operator*=(uint64_t times) {
         for (uint64_t& count : best)
             count *= times;
         deals *= times;
         return *this;
     }
-    friend bool operator==(const EquityCounts&, const EquityCounts&) = default;
+    friend bool operator==(const DealCounts&, const DealCounts&) = default;
 };
 
 // Shares of the deals, in [0, 1]; win + tie + loss = 1.
@@ -39,10 +39,10 @@ struct Equity {
 };
 
 // Zeros when there are no deals.
-Equity equityOf(const EquityCounts& counts);
+Equity equityOf(const DealCounts& counts);
 
 // Standard deviation of one deal's share of the pot divided by the square root of the deals: the
 // standard error of pot when the deals are a random sample.
-double standardErrorOfPot(const EquityCounts& counts);
+double standardErrorOfPot(const DealCounts& counts);
 
 } // namespace tamarin

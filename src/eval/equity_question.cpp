@@ -59,13 +59,13 @@ Result<EquityAnswer> answerExactly(const EquityQuestion& question, const EquityO
     const auto count = static_cast<int64_t>(all.size());
 #pragma omp parallel num_threads(options.threads > 0 ? options.threads : omp_get_max_threads())
     {
-        EquityCounts counts;
+        DealCounts counts;
 #pragma omp for schedule(dynamic)
         for (int64_t i = 0; i < count; ++i) {
             if (interrupted())
                 continue;
             const Matchup& matchup = all[static_cast<size_t>(i)];
-            EquityCounts one = exactEquity(matchup.hands, question.board, question.randomOpponents);
+            DealCounts one = exactEquity(matchup.hands, question.board, question.randomOpponents);
             counts += one *= matchup.times;
             ++done;
             if (options.progress && omp_get_thread_num() == 0)

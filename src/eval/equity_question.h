@@ -39,7 +39,7 @@ struct EquityOptions {
 };
 
 struct EquityAnswer {
-    EquityCounts counts;
+    DealCounts counts;
     bool exact = false;
 };
 

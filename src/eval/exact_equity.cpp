@@ -50,7 +50,7 @@ OpponentTally tallyHands(CardSet board, CardSet unknown, int own) {
     return tally;
 }
 
-void countFullBoard(EquityCounts& counts, std::span<const CardSet> hands, CardSet board,
+void countFullBoard(DealCounts& counts, std::span<const CardSet> hands, CardSet board,
                     CardSet unknown, int randomOpponents) {
     counts.deals += opponentDeals(static_cast<uint64_t>(std::popcount(unknown)), randomOpponents);
     const int own = rankCardSet(board | hands[0]);
@@ -70,7 +70,7 @@ void countFullBoard(EquityCounts& counts, std::span<const CardSet> hands, CardSe
 }
 
 // Completes the board with `left` of the candidates; unknown are all the cards not yet placed.
-void completeBoard(EquityCounts& counts, std::span<const CardSet> hands, CardSet board,
+void completeBoard(DealCounts& counts, std::span<const CardSet> hands, CardSet board,
                    CardSet unknown, CardSet candidates, int left, int randomOpponents) {
     if (left == 0) {
         countFullBoard(counts, hands, board, unknown, randomOpponents);
@@ -93,7 +93,7 @@ CardSet setOf(std::span<const uint8_t> cards) {
 
 } // namespace
 
-EquityCounts exactEquity(std::span<const CardSet> hands, CardSet board, int randomOpponents) {
+DealCounts exactEquity(std::span<const CardSet> hands, CardSet board, int randomOpponents) {
     assert(!hands.empty() && randomOpponents >= 0 && randomOpponents <= 2);
     assert(hands.size() + static_cast<size_t>(randomOpponents) <= maxOpponents + 1);
     const int boardCards = std::popcount(board);
@@ -105,13 +105,13 @@ EquityCounts exactEquity(std::span<const CardSet> hands, CardSet board, int rand
     }
     if (boardCards == 0)
         return exactPreflopEquity(hands, randomOpponents);
-    EquityCounts counts;
+    DealCounts counts;
     completeBoard(counts, hands, board, unknown, unknown, 5 - boardCards, randomOpponents);
     return counts;
 }
 
-EquityCounts exactEquity(std::span<const uint8_t> hole, std::span<const uint8_t> board,
-                         int opponents) {
+DealCounts exactEquity(std::span<const uint8_t> hole, std::span<const uint8_t> board,
+                       int opponents) {
     const CardSet hand = setOf(hole);
     return exactEquity(std::span(&hand, 1), setOf(board), opponents);
 }

@@ -15,11 +15,11 @@ namespace tamarin {
 // The outcomes for hole (two cards) on board (0, 3, 4 or 5 cards) against opponents (0, 1 or 2)
 // random hands. Card bytes 0..51, all different. Microseconds on the river, about 10 ms on the
 // flop, tens of ms before it; no table on disk is needed, nothing is drawn, any thread may call it.
-EquityCounts exactEquity(std::span<const uint8_t> hole, std::span<const uint8_t> board,
-                         int opponents);
+DealCounts exactEquity(std::span<const uint8_t> hole, std::span<const uint8_t> board,
+                       int opponents);
 
 // The same for hands[0] against the other known hands and randomOpponents random ones. Hands are
 // sets of two cards, the board one of 0, 3, 4 or 5, all different.
-EquityCounts exactEquity(std::span<const CardSet> hands, CardSet board, int randomOpponents);
+DealCounts exactEquity(std::span<const CardSet> hands, CardSet board, int randomOpponents);
 
 } // namespace tamarin

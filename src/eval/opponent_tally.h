@@ -51,7 +51,7 @@ inline uint64_t opponentDeals(uint64_t unknownCards, int opponents) {
 // Counts a board, or `times` boards alike, on which our hand is best among the known hands and tied
 // with alreadyTied of them. Deals are left to the caller, since boards that are lost to a known
 // hand have them as well.
-inline void countBoard(EquityCounts& counts, const OpponentTally& tally, int opponents,
+inline void countBoard(DealCounts& counts, const OpponentTally& tally, int opponents,
                        size_t alreadyTied, uint64_t times) {
     uint64_t* best = &counts.best[alreadyTied];
     const uint64_t w = tally.beaten;

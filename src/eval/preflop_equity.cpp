@@ -101,7 +101,7 @@ public:
             static_cast<uint64_t>(52 - boardSize - std::popcount(known_)), opponents_);
     }
 
-    EquityCounts count() {
+    DealCounts count() {
         // Flush suits first: what they cover is not left for the classes by rank alone.
         for (uint32_t suit = 0; suit < 4; ++suit) {
             uint64_t alike = 0;
@@ -283,12 +283,12 @@ private:
     uint64_t dealsPerBoard_ = 0;
     std::array<uint32_t, maxOpponents + 1> suitedRanks_{}; // of each hand, in the flush suit walked
     std::vector<uint32_t> flushBoards_ = std::vector<uint32_t>(multisetKeys);
-    EquityCounts counts_;
+    DealCounts counts_;
 };
 
 } // namespace
 
-EquityCounts exactPreflopEquity(std::span<const CardSet> hands, int randomOpponents) {
+DealCounts exactPreflopEquity(std::span<const CardSet> hands, int randomOpponents) {
     assert(!hands.empty() && randomOpponents >= 0 && randomOpponents <= 2);
     assert(hands.size() + static_cast<size_t>(randomOpponents) <= maxOpponents + 1);
     return PreflopCounter(hands, randomOpponents).count();

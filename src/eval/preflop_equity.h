@@ -24,6 +24,6 @@ namespace tamarin {
 // The outcomes for hands[0] over every board against the other known hands and randomOpponents (0,
 // 1 or 2) random ones. Hands are sets of two cards, all different; 1 to 10 hands. About a
 // millisecond for known hands alone, tens of milliseconds with random opponents.
-EquityCounts exactPreflopEquity(std::span<const CardSet> hands, int randomOpponents);
+DealCounts exactPreflopEquity(std::span<const CardSet> hands, int randomOpponents);
 
 } // namespace tamarin

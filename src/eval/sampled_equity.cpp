@@ -27,7 +27,7 @@ public:
         }
     }
 
-    void sampleBlockInto(EquityCounts& counts, SplitMix random) const {
+    void sampleBlockInto(DealCounts& counts, SplitMix random) const {
         for (uint64_t deal = 0; deal < sampleBlock; ++deal)
             sampleDeal(counts, random);
     }
@@ -61,7 +61,7 @@ private:
         }
     }
 
-    void sampleDeal(EquityCounts& counts, SplitMix& random) const {
+    void sampleDeal(DealCounts& counts, SplitMix& random) const {
         std::array<CardSet, maxOpponents + 1> hands;
         CardSet used = drawHands(hands, random);
         CardSet board = board_;
@@ -93,18 +93,18 @@ private:
 
 } // namespace
 
-EquityCounts sampledEquity(std::span<const HandRange> ranges, CardSet board, int randomOpponents,
-                           uint64_t deals, uint64_t seed, int threads,
-                           const std::function<void(uint64_t)>& progress,
-                           const std::function<bool()>& stop) {
+DealCounts sampledEquity(std::span<const HandRange> ranges, CardSet board, int randomOpponents,
+                         uint64_t deals, uint64_t seed, int threads,
+                         const std::function<void(uint64_t)>& progress,
+                         const std::function<bool()>& stop) {
     const Sampler sampler(ranges, board, randomOpponents);
     const auto blocks = static_cast<int64_t>((deals + sampleBlock - 1) / sampleBlock);
-    EquityCounts total;
+    DealCounts total;
     std::atomic<uint64_t> done{0};
     std::atomic<bool> stopped{false};
 #pragma omp parallel num_threads(threads > 0 ? threads : omp_get_max_threads())
     {
-        EquityCounts counts;
+        DealCounts counts;
 #pragma omp for schedule(dynamic, 16)
         for (int64_t block = 0; block < blocks; ++block) {
             if (stopped)

@@ -38,9 +38,9 @@ private:
 // random hands on the board; 10 players at most. Some combination of the ranges' hands must be
 // without a common card. progress, if given, is called from the calling thread with the deals done;
 // the sample ends early, with the deals done so far, when stop, if given, returns true.
-EquityCounts sampledEquity(std::span<const HandRange> ranges, CardSet board, int randomOpponents,
-                           uint64_t deals, uint64_t seed, int threads = 0,
-                           const std::function<void(uint64_t)>& progress = {},
-                           const std::function<bool()>& stop = {});
+DealCounts sampledEquity(std::span<const HandRange> ranges, CardSet board, int randomOpponents,
+                         uint64_t deals, uint64_t seed, int threads = 0,
+                         const std::function<void(uint64_t)>& progress = {},
+                         const std::function<bool()>& stop = {});
 
 } // namespace tamarin

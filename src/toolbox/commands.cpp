@@ -4,11 +4,7 @@ namespace tamarin {
 
 const std::vector<AddCommand>& allCommands() {
     static const std::vector<AddCommand> commands = {
-        addMatchCommand,
-        addBotCommand,
-        addEquityCommand,
-        addRankCommand,
-        addTablesCommand,
+        addMatchCommand, addBotCommand, addEquityCommand, addRankCommand, addTablesCommand,
     };
     return commands;
 }

@@ -41,7 +41,7 @@ TEST(EquityQuestion, ClassesAreCountedByTheirHands) {
     const EquityAnswer given = answer(question({"AKs"}, "", 1));
     EXPECT_TRUE(given.exact);
     const std::vector<CardSet> hand{plain::cards("AsKs")};
-    EquityCounts four = exactEquity(hand, 0, 1);
+    DealCounts four = exactEquity(hand, 0, 1);
     EXPECT_EQ(given.counts, four *= 4);
 }
 
@@ -49,7 +49,7 @@ TEST(EquityQuestion, RangeAgainstRange) {
     const EquityQuestion asked = question({"KK", "AKs,KQs,44"}, "", 0);
     const EquityAnswer given = answer(asked);
     EXPECT_TRUE(given.exact);
-    EquityCounts sum;
+    DealCounts sum;
     for (const CardSet a : asked.players[0].hands)
         for (const CardSet b : asked.players[1].hands)
             if ((a & b) == 0) {

@@ -9,7 +9,7 @@
 using namespace tamarin;
 
 TEST(Equity, SharesFollowFromCounts) {
-    EquityCounts counts;
+    DealCounts counts;
     counts.best[0] = 50;
     counts.best[1] = 10;
     counts.best[2] = 6;
@@ -28,7 +28,7 @@ TEST(Equity, OfNoDealsIsZero) {
 }
 
 TEST(Equity, StandardErrorOfACoin) {
-    EquityCounts counts;
+    DealCounts counts;
     counts.best[0] = 5000;
     counts.deals = 10000;
     EXPECT_NEAR(standardErrorOfPot(counts), 0.005, 1e-6);
@@ -37,10 +37,10 @@ TEST(Equity, StandardErrorOfACoin) {
 }
 
 TEST(Equity, CountsAddUp) {
-    EquityCounts counts;
+    DealCounts counts;
     counts.best[1] = 3;
     counts.deals = 5;
-    EquityCounts twice = counts;
+    DealCounts twice = counts;
     twice += counts;
     EXPECT_EQ(twice, counts *= 2);
     EXPECT_EQ(twice.best[1], 6U);

@@ -11,7 +11,7 @@ using namespace tamarin;
 
 namespace {
 
-EquityCounts exact(const std::vector<std::string>& hands, const std::string& board, int opponents) {
+DealCounts exact(const std::vector<std::string>& hands, const std::string& board, int opponents) {
     std::vector<CardSet> sets;
     for (const std::string& hand : hands)
         sets.push_back(plain::cards(hand));
@@ -67,11 +67,11 @@ TEST(PreflopEquity, KnownHandsAsEnumerated) {
 }
 
 TEST(PreflopEquity, KnownAnswers) {
-    const EquityCounts one = exact({"AsAh"}, "", 1);
+    const DealCounts one = exact({"AsAh"}, "", 1);
     EXPECT_EQ(one.deals, 2097572400U);
     EXPECT_NEAR(equityOf(one).win, 0.84932, 5e-6);
     EXPECT_NEAR(equityOf(one).tie, 0.00544, 5e-6);
-    const EquityCounts two = exact({"AsAh"}, "", 2);
+    const DealCounts two = exact({"AsAh"}, "", 2);
     EXPECT_EQ(two.deals, 2118760ULL * 990 * 903);
     EXPECT_NEAR(equityOf(two).win, 0.73205, 5e-6);
 }

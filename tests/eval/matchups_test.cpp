@@ -44,12 +44,12 @@ TEST(Matchups, CountAsTheirHandsDo) {
     const CardSet board = plain::cards("Qs8s3d2d");
     const auto found = matchups(ranges, board);
     ASSERT_TRUE(found.ok());
-    EquityCounts byMatchup;
+    DealCounts byMatchup;
     for (const Matchup& matchup : *found) {
-        EquityCounts one = exactEquity(matchup.hands, board, 0);
+        DealCounts one = exactEquity(matchup.hands, board, 0);
         byMatchup += one *= matchup.times;
     }
-    EquityCounts byHand;
+    DealCounts byHand;
     for (const CardSet a : ranges[0].hands)
         for (const CardSet b : ranges[1].hands)
             for (const CardSet c : ranges[2].hands)

@@ -30,7 +30,7 @@ inline std::vector<CardSet> handsWithout(CardSet used) {
 }
 
 // hands[0] against the other hands and `opponents` random ones, from card `from` of the board on.
-inline void enumerate(tamarin::EquityCounts& counts, std::vector<CardSet>& hands, CardSet board,
+inline void enumerate(tamarin::DealCounts& counts, std::vector<CardSet>& hands, CardSet board,
                       CardSet used, int missing, uint8_t from, int opponents) {
     if (missing > 0) {
         for (uint8_t card = from; card < 52; ++card)
@@ -59,11 +59,11 @@ inline void enumerate(tamarin::EquityCounts& counts, std::vector<CardSet>& hands
     ++counts.best[tied];
 }
 
-inline tamarin::EquityCounts equity(std::vector<CardSet> hands, CardSet board, int opponents) {
+inline tamarin::DealCounts equity(std::vector<CardSet> hands, CardSet board, int opponents) {
     CardSet used = board;
     for (const CardSet hand : hands)
         used |= hand;
-    tamarin::EquityCounts counts;
+    tamarin::DealCounts counts;
     enumerate(counts, hands, board, used, 5 - std::popcount(board), 0, opponents);
     return counts;
 }

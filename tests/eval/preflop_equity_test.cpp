@@ -16,7 +16,7 @@ namespace {
 void expectSumOverBoards(const std::string& hand, int opponents) {
     const CardSet hole = plain::cards(hand);
     const std::array<CardSet, 1> hands{hole};
-    EquityCounts sum;
+    DealCounts sum;
     for (uint8_t a = 0; a < 52; ++a)
         for (uint8_t b = 0; b < a; ++b)
             for (uint8_t c = 0; c < b; ++c)
@@ -43,7 +43,7 @@ TEST(PreflopEquity, SuitedAgainstTwoBoardByBoard) {
 TEST(PreflopEquity, ARandomOpponentIsEveryHandInTurn) {
     const CardSet hero = plain::cards("Ts9s");
     const std::array<CardSet, 1> alone{hero};
-    EquityCounts sum;
+    DealCounts sum;
     for (const CardSet hand : plain::handsWithout(hero)) {
         const std::array<CardSet, 2> hands{hero, hand};
         sum += exactPreflopEquity(hands, 0);

@@ -21,7 +21,7 @@ std::vector<HandRange> rangesOf(const std::vector<std::string>& texts) {
 constexpr uint64_t deals = 400 * sampleBlock;
 
 // Every count within 4.5 standard errors of the exact share; the seed is fixed, so this is no coin.
-void expectNear(const EquityCounts& sample, const EquityCounts& exact) {
+void expectNear(const DealCounts& sample, const DealCounts& exact) {
     for (size_t k = 0; k < exact.best.size(); ++k) {
         const double p = static_cast<double>(exact.best[k]) / static_cast<double>(exact.deals);
         const double n = static_cast<double>(sample.deals);
@@ -45,7 +45,7 @@ TEST(SampledEquity, AgreesWithExactCounts) {
 }
 
 TEST(SampledEquity, RangesAreDrawnAsCombinations) {
-    EquityCounts exact;
+    DealCounts exact;
     const auto ranges = rangesOf({"AK", "AA,AsQs"});
     for (const CardSet a : ranges[0].hands)
         for (const CardSet b : ranges[1].hands)
@@ -58,19 +58,19 @@ TEST(SampledEquity, RangesAreDrawnAsCombinations) {
 
 TEST(SampledEquity, SeedDecidesAndThreadsDoNot) {
     const auto ranges = rangesOf({"AKs", "22+"});
-    const EquityCounts one = sampledEquity(ranges, 0, 3, 50000, 5, 1);
+    const DealCounts one = sampledEquity(ranges, 0, 3, 50000, 5, 1);
     EXPECT_EQ(one.deals, 50176U); // whole blocks
     EXPECT_EQ(one, sampledEquity(ranges, 0, 3, 50000, 5, 4));
     EXPECT_NE(one, sampledEquity(ranges, 0, 3, 50000, 6, 1));
 }
 
 TEST(SampledEquity, NineOpponents) {
-    const EquityCounts counts = sampledEquity(rangesOf({"AA"}), 0, 9, 200000, 1);
+    const DealCounts counts = sampledEquity(rangesOf({"AA"}), 0, 9, 200000, 1);
     EXPECT_NEAR(equityOf(counts).pot, 0.31, 0.01); // aces hold up in three of ten full tables
 }
 
 TEST(SampledEquity, StopsWhenAsked) {
-    const EquityCounts counts =
+    const DealCounts counts =
         sampledEquity(rangesOf({"AA"}), 0, 9, 1000000000, 1, 1, {}, [] { return true; });
     EXPECT_EQ(counts.deals, sampleBlock);
 }
