@@ -1,15 +1,16 @@
 // Any bytes as a strategy file. What loads must save to a file that loads to the same bytes, and
 // every node must be fit to play from. The first byte picks one of two games, of three and of four
-// sections.
+// sections. A file that passes the strict check must load.
 #include "fuzz/fuzz.h"
+#include "fuzz/memory_file.h"
 #include "solver/cfr.h"
+#include "solver/strategy_check.h"
 
 #include <cstring>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <string>
-#include <sys/mman.h>
 #include <unistd.h>
 
 using namespace tamarin;
@@ -45,21 +46,6 @@ Game gameOf(bool two) {
     return game;
 }
 
-// A file that lives in memory only, reached by a name.
-class MemoryFile {
-public:
-    MemoryFile(const void* data, size_t size) : fd_(memfd_create("strategy", 0)) {
-        expect(fd_ >= 0 && write(fd_, data, size) == static_cast<ssize_t>(size), "memory is there");
-    }
-    ~MemoryFile() { close(fd_); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-    std::string name() const { return "/proc/self/fd/" + std::to_string(fd_); }
-
-private:
-    int fd_;
-};
-
 // Saving goes through a temporary file and a flush, so it is kept off the disk.
 std::string saved(CFR& solver) {
     const std::string path = "/dev/shm/tamarin_fuzz_strategy_" + std::to_string(getpid());
@@ -78,7 +64,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         return 0;
     Game game = gameOf((data[0] & 1U) != 0);
     Solver solver(&game);
-    if (!solver.load(MemoryFile(data + 1, size - 1).name())) {
+    const MemoryFile file(data + 1, size - 1);
+    static const std::unique_ptr<SmallGame> kuhn = std::move(*SmallGame::make(gameOf(false)));
+    const bool whole = game.numPlayers == 3 && checkStrategyFile(*kuhn, file.name()).ok();
+    if (!solver.load(file.name())) {
+        expect(!whole, "a file that is whole and right loads");
         expect(!solver.isTreeReady(), "a file that did not load leaves a solver that is not ready");
         return 0;
     }
