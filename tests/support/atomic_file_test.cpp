@@ -133,6 +133,26 @@ TEST(AtomicFile, TwoWritersOfOnePathLeaveTheLaterCommit) {
     EXPECT_EQ(directory.names(), std::set<std::string>{"table"});
 }
 
+// A second writer that comes at any moment of the first one's work, also between its close and its
+// rename, must not take the first one's temporary file for litter.
+TEST(AtomicFile, AnotherWriterMayComeBeforeAnyCall) {
+    const TempDirectory directory;
+    const std::string path = directory.file("table");
+    FaultyFiles files;
+    Result<AtomicFile> file = AtomicFile::create(path, files);
+    ASSERT_TRUE(file.ok());
+    size_t others = 0;
+    files.beforeCall = [&](size_t) {
+        EXPECT_TRUE(writeWholeFile(path, "other").ok());
+        ++others;
+    };
+    ASSERT_TRUE(file->write(largeContents('a')).ok());
+    const Status status = file->commit();
+    ASSERT_TRUE(status.ok()) << status.error();
+    EXPECT_GT(others, 5u);
+    EXPECT_EQ(directory.names(), std::set<std::string>{"table"});
+}
+
 TEST(AtomicFile, ManyThreadsWritingOnePathLeaveOneWholeFile) {
     const TempDirectory directory;
     const std::string path = directory.file("table");
