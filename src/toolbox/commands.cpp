@@ -4,7 +4,8 @@ namespace tamarin {
 
 const std::vector<AddCommand>& allCommands() {
     static const std::vector<AddCommand> commands = {
-        addMatchCommand, addBotCommand, addEquityCommand, addRankCommand, addTablesCommand,
+        addMatchCommand, addBotCommand,   addEquityCommand,
+        addRankCommand,  addIndexCommand, addTablesCommand,
     };
     return commands;
 }

@@ -9,6 +9,7 @@ void addMatchCommand(CLI::App& app, int& status);
 void addBotCommand(CLI::App& app, int& status);
 void addEquityCommand(CLI::App& app, int& status);
 void addRankCommand(CLI::App& app, int& status);
+void addIndexCommand(CLI::App& app, int& status);
 void addTablesCommand(CLI::App& app, int& status);
 
 // Every command, in the order in which --help lists them.
