@@ -7,6 +7,10 @@ namespace tamarin {
 
 void addMatchCommand(CLI::App& app, int& status);
 void addBotCommand(CLI::App& app, int& status);
+void addPrepareCommand(CLI::App& app, int& status);
+void addTrainCommand(CLI::App& app, int& status);
+void addExploitCommand(CLI::App& app, int& status);
+void addShowCommand(CLI::App& app, int& status);
 void addEquityCommand(CLI::App& app, int& status);
 void addRankCommand(CLI::App& app, int& status);
 void addIndexCommand(CLI::App& app, int& status);

@@ -1,0 +1,1 @@
+tamarin_bench(solver SOURCES solver_bench.cpp USES solver)

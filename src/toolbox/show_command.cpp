@@ -1,0 +1,155 @@
+// tamarin show: a strategy as text, as JSON or as a page.
+#include "solver/line_reach.h"
+#include "support/file.h"
+#include "toolbox/command.h"
+#include "toolbox/commands.h"
+#include "toolbox/manifest.h"
+#include "toolbox/playing_directory.h"
+#include "toolbox/strategies.h"
+#include "toolbox/strategy_page.h"
+
+#include <filesystem>
+#include <iostream>
+
+namespace tamarin {
+
+namespace {
+
+struct Options {
+    std::string what;
+    std::string game;
+    std::string directory = ".";
+    std::string html;
+    bool json = false;
+};
+
+// What is shown: a game's files, or one file of a game.
+struct Shown {
+    std::string game;
+    std::string source;
+    std::vector<std::string> files; // one for each seat, or one for all
+};
+
+Result<Shown> find(const Options& options) {
+    if (options.what.ends_with(".game")) {
+        Shown shown{options.what, strategyDirectory(options.directory, bareName(options.what)), {}};
+        for (size_t seat = 0; std::filesystem::exists(strategyPath(shown.source, seat)); ++seat)
+            shown.files.push_back(strategyPath(shown.source, seat));
+        if (shown.files.empty())
+            return Error{"no strategies in " + shown.source + "; 'tamarin prepare " +
+                         bareName(options.what) + "' makes them"};
+        return shown;
+    }
+    if (!options.game.empty())
+        return Shown{options.game, options.what, {options.what}};
+    const auto path = std::filesystem::absolute(options.what).lexically_normal();
+    return Shown{path.parent_path().filename().string() + ".game", options.what, {options.what}};
+}
+
+// The nodes of each file, in the order in which they lie there; files that are the same, once.
+int showText(const Shown& shown, const std::string& directory) {
+    const auto gameFile = findGameFile(shown.game, directory);
+    if (!gameFile)
+        return fail(gameFile.error());
+    const auto game = readGameFile(*gameFile);
+    if (!game)
+        return fail(game.error());
+    std::vector<std::string> hashes;
+    for (const std::string& path : shown.files) {
+        const auto hash = hashOfFile(path);
+        if (!hash)
+            return fail(hash.error());
+        hashes.push_back(*hash);
+    }
+    const bool same = std::equal(hashes.begin() + 1, hashes.end(), hashes.begin());
+    for (size_t i = 0; i < (same ? 1 : hashes.size()); ++i) {
+        CFR solver(game->get());
+        if (!solver.load(shown.files[i]))
+            return fail(shown.files[i] + " is no whole strategy of " + shown.game);
+        if (!same)
+            std::cout << shown.files[i] << ":\n";
+        std::cout << solver;
+    }
+    std::cout.flush();
+    return std::cout.good() ? exitDone : fail("could not write to standard output");
+}
+
+Result<Profile> profileOf(const SmallGame& game, const Shown& shown) {
+    if (shown.files.size() == 1)
+        return readStrategy(game, shown.files[0]);
+    return readStrategies(game, shown.source);
+}
+
+nlohmann::ordered_json asJson(const NamedGame& game, const Profile& profile,
+                              const ProfileValue& value, const std::string& source) {
+    const LineReach reach = lineReaches(*game.small, profile);
+    nlohmann::ordered_json sets = nlohmann::ordered_json::array();
+    const auto& nodes = game.small->tree().nodes();
+    for (size_t n = 0; n < nodes.size(); ++n)
+        for (uint32_t field = 0; field < reach.node[n].size(); ++field) {
+            const auto id = static_cast<int32_t>(n);
+            nlohmann::ordered_json set = {
+                {"key", cardRankKey(game.small->tree(), id, static_cast<int>(field))},
+                {"seat", nodes[n].player},
+                {"round", nodes[n].round},
+                {"card", cardLabel(*game.rules, field)},
+                {"actions", game.small->tree().sequence(id)},
+                {"reach", reach.node[n][field]}};
+            for (size_t a = 0; a < numAbstractedActions; ++a)
+                if (nodes[n].child[a] != CompiledTree::noChild)
+                    set["strategy"][abstractedActionNames[a]] =
+                        profile[game.small->layout().index(nodes[n], field)][a];
+            sets.push_back(set);
+        }
+    return {{"game", game.name},
+            {"source", source},
+            {"value", value.value},
+            {"bestResponse", value.best},
+            {"nashConv", value.nashConv()},
+            {"informationSets", sets}};
+}
+
+int show(const Options& options) {
+    const auto shown = find(options);
+    if (!shown)
+        return fail(shown.error());
+    if (!options.json && options.html.empty())
+        return showText(*shown, options.directory);
+    const auto game = openSmallGame(shown->game, options.directory);
+    if (!game)
+        return fail(game.error());
+    const auto profile = profileOf(*game->small, *shown);
+    if (!profile)
+        return fail(profile.error());
+    const ProfileValue value = evaluateProfile(*game->small, *profile);
+    if (options.json)
+        printJson(asJson(*game, *profile, value, shown->source));
+    if (options.html.empty())
+        return exitDone;
+    const std::string page = strategyPage(*game, *profile, value, shown->source);
+    if (Status written = writeWholeFile(options.html, page); !written)
+        return fail(written.error());
+    if (!options.json)
+        fmt::print("wrote {}\n", options.html);
+    return exitDone;
+}
+
+} // namespace
+
+void addShowCommand(CLI::App& app, int& status) {
+    auto options = std::make_shared<Options>();
+    CLI::App& command = addCommand(app, "show", "Print a strategy as text, JSON or a page",
+                                   "tamarin show kuhn.limit.3p.game --html kuhn.html");
+    command
+        .add_option("GAME|FILE", options->what,
+                    "A game, for the strategies in the playing directory; or a strategy file")
+        ->required();
+    command.add_option("--game", options->game,
+                       "The file's game, where its directory does not tell");
+    command.add_option("--html", options->html, "Write a self-contained page")->type_name("FILE");
+    addDirectoryOption(command, options->directory);
+    addJsonOption(command, options->json);
+    command.callback([options, &status] { status = show(*options); });
+}
+
+} // namespace tamarin

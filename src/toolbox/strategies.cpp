@@ -1,0 +1,102 @@
+#include "toolbox/strategies.h"
+
+#include "solver/strategy_check.h"
+#include "support/file.h"
+#include "toolbox/manifest.h"
+#include "toolbox/playing_directory.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+namespace tamarin {
+
+Result<NamedGame> openSmallGame(const std::string& name, const std::string& directory) {
+    const auto path = findGameFile(name, directory);
+    if (!path)
+        return Error{path.error()};
+    auto rules = readGameFile(*path);
+    if (!rules)
+        return Error{rules.error()};
+    auto small = SmallGame::make(**rules);
+    if (!small)
+        return Error{*path + ": " + small.error()};
+    return NamedGame{*path, bareName(*path), std::move(*rules), std::move(*small)};
+}
+
+std::string strategyDirectory(const std::string& directory, const std::string& gameName) {
+    const std::string extension = ".game";
+    const std::string stem = gameName.ends_with(extension)
+                                 ? gameName.substr(0, gameName.size() - extension.size())
+                                 : gameName;
+    return directory + "/strategies/" + stem;
+}
+
+std::string strategyPath(const std::string& strategies, size_t seat) {
+    return strategies + "/strategy" + std::to_string(seat);
+}
+
+Result<Profile> readStrategy(const SmallGame& game, const std::string& path) {
+    if (const Status whole = checkStrategyFile(game, path); !whole)
+        return Error{whole.error()};
+    Game rules = game.game();
+    CFR solver(&rules);
+    if (!solver.load(path))
+        return Error{path + " changed while it was read: try again"};
+    auto profile = averageProfile(game, solver);
+    if (!profile)
+        return Error{path + ": " + profile.error()};
+    return profile;
+}
+
+Result<Profile> readStrategies(const SmallGame& game, const std::string& strategies) {
+    Profile together;
+    for (size_t seat = 0; seat < game.game().numPlayers; ++seat) {
+        auto own = readStrategy(game, strategyPath(strategies, seat));
+        if (!own)
+            return Error{own.error()};
+        if (seat == 0)
+            together = *own;
+        for (const CompiledTree::Node& node : game.tree().nodes()) {
+            if (node.player != seat)
+                continue;
+            for (uint32_t field = 0; field < game.layout().numBuckets(node.slot); ++field) {
+                const size_t set = game.layout().index(node, field);
+                together[set] = (*own)[set];
+            }
+        }
+    }
+    return together;
+}
+
+Status writeStrategies(const SmallGame& game, const Trainer& trainer, const std::string& strategies,
+                       const std::string& made, const std::string& gameName) {
+    if (Status there = makeDirectories(strategies); !there)
+        return there;
+    Game rules = game.game();
+    CFR solver(&rules);
+    trainer.store(solver);
+    std::vector<ManifestEntry> entries;
+    for (size_t seat = 0; seat < rules.numPlayers; ++seat) {
+        const std::string path = strategyPath(strategies, seat);
+        if (!solver.save(path))
+            return Error{"could not write " + path + ": is there room, and may it be written?"};
+        entries.push_back({"strategy" + std::to_string(seat), made, gameName});
+    }
+    return recordFiles(strategies, entries);
+}
+
+std::string valueTable(const Game& rules, const ProfileValue& value) {
+    const int32_t blind = *std::max_element(rules.blind, rules.blind + rules.numPlayers);
+    std::string text = "        value          best response  gain           value\n"
+                       "        chips/hand     chips/hand     chips/hand     mbb/hand\n";
+    for (size_t p = 0; p < value.value.size(); ++p)
+        text += fmt::format("seat {:<3}{:<15.9f}{:<15.9f}{:<15.3e}{:.3f}\n", p, value.value[p],
+                            value.best[p], value.gain(p),
+                            blind > 0 ? 1000.0 * value.value[p] / blind : 0.0);
+    text += fmt::format("NashConv {:.6e}, per player {:.6e} chips/hand\n", value.nashConv(),
+                        value.nashConv() / static_cast<double>(value.value.size()));
+    return text;
+}
+
+} // namespace tamarin

@@ -1,0 +1,46 @@
+// The strategies of a small game in a playing directory: one file a seat,
+// strategies/NAME/strategyN, where NAME is the game file's name without ".game".
+#pragma once
+
+#include "solver/best_response.h"
+#include "solver/trainer.h"
+#include "support/result.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tamarin {
+
+// A game that a command was given, found, read and enumerated.
+struct NamedGame {
+    std::string path; // of its definition
+    std::string name; // bare file name
+    GamePtr rules;
+    std::unique_ptr<SmallGame> small;
+};
+
+// name: a path, or a bare name looked for in directory and among the program's games.
+Result<NamedGame> openSmallGame(const std::string& name, const std::string& directory);
+
+// DIR/strategies/NAME for the game file NAME.game.
+std::string strategyDirectory(const std::string& directory, const std::string& gameName);
+
+// strategyDirectory/strategySEAT.
+std::string strategyPath(const std::string& strategies, size_t seat);
+
+// What the seats play who each read their own file. Every file is checked whole first.
+Result<Profile> readStrategies(const SmallGame& game, const std::string& strategies);
+
+// One file's strategy for all seats.
+Result<Profile> readStrategy(const SmallGame& game, const std::string& path);
+
+// Saves the trainer's strategy as every seat's file, and records them in the manifest.
+Status writeStrategies(const SmallGame& game, const Trainer& trainer, const std::string& strategies,
+                       const std::string& made, const std::string& gameName);
+
+// "seat 0: value -0.0261, best response -0.0261, gain 1e-8" and so on, as a table with the
+// NashConv.
+std::string valueTable(const Game& rules, const ProfileValue& value);
+
+} // namespace tamarin

@@ -1,0 +1,259 @@
+// tamarin train: trains a small game towards an equilibrium, with a log, checkpoints and
+// resumption.
+#include "solver/checkpoint.h"
+#include "solver/training_run.h"
+#include "support/file.h"
+#include "support/interrupt.h"
+#include "support/lock.h"
+#include "support/progress.h"
+#include "toolbox/command.h"
+#include "toolbox/commands.h"
+#include "toolbox/strategies.h"
+
+#include <cstdio>
+
+namespace tamarin {
+
+namespace {
+
+struct Options {
+    std::string game;
+    std::string directory = ".";
+    std::string out;
+    std::string algorithm = "dcfr";
+    uint64_t iterations = 0;
+    double seconds = 0.0;
+    double nashConv = 0.0;
+    uint32_t sampledDeals = 0;
+    uint64_t checkpointEvery = 0;
+    uint64_t seed = 1;
+    int threads = 1;
+    bool resume = false;
+    bool fresh = false;
+    bool dryRun = false;
+    bool json = false;
+    bool quiet = false;
+};
+
+// Appends to the convergence log, line by line.
+class Log {
+public:
+    Log(const std::string& path, bool goOn) : file_(std::fopen(path.c_str(), goOn ? "a" : "w")) {}
+    ~Log() {
+        if (file_ != nullptr)
+            std::fclose(file_);
+    }
+    Log(const Log&) = delete;
+    Log& operator=(const Log&) = delete;
+    bool good() const { return file_ != nullptr && !failed_; }
+    void add(const TrainingStep& step) {
+        if (!good())
+            return;
+        const std::string line = stepAsJson(step) + '\n';
+        failed_ = std::fputs(line.c_str(), file_) < 0 || std::fflush(file_) != 0;
+    }
+
+private:
+    FILE* file_;
+    bool failed_ = false;
+};
+
+const char* reason(TrainingEnd end) {
+    switch (end) {
+    case TrainingEnd::iterations:
+        return "all iterations done";
+    case TrainingEnd::seconds:
+        return "time is up";
+    case TrainingEnd::nashConv:
+        return "NashConv reached";
+    case TrainingEnd::stopped:
+        return "stopped by a signal";
+    }
+    return "";
+}
+
+nlohmann::ordered_json asJson(const Options& options, const TrainingStep& last, TrainingEnd end) {
+    nlohmann::ordered_json json = nlohmann::ordered_json::parse(stepAsJson(last));
+    json["algorithm"] = options.algorithm;
+    json["end"] = reason(end);
+    json["directory"] = options.out;
+    return json;
+}
+
+int dryRun(const NamedGame& game, const TrainerConfig& config) {
+    const SmallGameCost& cost = game.small->cost();
+    const auto trainer = makeTrainer(*game.small, config);
+    const TimePoint start = steadyClock().now();
+    uint64_t count = 0;
+    double took = 0.0;
+    while (took < 0.2 && !interrupted()) {
+        trainer->run(1);
+        count = trainer->iteration();
+        took = seconds(steadyClock().now() - start);
+    }
+    const uint64_t bytes = cost.informationSets * sizeof(TrainerNumbers) + cost.bytes;
+    fmt::print("{} deals, {} decision nodes, {} information sets\n", describeCount(cost.deals),
+               describeCount(cost.decisionNodes), describeCount(cost.informationSets));
+    fmt::print("memory about {}, each checkpoint {}, strategy files {}\n", describeBytes(bytes),
+               describeBytes(cost.informationSets * sizeof(TrainerNumbers)),
+               describeBytes(cost.informationSets * 108 * game.rules->numPlayers));
+    fmt::print("{} iterations/s\n",
+               describeCount(static_cast<uint64_t>(static_cast<double>(count) / took)));
+    return exitDone;
+}
+
+Status prepareDirectory(const Options& options) {
+    if (Status made = makeDirectories(options.out); !made)
+        return made;
+    const std::vector<std::string> old = listCheckpoints(options.out);
+    if (old.empty() || options.resume)
+        return {};
+    if (!options.fresh)
+        return Error{options.out + " holds checkpoints of an earlier run: --resume goes on from " +
+                     "it, --fresh starts over"};
+    for (const std::string& path : old)
+        std::remove(path.c_str());
+    return {};
+}
+
+int train(Options options, bool anyGoal) {
+    TrainerConfig config;
+    config.algorithm = *algorithmNamed(options.algorithm);
+    config.sampledDeals = options.sampledDeals;
+    config.seed = options.seed;
+    config.threads = options.threads;
+    if (config.algorithm == Algorithm::player && options.sampledDeals != 0)
+        throw UsageError("--sampled-deals: the player's own training always samples one deal");
+
+    const auto game = openSmallGame(options.game, options.directory);
+    if (!game)
+        return fail(game.error());
+    if (options.dryRun)
+        return dryRun(*game, config);
+    if (options.out.empty())
+        options.out = strategyDirectory(options.directory, game->name);
+    if (Status ready = prepareDirectory(options); !ready)
+        return fail(ready.error());
+    const auto lock = FileLock::take(options.out + "/train.lock");
+    if (!lock)
+        return fail(lock.error());
+
+    const auto trainer = makeTrainer(*game->small, config);
+    const std::string configText = checkpointConfig(*game->small, config);
+    if (options.resume) {
+        std::vector<std::string> warnings;
+        const auto state = newestCheckpoint(options.out, configText, warnings);
+        for (const std::string& warning : warnings)
+            complain("{}; passed over", warning);
+        if (!state)
+            return fail(state.error());
+        trainer->restore(*state);
+        if (!options.quiet)
+            fmt::print(stderr, "going on after iteration {}\n", describeCount(state->iteration));
+    }
+
+    TrainingGoal goal;
+    if (options.iterations != 0)
+        goal.iterations = options.iterations;
+    if (options.seconds > 0.0)
+        goal.seconds = options.seconds;
+    if (options.nashConv > 0.0)
+        goal.nashConv = options.nashConv;
+    if (!anyGoal) {
+        goal.nashConv = 1e-6;
+        goal.seconds = 60.0;
+    }
+
+    Log log(options.out + "/convergence.jsonl", options.resume);
+    std::optional<Progress> progress;
+    if (!options.quiet)
+        progress.emplace("Training", "iterations", goal.iterations.value_or(0));
+    TrainingStep last{};
+    Status saved;
+    TrainingHooks hooks;
+    hooks.step = [&](const TrainingStep& step) {
+        last = step;
+        log.add(step);
+        if (progress)
+            progress->update(step.iteration, fmt::format("NashConv {:.2e}", step.value.nashConv()));
+    };
+    hooks.save = [&](const Trainer& now) {
+        saved = saveCheckpoint(options.out, configText, now.state());
+        if (!saved)
+            complain(saved.error());
+    };
+    hooks.saveEvery = options.checkpointEvery;
+    hooks.stop = [] { return interrupted(); };
+    const TrainingEnd end = runTraining(*game->small, *trainer, goal, hooks, config.threads);
+    if (progress)
+        progress->finish(trainer->iteration(),
+                         fmt::format("NashConv {:.2e}", last.value.nashConv()));
+
+    hooks.save(*trainer);
+    if (!saved)
+        return exitFailed;
+    const std::string made = fmt::format("tamarin train --algorithm {} --seed {}, {} iterations",
+                                         options.algorithm, options.seed, trainer->iteration());
+    if (Status written = writeStrategies(*game->small, *trainer, options.out, made, game->name);
+        !written)
+        return fail(written.error());
+    if (!log.good())
+        complain("the log {}/convergence.jsonl could not be written", options.out);
+
+    if (options.json) {
+        printJson(asJson(options, last, end));
+    } else {
+        fmt::print("{} after {} iterations, {} ({})\n{}", options.algorithm,
+                   describeCount(last.iteration), describeDuration(last.seconds), reason(end),
+                   valueTable(*game->rules, last.value));
+        fmt::print("strategies, log and checkpoints are in {}\n", options.out);
+    }
+    return end == TrainingEnd::stopped ? interruptStatus() : exitDone;
+}
+
+} // namespace
+
+void addTrainCommand(CLI::App& app, int& status) {
+    auto options = std::make_shared<Options>();
+    CLI::App& command =
+        addCommand(app, "train", "Train a small game towards an equilibrium",
+                   "tamarin train kuhn.limit.3p.game --algorithm dcfr --until-nashconv 1e-6\n\n"
+                   "Ends at the first goal reached; with none given, at NashConv 1e-6 or after a "
+                   "minute.\nA signal ends it too, with everything so far saved.");
+    command.add_option("GAME", options->game, "Game definition: a path, or a name in --dir")
+        ->required();
+    command
+        .add_option("--algorithm", options->algorithm,
+                    "cfr, cfr+, lcfr, dcfr, pcfr+, or the player's own: player")
+        ->check(CLI::IsMember({"cfr", "cfr+", "lcfr", "dcfr", "pcfr+", "player"}))
+        ->capture_default_str();
+    const CLI::Option* iterations =
+        command.add_option("--iterations", options->iterations, "Goal: iterations in all")
+            ->check(CLI::PositiveNumber);
+    const CLI::Option* time =
+        command.add_option("--seconds", options->seconds, "Goal: seconds of this run")
+            ->check(CLI::PositiveNumber);
+    const CLI::Option* nashConv =
+        command.add_option("--until-nashconv", options->nashConv, "Goal: NashConv, chips a hand")
+            ->check(CLI::PositiveNumber);
+    command.add_option("--sampled-deals", options->sampledDeals,
+                       "Deals drawn for each iteration; all of them when not given");
+    command.add_option("--out", options->out, "Where the results go; DIR/strategies/GAME");
+    CLI::Option* resume =
+        command.add_flag("--resume", options->resume, "Go on from the newest checkpoint");
+    command.add_flag("--fresh", options->fresh, "Start over where checkpoints are")
+        ->excludes(resume);
+    command.add_option("--checkpoint-every", options->checkpointEvery,
+                       "Iterations between checkpoints; one at the end when not given");
+    command.add_flag("--dry-run", options->dryRun, "Print what it would take");
+    addDirectoryOption(command, options->directory);
+    addSeedOption(command, options->seed);
+    addThreadsOption(command, options->threads);
+    addJsonOption(command, options->json);
+    addQuietOption(command, options->quiet);
+    command.callback([=, &status] {
+        status = train(*options, iterations->count() + time->count() + nashConv->count() > 0);
+    });
+}
+
+} // namespace tamarin

@@ -1,0 +1,245 @@
+#include "solver/cfr.h"
+#include "solver/games.h"
+#include "solver/strategy_record.h"
+#include "support/file.h"
+
+#include <cmath>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+namespace tamarin::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+class StrategyFile : public ::testing::Test {
+protected:
+    StrategyFile() {
+        directory = fs::path(::testing::TempDir()) / ("strategy_file." + std::to_string(getpid()));
+        fs::create_directories(directory);
+        path = (directory / "strategy").string();
+        const QuietOutput quiet;
+        solver.train(500);
+    }
+    ~StrategyFile() override { fs::remove_all(directory); }
+
+    std::string saved() {
+        EXPECT_TRUE(solver.save(path));
+        return *readWholeFile(path);
+    }
+    bool loads(const std::string& bytes) {
+        EXPECT_TRUE(writeWholeFile(path, bytes).ok());
+        CFR fresh(game.get());
+        const bool result = fresh.load(path);
+        EXPECT_EQ(fresh.isTreeReady(), result);
+        return result;
+    }
+
+    GamePtr game = kuhn3();
+    CFR solver{game.get()};
+    fs::path directory;
+    std::string path;
+};
+
+TEST_F(StrategyFile, HasNoHeaderAndRecordsOf108BytesInKeyOrder) {
+    const std::string bytes = saved();
+    ASSERT_EQ(bytes.size(), 3 * 4 + 48 * 108U);
+    StrategyCount count = 0;
+    std::memcpy(&count, bytes.data(), sizeof count);
+    EXPECT_EQ(count, 16U);
+    size_t at = 4;
+    for (const auto& [key, node] : solver.nodeMap(0, 0)) {
+        EXPECT_EQ(bytes.substr(at, 60), key + std::string(60 - key.size(), '\0'));
+        EXPECT_EQ(std::memcmp(bytes.data() + at + 60, node->regretSum, 24), 0);
+        EXPECT_EQ(std::memcmp(bytes.data() + at + 84, node->strategySum, 24), 0);
+        at += 108;
+    }
+}
+
+TEST_F(StrategyFile, LoadsWhatWasSavedBitForBit) {
+    const std::string bytes = saved();
+    CFR fresh(game.get());
+    ASSERT_TRUE(fresh.load(path));
+    EXPECT_TRUE(fresh.isTreeReady());
+    for (int p = 0; p < 3; ++p) {
+        ASSERT_EQ(fresh.nodeMap(p, 0).size(), solver.nodeMap(p, 0).size());
+        for (const auto& [key, node] : solver.nodeMap(p, 0)) {
+            const CFRNode& other = *fresh.nodeMap(p, 0).at(key);
+            EXPECT_EQ(std::memcmp(node->regretSum, other.regretSum, 24), 0) << key;
+            EXPECT_EQ(std::memcmp(node->strategySum, other.strategySum, 24), 0) << key;
+        }
+    }
+    ASSERT_TRUE(fresh.save(path));
+    EXPECT_EQ(*readWholeFile(path), bytes);
+}
+
+TEST_F(StrategyFile, LoadedTreeTrainsOnWithoutConstruction) {
+    saved();
+    CFR fresh(game.get());
+    ASSERT_TRUE(fresh.load(path));
+    ::testing::internal::CaptureStdout();
+    fresh.train(10);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Number of information sets: 48\n");
+}
+
+TEST_F(StrategyFile, EmptyMapsAreBareCounts) {
+    CFR empty(game.get());
+    ASSERT_TRUE(empty.save(path));
+    EXPECT_FALSE(empty.isTreeReady());
+    EXPECT_EQ(*readWholeFile(path), std::string(12, '\0'));
+}
+
+TEST_F(StrategyFile, MayBeReadByOthers) {
+    umask(022);
+    saved();
+    struct stat status {};
+    ASSERT_EQ(stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0644U);
+}
+
+TEST_F(StrategyFile, AbsentFileLeavesTheMapsAlone) {
+    CFR other(game.get());
+    other.buildTree();
+    EXPECT_FALSE(other.load(path + ".absent"));
+    EXPECT_EQ(other.numInformationSets(), 48U);
+    EXPECT_TRUE(other.isTreeReady());
+}
+
+TEST_F(StrategyFile, CutAnywhereIsRefused) {
+    const std::string bytes = saved();
+    for (size_t length = 0; length < bytes.size(); ++length)
+        ASSERT_FALSE(loads(bytes.substr(0, length))) << length;
+}
+
+TEST_F(StrategyFile, AFailedLoadKeepsWhatWasReadAndTheReadiness) {
+    const std::string bytes = saved();
+    ASSERT_TRUE(writeWholeFile(path, bytes.substr(0, 4 + 108 * 5 + 50)).ok());
+    CFR fresh(game.get());
+    EXPECT_FALSE(fresh.load(path));
+    EXPECT_FALSE(fresh.isTreeReady());
+    EXPECT_EQ(fresh.nodeMap(0, 0).size(), 5U);
+    CFR ready(game.get());
+    ready.buildTree();
+    EXPECT_FALSE(ready.load(path));
+    EXPECT_TRUE(ready.isTreeReady());
+    EXPECT_EQ(ready.nodeMap(0, 0).size(), 5U);
+    EXPECT_EQ(ready.nodeMap(1, 0).size(), 16U);
+}
+
+TEST_F(StrategyFile, TrailingBytesAreIgnored) {
+    EXPECT_TRUE(loads(saved() + "more"));
+}
+
+TEST_F(StrategyFile, RepeatedKeyIsRefused) {
+    std::string bytes = saved();
+    bytes.replace(4 + 108, 60, bytes.substr(4, 60));
+    EXPECT_FALSE(loads(bytes));
+}
+
+TEST_F(StrategyFile, KeyWithoutAnEndIsRefused) {
+    std::string bytes = saved();
+    bytes.replace(4, 60, std::string(60, '7'));
+    EXPECT_FALSE(loads(bytes));
+}
+
+TEST_F(StrategyFile, CountsBeyondTheFileAreRefusedWithoutTheMemory) {
+    const std::string bytes = saved();
+    for (const StrategyCount count : {17U, 49U, 1U << 20U, 1U << 31U, UINT32_MAX - 1, UINT32_MAX}) {
+        std::string hostile = bytes;
+        std::memcpy(hostile.data(), &count, sizeof count);
+        EXPECT_FALSE(loads(hostile)) << count;
+    }
+}
+
+TEST_F(StrategyFile, AnotherGamesFileIsRefused) {
+    const QuietOutput quiet;
+    for (const auto& make : {kuhn2, leduc2, four, boards3}) {
+        const GamePtr otherGame = make();
+        CFR other(otherGame.get());
+        other.buildTree();
+        ASSERT_TRUE(other.save(path));
+        EXPECT_FALSE(loads(*readWholeFile(path)));
+    }
+}
+
+TEST_F(StrategyFile, RandomBytesAreRefused) {
+    std::mt19937 random(1);
+    for (int i = 0; i < 300; ++i) {
+        std::string bytes(random() % 6000, '\0');
+        for (char& byte : bytes)
+            byte = static_cast<char>(random());
+        EXPECT_FALSE(loads(bytes));
+    }
+}
+
+TEST_F(StrategyFile, DirectoriesPipesAndDevicesAreRefused) {
+    const std::string pipe = (directory / "pipe").string();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const std::string dangling = (directory / "dangling").string();
+    fs::create_symlink(directory / "nowhere", dangling);
+    CFR fresh(game.get());
+    for (const std::string& bad : {directory.string(), pipe, dangling, std::string("/dev/zero"),
+                                   std::string("/dev/null"), std::string()}) {
+        EXPECT_FALSE(fresh.load(bad)) << bad;
+        EXPECT_FALSE(fresh.isTreeReady());
+    }
+}
+
+TEST_F(StrategyFile, SavingWhereItCannotBeIsFalse) {
+    EXPECT_FALSE(solver.save((directory / "none" / "strategy").string()));
+    EXPECT_FALSE(solver.save(directory.string()));
+}
+
+TEST_F(StrategyFile, KeysThatDoNotFitAreNotSaved) {
+    // Forty checks and raises a round make keys of more than 59 bytes.
+    const GamePtr rules =
+        gameFrom("GAMEDEF\nlimit\nnumPlayers = 2\nnumRounds = 1\nblind = 1 1\nraiseSize = 1\n"
+                 "firstPlayer = 1\nnumSuits = 1\nnumRanks = 3\nnumHoleCards = 1\n"
+                 "numBoardCards = 0\nEND GAMEDEF\n");
+    CFR longKeys(rules.get());
+    longKeys.buildTree();
+    saved();
+    const std::string before = *readWholeFile(path);
+    EXPECT_FALSE(longKeys.save(path));
+    EXPECT_EQ(*readWholeFile(path), before); // the old file is still there, whole
+    EXPECT_EQ(std::distance(fs::directory_iterator(directory), fs::directory_iterator()), 1);
+}
+
+TEST_F(StrategyFile, AKillLeavesTheOldFileOrTheNewOne) {
+    const std::string before = saved();
+    {
+        const QuietOutput quiet;
+        solver.train(1000);
+    }
+    const std::string other = path + ".other";
+    ASSERT_TRUE(solver.save(other));
+    const std::string after = *readWholeFile(other);
+    fs::remove(other);
+    ASSERT_NE(before, after);
+    std::mt19937 random(7);
+    int old = 0;
+    for (int i = 0; i < 60; ++i) {
+        ASSERT_TRUE(writeWholeFile(path, before).ok());
+        const pid_t child = fork();
+        if (child == 0) {
+            solver.save(path);
+            _exit(0);
+        }
+        usleep(static_cast<useconds_t>(random() % 1500));
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        const std::string found = *readWholeFile(path);
+        ASSERT_TRUE(found == before || found == after);
+        old += found == before;
+    }
+    EXPECT_GT(old, 0);
+}
+
+} // namespace
+} // namespace tamarin::testing

@@ -1,0 +1,128 @@
+#include "toolbox/program.h"
+
+#include <thread>
+
+namespace tamarin::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string game = "kuhn.limit.3p.game";
+
+class Train : public ProgramTest {
+protected:
+    fs::path strategies() const { return directory / "strategies/kuhn.limit.3p"; }
+};
+
+TEST_F(Train, LeavesStrategiesLogCheckpointAndManifest) {
+    const Outcome outcome = run({"train", game, "--iterations", "300", "--quiet"});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_NE(outcome.out.find("dcfr after 300 iterations"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("NashConv "), std::string::npos);
+    for (const char* name : {"strategy0", "strategy1", "strategy2"})
+        EXPECT_EQ(fs::file_size(strategies() / name), 5196U);
+    EXPECT_TRUE(fs::exists(strategies() / "checkpoint.00000000000000000300"));
+    const std::string log = contentsOf(strategies() / "convergence.jsonl");
+    EXPECT_TRUE(log.starts_with("{\"iteration\":1,\"seconds\":")) << log.substr(0, 100);
+    EXPECT_NE(log.find("{\"iteration\":300,"), std::string::npos);
+    const std::string manifest = contentsOf(strategies() / "manifest.json");
+    EXPECT_NE(manifest.find("\"size\": 5196"), std::string::npos);
+    EXPECT_NE(manifest.find("tamarin train --algorithm dcfr --seed 1, 300 iterations"),
+              std::string::npos);
+}
+
+TEST_F(Train, EveryAlgorithmWorks) {
+    for (const char* algorithm : {"cfr", "cfr+", "lcfr", "dcfr", "pcfr+", "player"}) {
+        const Outcome outcome = run({"train", game, "--algorithm", algorithm, "--iterations", "50",
+                                     "--out", algorithm, "--quiet", "--json"});
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        EXPECT_NE(outcome.out.find("\"nashConv\": "), std::string::npos);
+        EXPECT_NE(outcome.out.find(std::string("\"algorithm\": \"") + algorithm),
+                  std::string::npos);
+    }
+}
+
+TEST_F(Train, AStoppedAndResumedRunEndsLikeAnUnbrokenOne) {
+    for (const std::string algorithm : {"dcfr", "pcfr+", "player"}) {
+        const auto with = [&](std::vector<std::string> more) {
+            std::vector<std::string> all = {"train", game, "--algorithm", algorithm, "--quiet"};
+            all.insert(all.end(), more.begin(), more.end());
+            const Outcome outcome = run(all);
+            EXPECT_EQ(outcome.status, 0) << outcome.err;
+        };
+        const std::string scale = algorithm == "player" ? "00000" : "0";
+        with({"--out", "whole", "--iterations", "9" + scale, "--fresh"});
+        with({"--out", "parts", "--iterations", "2" + scale, "--fresh"});
+        with({"--out", "parts", "--iterations", "5" + scale, "--resume"});
+        with({"--out", "parts", "--iterations", "9" + scale, "--resume"});
+        EXPECT_EQ(contentsOf(directory / "whole/strategy1"),
+                  contentsOf(directory / "parts/strategy1"))
+            << algorithm;
+        EXPECT_NE(contentsOf(directory / "whole/strategy1"), "");
+    }
+}
+
+TEST_F(Train, ASignalSavesWhatIsThereAndTheRunGoesOnFromIt) {
+    const pid_t child = start({"train", game, "--seconds", "120", "--quiet"});
+    const fs::path log = strategies() / "convergence.jsonl";
+    for (int i = 0; i < 500 && (!fs::exists(log) || fs::file_size(log) < 200); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    kill(child, SIGINT);
+    const Outcome outcome = finish(child);
+    EXPECT_EQ(outcome.status, 130) << outcome.err;
+    EXPECT_NE(outcome.out.find("stopped by a signal"), std::string::npos) << outcome.out;
+    EXPECT_EQ(fs::file_size(strategies() / "strategy0"), 5196U);
+    EXPECT_EQ(run({"exploit", game}).status, 0);
+    EXPECT_EQ(run({"train", game, "--resume", "--until-nashconv", "0.01", "--quiet"}).status, 0);
+}
+
+TEST_F(Train, ADamagedCheckpointFallsBackToTheOneBefore) {
+    ASSERT_EQ(
+        run({"train", game, "--iterations", "60", "--checkpoint-every", "20", "--quiet"}).status,
+        0);
+    writeFile(strategies() / "checkpoint.00000000000000000060", "rubbish");
+    const Outcome outcome = run({"train", game, "--iterations", "60", "--resume", "--quiet",
+                                 "--out", strategies().string()});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.err.find("not a checkpoint; passed over"), std::string::npos) << outcome.err;
+}
+
+TEST_F(Train, RefusesToResumeAnotherConfiguration) {
+    ASSERT_EQ(run({"train", game, "--iterations", "5", "--quiet"}).status, 0);
+    const Outcome outcome =
+        run({"train", game, "--resume", "--algorithm", "cfr", "--iterations", "9", "--quiet"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("algorithm is dcfr there and cfr here"), std::string::npos)
+        << outcome.err;
+}
+
+TEST_F(Train, DoesNotOverwriteAnEarlierRunUnasked) {
+    ASSERT_EQ(run({"train", game, "--iterations", "5", "--quiet"}).status, 0);
+    const std::string before = contentsOf(strategies() / "strategy0");
+    const Outcome outcome = run({"train", game, "--iterations", "9", "--quiet"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("--resume"), std::string::npos);
+    EXPECT_EQ(contentsOf(strategies() / "strategy0"), before);
+    EXPECT_EQ(run({"train", game, "--iterations", "9", "--quiet", "--fresh"}).status, 0);
+    EXPECT_FALSE(fs::exists(strategies() / "checkpoint.00000000000000000005"));
+}
+
+TEST_F(Train, WrongUsageIsStatusTwo) {
+    EXPECT_EQ(run({"train"}).status, 2);
+    EXPECT_EQ(run({"train", game, "--algorithm", "magic"}).status, 2);
+    EXPECT_EQ(run({"train", game, "--iterations", "-3"}).status, 2);
+    EXPECT_EQ(run({"train", "no.such.game"}).status, 1);
+}
+
+TEST_F(Train, DryRunTellsTheCostAndWritesNothing) {
+    const Outcome outcome = run({"train", game, "--dry-run"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.out.find("24 deals, 12 decision nodes, 48 information sets"),
+              std::string::npos)
+        << outcome.out;
+    EXPECT_TRUE(fs::is_empty(directory));
+}
+
+} // namespace
+} // namespace tamarin::testing
