@@ -61,7 +61,7 @@ TEST_F(Checkpoint, StoppedAndResumedRunsEndAsUnbrokenOnes) {
         const uint64_t block = whole->block();
         whole->run(block * 9);
         const TrainerState expected = whole->state();
-        for (const uint64_t stop : {2, 3, 9}) {
+        for (const uint64_t stop : {2U, 3U, 9U}) {
             const auto part = makeTrainer(*game, config);
             std::vector<std::string> warnings;
             if (const auto saved = newestCheckpoint(directory, text(), warnings))

@@ -89,6 +89,16 @@ TEST_F(StrategyCheck, NoticesEveryFlippedBitOfCountsAndKeys) {
         }
 }
 
+TEST_F(StrategyCheck, RefusesEveryOtherGamesFile) {
+    for (const auto& make : {kuhn2, leduc2, four, boards3}) {
+        const GamePtr otherRules = make();
+        CFR other(otherRules.get());
+        other.buildTree();
+        ASSERT_TRUE(other.save(path));
+        EXPECT_NE(verdict(*readWholeFile(path)), "");
+    }
+}
+
 TEST_F(StrategyCheck, RefusesWhatIsNoFile) {
     EXPECT_FALSE(checkStrategyFile(*game, ::testing::TempDir()).ok());
     EXPECT_FALSE(checkStrategyFile(*game, path + ".absent").ok());
