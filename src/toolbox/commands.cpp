@@ -4,17 +4,8 @@ namespace tamarin {
 
 const std::vector<AddCommand>& allCommands() {
     static const std::vector<AddCommand> commands = {
-        addMatchCommand,
-        addBotCommand,
-        addPrepareCommand,
-        addTrainCommand,
-        addExploitCommand,
-        addShowCommand,
-        addEquityCommand,
-        addRankCommand,
-        addTablesCommand,
-        addMatchCommand, addBotCommand,   addEquityCommand,
-        addRankCommand,  addIndexCommand, addTablesCommand,
+        addMatchCommand, addBotCommand,    addPrepareCommand, addTrainCommand, addExploitCommand,
+        addShowCommand,  addEquityCommand, addRankCommand,    addIndexCommand, addTablesCommand,
     };
     return commands;
 }
