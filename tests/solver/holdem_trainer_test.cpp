@@ -15,13 +15,6 @@
 namespace tamarin::test {
 namespace {
 
-uint32_t hash = static_cast<uint32_t>(players * 100 + round * 10 + seat);
-for (int i = 0; i < known[round]; ++i)
-    hash = hash * 2654435761U + cards[i] + 1U;
-return static_cast<uint8_t>((hash >> 16U) % numHoldemBuckets);
-}
-};
-
 GamePtr smallLimit(const char* definition, const char* raises) {
     std::string text = definition;
     text.replace(text.find("3 4 4 4"), 7, raises);

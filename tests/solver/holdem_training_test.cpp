@@ -20,13 +20,6 @@
 namespace tamarin::test {
 namespace {
 
-uint32_t hash = static_cast<uint32_t>(players * 100 + round * 10 + seat);
-for (int i = 0; i < known[round]; ++i)
-    hash = hash * 2654435761U + cards[i] + 1U;
-return static_cast<uint8_t>((hash >> 16U) % numHoldemBuckets);
-}
-};
-
 // Fewer raises, so that the plain form, with a string for every node, ends in a test's time.
 std::string fewerRaises(const char* definition) {
     std::string text = definition;
