@@ -99,7 +99,10 @@ void dismissPlayers(std::vector<Player>& players, bool hurry) {
         if (player.child && !player.child->ended())
             player.child->signalGroup(SIGTERM);
     waitForEnds(players, askedEndLimit);
-    players.clear(); // kills and collects those that are left
+    for (Player& player : players)
+        if (player.child)
+            player.child->readOutput(); // its last words, written just before it ended
+    players.clear();                    // kills and collects those that are left
 }
 
 } // namespace tamarin

@@ -1,6 +1,7 @@
 #include "toolbox/playing_directory.h"
 
 #include "support/file.h"
+#include "toolbox/command.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -82,7 +83,7 @@ Result<std::string> placeGameFile(const std::string& path, const std::string& di
     }
     if (Status written = writeWholeFile(target.string(), *wanted); !written)
         return Error{written.error()};
-    std::fprintf(stderr, "copied %s to %s\n", path.c_str(), target.c_str());
+    complain("copied {} to {}", path, target.string());
     return name;
 }
 

@@ -68,7 +68,7 @@ TEST(ClassifyHand, SharesOfStartingHands) {
     const auto share = [&](HandClass hand) { return counts[static_cast<size_t>(hand)] / 1326.0; };
     EXPECT_NEAR(share(HandClass::strong), 0.11, 0.01);
     EXPECT_NEAR(share(HandClass::good), 0.14, 0.01);
-    EXPECT_NEAR(share(HandClass::fair), 0.22, 0.01);
+    EXPECT_NEAR(share(HandClass::fair), 0.25, 0.01);
 }
 
 TEST(ClassifyHand, AfterTheFlop) {
