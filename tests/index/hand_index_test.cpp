@@ -200,7 +200,7 @@ TEST(HandIndex, HoleCardsAreThirteenPairsAnd78SuitedAnd78Not) {
     for (uint8_t a = 0; a < 52; ++a)
         for (uint8_t b = 0; b < a; ++b) {
             const uint8_t cards[] = {a, b};
-            ++hands[hand_index_last(&owned.indexer, cards)];
+            ++hands.at(hand_index_last(&owned.indexer, cards));
         }
     EXPECT_EQ(std::count(hands.begin(), hands.end(), 6), 13);
     EXPECT_EQ(std::count(hands.begin(), hands.end(), 4), 78);
