@@ -134,7 +134,9 @@ public:
             Player& player = players.emplace_back();
             player.name = std::string(1, static_cast<char>('a' + i));
             player.connection.emplace(links_.back()->dealerEnd);
-            threads_.emplace_back([this, i, turn = turns[i]] { run(i, turn); });
+            // The thread is given its link: the list of links still grows under it.
+            Client& client = links_.back()->client;
+            threads_.emplace_back([this, i, &client, turn = turns[i]] { run(i, client, turn); });
         }
     }
     ~FakeTable() { finish(); }
@@ -158,8 +160,7 @@ public:
     std::vector<Player> players;
 
 private:
-    void run(size_t index, const Turn& turn) {
-        Client& client = links_[index]->client;
+    void run(size_t index, Client& client, const Turn& turn) {
         int turns = 0;
         for (std::string line; !(line = client.readLine()).empty();) {
             states_[index].push_back(line);
