@@ -4,8 +4,9 @@ namespace tamarin {
 
 const std::vector<AddCommand>& allCommands() {
     static const std::vector<AddCommand> commands = {
-        addMatchCommand, addBotCommand,    addPrepareCommand, addTrainCommand, addExploitCommand,
-        addShowCommand,  addEquityCommand, addRankCommand,    addIndexCommand, addTablesCommand,
+        addMatchCommand,   addBotCommand,    addPrepareCommand, addTrainCommand,
+        addExploitCommand, addShowCommand,   addEquityCommand,  addRankCommand,
+        addIndexCommand,   addTablesCommand, addVerifyCommand,
     };
     return commands;
 }

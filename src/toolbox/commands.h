@@ -15,6 +15,7 @@ void addEquityCommand(CLI::App& app, int& status);
 void addRankCommand(CLI::App& app, int& status);
 void addIndexCommand(CLI::App& app, int& status);
 void addTablesCommand(CLI::App& app, int& status);
+void addVerifyCommand(CLI::App& app, int& status);
 
 // Every command, in the order in which --help lists them.
 const std::vector<AddCommand>& allCommands();

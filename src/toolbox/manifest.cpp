@@ -1,6 +1,7 @@
 #include "toolbox/manifest.h"
 
 #include "support/file.h"
+#include "support/util.h"
 
 #include <algorithm>
 #include <ctime>
@@ -63,6 +64,30 @@ Status recordFiles(const std::string& directory, const std::vector<ManifestEntry
             *old = record;
     }
     return writeWholeFile(path, Json{{"files", files}}.dump(2) + '\n');
+}
+
+Result<std::vector<std::string>> compareWithManifest(const std::string& directory,
+                                                     std::vector<std::string>& good) {
+    const std::string path = directory + "/manifest.json";
+    if (!file_exist(path))
+        return Error{"there is no " + path};
+    std::vector<std::string> differences;
+    for (const Json& record : filesIn(path)) {
+        const std::string name = record.is_object() ? record.value("name", "") : "";
+        const std::string file = directory + '/' + name;
+        if (name.empty() || !file_exist(file))
+            continue;
+        const auto hash = hashOfFile(file);
+        const std::string wanted = record.value("xxh3", "");
+        if (!hash)
+            differences.push_back(hash.error());
+        else if (*hash != wanted)
+            differences.push_back(file + ": its hash is " + *hash + ", not " + wanted +
+                                  " as in the manifest");
+        else
+            good.push_back(name);
+    }
+    return differences;
 }
 
 } // namespace tamarin

@@ -22,6 +22,11 @@ struct ManifestEntry {
 // read is replaced.
 Status recordFiles(const std::string& directory, const std::vector<ManifestEntry>& entries);
 
+// What differs from the manifest, a line each; the names of the files that do not differ go to
+// good. Files that are not there any more are left out. An error when there is no manifest.
+Result<std::vector<std::string>> compareWithManifest(const std::string& directory,
+                                                     std::vector<std::string>& good);
+
 // The XXH3 hash of a file's bytes, 16 hexadecimal digits.
 Result<std::string> hashOfFile(const std::string& path);
 

@@ -1,14 +1,18 @@
 // tamarin tables: makes the tables below lookup/ that a player needs, exactly and only once.
-#include "eval/hand_value.h"
-#include "eval/seven_card_files.h"
-#include "eval/seven_card_table.h"
+#include "abstraction/EquityTables.h"
 #include "support/clock.h"
+#include "support/file.h"
 #include "support/interrupt.h"
 #include "support/progress.h"
+#include "support/resources.h"
+#include "support/rng.h"
+#include "tables/table_builder.h"
+#include "tables/table_check.h"
 #include "toolbox/commands.h"
-#include "toolbox/resources.h"
+#include "toolbox/manifest.h"
+#include "toolbox/table_report.h"
 
-#include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -19,136 +23,240 @@ namespace {
 struct Options {
     std::vector<std::string> only;
     std::string directory = ".";
+    std::string memory;
+    uint64_t seed = 1;
     int threads = 0;
     bool force = false;
     bool dryRun = false;
+    bool sampled = false;
+    bool verify = false;
     bool json = false;
     bool quiet = false;
 };
 
-// What can be asked for by name. Each entry makes one group of files.
-struct TableGroup {
-    const char* name;
-    const char* what;
-    uint64_t bytes;  // of its files
-    uint64_t memory; // while it is made
-    double seconds;  // on two cores, roughly
-};
-
-constexpr uint64_t denseRankBytes = handValueCount * sizeof(int32_t);
-constexpr TableGroup groups[] = {
-    {"tpt", "the seven-card table and its ranks", sevenCardBytes + denseRankBytes,
-     sevenCardBytes + (uint64_t{64} << 20), 1.0},
-};
+constexpr const char* states[] = {"good", "missing", "wrong size"};
 
 std::string groupNames() {
     std::string names;
-    for (const TableGroup& group : groups)
-        names += (names.empty() ? "" : ", ") + std::string(group.name);
+    for (int g = 0; g < tableGroups; ++g)
+        names += (g == 0 ? "" : ", ") + std::string(nameOf(static_cast<TableGroup>(g)));
     return names;
 }
 
-bool isWanted(const Options& options, const TableGroup& group) {
-    return options.only.empty() ||
-           std::find(options.only.begin(), options.only.end(), group.name) != options.only.end();
+std::vector<TableGroup> groupsOf(const Options& options) {
+    std::vector<TableGroup> groups;
+    for (const std::string& name : options.only) {
+        bool known = false;
+        for (int g = 0; g < tableGroups; ++g)
+            if (name == nameOf(static_cast<TableGroup>(g))) {
+                groups.push_back(static_cast<TableGroup>(g));
+                known = true;
+            }
+        if (!known)
+            throw UsageError(
+                fmt::format("there is no table '{}'; the tables are: {}", name, groupNames()));
+    }
+    return groups;
 }
 
-// "missing", "good" or what is wrong with the group's worst file.
-Result<std::string> stateOf(const std::string& lookup) {
-    for (const auto& check :
-         {checkSevenCardFile(lookup + "/tpt"), checkDenseRankFile(lookup + "/tpt.indexes")}) {
-        if (!check)
-            return Error{check.error()};
-        if (check->state == TableFileState::missing)
-            return std::string("missing");
-        if (check->state == TableFileState::bad)
-            return check->problem;
-    }
-    return std::string("good");
+uint64_t memoryLimit(const Options& options) {
+    if (options.memory.empty())
+        return 0;
+    CLI::AsSizeValue parse(false);
+    std::string text = options.memory;
+    const std::string problem = parse(text);
+    if (!problem.empty())
+        throw UsageError(fmt::format("--memory {}: give a size such as 2GB", options.memory));
+    return std::stoull(text);
 }
 
 // The plan, and nothing done.
-int plan(const Options& options, const std::string& lookup) {
-    auto list = nlohmann::ordered_json::array();
-    for (const TableGroup& group : groups) {
-        if (!isWanted(options, group))
-            continue;
-        const auto state = stateOf(lookup);
-        if (!state)
-            return fail(state.error());
-        const bool make = options.force || *state != "good";
-        list.push_back({{"name", group.name},
-                        {"state", *state},
-                        {"make", make},
-                        {"diskBytes", make ? group.bytes : 0},
-                        {"memoryBytes", make ? group.memory : 0},
-                        {"seconds", make ? group.seconds : 0}});
-        if (!options.json)
-            fmt::print("{}: {}; {}\n", group.name, *state,
-                       make ? fmt::format("would make {}: {} of disk, {} of memory, about {}",
-                                          group.what, describeBytes(group.bytes),
-                                          describeBytes(group.memory),
-                                          describeDuration(group.seconds))
-                            : "nothing to do");
-    }
-    if (options.json)
+int showPlan(const Options& options, const TablePlan& plan) {
+    const std::string lookup = inDirectory(options.directory, "lookup");
+    auto files = nlohmann::ordered_json::array();
+    for (const PlannedTable& table : plan.tables)
+        files.push_back({{"file", inDirectory(options.directory, table.file->path)},
+                         {"state", states[static_cast<size_t>(table.state)]},
+                         {"make", table.make},
+                         {"bytes", table.file->bytes}});
+    if (options.json) {
         printJson({{"directory", lookup},
+                   {"diskBytes", plan.disk},
                    {"freeDiskBytes", freeDisk(lookup)},
+                   {"memoryBytes", plan.memory},
                    {"availableMemoryBytes", availableMemory()},
-                   {"tables", list}});
+                   {"seconds", plan.seconds},
+                   {"tables", files}});
+        return exitDone;
+    }
+    for (const PlannedTable& table : plan.tables)
+        if (table.state == TableState::wrongSize)
+            fmt::print("{} has {} bytes, not {}; would make it anew\n",
+                       inDirectory(options.directory, table.file->path), table.bytesThere,
+                       table.file->bytes);
+    for (int g = 0; g < tableGroups; ++g) {
+        const auto group = static_cast<TableGroup>(g);
+        size_t make = 0;
+        size_t all = 0;
+        for (const PlannedTable& table : plan.tables)
+            if (table.file->group == group) {
+                ++all;
+                make += table.make;
+            }
+        if (all == 0)
+            continue;
+        fmt::print("{}: {}\n", nameOf(group),
+                   make == 0
+                       ? std::string("nothing to do")
+                       : fmt::format("would make {} of {} files, {}: {} of disk, {} of "
+                                     "memory, about {}",
+                                     make, all, describe(group), describeBytes(diskOf(plan, group)),
+                                     describeBytes(memoryOf(group)),
+                                     describeDuration(secondsOf(plan, group))));
+    }
+    if (!plan.nothingToDo())
+        fmt::print("in all {} of disk ({} free), {} of memory ({} available), about {} on two "
+                   "cores\n",
+                   describeBytes(plan.disk), describeBytes(freeDisk(lookup)),
+                   describeBytes(plan.memory), describeBytes(availableMemory()),
+                   describeDuration(plan.seconds));
     return exitDone;
 }
 
-int makeTables(const Options& options) {
-    for (const std::string& name : options.only)
-        if (std::none_of(std::begin(groups), std::end(groups),
-                         [&](const TableGroup& group) { return name == group.name; }))
-            throw UsageError(
-                fmt::format("there is no table '{}'; the tables are: {}", name, groupNames()));
-    const std::string lookup = options.directory + "/lookup";
-    if (options.dryRun)
-        return plan(options, lookup);
+// One progress display after another, one a step.
+class StepProgress {
+public:
+    explicit StepProgress(bool quiet) : quiet_(quiet) {}
+    ~StepProgress() { end(); }
 
-    auto list = nlohmann::ordered_json::array();
-    for (const TableGroup& group : groups) {
-        if (!isWanted(options, group))
-            continue;
-        const auto state = stateOf(lookup);
-        if (!state)
-            return fail(state.error());
-        if (options.force || *state != "good")
-            if (Status enough = checkResources(group.memory, group.bytes, lookup); !enough)
-                return fail(enough.error());
-        const TimePoint start = steadyClock().now();
-        std::optional<Progress> progress;
-        const auto built =
-            buildSevenCardFiles(lookup, options.force, options.threads, [&](uint64_t rows) {
-                if (options.quiet)
-                    return;
-                if (!progress)
-                    progress.emplace("Computing the seven-card table", "rows", sevenCardStates);
-                progress->update(rows);
-            });
-        if (!built) {
-            complain(built.error());
-            return interrupted() ? interruptStatus() : exitFailed;
+    void at(const std::string& step, uint64_t done, uint64_t total) {
+        if (quiet_)
+            return;
+        if (step != step_ || !shown_) {
+            end();
+            step_ = step;
+            shown_.emplace(step, "", total);
         }
-        if (progress)
-            progress->finish(sevenCardStates);
-        const std::string time = describeDuration(seconds(steadyClock().now() - start));
-        const auto addFile = [&](const std::string& file, uint64_t bytes, bool made) {
-            list.push_back({{"file", lookup + "/" + file}, {"bytes", bytes}, {"made", made}});
-            if (!options.json)
-                fmt::print("{}/{}: {} ({})\n", lookup, file, made ? "made" : "good already",
-                           describeBytes(bytes));
-        };
-        addFile("tpt", sevenCardBytes, built->madeTable);
-        addFile("tpt.indexes", denseRankBytes, built->madeRanks);
-        if (!options.json && (built->madeTable || built->madeRanks))
-            fmt::print("made in {}\n", time);
+        done_ = std::max(done_, done);
+        total_ = total;
+        shown_->update(done_);
     }
-    if (options.json)
-        printJson({{"directory", lookup}, {"tables", list}});
+    void line(const std::string& text) {
+        end();
+        if (!quiet_)
+            fmt::print(stderr, "{}\n", text);
+    }
+
+private:
+    void end() {
+        if (shown_)
+            shown_->finish(total_);
+        shown_.reset();
+        done_ = 0;
+    }
+
+    bool quiet_;
+    std::string step_;
+    std::optional<Progress> shown_;
+    uint64_t done_ = 0;
+    uint64_t total_ = 0;
+};
+
+// The road that EquityTables walks by itself: equities by sampling. It draws from the process-wide
+// engine and works in the working directory.
+int sample(const Options& options) {
+    const auto home = std::filesystem::current_path();
+    std::filesystem::current_path(options.directory);
+    if (Status made = makeDirectories("lookup"); !made)
+        return fail(made.error());
+    global_urng().seed(static_cast<uint32_t>(options.seed % 2147483647));
+    EquityTables tables;
+    tables.load();
+    std::filesystem::current_path(home);
+    return exitDone;
+}
+
+// How a group's files were made, and what from.
+ManifestEntry entryOf(const TableFile& file, uint64_t seed) {
+    const std::string name = std::filesystem::path(file.path).filename().string();
+    switch (file.group) {
+    case TableGroup::sevenCards:
+        return {name, "generated", "the rules"};
+    case TableGroup::equities:
+        return {name, "counted exactly", "the rules"};
+    case TableGroup::clusters:
+        return {name, "cut into 101 clusters", "the equities"};
+    case TableGroup::utilities:
+        return {name, fmt::format("trained and sampled with seed {}", seed), "the clusters"};
+    case TableGroup::holdem:
+        return {name, "cut into 10 buckets", "the utilities and equities"};
+    }
+    return {};
+}
+
+void writeManifest(const Options& options, const BuildReport& report) {
+    std::vector<ManifestEntry> entries;
+    for (const BuiltTable& table : report.tables)
+        if (table.made)
+            entries.push_back(entryOf(*table.file, options.seed));
+    if (entries.empty())
+        return;
+    if (Status written = recordFiles(inDirectory(options.directory, "lookup"), entries); !written)
+        complain("no manifest: {}", written.error());
+}
+
+int makeTables(const Options& options) {
+    BuildOptions build;
+    build.directory = options.directory;
+    build.groups = groupsOf(options);
+    build.force = options.force;
+    build.threads = options.threads;
+    build.seed = options.seed;
+    build.memory = memoryLimit(options);
+    if (options.dryRun)
+        return showPlan(options, planTables(build.directory, build.groups, build.force));
+    if (options.verify)
+        return reportTables(options.directory, options.seed, options.threads, options.json,
+                            options.quiet);
+    if (options.sampled)
+        if (const int status = sample(options); status != exitDone)
+            return status;
+
+    StepProgress progress(options.quiet);
+    build.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
+        progress.at(step, done, total);
+    };
+    build.log = [&](const std::string& line) { progress.line(line); };
+    build.stop = [] { return interrupted(); };
+    const TimePoint start = steadyClock().now();
+    const auto built = buildTables(build);
+    if (!built) {
+        if (interrupted()) {
+            progress.line("stopped; what is done is kept, and the same command goes on from there");
+            return interruptStatus();
+        }
+        return fail(built.error());
+    }
+    progress.line(fmt::format("all in {}", describeDuration(seconds(steadyClock().now() - start))));
+    writeManifest(options, *built);
+
+    auto files = nlohmann::ordered_json::array();
+    for (const BuiltTable& table : built->tables) {
+        const std::string path = inDirectory(options.directory, table.file->path);
+        files.push_back({{"file", path}, {"bytes", table.file->bytes}, {"made", table.made}});
+        if (!options.json)
+            fmt::print("{}: {} ({})\n", path, table.made ? "made" : "good already",
+                       describeBytes(table.file->bytes));
+    }
+    if (options.json) {
+        auto steps = nlohmann::ordered_json::array();
+        for (const BuildReport::Step& step : built->steps)
+            steps.push_back(
+                {{"name", nameOf(step.group)}, {"seconds", step.seconds}, {"bytes", step.bytes}});
+        printJson({{"directory", inDirectory(options.directory, "lookup")},
+                   {"steps", steps},
+                   {"tables", files}});
+    }
     return exitDone;
 }
 
@@ -157,20 +265,29 @@ int makeTables(const Options& options) {
 void addTablesCommand(CLI::App& app, int& status) {
     auto options = std::make_shared<Options>();
     CLI::App& command = addCommand(
-        app, "tables", "Make the tables below lookup/ that are missing or bad",
+        app, "tables", "Make the tables below lookup/ that are missing",
         "tamarin tables --dir run\n"
-        "  tamarin tables --only tpt --dry-run\n\n"
-        "A file that is good already is left alone. One of the wrong size or content is kept as\n"
-        "NAME.bad and made anew. Every file appears whole or not at all.");
+        "  tamarin tables --only equity,clusters --dry-run\n\n"
+        "A file that is there is left alone, unless it is of the wrong size: that one is kept as\n"
+        "NAME.bad and made anew. Every file appears whole or not at all, so a run that was "
+        "stopped\n"
+        "goes on where it was. What a wanted table is made from is made, too.");
     command
         .add_option("--only", options->only,
                     "Make only these, separated by commas: " + groupNames())
         ->delimiter(',')
         ->type_name("NAMES");
     addDirectoryOption(command, options->directory);
-    command.add_flag("--force", options->force, "Make them even when they are good");
+    command.add_flag("--force", options->force, "Make them even when they are there");
     command.add_flag("--dry-run", options->dryRun,
                      "Say what would be made, and the disk, memory and time it takes");
+    command.add_flag("--verify", options->verify,
+                     "Make nothing; check sizes, hashes, ranges and random entries");
+    command.add_flag("--sampled", options->sampled,
+                     "Sample missing equities by 1,000 deals a hand; takes months, for comparison");
+    command.add_option("--memory", options->memory, "Memory to take at most, such as 1GB")
+        ->type_name("SIZE");
+    addSeedOption(command, options->seed);
     addThreadsOption(command, options->threads);
     addJsonOption(command, options->json);
     addQuietOption(command, options->quiet);

@@ -36,11 +36,13 @@ const RoomUses& allowedUses() {
         {"eval", {"support", "game"}},
         {"abstraction", {"support", "index", "game", "eval"}},
         {"solver", {"support", "game", "abstraction"}},
-        {"driver", {"support", "index", "game", "eval", "abstraction", "solver"}},
+        {"tables", {"support", "index", "game", "eval", "abstraction", "solver"}},
+        {"driver", {"support", "index", "game", "eval", "abstraction", "solver", "tables"}},
         {"bots", {"support", "game", "driver"}},
         {"dealer", {"support", "game"}},
         {"toolbox",
-         {"support", "index", "game", "eval", "abstraction", "solver", "driver", "bots", "dealer"}},
+         {"support", "index", "game", "eval", "abstraction", "solver", "tables", "driver", "bots",
+          "dealer"}},
     };
     return uses;
 }

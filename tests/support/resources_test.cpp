@@ -1,4 +1,4 @@
-#include "toolbox/resources.h"
+#include "support/resources.h"
 
 #include <gtest/gtest.h>
 

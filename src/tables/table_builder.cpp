@@ -1,0 +1,123 @@
+#include "tables/table_builder.h"
+
+#include "abstraction/table_names.h"
+#include "abstraction/table_store.h"
+#include "eval/seven_card_files.h"
+#include "eval/seven_card_generator.h"
+#include "support/clock.h"
+#include "support/file.h"
+#include "support/interrupt.h"
+#include "support/lock.h"
+#include "support/progress.h"
+#include "support/resources.h"
+#include "tables/build_steps.h"
+
+namespace tamarin {
+
+namespace {
+
+Status checkMemory(const BuildOptions& options, const TablePlan& plan) {
+    uint64_t memory = plan.memory;
+    if (options.memory != 0) {
+        const uint64_t least =
+            diskOf(plan, TableGroup::equities) != 0 ? leastEquityMemory() : plan.memory;
+        if (options.memory < std::min(least, plan.memory))
+            return Error{"this needs " + describeBytes(std::min(least, plan.memory)) +
+                         " of memory at least, more than the " + describeBytes(options.memory) +
+                         " allowed"};
+        memory = std::min(memory, options.memory);
+    }
+    return checkResources(memory, plan.disk, inDirectory(options.directory, lookupDirectory));
+}
+
+Status buildSevenCards(const BuildOptions& options, const Work& work) {
+    const auto built = buildSevenCardFiles(
+        inDirectory(options.directory, lookupDirectory),
+        options.force && options.groups.size() == 1, work.threads, [&](uint64_t rows) {
+            if (options.progress)
+                options.progress("Computing the seven-card table", rows, sevenCardStates);
+        });
+    return built ? Status() : Status(Error{built.error()});
+}
+
+Status buildGroup(TableGroup group, const BuildOptions& options, const Work& work,
+                  const Files& files) {
+    switch (group) {
+    case TableGroup::sevenCards:
+        return buildSevenCards(options, work);
+    case TableGroup::equities:
+        return buildEquities(options, work, files);
+    case TableGroup::clusters:
+        return buildClusters(options, work, files);
+    case TableGroup::utilities:
+        return buildUtilities(options, work, files);
+    case TableGroup::holdem:
+        return buildHoldem(options, work, files);
+    }
+    return {};
+}
+
+Result<FileLock> lockTables(const BuildOptions& options) {
+    const std::string lookup = inDirectory(options.directory, lookupDirectory);
+    if (Status made = makeDirectories(lookup); !made)
+        return Error{made.error()};
+    const std::string path = lookup + "/.lock";
+    auto lock = FileLock::take(path);
+    if (lock)
+        return lock;
+    if (options.log)
+        options.log("waiting: " + lock.error());
+    return FileLock::wait(path, [] { return !interrupted(); });
+}
+
+BuildReport reportOf(const TablePlan& plan) {
+    BuildReport report;
+    for (const PlannedTable& table : plan.tables)
+        report.tables.push_back({table.file, table.make});
+    return report;
+}
+
+} // namespace
+
+Result<BuildReport> buildTables(const BuildOptions& options) {
+    TablePlan plan = planTables(options.directory, options.groups, options.force);
+    if (plan.nothingToDo())
+        return reportOf(plan);
+    if (Status enough = checkMemory(options, plan); !enough)
+        return Error{enough.error()};
+    const auto lock = lockTables(options);
+    if (!lock)
+        return Error{lock.error()};
+    // Another builder may have done it all meanwhile.
+    plan = planTables(options.directory, options.groups, options.force);
+
+    Work work;
+    work.threads = options.threads;
+    work.stop = options.stop;
+    BuildReport report = reportOf(plan);
+    for (int g = 0; g < tableGroups; ++g) {
+        const auto group = static_cast<TableGroup>(g);
+        Files files;
+        for (const PlannedTable& table : plan.tables)
+            if (table.make && table.file->group == group) {
+                files.push_back(table.file);
+                // The seven-card table's builder sets its own bad files aside.
+                if (table.state == TableState::wrongSize && group != TableGroup::sevenCards)
+                    usableFile(inDirectory(options.directory, table.file->path), table.file->bytes);
+            }
+        if (files.empty())
+            continue;
+        const TimePoint start = steadyClock().now();
+        if (Status built = buildGroup(group, options, work, files); !built)
+            return Error{built.error()};
+        report.steps.push_back({group, seconds(steadyClock().now() - start), diskOf(plan, group)});
+        if (options.log)
+            options.log(std::string("made ") + describe(group) + ": " +
+                        std::to_string(files.size()) + " files, " +
+                        describeBytes(report.steps.back().bytes) + ", in " +
+                        describeDuration(report.steps.back().seconds));
+    }
+    return report;
+}
+
+} // namespace tamarin

@@ -1,0 +1,58 @@
+// The table builder: whatever is missing below lookup/, made exactly and in dependency order.
+//
+// Seven-card table, equities, clusters, utilities, hold'em tables; minutes where the plain road of
+// EquityTables takes months. Each file appears whole or not at all, so work that was stopped, in
+// whatever way, goes on with the file it was at and ends in the same bytes: they depend on the seed
+// (of the utilities, which are sampled) and on nothing else, not even on the number of threads.
+// Builders in one directory wait for each other. A file of the wrong size is moved to NAME.bad and
+// made again.
+//
+// The auxiliary games are read from the directory where they lie there, else they are the built-in
+// ones. A person's numbers of iterations and samples are those of EquityTables::loadUtility; each
+// round's training, and each block of 4,096 hands in sampling, draws from an engine of its own.
+#pragma once
+
+#include "support/result.h"
+#include "tables/table_plan.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tamarin {
+
+struct BuildOptions {
+    std::string directory = ".";    // the playing directory
+    std::vector<TableGroup> groups; // wanted; all when empty
+    bool force = false;             // make the wanted ones even when they are there
+    int threads = 0;                // 0: all cores
+    uint64_t seed = 1;              // of the utilities
+    uint64_t memory = 0;            // bytes that may be taken; 0: as much as is useful
+    uint64_t trainingIterations = 100'000;
+
+    // Told what is going on, on the calling thread; none need be given.
+    std::function<void(const std::string& step, uint64_t done, uint64_t total)> progress;
+    std::function<void(const std::string& line)> log;
+    // Asked often, on any thread; true stops the work. The error is then "stopped".
+    std::function<bool()> stop;
+};
+
+struct BuiltTable {
+    const TableFile* file;
+    bool made; // else it was there
+};
+struct BuildReport {
+    struct Step {
+        TableGroup group;
+        double seconds;
+        uint64_t bytes;
+    };
+    std::vector<Step> steps; // those that did something
+    std::vector<BuiltTable> tables;
+};
+
+// Refuses at once what there is too little memory or disk for.
+Result<BuildReport> buildTables(const BuildOptions& options);
+
+} // namespace tamarin

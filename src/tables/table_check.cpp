@@ -1,0 +1,253 @@
+#include "tables/table_check.h"
+
+#include "abstraction/boards.h"
+#include "abstraction/quantise.h"
+#include "abstraction/river_sweep.h"
+#include "abstraction/round_indexers.h"
+#include "abstraction/table_names.h"
+#include "eval/seven_card_files.h"
+#include "eval/seven_card_table.h"
+#include "support/file.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+#include <memory>
+#include <optional>
+#include <random>
+
+namespace tamarin {
+
+namespace {
+
+// Means of up to 47 equities are compared with one division of exact counts.
+constexpr double tolerance = 1e-12;
+// Nobody can win or lose more than the ante and one raise.
+constexpr double mostUtility = 2;
+
+template <class T>
+bool allWithin(std::span<const T> entries, T least, T most) {
+    return std::all_of(entries.begin(), entries.end(),
+                       [&](T entry) { return entry >= least && entry <= most; });
+}
+
+class Checker {
+public:
+    explicit Checker(const CheckOptions& options) : options_(options), random_(options.seed) {}
+
+    std::string problemOf(const TableFile& file) {
+        switch (file.group) {
+        case TableGroup::sevenCards:
+            return sevenCards(file);
+        case TableGroup::equities:
+            return equities(file);
+        case TableGroup::clusters:
+            return clusters(file);
+        case TableGroup::utilities: {
+            const auto entries = doubles(file.path, file.bytes);
+            return !entries.empty() && allWithin(entries, -mostUtility, mostUtility)
+                       ? ""
+                       : "holds a utility beyond what a hand can win or lose";
+        }
+        case TableGroup::holdem:
+            return holdem(file);
+        }
+        return "";
+    }
+
+private:
+    // The file's bytes; none when it cannot be mapped.
+    std::span<const std::byte> bytes(const std::string& path, uint64_t size) {
+        auto at = files_.find(path);
+        if (at == files_.end()) {
+            auto file = MappedFile::open(inDirectory(options_.directory, path), size);
+            if (!file)
+                return {};
+            at = files_.emplace(path, std::move(*file)).first;
+        }
+        return at->second.bytes();
+    }
+    std::span<const double> doubles(const std::string& path, uint64_t size) {
+        const auto all = bytes(path, size);
+        return {reinterpret_cast<const double*>(all.data()), all.size() / sizeof(double)};
+    }
+    std::span<const double> equitiesOf(int players, int round) {
+        return doubles(equityPath(players, round),
+                       roundSizes[static_cast<size_t>(round)] * sizeof(double));
+    }
+    TableRange range(const std::string& path, std::span<const double> entries) {
+        auto at = ranges_.find(path);
+        if (at == ranges_.end())
+            at = ranges_.emplace(path, rangeOf(entries, options_.threads)).first;
+        return at->second;
+    }
+
+    std::string sevenCards(const TableFile& file) const {
+        const std::string path = inDirectory(options_.directory, file.path);
+        const auto check =
+            file.path == sevenCardTablePath ? checkSevenCardFile(path) : checkDenseRankFile(path);
+        if (!check)
+            return check.error();
+        return check->state == TableFileState::bad ? check->problem : "";
+    }
+
+    std::string equities(const TableFile& file) {
+        const auto entries = equitiesOf(file.players, file.round);
+        if (entries.empty())
+            return "cannot be read";
+        if (!allWithin(entries, 0.0, 1.0))
+            return "holds an equity outside 0..1";
+        if (file.round == 0)
+            return preflop(file, entries);
+        const RoundIndexer indexer(file.round);
+        // A turn or flop hand stands on 46 or 47 others; a river hand costs a sweep.
+        for (int i = 0; i < options_.hands; ++i) {
+            const size_t index = random_() % entries.size();
+            uint8_t hand[7];
+            if (!hand_unindex(indexer.get(), 1, index, hand))
+                return "does not fit the hand index";
+            const std::optional<double> fresh = file.round == 3
+                                                    ? riverEquity(hand, file.players)
+                                                    : meanOfNext(hand, file.round, file.players);
+            if (fresh && !(std::abs(*fresh - entries[index]) <= tolerance))
+                return "is wrong at hand " + std::to_string(index) + ": " +
+                       std::to_string(entries[index]) + ", not " + std::to_string(*fresh);
+        }
+        return "";
+    }
+
+    double riverEquity(const uint8_t* hand, int players) {
+        if (!sevenCardTable_)
+            sevenCardTable_ =
+                std::make_unique<SevenCardTable>(SevenCardTable::generate(options_.threads));
+        std::array<RiverWins, riverHoles> wins;
+        sweepRiver(*sevenCardTable_, hand + 2, wins.data());
+        uint8_t left[deckCards];
+        const size_t count = cardsWithout(hand + 2, 5, left);
+        const auto position = [&](uint8_t card) {
+            return static_cast<size_t>(std::lower_bound(left, left + count, card) - left);
+        };
+        const RiverWins own = wins[holeNumber(position(std::min(hand[0], hand[1])),
+                                              position(std::max(hand[0], hand[1])))];
+        return players == 2 ? double(winsOverOne(own)) / riverDeals2
+                            : double(winsOverTwo(own)) / riverDeals3;
+    }
+
+    // Nothing when the next round's table is not there.
+    std::optional<double> meanOfNext(uint8_t* hand, int round, int players) {
+        const auto next = equitiesOf(players, round + 1);
+        if (next.empty())
+            return std::nullopt;
+        const RoundIndexer indexer(round + 1);
+        const int cards = 2 + roundBoardCards[static_cast<size_t>(round)];
+        uint8_t left[deckCards];
+        const size_t count = cardsWithout(hand, cards, left);
+        double sum = 0;
+        for (size_t i = 0; i < count; ++i) {
+            hand[cards] = left[i];
+            sum += next[hand_index_last(indexer.get(), hand)];
+        }
+        return sum / static_cast<double>(count);
+    }
+
+    // Every starting hand: the mean over all flops.
+    std::string preflop(const TableFile& file, std::span<const double> entries) {
+        const auto flop = equitiesOf(file.players, 1);
+        if (flop.empty())
+            return "";
+        const RoundIndexer preflopIndexer(0);
+        const RoundIndexer flopIndexer(1);
+        const BoardSet flops(3);
+        std::array<double, roundSizes[0]> sum{};
+        std::array<double, roundSizes[0]> weight{};
+        uint8_t hand[5];
+        for (size_t b = 0; b < flops.size(); ++b) {
+            std::copy_n(flops.board(b), 3, hand + 2);
+            uint8_t left[deckCards];
+            const size_t count = cardsWithout(flops.board(b), 3, left);
+            for (size_t high = 1; high < count; ++high)
+                for (size_t low = 0; low < high; ++low) {
+                    hand[0] = left[low];
+                    hand[1] = left[high];
+                    const size_t index = hand_index_last(preflopIndexer.get(), hand);
+                    sum[index] +=
+                        flops.multiplicity(b) * flop[hand_index_last(flopIndexer.get(), hand)];
+                    weight[index] += flops.multiplicity(b);
+                }
+        }
+        for (size_t i = 0; i < sum.size(); ++i)
+            if (!(std::abs(sum[i] / weight[i] - entries[i]) <= 1e-10))
+                return "is wrong at hand " + std::to_string(i);
+        return "";
+    }
+
+    std::string clusters(const TableFile& file) {
+        const auto entries = bytes(file.path, file.bytes);
+        if (entries.empty())
+            return "cannot be read";
+        if (!allWithin(entries, std::byte{0}, std::byte{clusterClasses}))
+            return "holds a cluster above 100";
+        const auto equity = equitiesOf(file.players, file.round);
+        if (equity.empty())
+            return "";
+        const TableRange reach = range(equityPath(file.players, file.round), equity);
+        for (int i = 0; i < options_.hands; ++i) {
+            const size_t index = random_() % entries.size();
+            if (std::to_integer<uint8_t>(entries[index]) !=
+                classOf(equity[index], reach, clusterClasses))
+                return "is wrong at hand " + std::to_string(index);
+        }
+        return "";
+    }
+
+    std::string holdem(const TableFile& file) {
+        const auto entries = bytes(file.path, file.bytes);
+        if (entries.empty())
+            return "cannot be read";
+        if (!allWithin(entries, std::byte{0}, std::byte{holdemBuckets - 1}))
+            return "holds a bucket above 9";
+        const auto equity = equitiesOf(file.players, file.round);
+        const std::string utilityFile = utilityPath(2, file.round, utilitySeatOf(file.seat));
+        const auto utility = doubles(utilityFile, file.bytes * sizeof(double));
+        if (equity.empty() || utility.empty())
+            return "";
+        const TableRange equityRange = range(equityPath(file.players, file.round), equity);
+        const TableRange utilityRange = range(utilityFile, utility);
+        for (int i = 0; i < options_.hands; ++i) {
+            const size_t index = random_() % entries.size();
+            const int bucket = 5 * classOf(utility[index], utilityRange, holdemUtilityClasses) +
+                               classOf(equity[index], equityRange, holdemEquityClasses);
+            if (std::to_integer<int>(entries[index]) != bucket)
+                return "is wrong at hand " + std::to_string(index);
+        }
+        return "";
+    }
+
+    const CheckOptions& options_;
+    std::mt19937_64 random_;
+    std::unique_ptr<SevenCardTable> sevenCardTable_;
+    std::map<std::string, MappedFile> files_;
+    std::map<std::string, TableRange> ranges_;
+};
+
+} // namespace
+
+std::vector<CheckedTable> checkTables(const CheckOptions& options) {
+    std::vector<CheckedTable> checked;
+    Checker checker(options);
+    for (const PlannedTable& table : planTables(options.directory, {}, false).tables) {
+        CheckedTable result{table.file, table.state, ""};
+        if (options.progress)
+            options.progress(table.file->path);
+        if (table.state == TableState::wrongSize)
+            result.problem = "has " + std::to_string(table.bytesThere) + " bytes, not " +
+                             std::to_string(table.file->bytes);
+        else if (table.state == TableState::good)
+            result.problem = checker.problemOf(*table.file);
+        checked.push_back(std::move(result));
+    }
+    return checked;
+}
+
+} // namespace tamarin

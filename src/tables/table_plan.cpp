@@ -1,0 +1,170 @@
+#include "tables/table_plan.h"
+
+#include "abstraction/equity_counts.h"
+#include "abstraction/table_names.h"
+#include "eval/hand_value.h"
+#include "eval/seven_card_table.h"
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <sys/stat.h>
+
+namespace tamarin {
+
+namespace {
+
+constexpr uint64_t working = uint64_t{64} << 20; // buffers, indexers and the program
+
+struct GroupFacts {
+    const char* name;
+    const char* what;
+    uint64_t memory;
+    double secondsPerGigabyte; // of its files, on two cores of 2020's make, disk included
+    double seconds;            // besides
+};
+
+constexpr std::array<GroupFacts, tableGroups> facts{{
+    {"tpt", "the seven-card table and its ranks", sevenCardBytes + working, 4, 1},
+    {"equity", "equities against one and two opponents",
+     boardClasses[2] * riverHoles * 4 + boardClasses[1] * numHoles(48) * 8 +
+         boardClasses[0] * numHoles(49) * 8 + roundSizes[3] * 4 + working,
+     6, 3},
+    {"clusters", "clusters of equity", roundSizes[3] + working, 10, 1},
+    {"utility", "utilities in the auxiliary games", roundSizes[3] + 2 * working, 35, 40},
+    {"holdem", "hold'em buckets", roundSizes[3] + working, 10, 1},
+}};
+
+const GroupFacts& factsOf(TableGroup group) {
+    return facts[static_cast<size_t>(group)];
+}
+
+std::vector<TableFile> makeList() {
+    std::vector<TableFile> list;
+    list.push_back({TableGroup::sevenCards, sevenCardTablePath, sevenCardBytes});
+    list.push_back(
+        {TableGroup::sevenCards, denseRankTablePath, uint64_t{handValueCount} * sizeof(int32_t)});
+    for (int round = 0; round < holdemRounds; ++round)
+        for (int players = 2; players <= 3; ++players)
+            list.push_back({TableGroup::equities, equityPath(players, round),
+                            roundSizes[size_t(round)] * sizeof(double), players, round});
+    for (int round = 0; round < holdemRounds; ++round)
+        for (int players = 2; players <= 3; ++players)
+            list.push_back({TableGroup::clusters, clusterPath(players, round),
+                            roundSizes[size_t(round)], players, round});
+    for (int round = 0; round < holdemRounds; ++round)
+        for (int seat = 0; seat < 2; ++seat)
+            list.push_back({TableGroup::utilities, utilityPath(2, round, seat),
+                            roundSizes[size_t(round)] * sizeof(double), 2, round, seat});
+    for (int players = 2; players <= 3; ++players)
+        for (int round = 0; round < holdemRounds; ++round)
+            for (int seat = 0; seat < players; ++seat)
+                list.push_back({TableGroup::holdem, holdemPath(players, round, seat),
+                                roundSizes[size_t(round)], players, round, seat});
+    return list;
+}
+
+// Whether made is made from source.
+bool needs(const TableFile& made, const TableFile& source) {
+    const bool sameRound = made.round == source.round && made.players == source.players;
+    switch (made.group) {
+    case TableGroup::sevenCards:
+        return false;
+    case TableGroup::equities:
+        return source.path == sevenCardTablePath;
+    case TableGroup::clusters:
+        return source.group == TableGroup::equities && sameRound;
+    case TableGroup::utilities:
+        return (source.group == TableGroup::equities || source.group == TableGroup::clusters) &&
+               sameRound;
+    case TableGroup::holdem:
+        return (source.group == TableGroup::equities && sameRound) ||
+               (source.group == TableGroup::utilities && source.round == made.round &&
+                source.seat == utilitySeatOf(made.seat));
+    }
+    return false;
+}
+
+} // namespace
+
+const char* nameOf(TableGroup group) {
+    return factsOf(group).name;
+}
+const char* describe(TableGroup group) {
+    return factsOf(group).what;
+}
+
+const std::vector<TableFile>& allTables() {
+    static const std::vector<TableFile> list = makeList();
+    return list;
+}
+
+TablePlan planTables(const std::string& directory, const std::vector<TableGroup>& groups,
+                     bool force) {
+    const std::vector<TableFile>& files = allTables();
+    std::vector<PlannedTable> tables;
+    std::vector<bool> wanted;
+    for (const TableFile& file : files) {
+        PlannedTable table{&file, TableState::good, 0, false};
+        struct stat status = {};
+        if (stat(inDirectory(directory, file.path).c_str(), &status) != 0)
+            table.state = TableState::missing;
+        else if (S_ISREG(status.st_mode) && static_cast<uint64_t>(status.st_size) != file.bytes) {
+            table.state = TableState::wrongSize;
+            table.bytesThere = static_cast<uint64_t>(status.st_size);
+        }
+        wanted.push_back(groups.empty() ||
+                         std::find(groups.begin(), groups.end(), file.group) != groups.end());
+        table.make = wanted.back() && (force || table.state != TableState::good);
+        tables.push_back(table);
+    }
+    // Backwards, so that a need is known before the file it falls on is looked at.
+    for (size_t made = files.size(); made-- > 0;)
+        for (size_t source = 0; tables[made].make && source < made; ++source)
+            if (needs(files[made], files[source])) {
+                wanted[source] = true;
+                tables[source].make =
+                    tables[source].make || tables[source].state != TableState::good;
+            }
+
+    TablePlan plan;
+    for (size_t i = 0; i < files.size(); ++i) {
+        if (!wanted[i])
+            continue;
+        plan.tables.push_back(tables[i]);
+        if (tables[i].make)
+            plan.disk += files[i].bytes;
+    }
+    for (int g = 0; g < tableGroups; ++g) {
+        const auto group = static_cast<TableGroup>(g);
+        if (diskOf(plan, group) != 0)
+            plan.memory = std::max(plan.memory, memoryOf(group));
+        plan.seconds += secondsOf(plan, group);
+    }
+    return plan;
+}
+
+uint64_t diskOf(const TablePlan& plan, TableGroup group) {
+    uint64_t bytes = 0;
+    for (const PlannedTable& table : plan.tables)
+        if (table.make && table.file->group == group)
+            bytes += table.file->bytes;
+    return bytes;
+}
+
+uint64_t memoryOf(TableGroup group) {
+    return factsOf(group).memory;
+}
+
+double secondsOf(const TablePlan& plan, TableGroup group) {
+    const uint64_t disk = diskOf(plan, group);
+    return disk == 0 ? 0
+                     : factsOf(group).seconds +
+                           factsOf(group).secondsPerGigabyte * static_cast<double>(disk) * 1e-9;
+}
+
+std::string inDirectory(const std::string& directory, const std::string& path) {
+    return directory.empty() || directory == "." ? path : directory + "/" + path;
+}
+
+} // namespace tamarin

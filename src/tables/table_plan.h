@@ -1,0 +1,61 @@
+// Every table file below lookup/, what each is made from, and what is missing.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tamarin {
+
+// Groups of files in the order in which they are made: each needs some of the groups before it.
+enum class TableGroup : uint8_t { sevenCards, equities, clusters, utilities, holdem };
+inline constexpr int tableGroups = 5;
+
+// "tpt", "equity", "clusters", "utility", "holdem"
+const char* nameOf(TableGroup group);
+// "the seven-card table and its ranks"
+const char* describe(TableGroup group);
+
+struct TableFile {
+    TableGroup group;
+    std::string path; // "lookup/flop_2p"
+    uint64_t bytes;
+    int players = 0; // of the last three, where the group has them
+    int round = 0;
+    int seat = 0;
+};
+
+// All 46 files, in the order in which they are made.
+const std::vector<TableFile>& allTables();
+
+// A file as it lies in a playing directory.
+enum class TableState : uint8_t { good, missing, wrongSize };
+struct PlannedTable {
+    const TableFile* file;
+    TableState state;
+    uint64_t bytesThere = 0; // of a file of the wrong size
+    bool make;
+};
+
+struct TablePlan {
+    std::vector<PlannedTable> tables; // those asked for and those they need, in order
+    uint64_t disk = 0;                // bytes of what will be made
+    uint64_t memory = 0;              // the most that a step takes, mapped files not counted
+    double seconds = 0;               // on two cores, roughly
+    bool nothingToDo() const { return disk == 0; }
+};
+
+// What would be made. groups: those wanted, all when empty; a file that a missing one is made from
+// is made, too. force: make the wanted ones again. Looks at sizes only and changes nothing.
+TablePlan planTables(const std::string& directory, const std::vector<TableGroup>& groups,
+                     bool force);
+
+// The same for one group of a plan.
+uint64_t diskOf(const TablePlan& plan, TableGroup group);
+uint64_t memoryOf(TableGroup group);
+double secondsOf(const TablePlan& plan, TableGroup group);
+
+// directory + "/" + path; path alone for the working directory.
+std::string inDirectory(const std::string& directory, const std::string& path);
+
+} // namespace tamarin
