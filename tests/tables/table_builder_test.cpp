@@ -1,0 +1,151 @@
+#include "tables/table_builder.h"
+
+#include "abstraction/table_store.h"
+#include "support/file.h"
+#include "support/lock.h"
+#include "tables/later_rounds.h"
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+namespace tamarin::testing {
+namespace {
+
+class Builder : public PlayingDirectory {
+protected:
+    void SetUp() override {
+        PlayingDirectory::SetUp();
+        writeLaterRounds();
+        options.trainingIterations = 300;
+    }
+
+    static std::string contents(const std::string& path) {
+        const auto text = readWholeFile(path);
+        EXPECT_TRUE(text.ok());
+        return text.ok() ? *text : "";
+    }
+    static std::vector<std::string> made(const Result<BuildReport>& report) {
+        std::vector<std::string> paths;
+        EXPECT_TRUE(report.ok()) << report.error();
+        if (report)
+            for (const BuiltTable& table : report->tables)
+                if (table.made)
+                    paths.push_back(table.file->path);
+        return paths;
+    }
+    static std::string preflopUtilities() {
+        return contents(utilityPath(2, 0, 0)) + contents(utilityPath(2, 0, 1));
+    }
+
+    BuildOptions options;
+};
+
+TEST_F(Builder, MakesWhatIsMissingAndThenNothing) {
+    EXPECT_EQ(made(buildTables(options)).size(), 9U);
+    for (const TableFile& file : allTables())
+        EXPECT_TRUE(usableFile(file.path, file.bytes)) << file.path;
+    const std::string clusters = contents(clusterPath(2, 0));
+    for (size_t i = 0; i < clusters.size(); ++i)
+        EXPECT_EQ(static_cast<size_t>(clusters[i]), (i * 100 + 84) / 168) << i;
+    // Better hands are worth more, and the last two seats share their utilities.
+    const auto utility = MappedFile::open(utilityPath(2, 0, 0));
+    ASSERT_TRUE(utility.ok());
+    EXPECT_GT(utility->as<double>()[168], utility->as<double>()[0]);
+    EXPECT_EQ(contents(holdemPath(3, 0, 1)), contents(holdemPath(3, 0, 2)));
+    EXPECT_TRUE(made(buildTables(options)).empty());
+}
+
+TEST_F(Builder, BytesDependOnTheSeedAlone) {
+    options.groups = {TableGroup::utilities};
+    options.threads = 1;
+    made(buildTables(options));
+    const std::string first = preflopUtilities();
+    options.force = false;
+    for (int seat = 0; seat < 2; ++seat)
+        std::filesystem::remove(utilityPath(2, 0, seat));
+    options.threads = 3;
+    made(buildTables(options));
+    EXPECT_EQ(preflopUtilities(), first);
+    for (int seat = 0; seat < 2; ++seat)
+        std::filesystem::remove(utilityPath(2, 0, seat));
+    options.seed = 2;
+    made(buildTables(options));
+    EXPECT_NE(preflopUtilities(), first);
+}
+
+TEST_F(Builder, SetsAFileOfTheWrongSizeAside) {
+    made(buildTables(options));
+    const std::string good = contents(holdemPath(2, 0, 1));
+    std::filesystem::resize_file(holdemPath(2, 0, 1), 100);
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(made(buildTables(options)), std::vector<std::string>{holdemPath(2, 0, 1)});
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "ERROR: lookup/holdem_preflop_2p_1 has 100 bytes, not 169: rebuilding it\n");
+    EXPECT_EQ(contents(holdemPath(2, 0, 1)), good);
+    EXPECT_EQ(std::filesystem::file_size(holdemPath(2, 0, 1) + ".bad"), 100U);
+}
+
+TEST_F(Builder, StopsWhereItIsToldToAndGoesOnFromThere) {
+    // Clusters are made before the stop, utilities are not.
+    std::atomic<bool> training{false};
+    options.progress = [&](const std::string& step, uint64_t, uint64_t) {
+        training = training || step == "Training auxiliary games";
+    };
+    options.stop = [&] { return training.load(); };
+    const auto stopped = buildTables(options);
+    ASSERT_FALSE(stopped.ok());
+    EXPECT_EQ(stopped.error(), "stopped");
+    EXPECT_TRUE(std::filesystem::exists(clusterPath(2, 0)));
+    EXPECT_FALSE(std::filesystem::exists(utilityPath(2, 0, 0)));
+    for (const auto& entry : std::filesystem::directory_iterator("lookup"))
+        EXPECT_EQ(entry.path().string().find(".tmp."), std::string::npos) << entry.path();
+    options.stop = nullptr;
+    EXPECT_EQ(made(buildTables(options)).size(), 7U);
+}
+
+TEST_F(Builder, TwoInOneDirectoryTakeTurns) {
+    std::vector<std::string> first;
+    std::vector<std::string> second;
+    std::atomic<int> waits{0};
+    options.log = [&](const std::string& line) { waits += line.starts_with("waiting: "); };
+    std::thread other([&] { first = made(buildTables(options)); });
+    second = made(buildTables(options));
+    other.join();
+    EXPECT_EQ(first.size() + second.size(), 9U);
+    EXPECT_TRUE(first.empty() || second.empty());
+}
+
+TEST_F(Builder, RefusesTooLittleMemoryBeforeTheWork) {
+    std::filesystem::remove(equityPath(2, 0));
+    options.memory = uint64_t{100} << 20;
+    const auto refused = buildTables(options);
+    ASSERT_FALSE(refused.ok());
+    EXPECT_NE(refused.error().find("of memory at least, more than the"), std::string::npos)
+        << refused.error();
+    EXPECT_FALSE(std::filesystem::exists(clusterPath(2, 0)));
+}
+
+TEST_F(Builder, DamagedClustersTrainNothing) {
+    made(buildTables(options));
+    writeSparse<uint8_t>(clusterPath(2, 0), roundSizes[0], {200});
+    std::filesystem::remove(utilityPath(2, 0, 1));
+    const auto refused = buildTables(options);
+    ASSERT_FALSE(refused.ok());
+    EXPECT_EQ(refused.error(), "lookup/preflop_2p_c holds clusters above 100: delete it");
+    EXPECT_FALSE(std::filesystem::exists(utilityPath(2, 0, 1)));
+}
+
+TEST_F(Builder, ForeignGameIsRefused) {
+    ASSERT_TRUE(writeWholeFile("kuhn.preflop.2p.game", "GAMEDEF\nlimit\nEND GAMEDEF\n").ok());
+    ::testing::internal::CaptureStderr(); // the reader's own line
+    const auto refused = buildTables(options);
+    ::testing::internal::GetCapturedStderr();
+    ASSERT_FALSE(refused.ok());
+    EXPECT_NE(refused.error().find("kuhn.preflop.2p.game"), std::string::npos);
+}
+
+} // namespace
+} // namespace tamarin::testing

@@ -1,0 +1,78 @@
+#include "tables/table_check.h"
+
+#include "abstraction/sparse_tables.h"
+
+#include <gtest/gtest.h>
+
+namespace tamarin::testing {
+namespace {
+
+using Check = PlayingDirectory;
+
+std::string problemOf(const std::string& path) {
+    CheckOptions options;
+    options.hands = 400;
+    for (const CheckedTable& table : checkTables(options))
+        if (table.file->path == path)
+            return table.problem;
+    return "not checked";
+}
+
+void writeClusters(uint8_t first) {
+    std::vector<uint8_t> clusters(roundSizes[0]);
+    for (size_t i = 0; i < clusters.size(); ++i)
+        clusters[i] = static_cast<uint8_t>((i * 100 + 84) / 168);
+    clusters[0] = first;
+    writeSparse(clusterPath(2, 0), roundSizes[0], clusters);
+}
+
+std::vector<double> rising() {
+    std::vector<double> equities(roundSizes[0]);
+    for (size_t i = 0; i < equities.size(); ++i)
+        equities[i] = 0.3 + 0.5 * static_cast<double>(i) / 168;
+    return equities;
+}
+
+TEST_F(Check, FindsNothingWrongWhereNothingIs) {
+    for (const CheckedTable& table : checkTables({})) {
+        EXPECT_EQ(table.state, TableState::missing);
+        EXPECT_EQ(table.problem, "");
+    }
+}
+
+TEST_F(Check, RemakesRandomEntries) {
+    writeSparse(equityPath(2, 0), roundSizes[0], rising());
+    writeClusters(0);
+    EXPECT_EQ(problemOf(clusterPath(2, 0)), "");
+    writeClusters(1); // of 400 entries drawn out of 169, one is the first
+    EXPECT_EQ(problemOf(clusterPath(2, 0)), "is wrong at hand 0");
+}
+
+TEST_F(Check, LooksAtRanges) {
+    writeClusters(101);
+    EXPECT_EQ(problemOf(clusterPath(2, 0)), "holds a cluster above 100");
+    std::vector<double> equities = rising();
+    writeSparse(equityPath(3, 0), roundSizes[0], equities);
+    EXPECT_EQ(problemOf(equityPath(3, 0)), "");
+    equities[7] = 1.5;
+    writeSparse(equityPath(3, 0), roundSizes[0], equities);
+    EXPECT_EQ(problemOf(equityPath(3, 0)), "holds an equity outside 0..1");
+    writeSparse<double>(utilityPath(2, 0, 1), roundSizes[0], {3.0});
+    EXPECT_EQ(problemOf(utilityPath(2, 0, 1)),
+              "holds a utility beyond what a hand can win or lose");
+    writeSparse<uint8_t>(holdemPath(2, 0, 1), roundSizes[0], {10});
+    EXPECT_EQ(problemOf(holdemPath(2, 0, 1)), "holds a bucket above 9");
+    writeSparse<uint8_t>(holdemPath(2, 0, 0), 5);
+    EXPECT_EQ(problemOf(holdemPath(2, 0, 0)), "has 5 bytes, not 169");
+}
+
+TEST_F(Check, PreflopIsTheMeanOfTheFlop) {
+    writeSparse<double>(equityPath(2, 1), roundSizes[1]);
+    writeSparse<double>(equityPath(2, 0), roundSizes[0]);
+    EXPECT_EQ(problemOf(equityPath(2, 0)), "");
+    writeSparse<double>(equityPath(2, 0), roundSizes[0], {0.5});
+    EXPECT_EQ(problemOf(equityPath(2, 0)), "is wrong at hand 0");
+}
+
+} // namespace
+} // namespace tamarin::testing
