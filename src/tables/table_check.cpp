@@ -5,6 +5,7 @@
 #include "abstraction/river_sweep.h"
 #include "abstraction/round_indexers.h"
 #include "abstraction/table_names.h"
+#include "abstraction/work.h"
 #include "eval/seven_card_files.h"
 #include "eval/seven_card_table.h"
 #include "support/file.h"
@@ -192,13 +193,8 @@ private:
         if (equity.empty())
             return "";
         const TableRange reach = range(equityPath(file.players, file.round), equity);
-        for (int i = 0; i < options_.hands; ++i) {
-            const size_t index = random_() % entries.size();
-            if (std::to_integer<uint8_t>(entries[index]) !=
-                classOf(equity[index], reach, clusterClasses))
-                return "is wrong at hand " + std::to_string(index);
-        }
-        return "";
+        return firstWrong(
+            entries, [&](size_t index) { return classOf(equity[index], reach, clusterClasses); });
     }
 
     std::string holdem(const TableFile& file) {
@@ -214,14 +210,23 @@ private:
             return "";
         const TableRange equityRange = range(equityPath(file.players, file.round), equity);
         const TableRange utilityRange = range(utilityFile, utility);
-        for (int i = 0; i < options_.hands; ++i) {
-            const size_t index = random_() % entries.size();
-            const int bucket = 5 * classOf(utility[index], utilityRange, holdemUtilityClasses) +
-                               classOf(equity[index], equityRange, holdemEquityClasses);
-            if (std::to_integer<int>(entries[index]) != bucket)
-                return "is wrong at hand " + std::to_string(index);
-        }
-        return "";
+        return firstWrong(entries, [&](size_t index) {
+            return 5 * classOf(utility[index], utilityRange, holdemUtilityClasses) +
+                   classOf(equity[index], equityRange, holdemEquityClasses);
+        });
+    }
+
+    // What is wrong with a byte table whose entries are cheap to make again: all of them are.
+    template <class Remake>
+    std::string firstWrong(std::span<const std::byte> entries, const Remake& remake) const {
+        size_t wrong = entries.size();
+        Work work;
+        work.threads = options_.threads;
+#pragma omp parallel for reduction(min : wrong) num_threads(work.threadCount())
+        for (size_t index = 0; index < entries.size(); ++index)
+            if (std::to_integer<int>(entries[index]) != int{remake(index)})
+                wrong = std::min(wrong, index);
+        return wrong == entries.size() ? "" : "is wrong at hand " + std::to_string(wrong);
     }
 
     const CheckOptions& options_;

@@ -1,9 +1,9 @@
 // Whether the tables below lookup/ are what the builder makes.
 //
-// Sizes; ranges of every entry; and, for random hands drawn by seed, the contents made afresh:
-// river equities from a sweep of the board, earlier equities as means over the next card, clusters
-// and buckets from the tables they are made from. Utilities are sampled, so only their range is
-// looked at here; their hashes are the manifest's business.
+// Sizes; ranges of every entry; and the contents made afresh: for random hands drawn by seed, river
+// equities from a sweep of the board and earlier equities as means over the next card; clusters and
+// buckets, all of them, from the tables they are made from. Utilities are sampled, so only their
+// range is looked at here; their hashes are the manifest's business.
 #pragma once
 
 #include "support/result.h"
@@ -19,7 +19,7 @@ namespace tamarin {
 struct CheckOptions {
     std::string directory = ".";
     uint64_t seed = 1;
-    int hands = 200; // drawn of each table
+    int hands = 200; // drawn of each equity table
     int threads = 0;
     std::function<void(const std::string& step)> progress;
 };
