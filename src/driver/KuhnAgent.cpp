@@ -1,8 +1,7 @@
 #include "driver/KuhnAgent.h"
 
-#include "support/file.h"
+#include "driver/strategy_files.h"
 #include "support/rng.h"
-#include "support/util.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -23,7 +22,6 @@ const char* const KuhnStrategyFiles[10] = {
 namespace {
 
 constexpr int numSeats = 3;
-const std::string strategyDirectory = "strategies/kuhn.limit.3p";
 
 // The file may carry the right name and another game. The agent knows three seats with one card
 // each and no board.
@@ -55,22 +53,6 @@ bool holdsItsGame(const CFR& solver, Game* game) {
         }
     }
     return true;
-}
-
-// Loads one file. A file that is there and is no strategy of this game is moved aside, so that
-// nothing is lost when a new one is written in its place.
-bool loadStrategy(CFR& solver, Game* game, const std::string& path) {
-    if (!file_exist(path)) {
-        return false;
-    }
-    if (solver.load(path) && holdsItsGame(solver, game)) {
-        return true;
-    }
-    const tamarin::Status moved = tamarin::setAsideBadFile(path);
-    std::fprintf(stderr, "ERROR: %s is no strategy of this game: %s\n", path.c_str(),
-                 moved ? "rebuilding it, the bad file is kept beside it as .bad"
-                       : moved.error().c_str());
-    return false;
 }
 
 void printUtility(CFR& solver, int numPlayers) {
@@ -112,8 +94,8 @@ void KuhnAgent::releaseSolvers() {
 bool KuhnAgent::loadStrategies() {
     for (int seat = 0; seat < numSeats; ++seat) {
         solver[seat] = new CFR(game);
-        if (!loadStrategy(*solver[seat], game, KuhnStrategyFiles[seat])) {
-            std::cout << "Warning: could not load strategy from disk!" << std::endl;
+        const auto fits = [this](const CFR& loaded) { return holdsItsGame(loaded, game); };
+        if (!tamarin::loadStrategy(*solver[seat], KuhnStrategyFiles[seat], fits)) {
             return false;
         }
     }
@@ -123,9 +105,7 @@ bool KuhnAgent::loadStrategies() {
 // Trains one solver and keeps, for every seat, the one that gave it the most so far. As there is
 // only one, every seat ends with it.
 void KuhnAgent::trainStrategies(Training training) {
-    if (const tamarin::Status made = tamarin::makeDirectories(strategyDirectory); !made) {
-        std::cout << "Warning: " << made.error() << std::endl;
-    }
+    tamarin::makeDirectoryOf(KuhnStrategyFiles[0]);
     std::cout << "Training kuhn agent with " << training.attempts << " iterations" << std::endl;
     releaseSolvers();
     const auto players = static_cast<size_t>(game->numPlayers);

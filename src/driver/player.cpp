@@ -1,6 +1,7 @@
 #include "driver/player.h"
 
 #include "driver/KuhnAgent.h"
+#include "driver/LimitHoldemAgent.h"
 #include "driver/PokerAgent.h"
 #include "solver/cfr.h"
 #include "support/interrupt.h"
@@ -20,6 +21,11 @@ namespace {
 // The agent for a game, or null when the name is none that this program plays. The whole argument
 // is compared: the strategies and tables lie beside the game in the working directory.
 std::unique_ptr<PokerAgent> makeAgent(const std::string& gameFile) {
+    // The no-limit game is played by the same agent.
+    if (gameFile == "holdem.limit.2p.reverse_blinds.game" || gameFile == "holdem.limit.3p.game" ||
+        gameFile == "holdem.nolimit.2p.reverse_blinds.game") {
+        return std::make_unique<LimitHoldemAgent>(gameFile.c_str());
+    }
     if (gameFile == "kuhn.limit.3p.game") {
         return std::make_unique<KuhnAgent>(gameFile.c_str());
     }
