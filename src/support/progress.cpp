@@ -116,7 +116,8 @@ void Progress::print(uint64_t done, const std::string& note, bool last) {
     line += describeCount(done);
     if (!last && total_ > 0)
         line += " of " + describeCount(total_);
-    line += " " + unit_;
+    if (!unit_.empty())
+        line += " " + unit_;
     if (last)
         line += " in " + describeDuration(elapsed);
     if (rate > 0)

@@ -56,6 +56,7 @@ Status buildClusters(const BuildOptions& options, const Work& work, const Files&
         clustersOf(equities->entries(), equities->range, clusters->data(), work.threads);
         if (Status saved = saveBytes(options, file, *clusters); !saved)
             return saved;
+        report(options, "Cutting equities into clusters", i + 1, files.size());
     }
     return {};
 }
@@ -79,7 +80,7 @@ Status buildHoldem(const BuildOptions& options, const Work& work, const Files& f
         for (const TableFile* file : files) {
             if (file->round != round)
                 continue;
-            report(options, "Making hold'em buckets", done++, files.size());
+            report(options, "Making hold'em buckets", done, files.size());
             if (work.shouldStop())
                 return stopped();
             const auto utilities =
@@ -96,6 +97,7 @@ Status buildHoldem(const BuildOptions& options, const Work& work, const Files& f
                             (*equities)->range, buckets->data(), work.threads);
             if (Status saved = saveBytes(options, *file, *buckets); !saved)
                 return saved;
+            report(options, "Making hold'em buckets", ++done, files.size());
         }
     }
     return {};

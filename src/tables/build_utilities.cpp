@@ -95,6 +95,8 @@ Status train(const BuildOptions& options, const Work& work,
                 options.progress("Training auxiliary games", now, iterations * rounds.size());
         }
     }
+    if (options.progress)
+        options.progress("Training auxiliary games", done, iterations * rounds.size());
     return stopping ? Status(stopped()) : Status();
 }
 

@@ -6,6 +6,7 @@
 #include "support/progress.h"
 #include "support/resources.h"
 #include "support/rng.h"
+#include "support/step_progress.h"
 #include "tables/table_builder.h"
 #include "tables/table_check.h"
 #include "toolbox/commands.h"
@@ -14,7 +15,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <optional>
 
 namespace tamarin {
 
@@ -122,45 +122,6 @@ int showPlan(const Options& options, const TablePlan& plan) {
                    describeDuration(plan.seconds));
     return exitDone;
 }
-
-// One progress display after another, one a step.
-class StepProgress {
-public:
-    explicit StepProgress(bool quiet) : quiet_(quiet) {}
-    ~StepProgress() { end(); }
-
-    void at(const std::string& step, uint64_t done, uint64_t total) {
-        if (quiet_)
-            return;
-        if (step != step_ || !shown_) {
-            end();
-            step_ = step;
-            shown_.emplace(step, "", total);
-        }
-        done_ = std::max(done_, done);
-        total_ = total;
-        shown_->update(done_);
-    }
-    void line(const std::string& text) {
-        end();
-        if (!quiet_)
-            fmt::print(stderr, "{}\n", text);
-    }
-
-private:
-    void end() {
-        if (shown_)
-            shown_->finish(total_);
-        shown_.reset();
-        done_ = 0;
-    }
-
-    bool quiet_;
-    std::string step_;
-    std::optional<Progress> shown_;
-    uint64_t done_ = 0;
-    uint64_t total_ = 0;
-};
 
 // The road that EquityTables walks by itself: equities by sampling. It draws from the process-wide
 // engine and works in the working directory.
