@@ -20,8 +20,7 @@ void keepAside(const std::string& path) {
 
 } // namespace
 
-bool loadStrategy(CFR& solver, const std::string& path,
-                  const std::function<bool(const CFR&)>& fits) {
+bool loadStrategy(CFR& solver, const std::string& path, const std::function<bool(CFR&)>& fits) {
     if (file_exist(path)) {
         if (solver.load(path) && (!fits || fits(solver))) {
             return true;

@@ -14,7 +14,7 @@ namespace tamarin {
 // new strategy is written in its place. Says "Warning: could not load strategy from disk!" on
 // standard output and returns false unless the strategy is loaded.
 bool loadStrategy(CFR& solver, const std::string& path,
-                  const std::function<bool(const CFR&)>& fits = nullptr);
+                  const std::function<bool(CFR&)>& fits = nullptr);
 
 // Makes the directory of the file; a "Warning: " line on standard output when that fails.
 void makeDirectoryOf(const std::string& path);
