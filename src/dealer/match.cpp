@@ -56,8 +56,18 @@ private:
         return true;
     }
 
+    void keepTime(size_t player, Duration used) {
+        PlayerResult& result = result_.players[player];
+        result.latency.add(used);
+        if (hand_ * 10 < options_.hands)
+            result.firstTenth.add(used);
+        if ((hand_ + 1) * 10 > options_.hands * 9)
+            result.lastTenth.add(used);
+    }
+
     // False when the match ended before the hand did.
     bool playHand(uint64_t hand) {
+        hand_ = hand;
         const size_t numPlayers = players_.size();
         const uint64_t deal = options_.duplicate ? hand / numPlayers : hand;
         State state{};
@@ -126,7 +136,7 @@ private:
             if (answered) {
                 place.usedInHand += used;
                 place.lateInARow = 0;
-                result_.players[player].latency.add(used);
+                keepTime(player, used);
                 const MatchState view{state, seat};
                 const Verdict verdict = judgeReply(game_, &view, place.sentText, line);
                 if (verdict.fault && !count(player, *verdict.fault, state.handId, line))
@@ -254,6 +264,7 @@ private:
     const MatchEvents& events_;
     const Clock& clock_ = steadyClock();
     std::vector<Place> places_; // by player
+    uint64_t hand_ = 0;
     std::vector<size_t> seats_; // of this hand: the player in each seat
     std::string departure_;
     MatchResult result_;

@@ -61,6 +61,10 @@ struct PlayerResult {
     std::array<uint64_t, 3> actions{}; // folds, calls (and checks), raises, as played
     std::array<uint64_t, numFaults> faults{};
     LatencyHistogram latency; // of the answers that came in time
+    // The same of the first and the last tenth of the hands asked for: a player that leaks or
+    // clogs up grows slow.
+    LatencyHistogram firstTenth;
+    LatencyHistogram lastTenth;
     bool gone = false;
 };
 

@@ -120,6 +120,20 @@ std::string reportAsTable(const MatchReport& report) {
     return head + layOut(rows);
 }
 
+namespace {
+
+nlohmann::ordered_json latencyAsJson(const LatencyHistogram& latency) {
+    const auto microseconds = [](Duration duration) {
+        return static_cast<double>(duration.count()) / 1e3;
+    };
+    return {{"answers", latency.count()},
+            {"median", microseconds(latency.quantile(0.5))},
+            {"p99", microseconds(latency.quantile(0.99))},
+            {"longest", microseconds(latency.longest())}};
+}
+
+} // namespace
+
 nlohmann::ordered_json reportAsJson(const MatchReport& report) {
     const MatchResult& result = *report.result;
     const Scoreboard& board = result.board;
@@ -147,11 +161,9 @@ nlohmann::ordered_json reportAsJson(const MatchReport& report) {
             blind > 0 ? intervalAsJson(board.perHand(i), 1000.0 / blind) : nullptr;
         entry["actions"] = {
             {"fold", player.actions[0]}, {"call", player.actions[1]}, {"raise", player.actions[2]}};
-        entry["responseMicroseconds"] = {
-            {"answers", player.latency.count()},
-            {"median", static_cast<double>(player.latency.quantile(0.5).count()) / 1e3},
-            {"p99", static_cast<double>(player.latency.quantile(0.99).count()) / 1e3},
-            {"longest", static_cast<double>(player.latency.longest().count()) / 1e3}};
+        entry["responseMicroseconds"] = latencyAsJson(player.latency);
+        entry["responseMicroseconds"]["firstTenth"] = latencyAsJson(player.firstTenth);
+        entry["responseMicroseconds"]["lastTenth"] = latencyAsJson(player.lastTenth);
         for (int fault = 0; fault < numFaults; ++fault)
             entry["faults"][faultName(static_cast<Fault>(fault))] =
                 player.faults[static_cast<size_t>(fault)];

@@ -152,6 +152,8 @@ TEST(Match, EverySeatSeesEveryState) {
     ASSERT_EQ(hands.size(), 2U);
     EXPECT_EQ(result.players[0].actions, (std::array<uint64_t, 3>{0, 2, 0}));
     EXPECT_EQ(result.players[0].latency.count(), 2U);
+    EXPECT_EQ(result.players[0].firstTenth.count(), 1U);
+    EXPECT_EQ(result.players[0].lastTenth.count(), 1U);
     EXPECT_EQ(allFaults(result), 0U);
     expectZeroSum(result);
 
