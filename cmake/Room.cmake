@@ -30,6 +30,10 @@ function(tamarin_test name)
     cmake_parse_arguments(TEST "SLOW;THREADS" "" "SOURCES;USES;LINKS" ${ARGN})
     add_executable(test_${name} ${TEST_SOURCES})
     target_link_libraries(test_${name} PRIVATE tamarin_flags GTest::gtest_main ${TEST_LINKS})
+    if(NOT TEST_SLOW)
+        # The work is done in the rooms, which keep their -O3; this compiles a fifth faster.
+        target_compile_options(test_${name} PRIVATE $<$<CONFIG:Release>:-O1>)
+    endif()
     target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
     target_compile_definitions(test_${name} PRIVATE
         TAMARIN_SOURCE_DIR="${CMAKE_SOURCE_DIR}" TAMARIN_BINARY_DIR="${CMAKE_BINARY_DIR}")
