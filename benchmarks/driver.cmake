@@ -1,0 +1,1 @@
+tamarin_bench(driver SOURCES driver_bench.cpp USES driver dealer)
