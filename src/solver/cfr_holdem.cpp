@@ -141,7 +141,7 @@ void CFR::trainHoldemPlain(unsigned long long iterations) {
     }
 
     if (gameUtility == nullptr)
-        gameUtility = new double[players]();
+        gameUtility = new double[static_cast<size_t>(players)]();
     useCardAbstraction = false;
     useHoldemTables = false;
 }
@@ -150,7 +150,7 @@ void CFR::trainHoldemPlain(unsigned long long iterations) {
 // solver holds another tree than the game's.
 std::unique_ptr<tamarin::HoldemSets> CFR::takeHoldemSets() {
     if (auto* kept = dynamic_cast<tamarin::HoldemSets*>(store.get())) {
-        store.release();
+        (void)store.release(); // kept owns it now
         return std::unique_ptr<tamarin::HoldemSets>(kept);
     }
     auto sets = std::make_unique<tamarin::HoldemSets>(*game);

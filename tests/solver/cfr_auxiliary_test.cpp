@@ -68,7 +68,11 @@ TEST_P(Auxiliary, CompiledAndPlainLeaveTheSameBits) {
 
 INSTANTIATE_TEST_SUITE_P(Games, Auxiliary,
                          ::testing::Values(Case{2, 0, 12}, Case{3, 0, 3}, Case{2, 1, 3},
-                                           Case{3, 1, 1}, Case{2, 2, 2}));
+                                           Case{3, 1, 1}, Case{2, 2, 2}),
+                         [](const auto& given) {
+                             return std::to_string(given.param.players) + "playersRound" +
+                                    std::to_string(given.param.round);
+                         });
 
 TEST(TrainIS, BuildsOnceAndThenOnlyAdds) {
     CFR::logProgress = false;
