@@ -192,7 +192,8 @@ Result<TrainerState> readCheckpoint(const std::string& path, const std::string& 
     if (made != config)
         return damaged("made with another configuration: " + difference(made, config));
     state.sets.resize(sets);
-    std::memcpy(state.sets.data(), bytes.data() + (end - reader.left()), reader.left());
+    if (sets > 0) // memcpy takes no null pointer, whatever the length
+        std::memcpy(state.sets.data(), bytes.data() + (end - reader.left()), reader.left());
     return state;
 }
 
