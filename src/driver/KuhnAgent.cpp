@@ -1,6 +1,7 @@
 #include "driver/KuhnAgent.h"
 
 #include "driver/strategy_files.h"
+#include "driver/strategy_fit.h"
 #include "support/rng.h"
 
 #include <algorithm>
@@ -35,24 +36,6 @@ void requireKuhn(const Game& game, const char* gameFile) {
                  "and a short deck are expected\n",
                  gameFile);
     std::exit(1);
-}
-
-// Whether the solver holds exactly the information sets of its game. A file of another game can
-// read well and still know nothing of this one.
-bool holdsItsGame(const CFR& solver, Game* game) {
-    CFR whole(game);
-    whole.buildTree();
-    for (int p = 0; p < game->numPlayers; ++p) {
-        for (int r = 0; r < game->numRounds; ++r) {
-            const tamarin::NodeMap& expected = whole.nodeMap(p, r);
-            const tamarin::NodeMap& held = solver.nodeMap(p, r);
-            if (!std::equal(expected.begin(), expected.end(), held.begin(), held.end(),
-                            [](const auto& a, const auto& b) { return a.first == b.first; })) {
-                return false;
-            }
-        }
-    }
-    return true;
 }
 
 void printUtility(CFR& solver, int numPlayers) {
@@ -94,7 +77,7 @@ void KuhnAgent::releaseSolvers() {
 bool KuhnAgent::loadStrategies() {
     for (int seat = 0; seat < numSeats; ++seat) {
         solver[seat] = new CFR(game);
-        const auto fits = [this](const CFR& loaded) { return holdsItsGame(loaded, game); };
+        const auto fits = [this](CFR& loaded) { return tamarin::holdsSmallGame(loaded, *game); };
         if (!tamarin::loadStrategy(*solver[seat], KuhnStrategyFiles[seat], fits)) {
             return false;
         }

@@ -1,7 +1,7 @@
 #include "driver/LimitHoldemAgent.h"
 
-#include "abstraction/quantise.h"
 #include "driver/strategy_files.h"
+#include "driver/strategy_fit.h"
 #include "support/step_progress.h"
 #include "tables/table_builder.h"
 
@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
-#include <random>
 #include <stdexcept>
 
 const char* const HoldemStrategyFiles[4] = {
@@ -48,69 +47,6 @@ const char* strategyFileOf(const Game& game) {
     return files[game.numPlayers];
 }
 
-// Counts the betting sequences that the solver's actions lead to, as its tree does.
-size_t countDecisions(CFR& solver, const Game& game, const State& state) {
-    if (state.finished) {
-        return 0;
-    }
-    size_t count = 1;
-    for (int a = 0; a < numAbstractedActions; ++a) {
-        State next = state;
-        Action action;
-        solver.getAbstractedAction(a, &next, &action);
-        if (isValidAction(&game, &next, 0, &action)) {
-            doAction(&game, &action, &next);
-            count += countDecisions(solver, game, next);
-        }
-    }
-    return count;
-}
-
-// Whether the solver knows every state that this many random hands come to, in random buckets.
-bool knowsRandomHands(CFR& solver, const Game& game, int hands) {
-    std::minstd_rand0 engine(1);
-    std::uniform_int_distribution<int> anyBucket(0, tamarin::holdemBuckets - 1);
-    std::uniform_int_distribution<int> anyAction(0, numAbstractedActions - 1);
-    solver.useCardAbstraction = true;
-    solver.useHoldemTables = true;
-    for (int hand = 0; hand < hands; ++hand) {
-        State state;
-        initState(&game, 0, &state);
-        while (!state.finished) {
-            for (auto& byActing : solver.holdemBucket[state.round]) {
-                std::fill(std::begin(byActing), std::end(byActing),
-                          static_cast<uint64_t>(anyBucket(engine)));
-            }
-            try {
-                solver.findNode(&state);
-            } catch (const std::out_of_range&) {
-                return false;
-            }
-            Action action;
-            do {
-                solver.getAbstractedAction(anyAction(engine), &state, &action);
-            } while (!isValidAction(&game, &state, 0, &action));
-            doAction(&game, &action, &state);
-        }
-    }
-    return true;
-}
-
-// A file of another game can read well. Three players' ten million sequences are not counted at
-// every start; random hands come upon what is missing soon enough.
-bool holdsItsGame(CFR& solver, const Game& game) {
-    constexpr int hands = 1000;
-    if (game.numPlayers == 2) {
-        State root;
-        initState(&game, 0, &root);
-        if (solver.numInformationSets() !=
-            tamarin::holdemBuckets * countDecisions(solver, game, root)) {
-            return false;
-        }
-    }
-    return knowsRandomHands(solver, game, hands);
-}
-
 // Whatever is missing is made exactly, in minutes; EquityTables by itself would sample it for
 // months. Without tables there is no play: a failure ends the process with status 1.
 void makeMissingTables() {
@@ -142,8 +78,8 @@ LimitHoldemAgent::LimitHoldemAgent(const char* gameFile, unsigned long long iter
     requireHoldem(*game, gameFile);
     const std::string file = strategyFileOf(*game);
     solver = std::make_unique<CFR>(game);
-    if (tamarin::loadStrategy(*solver, file,
-                              [&](CFR& loaded) { return holdsItsGame(loaded, *game); })) {
+    if (tamarin::loadStrategy(
+            *solver, file, [&](CFR& loaded) { return tamarin::holdsHoldemGame(loaded, *game); })) {
         tables = loadTables();
         solver->setEquityTables(tables.get());
         return;

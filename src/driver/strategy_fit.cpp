@@ -1,0 +1,94 @@
+#include "driver/strategy_fit.h"
+
+#include "abstraction/quantise.h"
+
+#include <algorithm>
+#include <iterator>
+#include <random>
+#include <stdexcept>
+
+namespace tamarin {
+
+bool holdsSmallGame(const CFR& solver, Game& game) {
+    CFR whole(&game);
+    whole.buildTree();
+    for (int p = 0; p < game.numPlayers; ++p) {
+        for (int r = 0; r < game.numRounds; ++r) {
+            const NodeMap& expected = whole.nodeMap(p, r);
+            const NodeMap& held = solver.nodeMap(p, r);
+            if (!std::equal(expected.begin(), expected.end(), held.begin(), held.end(),
+                            [](const auto& a, const auto& b) { return a.first == b.first; })) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+namespace {
+
+// Counts the betting sequences that the solver's actions lead to, as its tree does.
+size_t countDecisions(CFR& solver, const Game& game, const State& state) {
+    if (state.finished) {
+        return 0;
+    }
+    size_t count = 1;
+    for (int a = 0; a < numAbstractedActions; ++a) {
+        State next = state;
+        Action action;
+        solver.getAbstractedAction(a, &next, &action);
+        if (isValidAction(&game, &next, 0, &action)) {
+            doAction(&game, &action, &next);
+            count += countDecisions(solver, game, next);
+        }
+    }
+    return count;
+}
+
+// Whether the solver knows every state that this many random hands come to, in random buckets.
+bool knowsRandomHands(CFR& solver, const Game& game, int hands) {
+    std::minstd_rand0 engine(1);
+    std::uniform_int_distribution<int> anyBucket(0, holdemBuckets - 1);
+    std::uniform_int_distribution<int> anyAction(0, numAbstractedActions - 1);
+    solver.useCardAbstraction = true;
+    solver.useHoldemTables = true;
+    for (int hand = 0; hand < hands; ++hand) {
+        State state;
+        initState(&game, 0, &state);
+        while (!state.finished) {
+            for (auto& byActing : solver.holdemBucket[state.round]) {
+                std::fill(std::begin(byActing), std::end(byActing),
+                          static_cast<uint64_t>(anyBucket(engine)));
+            }
+            try {
+                solver.findNode(&state);
+            } catch (const std::out_of_range&) {
+                return false;
+            }
+            Action action;
+            do {
+                solver.getAbstractedAction(anyAction(engine), &state, &action);
+            } while (!isValidAction(&game, &state, 0, &action));
+            doAction(&game, &action, &state);
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+// Three players' ten million sequences are not counted at every start; random hands come upon what
+// is missing soon enough.
+bool holdsHoldemGame(CFR& solver, const Game& game) {
+    constexpr int hands = 1000;
+    if (game.numPlayers == 2) {
+        State root;
+        initState(&game, 0, &root);
+        if (solver.numInformationSets() != holdemBuckets * countDecisions(solver, game, root)) {
+            return false;
+        }
+    }
+    return knowsRandomHands(solver, game, hands);
+}
+
+} // namespace tamarin
