@@ -61,13 +61,20 @@ Result<FileLock> lockTables(const BuildOptions& options) {
     const std::string lookup = inDirectory(options.directory, lookupDirectory);
     if (Status made = makeDirectories(lookup); !made)
         return Error{made.error()};
-    const std::string path = lookup + "/.lock";
+    const std::string path = tableLockPath(lookup);
     auto lock = FileLock::take(path);
     if (lock)
         return lock;
     if (options.log)
         options.log("waiting: " + lock.error());
     return FileLock::wait(path, [] { return !interrupted(); });
+}
+
+Status checkPlaces(const TablePlan& plan) {
+    for (const PlannedTable& table : plan.tables)
+        if (table.state == TableState::unusable)
+            return Error{table.problem};
+    return {};
 }
 
 BuildReport reportOf(const TablePlan& plan) {
@@ -79,8 +86,14 @@ BuildReport reportOf(const TablePlan& plan) {
 
 } // namespace
 
+std::string tableLockPath(const std::string& lookup) {
+    return lookup + "/.lock";
+}
+
 Result<BuildReport> buildTables(const BuildOptions& options) {
     TablePlan plan = planTables(options.directory, options.groups, options.force);
+    if (Status usable = checkPlaces(plan); !usable)
+        return Error{usable.error()};
     if (plan.nothingToDo())
         return reportOf(plan);
     if (Status enough = checkMemory(options, plan); !enough)
@@ -107,9 +120,13 @@ Result<BuildReport> buildTables(const BuildOptions& options) {
             }
         if (files.empty())
             continue;
+        if (options.begin)
+            options.begin(files);
         const TimePoint start = steadyClock().now();
         if (Status built = buildGroup(group, options, work, files); !built)
             return Error{built.error()};
+        if (options.made)
+            options.made(files);
         report.steps.push_back({group, seconds(steadyClock().now() - start), diskOf(plan, group)});
         if (options.log)
             options.log(std::string("made ") + describe(group) + ": " +

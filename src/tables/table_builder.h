@@ -8,7 +8,8 @@
 // made again.
 //
 // The auxiliary games are read from the directory where they lie there, else they are the built-in
-// ones. A person's numbers of iterations and samples are those of EquityTables::loadUtility; each
+// ones. A file that may not be read, or something else in a file's place, stops the work before it
+// begins. A person's numbers of iterations and samples are those of EquityTables::loadUtility; each
 // round's training, and each block of 4,096 hands in sampling, draws from an engine of its own.
 #pragma once
 
@@ -34,6 +35,9 @@ struct BuildOptions {
     // Told what is going on, on the calling thread; none need be given.
     std::function<void(const std::string& step, uint64_t done, uint64_t total)> progress;
     std::function<void(const std::string& line)> log;
+    // Told which files a step is about to make, and that they are there; the directory is locked.
+    std::function<void(const std::vector<const TableFile*>& files)> begin;
+    std::function<void(const std::vector<const TableFile*>& files)> made;
     // Asked often, on any thread; true stops the work. The error is then "stopped".
     std::function<bool()> stop;
 };
@@ -51,6 +55,9 @@ struct BuildReport {
     std::vector<Step> steps; // those that did something
     std::vector<BuiltTable> tables;
 };
+
+// The lock that builders in one directory take turns by; lookup is the tables' directory.
+std::string tableLockPath(const std::string& lookup);
 
 // Refuses at once what there is too little memory or disk for.
 Result<BuildReport> buildTables(const BuildOptions& options);

@@ -245,9 +245,9 @@ std::vector<CheckedTable> checkTables(const CheckOptions& options) {
         CheckedTable result{table.file, table.state, ""};
         if (options.progress)
             options.progress(table.file->path);
-        if (table.state == TableState::wrongSize)
-            result.problem = "has " + std::to_string(table.bytesThere) + " bytes, not " +
-                             std::to_string(table.file->bytes);
+        if (!table.problem.empty())
+            result.problem =
+                table.problem.substr(inDirectory(options.directory, table.file->path).size() + 1);
         else if (table.state == TableState::good)
             result.problem = checker.problemOf(*table.file);
         checked.push_back(std::move(result));

@@ -8,7 +8,10 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
+#include <cerrno>
+#include <cstring>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace tamarin {
 
@@ -64,6 +67,37 @@ std::vector<TableFile> makeList() {
     return list;
 }
 
+// What lies in the file's place.
+PlannedTable lookAt(const std::string& directory, const TableFile& file) {
+    PlannedTable table{&file, TableState::good, 0, false, ""};
+    const std::string path = inDirectory(directory, file.path);
+    const auto unusable = [&](const std::string& why) {
+        table.state = TableState::unusable;
+        table.problem = path + why;
+    };
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) {
+        // Where lookup/ itself is no directory, making it will say so.
+        if (errno == ENOENT || errno == ENOTDIR)
+            table.state = TableState::missing;
+        else
+            unusable(std::string(" cannot be looked at: ") + std::strerror(errno));
+    } else if (!S_ISREG(status.st_mode)) {
+        unusable(S_ISDIR(status.st_mode)
+                     ? " is a directory: move it away, a table belongs there"
+                     : " is not a regular file: move it away, a table belongs there");
+    } else if (static_cast<uint64_t>(status.st_size) != file.bytes) {
+        table.state = TableState::wrongSize;
+        table.bytesThere = static_cast<uint64_t>(status.st_size);
+        table.problem = path + " has " + std::to_string(table.bytesThere) + " bytes, not " +
+                        std::to_string(file.bytes);
+    } else if (access(path.c_str(), R_OK) != 0) {
+        unusable(std::string(" cannot be read: ") + std::strerror(errno) +
+                 ": allow it, or delete the file");
+    }
+    return table;
+}
+
 // Whether made is made from source.
 bool needs(const TableFile& made, const TableFile& source) {
     const bool sameRound = made.round == source.round && made.players == source.players;
@@ -105,14 +139,7 @@ TablePlan planTables(const std::string& directory, const std::vector<TableGroup>
     std::vector<PlannedTable> tables;
     std::vector<bool> wanted;
     for (const TableFile& file : files) {
-        PlannedTable table{&file, TableState::good, 0, false};
-        struct stat status = {};
-        if (stat(inDirectory(directory, file.path).c_str(), &status) != 0)
-            table.state = TableState::missing;
-        else if (S_ISREG(status.st_mode) && static_cast<uint64_t>(status.st_size) != file.bytes) {
-            table.state = TableState::wrongSize;
-            table.bytesThere = static_cast<uint64_t>(status.st_size);
-        }
+        PlannedTable table = lookAt(directory, file);
         wanted.push_back(groups.empty() ||
                          std::find(groups.begin(), groups.end(), file.group) != groups.end());
         table.make = wanted.back() && (force || table.state != TableState::good);

@@ -29,12 +29,15 @@ struct TableFile {
 const std::vector<TableFile>& allTables();
 
 // A file as it lies in a playing directory.
-enum class TableState : uint8_t { good, missing, wrongSize };
+// unusable: no file, or one that may not be read. Nothing is made in its place: that is a person's
+// to clear.
+enum class TableState : uint8_t { good, missing, wrongSize, unusable };
 struct PlannedTable {
     const TableFile* file;
     TableState state;
     uint64_t bytesThere = 0; // of a file of the wrong size
-    bool make;
+    bool make = false;
+    std::string problem; // of a file of the wrong size or an unusable one, path included
 };
 
 struct TablePlan {

@@ -4,7 +4,9 @@
 #include "support/util.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <ctime>
+#include <sys/stat.h>
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
@@ -24,15 +26,96 @@ std::string hashOf(std::span<const std::byte> bytes) {
     return fmt::format("{:016x}", XXH3_64bits(bytes.data(), bytes.size()));
 }
 
-// The manifest's files, or none when there is no manifest that makes sense.
-Json filesIn(const std::string& path) {
+struct Contents {
+    Json files = Json::array();
+    Json begun = Json::array();
+};
+
+std::string manifestOf(const std::string& directory) {
+    return directory + "/manifest.json";
+}
+
+// A member's text; empty where there is no such text.
+std::string textOf(const Json& record, const char* member) {
+    const auto at = record.is_object() ? record.find(member) : record.end();
+    return at != record.end() && at->is_string() ? at->get<std::string>() : "";
+}
+
+// An error for a manifest that is there and makes no sense.
+Result<Contents> readManifest(const std::string& path) {
     const auto text = readWholeFile(path, largestManifest);
     if (!text)
-        return Json::array();
+        return Error{text.error()};
     const Json manifest = Json::parse(*text, nullptr, false);
     if (!manifest.is_object() || !manifest.contains("files") || !manifest["files"].is_array())
-        return Json::array();
-    return manifest["files"];
+        return Error{path + " is no manifest: delete it"};
+    Contents contents{manifest["files"], Json::array()};
+    if (manifest.contains("begun") && manifest["begun"].is_array())
+        contents.begun = manifest["begun"];
+    return contents;
+}
+
+Contents contentsOrNone(const std::string& path) {
+    auto contents = readManifest(path);
+    return contents ? std::move(*contents) : Contents{};
+}
+
+Status writeManifest(const std::string& path, const Contents& contents) {
+    Json manifest = {{"files", contents.files}};
+    if (!contents.begun.empty())
+        manifest["begun"] = contents.begun;
+    return writeWholeFile(path, manifest.dump(2) + '\n');
+}
+
+Json::iterator find(Json& records, const std::string& name) {
+    return std::find_if(records.begin(), records.end(),
+                        [&](const Json& record) { return textOf(record, "name") == name; });
+}
+
+Status enter(Contents& contents, const std::string& directory, const ManifestEntry& entry) {
+    const auto file = MappedFile::open(directory + '/' + entry.name);
+    if (!file)
+        return Error{file.error()};
+    const std::string now = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::time(nullptr)));
+    const Json record = {
+        {"name", entry.name}, {"size", file->size()}, {"xxh3", hashOf(file->bytes())},
+        {"made", entry.made}, {"from", entry.from},   {"when", now}};
+    if (const auto old = find(contents.files, entry.name); old != contents.files.end())
+        *old = record;
+    else
+        contents.files.push_back(record);
+    if (const auto begun = find(contents.begun, entry.name); begun != contents.begun.end())
+        contents.begun.erase(begun);
+    return {};
+}
+
+// The file's last change, in nanoseconds since 1970; the least number where there is no file.
+int64_t changeOf(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0)
+        return INT64_MIN;
+    return int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+}
+
+int64_t now() {
+    timespec time = {};
+    // The clock that stamps files, which ticks more coarsely than others.
+    clock_gettime(CLOCK_REALTIME_COARSE, &time);
+    return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+Status enterAnnounced(Contents& contents, const std::string& directory) {
+    for (const Json& begun : Json(contents.begun)) {
+        const ManifestEntry entry{textOf(begun, "name"), textOf(begun, "made"),
+                                  textOf(begun, "from")};
+        if (entry.name.empty() || !begun.contains("since") || !begun["since"].is_number_integer() ||
+            changeOf(directory + '/' + entry.name) < begun["since"].get<int64_t>())
+            continue;
+        if (Status entered = enter(contents, directory, entry); !entered)
+            return entered;
+    }
+    contents.begun = Json::array();
+    return {};
 }
 
 } // namespace
@@ -45,40 +128,51 @@ Result<std::string> hashOfFile(const std::string& path) {
 }
 
 Status recordFiles(const std::string& directory, const std::vector<ManifestEntry>& entries) {
-    const std::string path = directory + "/manifest.json";
-    Json files = filesIn(path);
-    const std::string now = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::time(nullptr)));
-    for (const ManifestEntry& entry : entries) {
-        const auto file = MappedFile::open(directory + '/' + entry.name);
-        if (!file)
-            return Error{file.error()};
-        const Json record = {
-            {"name", entry.name}, {"size", file->size()}, {"xxh3", hashOf(file->bytes())},
-            {"made", entry.made}, {"from", entry.from},   {"when", now}};
-        const auto old = std::find_if(files.begin(), files.end(), [&](const Json& other) {
-            return other.is_object() && other.value("name", "") == entry.name;
-        });
-        if (old == files.end())
-            files.push_back(record);
-        else
-            *old = record;
-    }
-    return writeWholeFile(path, Json{{"files", files}}.dump(2) + '\n');
+    const std::string path = manifestOf(directory);
+    Contents contents = contentsOrNone(path);
+    for (const ManifestEntry& entry : entries)
+        if (Status entered = enter(contents, directory, entry); !entered)
+            return entered;
+    return writeManifest(path, contents);
+}
+
+Status announceFiles(const std::string& directory, const std::vector<ManifestEntry>& entries) {
+    const std::string path = manifestOf(directory);
+    Contents contents = contentsOrNone(path);
+    if (Status entered = enterAnnounced(contents, directory); !entered)
+        return entered;
+    for (const ManifestEntry& entry : entries)
+        contents.begun.push_back(
+            {{"name", entry.name}, {"made", entry.made}, {"from", entry.from}, {"since", now()}});
+    return writeManifest(path, contents);
+}
+
+Status recordAnnounced(const std::string& directory) {
+    const std::string path = manifestOf(directory);
+    Contents contents = contentsOrNone(path);
+    if (contents.begun.empty())
+        return {};
+    if (Status entered = enterAnnounced(contents, directory); !entered)
+        return entered;
+    return writeManifest(path, contents);
 }
 
 Result<std::vector<std::string>> compareWithManifest(const std::string& directory,
                                                      std::vector<std::string>& good) {
-    const std::string path = directory + "/manifest.json";
+    const std::string path = manifestOf(directory);
     if (!file_exist(path))
         return Error{"there is no " + path};
+    const auto contents = readManifest(path);
+    if (!contents)
+        return Error{contents.error()};
     std::vector<std::string> differences;
-    for (const Json& record : filesIn(path)) {
-        const std::string name = record.is_object() ? record.value("name", "") : "";
+    for (const Json& record : contents->files) {
+        const std::string name = textOf(record, "name");
         const std::string file = directory + '/' + name;
         if (name.empty() || !file_exist(file))
             continue;
         const auto hash = hashOfFile(file);
-        const std::string wanted = record.value("xxh3", "");
+        const std::string wanted = textOf(record, "xxh3");
         if (!hash)
             differences.push_back(hash.error());
         else if (*hash != wanted)

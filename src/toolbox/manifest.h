@@ -3,6 +3,13 @@
 // DIR/manifest.json: {"files": [{"name", "size", "xxh3", "made", "from", "when"}, ...]}, one entry
 // a file: its bytes, their 64-bit XXH3 hash in hexadecimal, the command that made it, what from,
 // and the time in UTC. Nothing needs it in order to play.
+//
+// A file appears before it can be entered here, and a kill may fall between the two. So long work
+// announces its files first, as "begun": [{"name", "made", "from", "since"}, ...] with the time in
+// nanoseconds since 1970, and the next run enters those that have been written since.
+//
+// Changes are read, made and written back: callers lock the directory where two might do so at
+// once.
 #pragma once
 
 #include "support/result.h"
@@ -18,12 +25,20 @@ struct ManifestEntry {
     std::string from; // what it was made from
 };
 
-// Adds or replaces the entries, taking sizes and hashes from the files. A manifest that cannot be
-// read is replaced.
+// Adds or replaces the entries, taking sizes and hashes from the files, and takes them off the
+// announced ones. A manifest that cannot be read is replaced.
 Status recordFiles(const std::string& directory, const std::vector<ManifestEntry>& entries);
 
+// Says that these files are about to be made; first records what was announced before.
+Status announceFiles(const std::string& directory, const std::vector<ManifestEntry>& entries);
+
+// Records the announced files that have been written since and forgets the others. No manifest is
+// no error.
+Status recordAnnounced(const std::string& directory);
+
 // What differs from the manifest, a line each; the names of the files that do not differ go to
-// good. Files that are not there any more are left out. An error when there is no manifest.
+// good. Files that are not there any more are left out. An error when there is no manifest, or none
+// that makes sense.
 Result<std::vector<std::string>> compareWithManifest(const std::string& directory,
                                                      std::vector<std::string>& good);
 

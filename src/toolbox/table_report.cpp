@@ -48,13 +48,17 @@ int reportTables(const std::string& directory, uint64_t seed, int threads, bool 
             if (!json)
                 fmt::print("{}\n", difference);
         }
-    else if (!json)
-        fmt::print("no hashes to compare with: {}\n", compared.error());
+    else {
+        wrong += std::filesystem::exists(lookup + "/manifest.json");
+        if (!json)
+            fmt::print("no hashes to compare with: {}\n", compared.error());
+    }
     if (json)
         printJson({{"directory", lookup},
                    {"wrong", wrong},
                    {"tables", files},
-                   {"differences", differences}});
+                   {"differences", differences},
+                   {"manifest", compared ? "read" : compared.error()}});
     return wrong == 0 ? exitDone : exitFailed;
 }
 

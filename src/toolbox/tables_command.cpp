@@ -3,6 +3,7 @@
 #include "support/clock.h"
 #include "support/file.h"
 #include "support/interrupt.h"
+#include "support/lock.h"
 #include "support/progress.h"
 #include "support/resources.h"
 #include "support/rng.h"
@@ -34,7 +35,7 @@ struct Options {
     bool quiet = false;
 };
 
-constexpr const char* states[] = {"good", "missing", "wrong size"};
+constexpr const char* states[] = {"good", "missing", "wrong size", "unusable"};
 
 std::string groupNames() {
     std::string names;
@@ -62,7 +63,7 @@ std::vector<TableGroup> groupsOf(const Options& options) {
 uint64_t memoryLimit(const Options& options) {
     if (options.memory.empty())
         return 0;
-    CLI::AsSizeValue parse(false);
+    CLI::AsSizeValue parse(true); // MB as it is printed, MiB for the other
     std::string text = options.memory;
     const std::string problem = parse(text);
     if (!problem.empty())
@@ -90,10 +91,9 @@ int showPlan(const Options& options, const TablePlan& plan) {
         return exitDone;
     }
     for (const PlannedTable& table : plan.tables)
-        if (table.state == TableState::wrongSize)
-            fmt::print("{} has {} bytes, not {}; would make it anew\n",
-                       inDirectory(options.directory, table.file->path), table.bytesThere,
-                       table.file->bytes);
+        if (!table.problem.empty())
+            fmt::print("{}{}\n", table.problem,
+                       table.state == TableState::wrongSize ? "; would make it anew" : "");
     for (int g = 0; g < tableGroups; ++g) {
         const auto group = static_cast<TableGroup>(g);
         size_t make = 0;
@@ -155,15 +155,25 @@ ManifestEntry entryOf(const TableFile& file, uint64_t seed) {
     return {};
 }
 
-void writeManifest(const Options& options, const BuildReport& report) {
+std::vector<ManifestEntry> entriesOf(const std::vector<const TableFile*>& files, uint64_t seed) {
     std::vector<ManifestEntry> entries;
-    for (const BuiltTable& table : report.tables)
-        if (table.made)
-            entries.push_back(entryOf(*table.file, options.seed));
-    if (entries.empty())
+    for (const TableFile* file : files)
+        entries.push_back(entryOf(*file, seed));
+    return entries;
+}
+
+void warnOfManifest(const Status& status) {
+    if (!status)
+        complain("the manifest is not up to date: {}", status.error());
+}
+
+// Enters what a run that was killed made and did not come to enter, unless a builder is at work
+// there now and does it itself.
+void catchUpOnManifest(const std::string& lookup) {
+    if (std::error_code error; !std::filesystem::is_directory(lookup, error))
         return;
-    if (Status written = recordFiles(inDirectory(options.directory, "lookup"), entries); !written)
-        complain("no manifest: {}", written.error());
+    if (const auto lock = FileLock::take(tableLockPath(lookup)); lock)
+        warnOfManifest(recordAnnounced(lookup));
 }
 
 int makeTables(const Options& options) {
@@ -189,6 +199,14 @@ int makeTables(const Options& options) {
     };
     build.log = [&](const std::string& line) { progress.line(line); };
     build.stop = [] { return interrupted(); };
+    const std::string lookup = inDirectory(options.directory, "lookup");
+    build.begin = [&](const std::vector<const TableFile*>& files) {
+        warnOfManifest(announceFiles(lookup, entriesOf(files, options.seed)));
+    };
+    build.made = [&](const std::vector<const TableFile*>& files) {
+        warnOfManifest(recordFiles(lookup, entriesOf(files, options.seed)));
+    };
+    catchUpOnManifest(lookup);
     const TimePoint start = steadyClock().now();
     const auto built = buildTables(build);
     if (!built) {
@@ -199,7 +217,6 @@ int makeTables(const Options& options) {
         return fail(built.error());
     }
     progress.line(fmt::format("all in {}", describeDuration(seconds(steadyClock().now() - start))));
-    writeManifest(options, *built);
 
     auto files = nlohmann::ordered_json::array();
     for (const BuiltTable& table : built->tables) {
@@ -214,9 +231,7 @@ int makeTables(const Options& options) {
         for (const BuildReport::Step& step : built->steps)
             steps.push_back(
                 {{"name", nameOf(step.group)}, {"seconds", step.seconds}, {"bytes", step.bytes}});
-        printJson({{"directory", inDirectory(options.directory, "lookup")},
-                   {"steps", steps},
-                   {"tables", files}});
+        printJson({{"directory", lookup}, {"steps", steps}, {"tables", files}});
     }
     return exitDone;
 }

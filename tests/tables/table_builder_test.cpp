@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <sys/stat.h>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -119,6 +120,40 @@ TEST_F(Builder, TwoInOneDirectoryTakeTurns) {
     other.join();
     EXPECT_EQ(first.size() + second.size(), 9U);
     EXPECT_TRUE(first.empty() || second.empty());
+}
+
+TEST_F(Builder, TellsOfEveryStepWhileTheDirectoryIsLocked) {
+    std::vector<std::string> told;
+    const auto tell = [&](const char* what, const std::vector<const TableFile*>& files) {
+        EXPECT_FALSE(FileLock::take(tableLockPath("lookup")).ok());
+        told.push_back(what + std::string(nameOf(files[0]->group)) + std::to_string(files.size()));
+        EXPECT_EQ(usableFile(files[0]->path, files[0]->bytes), what == std::string("made "));
+    };
+    options.begin = [&](const auto& files) { tell("begin ", files); };
+    options.made = [&](const auto& files) { tell("made ", files); };
+    made(buildTables(options));
+    EXPECT_EQ(told, (std::vector<std::string>{"begin clusters2", "made clusters2", "begin utility2",
+                                              "made utility2", "begin holdem5", "made holdem5"}));
+}
+
+TEST_F(Builder, LeavesWhatIsNoFileToAPerson) {
+    std::filesystem::create_directory(clusterPath(2, 0));
+    const auto refused = buildTables(options);
+    ASSERT_FALSE(refused.ok());
+    EXPECT_EQ(refused.error(),
+              "lookup/preflop_2p_c is a directory: move it away, a table belongs there");
+    std::filesystem::remove(clusterPath(2, 0));
+    ASSERT_EQ(mkfifo(clusterPath(2, 0).c_str(), 0600), 0);
+    const auto pipe = buildTables(options);
+    ASSERT_FALSE(pipe.ok());
+    EXPECT_EQ(pipe.error(),
+              "lookup/preflop_2p_c is not a regular file: move it away, a table belongs there");
+    // A link to nowhere is as good as nothing: the table appears behind it.
+    std::filesystem::remove(clusterPath(2, 0));
+    std::filesystem::create_symlink("elsewhere", clusterPath(2, 0));
+    made(buildTables(options));
+    EXPECT_TRUE(std::filesystem::is_regular_file("lookup/elsewhere"));
+    EXPECT_TRUE(std::filesystem::is_symlink(clusterPath(2, 0)));
 }
 
 TEST_F(Builder, RefusesTooLittleMemoryBeforeTheWork) {

@@ -2,6 +2,8 @@
 
 #include "toolbox/program.h"
 
+#include <chrono>
+
 #include <nlohmann/json.hpp>
 
 namespace tamarin::testing {
@@ -50,6 +52,54 @@ TEST_F(Manifest, StartsAnewWhereItMakesNoSense) {
 TEST_F(Manifest, NeedsTheFiles) {
     EXPECT_FALSE(recordFiles(directory.string(), {{"absent", "x", "y"}}).ok());
     EXPECT_FALSE(hashOfFile((directory / "absent").string()).ok());
+}
+
+TEST_F(Manifest, EntersWhatWasAnnouncedAndWrittenSince) {
+    const std::string place = directory.string();
+    writeFile(directory / "old", "1");
+    std::filesystem::last_write_time(
+        directory / "old", std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+    const ManifestEntry old{"old", "seed 2", "y"};
+    const ManifestEntry made{"made", "seed 2", "y"};
+    ASSERT_TRUE(announceFiles(place, {old, made, {"never", "x", "y"}}).ok());
+    EXPECT_EQ(files().size(), 0U);
+    writeFile(directory / "made", "2"); // and the process is killed
+    ASSERT_TRUE(recordAnnounced(place).ok());
+    ASSERT_EQ(files().size(), 1U);
+    EXPECT_EQ(files()[0]["name"], "made");
+    EXPECT_EQ(files()[0]["made"], "seed 2");
+    EXPECT_FALSE(nlohmann::json::parse(contentsOf(directory / "manifest.json")).contains("begun"));
+
+    // The next announcement does the same, and recording takes files off the list.
+    ASSERT_TRUE(announceFiles(place, {old}).ok());
+    writeFile(directory / "old", "3");
+    ASSERT_TRUE(announceFiles(place, {{"made", "seed 3", "y"}}).ok());
+    EXPECT_EQ(files().size(), 2U);
+    writeFile(directory / "made", "4");
+    ASSERT_TRUE(recordFiles(place, {{"made", "seed 3", "y"}}).ok());
+    EXPECT_EQ(files()[0]["made"], "seed 3");
+    EXPECT_FALSE(nlohmann::json::parse(contentsOf(directory / "manifest.json")).contains("begun"));
+}
+
+TEST_F(Manifest, ComparesAndSaysWhyNot) {
+    const std::string place = directory.string();
+    std::vector<std::string> good;
+    EXPECT_EQ(compareWithManifest(place, good).error(), "there is no " + place + "/manifest.json");
+    writeFile(directory / "manifest.json", "[]");
+    EXPECT_EQ(compareWithManifest(place, good).error(),
+              place + "/manifest.json is no manifest: delete it");
+    writeFile(directory / "manifest.json", R"({"files": [3, {"name": 4}, {"name": "absent"}]})");
+    const auto none = compareWithManifest(place, good);
+    ASSERT_TRUE(none.ok());
+    EXPECT_TRUE(none->empty());
+    writeFile(directory / "a", "1");
+    writeFile(directory / "b", "2");
+    ASSERT_TRUE(recordFiles(place, {{"a", "x", "y"}, {"b", "x", "y"}}).ok());
+    writeFile(directory / "b", "3");
+    const auto one = compareWithManifest(place, good);
+    ASSERT_TRUE(one.ok());
+    EXPECT_EQ(one->size(), 1U);
+    EXPECT_EQ(good, std::vector<std::string>{"a"});
 }
 
 } // namespace

@@ -16,7 +16,7 @@ namespace tamarin::test {
 class Scratch {
 public:
     Scratch() {
-        std::string path = testing::TempDir() + "toolbox.XXXXXX";
+        std::string path = ::testing::TempDir() + "toolbox.XXXXXX";
         EXPECT_NE(mkdtemp(path.data()), nullptr);
         path_ = path;
     }
