@@ -7,6 +7,7 @@
 #include "toolbox/playing_directory.h"
 #include "toolbox/strategies.h"
 #include "toolbox/strategy_page.h"
+#include "toolbox/table_look.h"
 
 #include <filesystem>
 #include <iostream>
@@ -110,6 +111,11 @@ nlohmann::ordered_json asJson(const NamedGame& game, const Profile& profile,
 }
 
 int show(const Options& options) {
+    if (const TableFile* table = tableNamed(options.what)) {
+        const bool here = options.directory == "." || std::filesystem::exists(options.what);
+        return showTable(*table, here ? options.what : inDirectory(options.directory, options.what),
+                         options.json, options.html);
+    }
     const auto shown = find(options);
     if (!shown)
         return fail(shown.error());
@@ -138,11 +144,14 @@ int show(const Options& options) {
 
 void addShowCommand(CLI::App& app, int& status) {
     auto options = std::make_shared<Options>();
-    CLI::App& command = addCommand(app, "show", "Print a strategy as text, JSON or a page",
-                                   "tamarin show kuhn.limit.3p.game --html kuhn.html");
+    CLI::App& command =
+        addCommand(app, "show", "Print a strategy or a table as text, JSON or a page",
+                   "tamarin show kuhn.limit.3p.game --html kuhn.html\n"
+                   "  tamarin show lookup/preflop_2p --html preflop.html");
     command
         .add_option("GAME|FILE", options->what,
-                    "A game, for the strategies in the playing directory; or a strategy file")
+                    "A game, for the strategies in the playing directory; a strategy file; or a "
+                    "table below lookup/")
         ->required();
     command.add_option("--game", options->game,
                        "The file's game, where its directory does not tell");

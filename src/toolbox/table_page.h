@@ -1,0 +1,14 @@
+// A table as a page of its own, without scripts and without anything from elsewhere: its range, its
+// histogram, and for pre-flop the squares of starting hands, coloured, of all tables that lie
+// there.
+#pragma once
+
+#include "toolbox/table_look.h"
+
+#include <string>
+
+namespace tamarin {
+
+std::string tablePage(const TableLook& look);
+
+} // namespace tamarin
