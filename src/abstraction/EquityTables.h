@@ -12,8 +12,8 @@
 //                       2 and 3 players, each seat
 //
 // Files that are there are mapped, not read: a table got from one must not be written to. What is
-// missing is computed by the plain road, which for the equities means sampling and would take
-// months; tables/table_builder.h makes every file exactly and in minutes, and whoever wants to play
+// missing is computed by the plain road, which for the equities means sampling, most of a
+// day; tables/table_builder.h makes every file exactly and in minutes, and whoever wants to play
 // runs it first. A file of the wrong size is never used (table_store.h).
 //
 // Nothing is ever derived from a table without contents: where one is needed that load() left

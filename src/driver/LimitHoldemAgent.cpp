@@ -47,8 +47,8 @@ const char* strategyFileOf(const Game& game) {
     return files[game.numPlayers];
 }
 
-// Whatever is missing is made exactly, in minutes; EquityTables by itself would sample it for
-// months. Without tables there is no play: a failure ends the process with status 1.
+// Whatever is missing is made exactly, in minutes; EquityTables by itself would sample it
+// for most of a day. Without tables there is no play: a failure ends the process with status 1.
 void makeMissingTables() {
     tamarin::StepProgress progress;
     tamarin::BuildOptions build;

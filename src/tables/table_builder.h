@@ -1,11 +1,11 @@
 // The table builder: whatever is missing below lookup/, made exactly and in dependency order.
 //
 // Seven-card table, equities, clusters, utilities, hold'em tables; minutes where the plain road of
-// EquityTables takes months. Each file appears whole or not at all, so work that was stopped, in
-// whatever way, goes on with the file it was at and ends in the same bytes: they depend on the seed
-// (of the utilities, which are sampled) and on nothing else, not even on the number of threads.
-// Builders in one directory wait for each other. A file of the wrong size is moved to NAME.bad and
-// made again.
+// EquityTables takes most of a day. Each file appears whole or not at all, so work that was
+// stopped, in whatever way, goes on with the file it was at and ends in the same bytes: they depend
+// on the seed (of the utilities, which are sampled) and on nothing else, not even on the number of
+// threads. Builders in one directory wait for each other. A file of the wrong size is moved to
+// NAME.bad and made again.
 //
 // The auxiliary games are read from the directory where they lie there, else they are the built-in
 // ones. A file that may not be read, or something else in a file's place, stops the work before it

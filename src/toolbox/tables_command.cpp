@@ -1,5 +1,6 @@
 // tamarin tables: makes the tables below lookup/ that a player needs, exactly and only once.
 #include "abstraction/EquityTables.h"
+#include "abstraction/round_indexers.h"
 #include "support/clock.h"
 #include "support/file.h"
 #include "support/interrupt.h"
@@ -8,12 +9,14 @@
 #include "support/resources.h"
 #include "support/rng.h"
 #include "support/step_progress.h"
+#include "tables/sampled_road.h"
 #include "tables/table_builder.h"
 #include "tables/table_check.h"
 #include "toolbox/commands.h"
 #include "toolbox/manifest.h"
 #include "toolbox/table_report.h"
 
+#include <csignal>
 #include <filesystem>
 #include <memory>
 
@@ -123,6 +126,31 @@ int showPlan(const Options& options, const TablePlan& plan) {
     return exitDone;
 }
 
+// What the sampled road would take here, and nothing done.
+int showSampledRoad(const Options& options) {
+    global_urng().seed(static_cast<uint32_t>(options.seed % 2147483647));
+    const SampledRoad road = measureSampledRoad(options.directory);
+    auto rounds = nlohmann::ordered_json::array();
+    for (size_t r = 0; r < road.rounds.size(); ++r) {
+        const SampledRoad::Round& round = road.rounds[r];
+        rounds.push_back({{"round", roundNames[r]},
+                          {"hands", roundSizes[r]},
+                          {"measuredHands", round.hands},
+                          {"handSeconds", round.handSeconds},
+                          {"seconds", round.roundSeconds}});
+        if (!options.json)
+            fmt::print("{}: {} hands of {:.1f} microseconds, about {} ({} hands measured)\n",
+                       roundNames[r], roundSizes[r], round.handSeconds * 1e6,
+                       describeDuration(round.roundSeconds), round.hands);
+    }
+    if (options.json)
+        printJson({{"rounds", rounds}, {"seconds", road.seconds()}});
+    else
+        fmt::print("sampling all equities would take about {} of one core, {:.1f} days\n",
+                   describeDuration(road.seconds()), road.seconds() / 86400);
+    return exitDone;
+}
+
 // The road that EquityTables walks by itself: equities by sampling. It draws from the process-wide
 // engine and works in the working directory.
 int sample(const Options& options) {
@@ -131,6 +159,9 @@ int sample(const Options& options) {
     if (Status made = makeDirectories("lookup"); !made)
         return fail(made.error());
     global_urng().seed(static_cast<uint32_t>(options.seed % 2147483647));
+    // It asks nobody whether to stop, and loses only the round it is at.
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        std::signal(signal, SIG_DFL);
     EquityTables tables;
     tables.load();
     std::filesystem::current_path(home);
@@ -184,6 +215,8 @@ int makeTables(const Options& options) {
     build.threads = options.threads;
     build.seed = options.seed;
     build.memory = memoryLimit(options);
+    if (options.dryRun && options.sampled)
+        return showSampledRoad(options);
     if (options.dryRun)
         return showPlan(options, planTables(build.directory, build.groups, build.force));
     if (options.verify)
@@ -259,8 +292,10 @@ void addTablesCommand(CLI::App& app, int& status) {
                      "Say what would be made, and the disk, memory and time it takes");
     command.add_flag("--verify", options->verify,
                      "Make nothing; check sizes, hashes, ranges and random entries");
-    command.add_flag("--sampled", options->sampled,
-                     "Sample missing equities by 1,000 deals a hand; takes months, for comparison");
+    command.add_flag(
+        "--sampled", options->sampled,
+        "Sample missing equities by 1,000 deals a hand, for comparison; takes most of\n"
+        "a day, which --dry-run measures");
     command.add_option("--memory", options->memory, "Memory to take at most, such as 1GB")
         ->type_name("SIZE");
     addSeedOption(command, options->seed);
