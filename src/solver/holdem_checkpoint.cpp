@@ -2,9 +2,9 @@
 //
 //   bytes   field
 //   8       "tmrnhold"
-//   4       version, 1
+//   4       version, 2
 //   4       length of the configuration text, L
-//   L       the configuration: the game's definition, the algorithm, the seed, the block
+//   L       the configuration: the game's definition, the algorithm, the seed, the block, the batch
 //   8       deals walked
 //   8       number of information sets, S
 //   48 S    SetNumbers
@@ -14,6 +14,7 @@
 // their place, and the checksum runs at memory speed.
 #include "solver/holdem_trainer.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdlib>
 #include <cstring>
@@ -23,7 +24,7 @@ namespace tamarin {
 namespace {
 
 constexpr char magic[8] = {'t', 'm', 'r', 'n', 'h', 'o', 'l', 'd'};
-constexpr uint32_t version = 1;
+constexpr uint32_t version = 2;
 constexpr size_t pieceSize = size_t{1} << 20U;
 
 static_assert(sizeof(SetNumbers) == 48);
@@ -62,9 +63,10 @@ std::string configText(const Game& game, const HoldemTrainerConfig& config) {
     size_t size = 0;
     FILE* const stream = open_memstream(&text, &size);
     printGame(stream, &game);
-    std::fprintf(stream, "algorithm = %s\nseed = %llu\nblock = %llu\n",
+    std::fprintf(stream, "algorithm = %s\nseed = %llu\nblock = %llu\nbatch = %llu\n",
                  algorithmName(config.algorithm), static_cast<unsigned long long>(config.seed),
-                 static_cast<unsigned long long>(config.block));
+                 static_cast<unsigned long long>(config.block),
+                 static_cast<unsigned long long>(config.batch));
     std::fclose(stream);
     std::string result(text, size);
     std::free(text);

@@ -4,10 +4,10 @@
 #include "support/rng.h"
 
 #include <algorithm>
-#include <bit>
 #include <cassert>
 #include <cmath>
 #include <cstring>
+#include <omp.h>
 
 namespace tamarin {
 
@@ -42,40 +42,87 @@ double weightOf(Algorithm algorithm, uint64_t t) {
                : 1.0;
 }
 
-// Means and standard errors of each seat's values, summed in the order of the deals.
+// Deals first .. first + deals.size() - 1 of a stream.
+void fillBatch(const Game& game, const HoldemBuckets& buckets, uint64_t seed, Stream stream,
+               uint64_t first, int threads, std::span<BatchDeal> deals) {
+    const int useful = deals.size() < 16 ? 1 : threads;
+#pragma omp parallel for schedule(static) num_threads(useful) default(none)                        \
+    shared(game, buckets, seed, stream, first, deals)
+    for (size_t d = 0; d < deals.size(); ++d) {
+        drawDeal(game, seed, stream, first + d, &deals[d].cards);
+        fillDealBuckets(game, deals[d].cards, buckets, deals[d].buckets);
+    }
+}
+
+int threadsOf(int threads) {
+    return threads > 0 ? threads : omp_get_max_threads();
+}
+
+// A sum of values and of their squares, added in the order of the deals.
+struct Sum {
+    double sum = 0.0;
+    double squares = 0.0;
+    void add(double value) {
+        sum += value;
+        squares += value * value;
+    }
+    double mean(uint64_t n) const { return sum / static_cast<double>(n); }
+    double error(uint64_t n) const {
+        const double variance = squares / static_cast<double>(n) - mean(n) * mean(n);
+        return std::sqrt(std::max(0.0, variance) / static_cast<double>(n));
+    }
+};
+
 class ValueSum {
 public:
     void add(const double* util, int players) {
         ++deals_;
         for (int p = 0; p < players; ++p) {
-            sum_[p] += util[p];
-            squares_[p] += util[p] * util[p];
+            sums_[p].add(util[p]);
         }
     }
+    uint64_t deals() const { return deals_; }
     SampledValue result(int players) const {
         SampledValue value;
         value.deals = deals_;
-        const auto n = static_cast<double>(deals_);
-        for (int p = 0; p < players; ++p) {
-            value.mean[p] = sum_[p] / n;
-            const double variance = std::max(0.0, squares_[p] / n - value.mean[p] * value.mean[p]);
-            value.error[p] = std::sqrt(variance / n);
+        for (int p = 0; p < players && deals_ > 0; ++p) {
+            value.mean[p] = sums_[p].mean(deals_);
+            value.error[p] = sums_[p].error(deals_);
         }
         return value;
     }
 
 private:
-    double sum_[MAX_PLAYERS] = {};
-    double squares_[MAX_PLAYERS] = {};
+    Sum sums_[MAX_PLAYERS];
     uint64_t deals_ = 0;
 };
+
+// Batches for valuing and responding: large enough for the cache, whatever training takes.
+constexpr uint64_t samplingBatch = 256;
+
+// Walks the deals of a stream in batches; each is prepared, then given to walk, with its place.
+template <class Walk>
+void walkStream(const Game& game, const HoldemBuckets& buckets, Stream stream, uint64_t count,
+                const ValueSampling& sampling, uint64_t doneBefore, const Walk& walk) {
+    std::vector<BatchDeal> batch(samplingBatch);
+    for (uint64_t t = 0; t < count; t += batch.size()) {
+        batch.resize(std::min(samplingBatch, count - t));
+        fillBatch(game, buckets, sampling.seed, stream, t, threadsOf(sampling.threads), batch);
+        walk(std::span(batch), t);
+        if (sampling.goOn && !sampling.goOn(doneBefore + t + batch.size())) {
+            return;
+        }
+    }
+}
 
 } // namespace
 
 HoldemTrainer::HoldemTrainer(const Game& game, const HoldemBuckets& buckets,
                              const HoldemTrainerConfig& config)
-    : game_(game), buckets_(buckets), config_(config), sets_(game), walk_(game, sets_) {
-    assert(config.algorithm != Algorithm::predictive && config.block > 0);
+    : game_(game), buckets_(buckets), config_(config), sets_(game),
+      walk_(game, sets_, config.threads), batch_(config.batch) {
+    assert(config.algorithm != Algorithm::predictive && config.batch > 0 && config.block > 0);
+    assert(config.algorithm != Algorithm::discounted || config.block % config.batch == 0);
 }
 
 void HoldemTrainer::dealCards(uint64_t t, State* state) const {
@@ -83,15 +130,14 @@ void HoldemTrainer::dealCards(uint64_t t, State* state) const {
 }
 
 void HoldemTrainer::run(uint64_t deals) {
-    State state{};
-    DealBuckets buckets;
-    double util[MAX_PLAYERS];
-    for (uint64_t i = 0; i < deals; ++i) {
-        dealCards(deals_, &state);
-        fillDealBuckets(game_, state, buckets_, buckets);
-        walk_.iterate(ruleOf(config_.algorithm), state, buckets,
-                      weightOf(config_.algorithm, deals_), util);
-        ++deals_;
+    for (uint64_t i = 0; i < deals; i += config_.batch) {
+        fillBatch(game_, buckets_, config_.seed, Stream::training, deals_,
+                  threadsOf(config_.threads), batch_);
+        for (size_t d = 0; d < batch_.size(); ++d) {
+            batch_[d].weight = weightOf(config_.algorithm, deals_ + d);
+        }
+        walk_.iterate(ruleOf(config_.algorithm), batch_);
+        deals_ += config_.batch;
         if (config_.algorithm == Algorithm::discounted && deals_ % config_.block == 0) {
             discount(deals_ / config_.block);
         }
@@ -127,45 +173,52 @@ double HoldemTrainer::averageRegret() const {
 }
 
 SampledValue sampleValues(const Game& game, const HoldemBuckets& buckets, HoldemSets& sets,
-                          uint64_t deals, uint64_t seed) {
-    HoldemWalk walk(game, sets);
+                          const ValueSampling& sampling) {
+    HoldemBatch walk(game, sets, sampling.threads);
     ValueSum sum;
-    State state{};
-    DealBuckets dealt;
-    double util[MAX_PLAYERS];
-    for (uint64_t t = 0; t < deals; ++t) {
-        drawDeal(game, seed, Stream::values, t, &state);
-        fillDealBuckets(game, state, buckets, dealt);
-        walk.iterate(HoldemRule::average, state, dealt, 1.0, util);
-        sum.add(util, game.numPlayers);
-    }
+    walkStream(game, buckets, Stream::values, sampling.deals, sampling, 0,
+               [&](std::span<BatchDeal> batch, uint64_t) {
+                   walk.iterate(HoldemRule::average, batch);
+                   for (const BatchDeal& deal : batch) {
+                       sum.add(deal.value, game.numPlayers);
+                   }
+               });
     return sum.result(game.numPlayers);
 }
 
-SampledValue sampleResponse(const Game& game, const HoldemBuckets& buckets, HoldemSets& sets,
-                            int seat, uint64_t trainingDeals, uint64_t deals, uint64_t seed) {
+ResponseValue sampleResponse(const Game& game, const HoldemBuckets& buckets, HoldemSets& sets,
+                             int seat, const ValueSampling& sampling) {
     HoldemSets responder(game);
-    HoldemWalk walk(game, sets);
-    State state{};
-    DealBuckets dealt;
-    double util[MAX_PLAYERS];
-    for (uint64_t t = 0; t < trainingDeals; ++t) {
-        drawDeal(game, seed, Stream::response, t, &state);
-        fillDealBuckets(game, state, buckets, dealt);
-        walk.respond(responder, seat, state, dealt, static_cast<double>(t + 1), util);
+    HoldemBatch walk(game, sets, sampling.threads);
+    walkStream(game, buckets, Stream::response, sampling.responseDeals, sampling, 0,
+               [&](std::span<BatchDeal> batch, uint64_t t) {
+                   for (size_t d = 0; d < batch.size(); ++d) {
+                       batch[d].weight = static_cast<double>(t + d + 1);
+                   }
+                   walk.respond(responder, seat, batch);
+               });
+    ValueSum sum;
+    Sum gain;
+    walkStream(game, buckets, Stream::values, sampling.deals, sampling, sampling.responseDeals,
+               [&](std::span<BatchDeal> batch, uint64_t) {
+                   walk.iterate(HoldemRule::average, batch);
+                   std::vector<double> kept;
+                   for (const BatchDeal& deal : batch) {
+                       kept.push_back(deal.value[seat]);
+                   }
+                   walk.valueOfResponse(responder, seat, batch);
+                   for (size_t d = 0; d < batch.size(); ++d) {
+                       sum.add(batch[d].value, game.numPlayers);
+                       gain.add(batch[d].value[seat] - kept[d]);
+                   }
+               });
+    ResponseValue result;
+    result.value = sum.result(game.numPlayers);
+    if (sum.deals() > 0) {
+        result.gain = gain.mean(sum.deals());
+        result.error = gain.error(sum.deals());
     }
-    // The profile to value: the seat's numbers replaced by the response's.
-    HoldemSets mixed(game);
-    const CompiledTree& tree = sets.tree();
-    for (uint32_t slot = 0; slot < tree.slots().size(); ++slot) {
-        const HoldemSets& from = tree.slots()[slot].player == seat ? responder : sets;
-        for (uint32_t bucket = 0; bucket < numHoldemBuckets; ++bucket) {
-            const size_t start = sets.layout().bucketStart(slot, bucket);
-            std::copy_n(from.numbers() + start, tree.slots()[slot].numNodes,
-                        mixed.numbers() + start);
-        }
-    }
-    return sampleValues(game, buckets, mixed, deals, seed);
+    return result;
 }
 
 } // namespace tamarin

@@ -1,15 +1,15 @@
 // Walks of the compiled hold'em tree for one deal: training iterations and values.
 //
 // Within one deal every information set belongs to one node, so subtrees touch different numbers:
-// large trees are walked by all threads, and the result does not depend on who walks which.
+// large trees are walked by all threads, and the result does not depend on who walks which. Many
+// deals at once are walked faster by solver/holdem_batch.h.
 #pragma once
 
 #include "solver/holdem_buckets.h"
 #include "solver/holdem_sets.h"
-#include "solver/payoffs.h"
 
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 namespace tamarin {
 
@@ -35,6 +35,7 @@ class HoldemWalk {
 public:
     // Everything must outlive the object.
     HoldemWalk(const Game& game, HoldemSets& sets);
+    ~HoldemWalk();
 
     // Walks the deal (hole cards and whole board in the state), updating what the rule says. util
     // receives the value to each seat. weight multiplies what is added to regrets and strategies.
@@ -46,36 +47,17 @@ public:
                  double weight, double* util);
 
 private:
-    // What a visit needs of a node: 20 bytes, in depth-first order.
-    struct Step {
-        int32_t child[numAbstractedActions];
-        uint32_t offset;
-        uint8_t slot;
-        uint8_t player;
-        uint8_t first; // valid actions are first..last
-        uint8_t last;
-    };
-
-    void placeDeal(const State& deal, const DealBuckets& buckets);
     template <HoldemRule rule>
     void walk(double* util) const;
     template <HoldemRule rule, size_t stride>
     void walkFromRoot(double* util) const;
     template <HoldemRule rule, size_t stride>
-    void visit(int32_t id, double* reach, double parentReach, double* util) const;
-    template <HoldemRule rule, size_t stride, int first, int last>
-    void visitKind(const Step& step, double* reach, double parentReach, double* util) const;
-    template <HoldemRule rule, size_t stride>
     void visitWithTasks(int32_t id, const double* reach, double parentReach, double* util) const;
 
+    struct Parts;
     const Game& game_;
     HoldemSets& sets_;
-    Payoffs payoffs_;
-    std::vector<Step> steps_;
-    std::vector<SetNumbers*> slotNumbers_; // [slot]: the deal's bucket
-    const double* settled_ = nullptr;      // the deal's payoffs
-    double weight_ = 1.0;
-    size_t responder_ = 0;
+    std::unique_ptr<Parts> parts_;
 };
 
 } // namespace tamarin

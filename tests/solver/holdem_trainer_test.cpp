@@ -201,25 +201,125 @@ TEST_F(HoldemCheckpoint, RefusesWhatItDidNotWrite) {
     }
 }
 
+TEST(HoldemTrainer, DoesNotDependOnThreads) {
+    const GamePtr two = smallLimit(twoPlayerLimit, "1 1 1 1");
+    const GamePtr three = smallLimit(threePlayerLimit, "1 1 0 0");
+    const HashedBuckets buckets;
+    for (const Game* game : {two.get(), three.get()}) {
+        for (const Algorithm algorithm :
+             {Algorithm::player, Algorithm::cfrPlus, Algorithm::discounted}) {
+            HoldemTrainer one(*game, buckets, {algorithm, 5, 64, 16, 1});
+            HoldemTrainer many(*game, buckets, {algorithm, 5, 64, 16, 3});
+            one.run(200);
+            many.run(200);
+            EXPECT_EQ(one.deals(), 208U); // whole batches
+            EXPECT_TRUE(bytesOf(one.sets()) == bytesOf(many.sets()));
+        }
+    }
+}
+
+// The cut leaves nothing out: the average strategy is worth the same in a batch as deal by deal.
+TEST(HoldemBatch, FindsTheValuesOfSingleWalks) {
+    const GamePtr game = smallLimit(twoPlayerLimit, "1 1 1 1");
+    const HashedBuckets buckets;
+    HoldemTrainer trainer(*game, buckets, {Algorithm::linear, 7, 1000});
+    trainer.run(100);
+    HoldemBatch batch(*game, trainer.sets());
+    EXPECT_GT(batch.numTrunkNodes(), 1U);
+    EXPECT_GT(batch.numSubtrees(), 10U);
+    HoldemWalk walk(*game, trainer.sets());
+    std::vector<BatchDeal> deals(20);
+    for (size_t d = 0; d < deals.size(); ++d) {
+        trainer.dealCards(1000 + d, &deals[d].cards);
+        fillDealBuckets(*game, deals[d].cards, buckets, deals[d].buckets);
+    }
+    batch.iterate(HoldemRule::average, deals);
+    for (const BatchDeal& deal : deals) {
+        double util[MAX_PLAYERS];
+        walk.iterate(HoldemRule::average, deal.cards, deal.buckets, 1.0, util);
+        EXPECT_EQ(deal.value[0], util[0]);
+        EXPECT_EQ(deal.value[1], util[1]);
+    }
+}
+
+// Within a batch the trunk plays as it did at the batch's start, while each subtree learns from
+// deal to deal.
+TEST(HoldemBatch, FreezesTheTrunkAlone) {
+    const GamePtr game = smallLimit(twoPlayerLimit, "1 1 1 1");
+    const HashedBuckets buckets;
+    HoldemTrainer apart(*game, buckets, {Algorithm::cfr, 7, 1000, 1, 1});
+    HoldemTrainer together(*game, buckets, {Algorithm::cfr, 7, 1000, 100, 1});
+    apart.run(100);
+    together.run(100);
+    // Seat 1's first choice is in the trunk: uniform for all hundred deals.
+    double sum = 0.0;
+    bool learned = false;
+    for (int bucket = 0; bucket < 10; ++bucket) {
+        const std::string key = "1:0:" + std::to_string(bucket) + ":";
+        CFRNode node;
+        ASSERT_TRUE(together.sets().find(4, key, node));
+        EXPECT_EQ(node.strategySum[actionCall], node.strategySum[actionRaise]);
+        sum += node.strategySum[actionFold] + node.strategySum[actionCall] +
+               node.strategySum[actionRaise];
+        ASSERT_TRUE(apart.sets().find(4, key, node));
+        learned = learned || node.strategySum[actionCall] != node.strategySum[actionRaise];
+    }
+    EXPECT_NEAR(sum, 100.0, 1e-9);
+    EXPECT_TRUE(learned);
+    // The river after nothing but checks is deep in a subtree.
+    bool learnedBelow = false;
+    for (int bucket = 0; bucket < 10; ++bucket) {
+        CFRNode node;
+        ASSERT_TRUE(together.sets().find(3, "0:3:" + std::to_string(bucket) + ":cccccc", node));
+        learnedBelow =
+            learnedBelow || node.strategySum[actionCall] != node.strategySum[actionRaise];
+    }
+    EXPECT_TRUE(learnedBelow);
+}
+
+ValueSampling sampling(uint64_t deals, uint64_t responseDeals) {
+    ValueSampling result;
+    result.deals = deals;
+    result.responseDeals = responseDeals;
+    result.seed = 4;
+    return result;
+}
+
 TEST(SampledValues, SumToZeroAndNoResponseLosesByMuch) {
     const GamePtr game = smallLimit(twoPlayerLimit, "1 1 1 1");
     const HashedBuckets buckets;
     HoldemTrainer trainer(*game, buckets, {Algorithm::linear, 3, 1000});
     trainer.run(3000);
-    const SampledValue value = sampleValues(*game, buckets, trainer.sets(), 2000, 4);
+    const SampledValue value = sampleValues(*game, buckets, trainer.sets(), sampling(2000, 0));
     EXPECT_NEAR(value.mean[0] + value.mean[1], 0.0, 1e-9);
     EXPECT_GT(value.error[0], 0.0);
+    EXPECT_EQ(value.deals, 2000U);
     for (const int seat : {0, 1}) {
-        const SampledValue response =
-            sampleResponse(*game, buckets, trainer.sets(), seat, 3000, 2000, 4);
-        EXPECT_GT(response.mean[seat],
-                  value.mean[seat] - 3 * (value.error[seat] + response.error[seat]));
+        const ResponseValue response =
+            sampleResponse(*game, buckets, trainer.sets(), seat, sampling(2000, 3000));
+        EXPECT_GT(response.gain, -3 * response.error);
+        EXPECT_NEAR(response.value.mean[seat] - response.gain, value.mean[seat], 1e-9);
         // Against uniform play, which a fresh tree is, a trained response wins clearly.
         HoldemSets uniform(*game);
-        const SampledValue before = sampleValues(*game, buckets, uniform, 2000, 4);
-        const SampledValue after = sampleResponse(*game, buckets, uniform, seat, 3000, 2000, 4);
-        EXPECT_GT(after.mean[seat], before.mean[seat] + 3 * after.error[seat]);
+        EXPECT_GT(sampleResponse(*game, buckets, uniform, seat, sampling(2000, 3000)).gain,
+                  10 * response.error);
     }
+}
+
+TEST(SampledValues, DoNotDependOnThreadsAndStopWhenTold) {
+    const GamePtr game = smallLimit(twoPlayerLimit, "1 1 1 1");
+    const HashedBuckets buckets;
+    HoldemSets sets(*game);
+    ValueSampling one = sampling(1000, 1000);
+    one.threads = 1;
+    ValueSampling three = one;
+    three.threads = 3;
+    EXPECT_EQ(sampleValues(*game, buckets, sets, one).mean[0],
+              sampleValues(*game, buckets, sets, three).mean[0]);
+    EXPECT_EQ(sampleResponse(*game, buckets, sets, 1, one).gain,
+              sampleResponse(*game, buckets, sets, 1, three).gain);
+    one.goOn = [](uint64_t done) { return done < 500; };
+    EXPECT_EQ(sampleValues(*game, buckets, sets, one).deals, 512U);
 }
 
 } // namespace
