@@ -27,6 +27,7 @@ public:
     const CompiledTree& tree() const { return tree_; }
     const SetLayout& layout() const { return layout_; }
     size_t numSets() const { return layout_.numSets(); }
+    int numRounds() const { return static_cast<int>(numRounds_); }
     // Numbers of the set at layout().index(node, bucket).
     SetNumbers* numbers() { return numbers_.get(); }
     const SetNumbers* numbers() const { return numbers_.get(); }

@@ -150,7 +150,9 @@ void HoldemTrainer::discount(uint64_t block) {
     const double average = b / (b + 1.0) * (b / (b + 1.0));
     SetNumbers* const numbers = sets_.numbers();
     const size_t count = sets_.numSets();
-#pragma omp parallel for schedule(static) default(none) shared(numbers, count, positive, average)
+    const int threads = threadsOf(config_.threads);
+#pragma omp parallel for schedule(static) num_threads(threads) default(none)                       \
+    shared(numbers, count, positive, average)
     for (size_t i = 0; i < count; ++i) {
         for (int a = 0; a < numAbstractedActions; ++a) {
             numbers[i].regret[a] *= numbers[i].regret[a] > 0.0 ? positive : 0.5;
@@ -160,11 +162,26 @@ void HoldemTrainer::discount(uint64_t block) {
 }
 
 double HoldemTrainer::averageRegret() const {
-    double sum = 0.0;
-    for (size_t i = 0; i < sets_.numSets(); ++i) {
-        for (const double regret : sets_.numbers()[i].regret) {
-            sum += std::max(regret, 0.0);
+    // Summed in pieces of a fixed size, so that the sum does not depend on the threads.
+    constexpr size_t piece = 1 << 14U;
+    const size_t count = sets_.numSets();
+    const SetNumbers* const numbers = sets_.numbers();
+    std::vector<double> sums((count + piece - 1) / piece);
+    const int threads = threadsOf(config_.threads);
+#pragma omp parallel for schedule(static) num_threads(threads) default(none)                       \
+    shared(sums, numbers, count)
+    for (size_t s = 0; s < sums.size(); ++s) {
+        double part = 0.0;
+        for (size_t i = s * piece; i < std::min(count, (s + 1) * piece); ++i) {
+            for (const double regret : numbers[i].regret) {
+                part += std::max(regret, 0.0);
+            }
         }
+        sums[s] = part;
+    }
+    double sum = 0.0;
+    for (const double part : sums) {
+        sum += part;
     }
     // Linear weights make a deal count as much as its number.
     const auto t = static_cast<double>(deals_);

@@ -47,6 +47,7 @@ public:
     // Walks so many deals more, rounded up to whole batches.
     void run(uint64_t deals);
     uint64_t deals() const { return deals_; }
+    const HoldemTrainerConfig& config() const { return config_; }
     const HoldemSets& sets() const { return sets_; }
     HoldemSets& sets() { return sets_; }
 

@@ -1,11 +1,14 @@
 // Strategy files: writing a solver's nodes, reading them back.
 
+#include "solver/strategy_file.h"
+
 #include "solver/cfr.h"
 #include "solver/holdem_sets.h"
 #include "solver/mapped_strategy.h"
 #include "solver/strategy_record.h"
 #include "support/file.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -68,6 +71,69 @@ bool readMap(Reader& reader, tamarin::NodeMap& map) {
 }
 
 } // namespace
+
+namespace tamarin {
+
+Status writeStrategyFile(const std::string& path, int numMaps, const NodeStore& nodes,
+                         const std::function<bool(uint64_t done)>& goOn, FileSystem& files) {
+    constexpr uint64_t askEvery = 1 << 16U;
+    Result<AtomicFile> file = AtomicFile::create(path, files);
+    if (!file)
+        return Error{file.error()};
+    uint64_t done = 0;
+    std::string problem;
+    for (int m = 0; m < numMaps; ++m) {
+        const size_t held = nodes.count(m);
+        const auto count = static_cast<StrategyCount>(held);
+        if (count != held)
+            return Error{path + ": section " + std::to_string(m) + " has too many nodes"};
+        (void)file->write(&count, sizeof count); // a failure is told by commit()
+        const bool whole = nodes.forEach(m, [&](const std::string& key, const CFRNode& node) {
+            if (!writeNode(*file, key, node))
+                problem = key.size() >= sizeof(StrategyRecord::key)
+                              ? "the key " + key + " is too long"
+                              : "disk";
+            else if (++done % askEvery == 0 && goOn && !goOn(done))
+                problem = "stopped";
+            return problem.empty();
+        });
+        if (!whole && problem == "disk")
+            return file->commit();
+        if (!whole)
+            return Error{path + ": " + problem};
+    }
+    return file->commit();
+}
+
+Status readStrategyFile(const std::string& path, HoldemSets& sets) {
+    const auto& slots = sets.tree().slots();
+    int numMaps = 0; // a tree has slots in every map up to the last
+    for (const CompiledTree::Slot& slot : slots)
+        numMaps = std::max(numMaps, slot.player + 1);
+    numMaps *= sets.numRounds();
+    const auto strategy = MappedStrategy::open(path, numMaps);
+    if (!strategy)
+        return Error{strategy.error()};
+    for (int m = 0; m < numMaps; ++m) {
+        if (strategy->count(m) != sets.count(m))
+            return Error{path + ": section " + std::to_string(m) + " has " +
+                         std::to_string(strategy->count(m)) + " nodes, the game has " +
+                         std::to_string(sets.count(m)) + " there"};
+        std::string bad;
+        std::string last;
+        strategy->forEach(m, [&](const std::string& key, const CFRNode& node) {
+            if (key <= last || !sets.set(m, key, node))
+                bad = key;
+            last = key;
+            return bad.empty();
+        });
+        if (!bad.empty())
+            return Error{path + ": the node " + bad + " does not belong to this game"};
+    }
+    return {};
+}
+
+} // namespace tamarin
 
 bool CFR::save(const std::string& path) {
     tamarin::Result<tamarin::AtomicFile> file = tamarin::AtomicFile::create(path);

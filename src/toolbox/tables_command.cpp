@@ -13,7 +13,7 @@
 #include "tables/table_builder.h"
 #include "tables/table_check.h"
 #include "toolbox/commands.h"
-#include "toolbox/manifest.h"
+#include "toolbox/table_manifest.h"
 #include "toolbox/table_report.h"
 
 #include <csignal>
@@ -168,45 +168,6 @@ int sample(const Options& options) {
     return exitDone;
 }
 
-// How a group's files were made, and what from.
-ManifestEntry entryOf(const TableFile& file, uint64_t seed) {
-    const std::string name = std::filesystem::path(file.path).filename().string();
-    switch (file.group) {
-    case TableGroup::sevenCards:
-        return {name, "generated", "the rules"};
-    case TableGroup::equities:
-        return {name, "counted exactly", "the rules"};
-    case TableGroup::clusters:
-        return {name, "cut into 101 clusters", "the equities"};
-    case TableGroup::utilities:
-        return {name, fmt::format("trained and sampled with seed {}", seed), "the clusters"};
-    case TableGroup::holdem:
-        return {name, "cut into 10 buckets", "the utilities and equities"};
-    }
-    return {};
-}
-
-std::vector<ManifestEntry> entriesOf(const std::vector<const TableFile*>& files, uint64_t seed) {
-    std::vector<ManifestEntry> entries;
-    for (const TableFile* file : files)
-        entries.push_back(entryOf(*file, seed));
-    return entries;
-}
-
-void warnOfManifest(const Status& status) {
-    if (!status)
-        complain("the manifest is not up to date: {}", status.error());
-}
-
-// Enters what a run that was killed made and did not come to enter, unless a builder is at work
-// there now and does it itself.
-void catchUpOnManifest(const std::string& lookup) {
-    if (std::error_code error; !std::filesystem::is_directory(lookup, error))
-        return;
-    if (const auto lock = FileLock::take(tableLockPath(lookup)); lock)
-        warnOfManifest(recordAnnounced(lookup));
-}
-
 int makeTables(const Options& options) {
     BuildOptions build;
     build.directory = options.directory;
@@ -233,13 +194,7 @@ int makeTables(const Options& options) {
     build.log = [&](const std::string& line) { progress.line(line); };
     build.stop = [] { return interrupted(); };
     const std::string lookup = inDirectory(options.directory, "lookup");
-    build.begin = [&](const std::vector<const TableFile*>& files) {
-        warnOfManifest(announceFiles(lookup, entriesOf(files, options.seed)));
-    };
-    build.made = [&](const std::vector<const TableFile*>& files) {
-        warnOfManifest(recordFiles(lookup, entriesOf(files, options.seed)));
-    };
-    catchUpOnManifest(lookup);
+    keepManifest(build);
     const TimePoint start = steadyClock().now();
     const auto built = buildTables(build);
     if (!built) {

@@ -1,5 +1,4 @@
-// tamarin train: trains a small game towards an equilibrium, with a log, checkpoints and
-// resumption.
+// tamarin train: trains a game towards an equilibrium, with a log, checkpoints and resumption.
 #include "solver/checkpoint.h"
 #include "solver/training_run.h"
 #include "support/file.h"
@@ -8,9 +7,11 @@
 #include "support/progress.h"
 #include "toolbox/command.h"
 #include "toolbox/commands.h"
+#include "toolbox/holdem_training.h"
 #include "toolbox/strategies.h"
 
 #include <cstdio>
+#include <optional>
 
 namespace tamarin {
 
@@ -20,14 +21,14 @@ struct Options {
     std::string game;
     std::string directory = ".";
     std::string out;
-    std::string algorithm = "dcfr";
+    std::string algorithm; // empty: the best for the game
     uint64_t iterations = 0;
     double seconds = 0.0;
     double nashConv = 0.0;
     uint32_t sampledDeals = 0;
     uint64_t checkpointEvery = 0;
     uint64_t seed = 1;
-    int threads = 1;
+    std::optional<int> threads;
     bool resume = false;
     bool fresh = false;
     bool dryRun = false;
@@ -116,12 +117,51 @@ Status prepareDirectory(const Options& options) {
     return {};
 }
 
+int trainHoldem(const HoldemGame& game, const Options& options) {
+    if (options.nashConv > 0.0)
+        throw UsageError("--until-nashconv: a hold'em game's NashConv is not computed; "
+                         "'tamarin exploit' estimates it");
+    if (options.sampledDeals != 0)
+        throw UsageError("--sampled-deals: hold'em is always trained on single deals");
+    HoldemTraining training;
+    training.config = defaultHoldemConfig(*game.rules);
+    if (!options.algorithm.empty())
+        training.config.algorithm = *algorithmNamed(options.algorithm);
+    if (training.config.algorithm == Algorithm::predictive)
+        throw UsageError(
+            "--algorithm pcfr+: it needs all deals at once, which hold'em cannot have");
+    training.config.seed = options.seed;
+    training.config.threads = options.threads.value_or(0);
+    training.directory = options.directory;
+    training.out = options.out;
+    if (options.iterations != 0)
+        training.goal.deals = options.iterations;
+    if (options.seconds > 0.0)
+        training.goal.seconds = options.seconds;
+    if (!training.goal.deals && !training.goal.seconds)
+        training.goal = defaultHoldemGoal(*game.rules);
+    training.checkpointEvery = options.checkpointEvery;
+    training.resume = options.resume;
+    training.fresh = options.fresh;
+    training.dryRun = options.dryRun;
+    training.json = options.json;
+    training.quiet = options.quiet;
+    return trainHoldemGame(game, training);
+}
+
 int train(Options options, bool anyGoal) {
+    const auto holdem = openHoldem(options.game, options.directory);
+    if (!holdem)
+        return fail(holdem.error());
+    if (*holdem)
+        return trainHoldem(**holdem, options);
+    if (options.algorithm.empty())
+        options.algorithm = "dcfr";
     TrainerConfig config;
     config.algorithm = *algorithmNamed(options.algorithm);
     config.sampledDeals = options.sampledDeals;
     config.seed = options.seed;
-    config.threads = options.threads;
+    config.threads = options.threads.value_or(1);
     if (config.algorithm == Algorithm::player && options.sampledDeals != 0)
         throw UsageError("--sampled-deals: the player's own training always samples one deal");
 
@@ -216,17 +256,23 @@ int train(Options options, bool anyGoal) {
 void addTrainCommand(CLI::App& app, int& status) {
     auto options = std::make_shared<Options>();
     CLI::App& command =
-        addCommand(app, "train", "Train a small game towards an equilibrium",
-                   "tamarin train kuhn.limit.3p.game --algorithm dcfr --until-nashconv 1e-6\n\n"
-                   "Ends at the first goal reached; with none given, at NashConv 1e-6 or after a "
-                   "minute.\nA signal ends it too, with everything so far saved.");
+        addCommand(app, "train", "Train a game towards an equilibrium",
+                   "tamarin train kuhn.limit.3p.game --algorithm dcfr --until-nashconv 1e-6\n"
+                   "  tamarin train holdem.limit.3p.game --seconds 1800\n\n"
+                   "Ends at the first goal reached. With none given: small games at NashConv 1e-6 "
+                   "or after a\nminute, two-player hold'em after 500,000 iterations (limit) or "
+                   "1,000,000 (no-limit),\nthree-player hold'em after ten minutes. A signal ends "
+                   "it too, with everything so far saved.\n\n"
+                   "Hold'em is trained over the ten buckets of its tables, which are made first "
+                   "where they are\nmissing; an iteration is one random deal. Its strategy is "
+                   "the file that `player` reads.");
     command.add_option("GAME", options->game, "Game definition: a path, or a name in --dir")
         ->required();
     command
         .add_option("--algorithm", options->algorithm,
-                    "cfr, cfr+, lcfr, dcfr, pcfr+, or the player's own: player")
-        ->check(CLI::IsMember({"cfr", "cfr+", "lcfr", "dcfr", "pcfr+", "player"}))
-        ->capture_default_str();
+                    "cfr, cfr+, lcfr, dcfr, pcfr+ (not for hold'em), or the player's own: player; "
+                    "dcfr for small games and lcfr for hold'em when not given")
+        ->check(CLI::IsMember({"cfr", "cfr+", "lcfr", "dcfr", "pcfr+", "player"}));
     const CLI::Option* iterations =
         command.add_option("--iterations", options->iterations, "Goal: iterations in all")
             ->check(CLI::PositiveNumber);
@@ -238,17 +284,24 @@ void addTrainCommand(CLI::App& app, int& status) {
             ->check(CLI::PositiveNumber);
     command.add_option("--sampled-deals", options->sampledDeals,
                        "Deals drawn for each iteration; all of them when not given");
-    command.add_option("--out", options->out, "Where the results go; DIR/strategies/GAME");
+    command.add_option(
+        "--out", options->out,
+        "Where the results go; DIR/strategies/GAME, and where `player` looks for hold'em");
     CLI::Option* resume =
         command.add_flag("--resume", options->resume, "Go on from the newest checkpoint");
     command.add_flag("--fresh", options->fresh, "Start over where checkpoints are")
         ->excludes(resume);
     command.add_option("--checkpoint-every", options->checkpointEvery,
-                       "Iterations between checkpoints; one at the end when not given");
+                       "Iterations between checkpoints; one at the end when not given, and for "
+                       "hold'em one every ten minutes too");
     command.add_flag("--dry-run", options->dryRun, "Print what it would take");
     addDirectoryOption(command, options->directory);
     addSeedOption(command, options->seed);
-    addThreadsOption(command, options->threads);
+    command
+        .add_option("--threads", options->threads,
+                    "Threads to use, 0 for all cores; 1 for small games and all for hold'em "
+                    "when not given. The results do not depend on it")
+        ->check(CLI::NonNegativeNumber);
     addJsonOption(command, options->json);
     addQuietOption(command, options->quiet);
     command.callback([=, &status] {

@@ -1,0 +1,25 @@
+// Strategy files without a solver around them; the layout is strategy_record.h's.
+#pragma once
+
+#include "solver/node_store.h"
+#include "support/file.h"
+
+#include <functional>
+#include <string>
+
+namespace tamarin {
+
+class HoldemSets;
+
+// Writes all nodes of a store with so many maps (players * rounds), whole or not at all. An error
+// when it cannot be written, or when a key has 60 bytes or more. goOn is asked now and then with
+// the nodes written so far; false gives the file up.
+Status writeStrategyFile(const std::string& path, int numMaps, const NodeStore& nodes,
+                         const std::function<bool(uint64_t done)>& goOn = nullptr,
+                         FileSystem& files = systemFiles());
+
+// Reads a whole strategy into sets, which must be of the same game. An error says which record does
+// not belong to the game, or what is missing.
+Status readStrategyFile(const std::string& path, HoldemSets& sets);
+
+} // namespace tamarin

@@ -1,0 +1,123 @@
+#include "toolbox/holdem.h"
+
+#include "abstraction/EquityTables.h"
+#include "driver/LimitHoldemAgent.h"
+#include "support/interrupt.h"
+#include "support/step_progress.h"
+#include "tables/table_builder.h"
+#include "toolbox/command.h"
+#include "toolbox/playing_directory.h"
+#include "toolbox/table_manifest.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+
+namespace tamarin {
+
+namespace {
+
+// The loaders say what they do on standard output, which belongs to the command's results.
+class SilentOutput {
+public:
+    SilentOutput() : before_(std::cout.rdbuf(nullptr)) {}
+    ~SilentOutput() {
+        std::cout.rdbuf(before_);
+        std::cout.clear();
+    }
+    SilentOutput(const SilentOutput&) = delete;
+    SilentOutput& operator=(const SilentOutput&) = delete;
+
+private:
+    std::streambuf* before_;
+};
+
+// They also take their files from the working directory.
+class InDirectory {
+public:
+    explicit InDirectory(const std::string& directory) : before_(std::filesystem::current_path()) {
+        std::filesystem::current_path(directory);
+    }
+    ~InDirectory() { std::filesystem::current_path(before_); }
+    InDirectory(const InDirectory&) = delete;
+    InDirectory& operator=(const InDirectory&) = delete;
+
+private:
+    std::filesystem::path before_;
+};
+
+} // namespace
+
+bool isHoldem(const Game& game) {
+    static constexpr uint8_t board[MAX_ROUNDS] = {0, 3, 1, 1};
+    return (game.numPlayers == 2 || game.numPlayers == 3) && game.numRounds == MAX_ROUNDS &&
+           game.numHoleCards == 2 && game.numSuits == MAX_SUITS && game.numRanks == MAX_RANKS &&
+           std::equal(board, board + MAX_ROUNDS, game.numBoardCards);
+}
+
+Result<std::unique_ptr<HoldemGame>> openHoldem(const std::string& name,
+                                               const std::string& directory) {
+    const auto path = findGameFile(name, directory);
+    if (!path)
+        return Error{path.error()};
+    auto rules = readGameFile(*path);
+    if (!rules)
+        return Error{rules.error()};
+    if (!isHoldem(**rules))
+        return std::unique_ptr<HoldemGame>();
+    const bool raises = (*rules)->bettingRule != noLimitRule;
+    return std::make_unique<HoldemGame>(
+        HoldemGame{*path, bareName(*path), std::move(*rules), raises});
+}
+
+std::string holdemStrategyPath(const std::string& directory, const Game& game) {
+    const char* const* files =
+        game.bettingRule == noLimitRule ? NoLimiHoldemStrategyFiles : HoldemStrategyFiles;
+    return inDirectory(directory, files[game.numPlayers]);
+}
+
+HoldemTables::HoldemTables() = default;
+HoldemTables::HoldemTables(HoldemTables&&) noexcept = default;
+HoldemTables& HoldemTables::operator=(HoldemTables&&) noexcept = default;
+HoldemTables::~HoldemTables() = default;
+
+Result<HoldemTables> HoldemTables::open(const std::string& directory) {
+    for (const PlannedTable& table : planTables(directory, {TableGroup::holdem}, false).tables)
+        if (table.file->group == TableGroup::holdem && table.state != TableState::good)
+            return Error{
+                inDirectory(directory, table.file->path) +
+                (table.state == TableState::missing ? " is missing" : " has the wrong size") +
+                "; 'tamarin tables --dir " + directory + "' makes it"};
+    const SilentOutput silent;
+    const InDirectory there(directory);
+    HoldemTables tables;
+    tables.tables_ = std::make_unique<EquityTables>();
+    tables.tables_->loadHoldemTables();
+    tables.buckets_ = std::make_unique<TableBuckets>(*tables.tables_);
+    return tables;
+}
+
+Status makeMissingTables(const std::string& directory, int threads, bool quiet) {
+    StepProgress progress(quiet);
+    BuildOptions build;
+    build.directory = directory;
+    build.threads = threads;
+    build.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
+        progress.at(step, done, total);
+    };
+    build.log = [&](const std::string& line) { progress.line(line); };
+    build.stop = [] { return interrupted(); };
+    keepManifest(build);
+    const auto built = buildTables(build);
+    return built ? Status() : Error{built.error()};
+}
+
+std::string missingTablesCost(const std::string& directory) {
+    const TablePlan plan = planTables(directory, {}, false);
+    return plan.nothingToDo() ? ""
+                              : fmt::format("{} of disk, {} of memory, about {} on two cores",
+                                            describeBytes(plan.disk), describeBytes(plan.memory),
+                                            describeDuration(plan.seconds));
+}
+
+} // namespace tamarin

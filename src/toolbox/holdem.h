@@ -1,0 +1,62 @@
+// What the commands share about hold'em games: which they are, where their strategy lies, and the
+// tables that give a hand's bucket.
+#pragma once
+
+#include "game/definition.h"
+#include "solver/holdem_buckets.h"
+#include "support/result.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+class EquityTables;
+
+namespace tamarin {
+
+// Two or three players, a full deck, two hole cards, a board of 0, 3, 1 and 1 cards: what `player`
+// plays as hold'em.
+bool isHoldem(const Game& game);
+
+// A hold'em game that a command was given, found and read.
+struct HoldemGame {
+    std::string path; // of its definition
+    std::string name; // bare file name
+    GamePtr rules;
+    bool raises; // whether the strategy's tree holds raises; a no-limit game's does not
+};
+
+// The game when it is hold'em, null for any other game that reads; name as for openSmallGame().
+Result<std::unique_ptr<HoldemGame>> openHoldem(const std::string& name,
+                                               const std::string& directory);
+
+// The one strategy file of all seats, as `player` names it, below directory.
+std::string holdemStrategyPath(const std::string& directory, const Game& game);
+
+// The buckets of the tables below DIR/lookup, mapped. Refuses, naming it, a table that is missing.
+class HoldemTables {
+public:
+    static Result<HoldemTables> open(const std::string& directory);
+    HoldemTables(HoldemTables&&) noexcept;
+    HoldemTables& operator=(HoldemTables&&) noexcept;
+    ~HoldemTables();
+
+    const HoldemBuckets& buckets() const { return *buckets_; }
+    EquityTables& equities() const { return *tables_; }
+
+private:
+    HoldemTables();
+    std::unique_ptr<EquityTables> tables_;
+    std::unique_ptr<TableBuckets> buckets_;
+};
+
+// Makes the tables that are missing below DIR/lookup, with progress on standard error, and records
+// them. Refuses what there is too little memory or disk for; "stopped" after a signal.
+Status makeMissingTables(const std::string& directory, int threads, bool quiet);
+
+// "1.2 GB of disk, ... of memory, about 2 min 1 s on two cores", or empty when all tables are
+// there.
+std::string missingTablesCost(const std::string& directory);
+
+} // namespace tamarin

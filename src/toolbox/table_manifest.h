@@ -1,0 +1,13 @@
+// What the manifest of lookup/ says of the tables that a builder makes.
+#pragma once
+
+#include "tables/table_builder.h"
+
+namespace tamarin {
+
+// Lets the builder enter every table that it makes, with how and from what, as soon as it is there;
+// first enters what an earlier run, killed, did not come to enter. The directory and the seed must
+// be set. What fails is a line on standard error.
+void keepManifest(BuildOptions& build);
+
+} // namespace tamarin
