@@ -7,8 +7,13 @@
 #include "support/progress.h"
 #include "toolbox/command.h"
 #include "toolbox/commands.h"
+#include "toolbox/holdem_training.h"
+#include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"
 #include "toolbox/strategies.h"
+
+#include <algorithm>
+#include <filesystem>
 
 namespace tamarin {
 
@@ -24,6 +29,8 @@ struct Options {
     std::string directory = ".";
     bool force = false;
     bool quiet = false;
+    bool dryRun = false;
+    double seconds = 0.0;
 };
 
 // Whether all seats have good strategies. Damaged files are set aside, with a line each.
@@ -59,7 +66,52 @@ Result<bool> goodStrategiesIn(const NamedGame& game, const std::string& strategi
     return false;
 }
 
+// Whether prepare or train has left a whole strategy, by the manifest. What the player trained for
+// itself is none.
+bool goodHoldemStrategy(const std::string& out) {
+    std::vector<std::string> good;
+    const auto differences = compareWithManifest(out, good);
+    return differences && std::find(good.begin(), good.end(), "strategy") != good.end();
+}
+
+int prepareHoldem(const HoldemGame& game, const Options& options) {
+    if (Status made = makeDirectories(options.directory); !made)
+        return fail(made.error());
+    if (const auto placed = placeGameFile(game.path, options.directory); !placed)
+        return fail(placed.error());
+    HoldemTraining training;
+    training.directory = options.directory;
+    training.config = defaultHoldemConfig(*game.rules);
+    training.goal = defaultHoldemGoal(*game.rules);
+    if (options.seconds > 0.0) {
+        training.goal = {};
+        training.goal.seconds = options.seconds;
+    }
+    training.resumeIfThere = true;
+    training.fresh = options.force;
+    training.dryRun = options.dryRun;
+    training.quiet = options.quiet;
+    training.made = "tamarin prepare";
+    const std::string strategy = holdemStrategyPath(options.directory, *game.rules);
+    if (!options.force && !options.dryRun &&
+        goodHoldemStrategy(std::filesystem::path(strategy).parent_path().string())) {
+        if (Status made = makeMissingTables(options.directory, 0, options.quiet); !made)
+            return interrupted() ? interruptStatus() : fail(made.error());
+        fmt::print("{} is there and whole, and so are the tables; --force trains it anew\n",
+                   strategy);
+        return exitDone;
+    }
+    return trainHoldemGame(game, training);
+}
+
 int prepare(const Options& options) {
+    const auto holdem = openHoldem(options.game, options.directory);
+    if (!holdem)
+        return fail(holdem.error());
+    if (*holdem)
+        return prepareHoldem(**holdem, options);
+    if (options.dryRun || options.seconds > 0.0)
+        throw UsageError("--dry-run and --seconds are for hold'em; small games take seconds");
     const auto game = openSmallGame(options.game, options.directory);
     if (!game)
         return fail(game.error());
@@ -118,10 +170,16 @@ int prepare(const Options& options) {
 void addPrepareCommand(CLI::App& app, int& status) {
     auto options = std::make_shared<Options>();
     CLI::App& command = addCommand(app, "prepare", "Make everything a game needs for `player`",
-                                   "tamarin prepare kuhn.limit.3p.game --dir run");
+                                   "tamarin prepare kuhn.limit.3p.game --dir run\n\n"
+                                   "For hold'em: the tables below lookup/, then the strategy, as "
+                                   "'tamarin train' makes them when\nno goal is given. What an "
+                                   "earlier, stopped run left is taken up again.");
     command.add_option("GAME", options->game, "Game definition: a path, or a name in --dir")
         ->required();
     command.add_flag("--force", options->force, "Make it again where it is good already");
+    command.add_flag("--dry-run", options->dryRun, "Hold'em: print what it would take");
+    command.add_option("--seconds", options->seconds, "Hold'em: train for so long instead")
+        ->check(CLI::PositiveNumber);
     addDirectoryOption(command, options->directory);
     addQuietOption(command, options->quiet);
     command.callback([options, &status] { status = prepare(*options); });

@@ -1,8 +1,11 @@
 // tamarin show: a strategy as text, as JSON or as a page.
 #include "solver/line_reach.h"
+#include "solver/mapped_strategy.h"
 #include "support/file.h"
 #include "toolbox/command.h"
 #include "toolbox/commands.h"
+#include "toolbox/holdem.h"
+#include "toolbox/holdem_chart.h"
 #include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"
 #include "toolbox/strategies.h"
@@ -110,11 +113,58 @@ nlohmann::ordered_json asJson(const NamedGame& game, const Profile& profile,
             {"informationSets", sets}};
 }
 
+// The first decisions only: a hold'em strategy has thousands to millions of nodes.
+int showHoldem(const HoldemGame& game, const Options& options) {
+    const std::string path = options.what.ends_with(".game")
+                                 ? holdemStrategyPath(options.directory, *game.rules)
+                                 : options.what;
+    if (!std::filesystem::exists(path))
+        return fail("there is no strategy " + path + "; 'tamarin prepare " + game.name +
+                    "' makes it");
+    const auto tables = HoldemTables::open(options.directory);
+    if (!tables)
+        return fail(tables.error());
+    const auto strategy =
+        MappedStrategy::open(path, game.rules->numPlayers * game.rules->numRounds);
+    if (!strategy)
+        return fail(strategy.error());
+    const bool text = !options.json && options.html.empty();
+    const auto decisions = preflopDecisions(*game.rules, *tables, *strategy, text ? 1 : 2);
+    if (!decisions)
+        return fail(path + ": " + decisions.error());
+    if (options.json) {
+        auto list = nlohmann::ordered_json::array();
+        for (const PreflopDecision& decision : *decisions)
+            list.push_back(chartAsJson(decision));
+        printJson({{"game", game.name}, {"source", path}, {"preflop", list}});
+    }
+    if (!options.html.empty()) {
+        if (Status written = writeWholeFile(options.html, chartPage(game, *decisions, path));
+            !written)
+            return fail(written.error());
+        if (!options.json)
+            fmt::print("wrote {}\n", options.html);
+    }
+    if (text)
+        for (const PreflopDecision& decision : *decisions)
+            fmt::print("{}\n", chartAsText(decision));
+    return exitDone;
+}
+
 int show(const Options& options) {
     if (const TableFile* table = tableNamed(options.what)) {
         const bool here = options.directory == "." || std::filesystem::exists(options.what);
         return showTable(*table, here ? options.what : inDirectory(options.directory, options.what),
                          options.json, options.html);
+    }
+    // A hold'em file lies in a directory that does not bear its game's name.
+    const std::string named = options.what.ends_with(".game") ? options.what : options.game;
+    if (!named.empty()) {
+        const auto holdem = openHoldem(named, options.directory);
+        if (!holdem)
+            return fail(holdem.error());
+        if (*holdem)
+            return showHoldem(**holdem, options);
     }
     const auto shown = find(options);
     if (!shown)
@@ -147,7 +197,12 @@ void addShowCommand(CLI::App& app, int& status) {
     CLI::App& command =
         addCommand(app, "show", "Print a strategy or a table as text, JSON or a page",
                    "tamarin show kuhn.limit.3p.game --html kuhn.html\n"
-                   "  tamarin show lookup/preflop_2p --html preflop.html");
+                   "  tamarin show holdem.limit.2p.reverse_blinds.game\n"
+                   "  tamarin show lookup/preflop_2p --html preflop.html\n\n"
+                   "Of hold'em, the first decisions before the flop: by bucket, and as the grid of "
+                   "starting\nhands, each with its likeliest action (f, c, r) and that action's "
+                   "percentage; suited\nhands above the diagonal. --json and --html go one action "
+                   "further.");
     command
         .add_option("GAME|FILE", options->what,
                     "A game, for the strategies in the playing directory; a strategy file; or a "

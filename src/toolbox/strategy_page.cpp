@@ -54,20 +54,7 @@ overflow:hidden;white-space:nowrap}
 )";
 
 std::string escaped(const std::string& text) {
-    std::string result;
-    for (const char c : text) {
-        if (c == '&')
-            result += "&amp;";
-        else if (c == '<')
-            result += "&lt;";
-        else if (c == '>')
-            result += "&gt;";
-        else if (c == '"')
-            result += "&quot;";
-        else
-            result += c;
-    }
-    return result;
+    return escapedForPage(text);
 }
 
 std::string percent(double share) {
@@ -190,6 +177,27 @@ std::string cardLabel(const Game& game, uint32_t field) {
 std::string strategyPage(const NamedGame& game, const Profile& profile, const ProfileValue& value,
                          const std::string& source) {
     return Page(game, profile).make(value, source);
+}
+
+const char* strategyPageStyle() {
+    return style;
+}
+
+std::string escapedForPage(const std::string& text) {
+    std::string result;
+    for (const char c : text) {
+        if (c == '&')
+            result += "&amp;";
+        else if (c == '<')
+            result += "&lt;";
+        else if (c == '>')
+            result += "&gt;";
+        else if (c == '"')
+            result += "&quot;";
+        else
+            result += c;
+    }
+    return result;
 }
 
 } // namespace tamarin

@@ -18,4 +18,8 @@ std::string strategyPage(const NamedGame& game, const Profile& profile, const Pr
 // jack to ace; else the rank's letter.
 std::string cardLabel(const Game& game, uint32_t field);
 
+// What other pages share with this one: the style sheet's rules, and text made safe for a page.
+const char* strategyPageStyle();
+std::string escapedForPage(const std::string& text);
+
 } // namespace tamarin

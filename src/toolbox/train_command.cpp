@@ -301,7 +301,8 @@ void addTrainCommand(CLI::App& app, int& status) {
         .add_option("--threads", options->threads,
                     "Threads to use, 0 for all cores; 1 for small games and all for hold'em "
                     "when not given. The results do not depend on it")
-        ->check(CLI::NonNegativeNumber);
+        ->check(CLI::Range(0, 1024))
+        ->type_name("N");
     addJsonOption(command, options->json);
     addQuietOption(command, options->quiet);
     command.callback([=, &status] {

@@ -277,50 +277,5 @@ TEST(HoldemBatch, FreezesTheTrunkAlone) {
     EXPECT_TRUE(learnedBelow);
 }
 
-ValueSampling sampling(uint64_t deals, uint64_t responseDeals) {
-    ValueSampling result;
-    result.deals = deals;
-    result.responseDeals = responseDeals;
-    result.seed = 4;
-    return result;
-}
-
-TEST(SampledValues, SumToZeroAndNoResponseLosesByMuch) {
-    const GamePtr game = smallLimit(twoPlayerLimit, "1 1 1 1");
-    const HashedBuckets buckets;
-    HoldemTrainer trainer(*game, buckets, {Algorithm::linear, 3, 1000});
-    trainer.run(3000);
-    const SampledValue value = sampleValues(*game, buckets, trainer.sets(), sampling(2000, 0));
-    EXPECT_NEAR(value.mean[0] + value.mean[1], 0.0, 1e-9);
-    EXPECT_GT(value.error[0], 0.0);
-    EXPECT_EQ(value.deals, 2000U);
-    for (const int seat : {0, 1}) {
-        const ResponseValue response =
-            sampleResponse(*game, buckets, trainer.sets(), seat, sampling(2000, 3000));
-        EXPECT_GT(response.gain, -3 * response.error);
-        EXPECT_NEAR(response.value.mean[seat] - response.gain, value.mean[seat], 1e-9);
-        // Against uniform play, which a fresh tree is, a trained response wins clearly.
-        HoldemSets uniform(*game);
-        EXPECT_GT(sampleResponse(*game, buckets, uniform, seat, sampling(2000, 3000)).gain,
-                  10 * response.error);
-    }
-}
-
-TEST(SampledValues, DoNotDependOnThreadsAndStopWhenTold) {
-    const GamePtr game = smallLimit(twoPlayerLimit, "1 1 1 1");
-    const HashedBuckets buckets;
-    HoldemSets sets(*game);
-    ValueSampling one = sampling(1000, 1000);
-    one.threads = 1;
-    ValueSampling three = one;
-    three.threads = 3;
-    EXPECT_EQ(sampleValues(*game, buckets, sets, one).mean[0],
-              sampleValues(*game, buckets, sets, three).mean[0]);
-    EXPECT_EQ(sampleResponse(*game, buckets, sets, 1, one).gain,
-              sampleResponse(*game, buckets, sets, 1, three).gain);
-    one.goOn = [](uint64_t done) { return done < 500; };
-    EXPECT_EQ(sampleValues(*game, buckets, sets, one).deals, 512U);
-}
-
 } // namespace
 } // namespace tamarin::test

@@ -1,0 +1,195 @@
+#include "solver/strategy_record.h"
+#include "tables/table_plan.h"
+#include "toolbox/program.h"
+
+#include <algorithm>
+#include <random>
+#include <thread>
+
+#include <nlohmann/json.hpp>
+
+namespace tamarin::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string limit = "holdem.limit.2p.reverse_blinds.game";
+const std::string noLimit = "holdem.nolimit.2p.reverse_blinds.game";
+
+// A playing directory whose tables are all there: sparse files of the right sizes, and random
+// buckets before the flop and on it.
+class Holdem : public ProgramTest {
+protected:
+    Holdem() {
+        fs::create_directories(directory / "lookup");
+        std::minstd_rand0 engine(1);
+        for (const TableFile& file : allTables()) {
+            std::ofstream(directory / file.path, std::ios::binary).flush();
+            fs::resize_file(directory / file.path, file.bytes);
+            if (file.group != TableGroup::holdem || file.round > 1)
+                continue;
+            std::string buckets(file.bytes, '\0');
+            for (char& bucket : buckets)
+                bucket = static_cast<char>(engine() % 10);
+            writeFile(directory / file.path, buckets);
+        }
+    }
+    fs::path strategies() const { return directory / "strategies/holdem.limit.2p"; }
+    fs::path strategy() const { return strategies() / "strategy"; }
+};
+
+TEST_F(Holdem, TrainLeavesTheFileThatThePlayerReads) {
+    const Outcome outcome = run({"train", limit, "--iterations", "200", "--quiet", "--json"});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.err, "");
+    const auto json = nlohmann::json::parse(outcome.out);
+    EXPECT_EQ(json["algorithm"], "lcfr");
+    EXPECT_EQ(json["informationSets"], 63780);
+    EXPECT_GE(json["iteration"], 200);
+    EXPECT_EQ(fs::file_size(strategy()), 63780 * sizeof(StrategyRecord) + 8 * 4);
+    EXPECT_TRUE(fs::exists(strategies() / "training.checkpoint"));
+    EXPECT_NE(contentsOf(strategies() / "convergence.jsonl").find("\"averageRegret\":"),
+              std::string::npos);
+    EXPECT_NE(contentsOf(strategies() / "manifest.json").find("tamarin train, lcfr with seed 1"),
+              std::string::npos);
+}
+
+TEST_F(Holdem, AResumedRunEndsInTheSameBytesWhateverTheThreads) {
+    for (const std::string algorithm : {"player", "cfr", "cfr+", "lcfr", "dcfr"}) {
+        const auto with = [&](std::vector<std::string> more) {
+            std::vector<std::string> all = {"train", noLimit, "--algorithm", algorithm, "--quiet"};
+            all.insert(all.end(), more.begin(), more.end());
+            const Outcome outcome = run(all);
+            EXPECT_EQ(outcome.status, 0) << outcome.err;
+        };
+        with({"--out", "whole", "--iterations", "6000", "--fresh", "--threads", "1"});
+        with({"--out", "parts", "--iterations", "2000", "--fresh", "--threads", "3"});
+        with({"--out", "parts", "--iterations", "6000", "--resume"});
+        EXPECT_TRUE(contentsOf(directory / "whole/strategy") ==
+                    contentsOf(directory / "parts/strategy"))
+            << algorithm;
+        EXPECT_NE(contentsOf(directory / "whole/strategy"), "");
+    }
+}
+
+TEST_F(Holdem, ASignalSavesACheckpointAndAKillLosesOnlyWhatCameAfterOne) {
+    for (const int signal : {SIGINT, SIGKILL}) {
+        const pid_t child = start({"train", limit, "--seconds", "120", "--quiet", "--fresh",
+                                   "--checkpoint-every", "64", "--out", "out"});
+        const fs::path checkpoint = directory / "out/training.checkpoint";
+        for (int i = 0; i < 1000 && !fs::exists(checkpoint); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        kill(child, signal);
+        const Outcome outcome = finish(child);
+        EXPECT_EQ(outcome.status, signal == SIGINT ? 130 : -SIGKILL) << outcome.err;
+        EXPECT_FALSE(fs::exists(directory / "out/strategy"));
+        EXPECT_EQ(run({"train", limit, "--iterations", "64", "--quiet", "--out", "out"}).status, 1)
+            << "a checkpoint is not forgotten unasked";
+        EXPECT_EQ(run({"train", limit, "--iterations", "64", "--quiet", "--resume", "--out", "out"})
+                      .status,
+                  0);
+        EXPECT_TRUE(fs::exists(directory / "out/strategy"));
+        fs::remove_all(directory / "out");
+    }
+}
+
+TEST_F(Holdem, PrepareTrainsOnceAndTakesAStoppedRunUp) {
+    ASSERT_EQ(run({"train", noLimit, "--iterations", "640", "--quiet"}).status, 0);
+    const fs::path file = directory / "strategies/holdem.nolimit.2p/strategy";
+    fs::remove(file);
+    Outcome outcome = run({"prepare", noLimit, "--seconds", "0.2"});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_NE(outcome.err.find("going on after iteration 640"), std::string::npos) << outcome.err;
+    EXPECT_TRUE(fs::exists(file));
+    EXPECT_TRUE(fs::exists(directory / noLimit));
+    const std::string made = contentsOf(file);
+    outcome = run({"prepare", noLimit, "--quiet"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("is there and whole"), std::string::npos) << outcome.out;
+    EXPECT_TRUE(contentsOf(file) == made);
+    outcome = run({"prepare", noLimit, "--dry-run"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("80 information sets"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("iterations/s"), std::string::npos) << outcome.out;
+}
+
+TEST_F(Holdem, ExploitReportsValuesThatSumToZeroAndGains) {
+    ASSERT_EQ(run({"train", noLimit, "--iterations", "5000", "--quiet"}).status, 0);
+    const std::vector<std::string> command = {"exploit",          noLimit, "--deals", "2000",
+                                              "--response-deals", "2000",  "--quiet", "--json"};
+    const Outcome outcome = run(command);
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const auto json = nlohmann::json::parse(outcome.out);
+    EXPECT_NEAR(json["seats"][0]["value"].get<double>() + json["seats"][1]["value"].get<double>(),
+                0.0, 1e-9);
+    EXPECT_GT(json["seats"][0]["interval95"], 0.0);
+    EXPECT_EQ(json["deals"], 2000);
+    const double trained = json["gains"];
+    EXPECT_EQ(run(command).out, outcome.out); // repeats with its seed
+    std::vector<std::string> uniform = command;
+    uniform.push_back("--uniform");
+    const auto before = nlohmann::json::parse(run(uniform).out);
+    EXPECT_GT(before["gains"].get<double>(), trained + before["gainsInterval95"].get<double>());
+    const Outcome text = run({"exploit", noLimit, "--deals", "100", "--response-deals", "100"});
+    EXPECT_NE(text.out.find("lower bound"), std::string::npos) << text.out;
+}
+
+TEST_F(Holdem, ShowDrawsTheFirstDecisions) {
+    ASSERT_EQ(run({"train", limit, "--iterations", "64", "--quiet"}).status, 0);
+    Outcome outcome = run({"show", limit});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_TRUE(outcome.out.starts_with("seat 1 first to act\n")) << outcome.out.substr(0, 80);
+    EXPECT_NE(outcome.out.find("seat 0 after raise"), std::string::npos);
+    outcome = run({"show", limit, "--json", "--html", "page.html"});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const auto json = nlohmann::json::parse(outcome.out);
+    ASSERT_EQ(json["preflop"].size(), 5U); // "", c, cr, r, rr
+    EXPECT_EQ(json["preflop"][0]["bucketOfHand"].size(), 169U);
+    double share = 0.0;
+    for (const auto& bucket : json["preflop"][0]["buckets"]) {
+        share += bucket["share"].get<double>();
+        double sum = 0.0;
+        for (const auto& [action, probability] : bucket["strategy"].items())
+            sum += probability.get<double>();
+        EXPECT_NEAR(sum, 1.0, 1e-9);
+    }
+    EXPECT_NEAR(share, 1.0, 1e-9);
+    // The grid holds each of the table's 169 entries once.
+    std::string table = contentsOf(directory / "lookup/holdem_preflop_2p_1");
+    std::string drawn;
+    for (const auto& [hand, bucket] : json["preflop"][0]["bucketOfHand"].items())
+        drawn += static_cast<char>(bucket.get<int>());
+    std::sort(table.begin(), table.end());
+    std::sort(drawn.begin(), drawn.end());
+    EXPECT_EQ(drawn, table);
+    const std::string page = contentsOf(directory / "page.html");
+    EXPECT_NE(page.find("AKs"), std::string::npos);
+    EXPECT_EQ(page.find("http"), std::string::npos); // fetches nothing
+}
+
+TEST_F(Holdem, SaysWhatIsWrong) {
+    Outcome outcome = run({"exploit", limit});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("there is no strategy strategies/holdem.limit.2p/strategy; "
+                               "'tamarin prepare"),
+              std::string::npos)
+        << outcome.err;
+    outcome = run({"train", limit, "--until-nashconv", "1"});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_NE(outcome.err.find("tamarin exploit"), std::string::npos) << outcome.err;
+    EXPECT_EQ(run({"train", limit, "--algorithm", "pcfr+"}).status, 2);
+    outcome = run({"train", limit, "--resume", "--iterations", "10", "--quiet"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("nothing to resume"), std::string::npos) << outcome.err;
+    fs::create_directories(strategies());
+    writeFile(strategy(), std::string(1000, '\0'));
+    EXPECT_EQ(run({"exploit", limit}).status, 1);
+    EXPECT_EQ(run({"show", limit}).status, 1);
+    fs::remove(directory / "lookup/holdem_turn_2p_0");
+    outcome = run({"show", limit});
+    EXPECT_NE(outcome.err.find("lookup/holdem_turn_2p_0 is missing"), std::string::npos)
+        << outcome.err;
+}
+
+} // namespace
+} // namespace tamarin::testing
