@@ -170,6 +170,11 @@ MappedFile& MappedFile::operator=(MappedFile&& other) noexcept {
     return *this;
 }
 
+void MappedFile::forgetPages() const {
+    if (data_) // advice: nothing is lost where it is not taken
+        ::madvise(const_cast<std::byte*>(data_), size_, MADV_DONTNEED);
+}
+
 MappedFile::~MappedFile() {
     if (data_)
         files_->unmap(const_cast<std::byte*>(data_), size_);

@@ -6,6 +6,7 @@
 #include "support/file.h"
 #include "support/util.h"
 #include "tables/build_steps.h"
+#include "tables/parts.h"
 
 #include <map>
 
@@ -17,7 +18,6 @@ namespace {
 struct Source {
     MappedFile file;
     TableRange range;
-    std::span<const double> entries() const { return file.as<double>(); }
 };
 
 Result<Source> openSource(const BuildOptions& options, const Work& work, const std::string& path,
@@ -25,7 +25,7 @@ Result<Source> openSource(const BuildOptions& options, const Work& work, const s
     auto file = MappedFile::open(inDirectory(options.directory, path), hands * sizeof(double));
     if (!file)
         return Error{file.error()};
-    const TableRange range = rangeOf(file->as<double>(), work.threads);
+    const TableRange range = rangeOfFile(*file, work.threads);
     return Source{std::move(*file), range};
 }
 
@@ -53,7 +53,11 @@ Status buildClusters(const BuildOptions& options, const Work& work, const Files&
             return Error{equities.error()};
         if (!clusters)
             return Error{clusters.error()};
-        clustersOf(equities->entries(), equities->range, clusters->data(), work.threads);
+        inParts(file.bytes, [&](size_t begin, size_t count) {
+            clustersOf(equities->file.as<double>().subspan(begin, count), equities->range,
+                       clusters->data() + begin, work.threads);
+            equities->file.forgetPages();
+        });
         if (Status saved = saveBytes(options, file, *clusters); !saved)
             return saved;
         report(options, "Cutting equities into clusters", i + 1, files.size());
@@ -93,8 +97,15 @@ Status buildHoldem(const BuildOptions& options, const Work& work, const Files& f
                 return Error{equities.error()};
             if (!buckets)
                 return Error{buckets.error()};
-            holdemBucketsOf((*utilities)->entries(), (*utilities)->range, (*equities)->entries(),
-                            (*equities)->range, buckets->data(), work.threads);
+            const MappedFile& utilityFile = (*utilities)->file;
+            const MappedFile& equityFile = (*equities)->file;
+            inParts(file->bytes, [&](size_t begin, size_t count) {
+                holdemBucketsOf(utilityFile.as<double>().subspan(begin, count), (*utilities)->range,
+                                equityFile.as<double>().subspan(begin, count), (*equities)->range,
+                                buckets->data() + begin, work.threads);
+                utilityFile.forgetPages();
+                equityFile.forgetPages();
+            });
             if (Status saved = saveBytes(options, *file, *buckets); !saved)
                 return saved;
             report(options, "Making hold'em buckets", ++done, files.size());

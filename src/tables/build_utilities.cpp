@@ -4,12 +4,13 @@
 // shared out; sampling is shared out in blocks. Every training and every block has an engine of its
 // own, seeded from the seed, the round and the block's number.
 
-#include "abstraction/quantise.h"
+#include "abstraction/large_buffer.h"
 #include "abstraction/table_names.h"
 #include "solver/auxiliary_deals.h"
 #include "support/file.h"
 #include "tables/build_steps.h"
 #include "tables/built_in_games.h"
+#include "tables/parts.h"
 
 #include <algorithm>
 #include <array>
@@ -40,10 +41,10 @@ struct RoundGame {
     int round;
     GamePtr game;
     RoundIndexer indexer;
-    MappedFile clusters;
+    LargeBuffer<uint8_t> clusters;
     std::unique_ptr<AuxiliaryGame> auxiliary;
 
-    ClusterLookup lookup() const { return {indexer.get(), clusters.as<uint8_t>().data()}; }
+    ClusterLookup lookup() const { return {indexer.get(), clusters.data()}; }
 };
 
 Result<std::unique_ptr<RoundGame>> openRound(const BuildOptions& options, const Work& work,
@@ -52,19 +53,25 @@ Result<std::unique_ptr<RoundGame>> openRound(const BuildOptions& options, const 
     auto game = auxiliaryGameIn(options.directory, 2, round);
     if (!game)
         return Error{game.error()};
-    auto clusters = MappedFile::open(inDirectory(options.directory, clusterPath(2, round)), hands);
+    const auto clusterFile =
+        MappedFile::open(inDirectory(options.directory, clusterPath(2, round)), hands);
+    if (!clusterFile)
+        return Error{clusterFile.error()};
+    // Copied onto huge pages: clusters are looked up all over the table, and with small pages every
+    // look-up would wait for an address first. A third off the river's training.
+    auto clusters = LargeBuffer<uint8_t>::take(hands, "clusters");
     if (!clusters)
         return Error{clusters.error()};
+    std::copy_n(clusterFile->as<uint8_t>().data(), hands, clusters->data());
     auto equities = MappedFile::open(inDirectory(options.directory, equityPath(2, round)),
                                      hands * sizeof(double));
     if (!equities)
         return Error{equities.error()};
     // A damaged byte must not reach beyond the buckets.
-    const auto entries = clusters->as<uint8_t>();
-    if (*std::max_element(entries.begin(), entries.end()) >= AuxiliaryGame::numBuckets)
+    if (*std::max_element(clusters->data(), clusters->data() + hands) >= AuxiliaryGame::numBuckets)
         return Error{clusterPath(2, round) + " holds clusters above 100: delete it"};
 
-    const TableRange range = rangeOf(equities->as<double>(), work.threads);
+    const TableRange range = rangeOfFile(*equities, work.threads);
     std::array<double, AuxiliaryGame::numBuckets> winProb;
     for (size_t b = 0; b < winProb.size(); ++b)
         winProb[b] = static_cast<double>(b) / 100.0 * (range.max - range.min) + range.min;

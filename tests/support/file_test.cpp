@@ -4,9 +4,11 @@
 #include "support/faulty_files.h"
 #include "support/temp_directory.h"
 
+#include <algorithm>
 #include <atomic>
 #include <sys/stat.h>
 #include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -107,6 +109,20 @@ TEST(MappedFile, ShowsTheBytes) {
     ASSERT_EQ(view.size(), 3u);
     EXPECT_EQ(view[0], 1.5);
     EXPECT_EQ(view[2], 1e300);
+}
+
+TEST(MappedFile, ShowsTheSameBytesAfterForgettingTheirPages) {
+    const TempDirectory directory;
+    const std::string path = directory.file("table");
+    const std::vector<double> numbers(10'000, 0.25);
+    putContents(path, std::string(reinterpret_cast<const char*>(numbers.data()),
+                                  numbers.size() * sizeof(double)));
+    const Result<MappedFile> mapped = MappedFile::open(path);
+    ASSERT_TRUE(mapped.ok());
+    EXPECT_EQ(mapped->as<double>()[9'999], 0.25);
+    mapped->forgetPages();
+    EXPECT_TRUE(std::ranges::equal(mapped->as<double>(), numbers));
+    MappedFile().forgetPages();
 }
 
 TEST(MappedFile, ShowsAnEmptyFile) {
