@@ -13,7 +13,7 @@ class HoldemBuckets {
 public:
     virtual ~HoldemBuckets() = default;
     // The bucket, 0..9, of seat's hand in a round with players (2 or 3) still acting. cards: two
-    // hole cards, then the board up to that round.
+    // hole cards, then the board up to that round. Asked by many threads at once.
     virtual uint8_t bucket(int players, int round, int seat, const uint8_t* cards) const = 0;
 };
 

@@ -3,7 +3,7 @@
 // Every deal is walked whole with counterfactual weights (holdem_walk.h). What becomes of regrets
 // and averages are the algorithms of solver/equilibrium.h in a form that suits single deals:
 //
-//   player  the player's own rule, as CFR::trainHoldem has it
+//   player  the player's own rule; with batches of one deal, that of CFR::trainHoldem
 //   cfr     plain sums
 //   cfr+    regrets floored at 0, the average weighted by t
 //   lcfr    both weighted by t

@@ -87,8 +87,8 @@ private:
     uint64_t state_;
 };
 
-// Plays one hand to its end; false, naming the key, where the strategy has
-// no node or one of another game.
+// Plays one hand to its end; false, naming the key, where the strategy has no node or another
+// game's.
 bool playOut(const Game& game, const NodeStore& strategy, BatchDeal& deal, HandRandom random,
              std::string& missing) {
     State state;

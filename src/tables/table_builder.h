@@ -9,7 +9,7 @@
 //
 // The auxiliary games are read from the directory where they lie there, else they are the built-in
 // ones. A file that may not be read, or something else in a file's place, stops the work before it
-// begins. A person's numbers of iterations and samples are those of EquityTables::loadUtility; each
+// begins. Utilities take as many iterations and samples as those of EquityTables::loadUtility; each
 // round's training, and each block of 4,096 hands in sampling, draws from an engine of its own.
 #pragma once
 
