@@ -1,1 +1,1 @@
-tamarin_bench(solver SOURCES solver_bench.cpp USES solver)
+tamarin_bench(solver SOURCES solver_bench.cpp USES training)

@@ -3,9 +3,9 @@
 // BM_Train and BM_TrainPlain leave the same sums; items are iterations. Their ratio in one run is
 // what the compiled tree is worth. BM_Equilibrium is one algorithm each; items are iterations over
 // all 24 deals, and after the run NashConv says how far a second's work comes.
-#include "solver/best_response.h"
 #include "solver/cfr.h"
-#include "solver/trainer.h"
+#include "training/best_response.h"
+#include "training/trainer.h"
 
 #include <cstdio>
 #include <iostream>

@@ -1,6 +1,6 @@
 // Any bytes as a training checkpoint: once as they are, and once with the checksum made right, so
 // that what stands behind it is tried too.
-#include "solver/checkpoint.h"
+#include "training/checkpoint.h"
 
 #include "fuzz/fuzz.h"
 #include "fuzz/memory_file.h"

@@ -4,7 +4,7 @@
 #include "fuzz/fuzz.h"
 #include "fuzz/memory_file.h"
 #include "solver/cfr.h"
-#include "solver/strategy_check.h"
+#include "training/strategy_check.h"
 
 #include <cstring>
 #include <fstream>

@@ -7,7 +7,7 @@
 // deck) or, with useCardAbstraction, a bucket. Board cards are no part of a key.
 //
 // Training updates regrets with the reach of the player who acted last, which is this player's own
-// rule; the trainers of solver/equilibrium.h have the published weights.
+// rule; the trainers of training/equilibrium.h have the published weights.
 //
 // The strings and maps are the plain form. train and calcUtility walk a compiled tree instead
 // (solver/compiled_tree.h) and leave the same bits; trainPlain and calcUtilityPlain are the plain

@@ -2,7 +2,7 @@
 //
 // Within one deal every information set belongs to one node, so subtrees touch different numbers:
 // large trees are walked by all threads, and the result does not depend on who walks which. Many
-// deals at once are walked faster by solver/holdem_batch.h.
+// deals at once are walked faster by training/holdem_batch.h.
 #pragma once
 
 #include "solver/holdem_buckets.h"

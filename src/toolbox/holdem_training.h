@@ -5,8 +5,8 @@
 // training.checkpoint and the manifest.
 #pragma once
 
-#include "solver/holdem_run.h"
 #include "toolbox/holdem.h"
+#include "training/holdem_run.h"
 
 #include <string>
 

@@ -1,6 +1,4 @@
 // tamarin prepare: everything that a game needs, so that `player` starts at once.
-#include "solver/strategy_check.h"
-#include "solver/training_run.h"
 #include "support/file.h"
 #include "support/interrupt.h"
 #include "support/lock.h"
@@ -11,6 +9,8 @@
 #include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"
 #include "toolbox/strategies.h"
+#include "training/strategy_check.h"
+#include "training/training_run.h"
 
 #include <algorithm>
 #include <filesystem>

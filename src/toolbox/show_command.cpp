@@ -1,5 +1,4 @@
 // tamarin show: a strategy as text, as JSON or as a page.
-#include "solver/line_reach.h"
 #include "solver/mapped_strategy.h"
 #include "support/file.h"
 #include "toolbox/command.h"
@@ -11,6 +10,7 @@
 #include "toolbox/strategies.h"
 #include "toolbox/strategy_page.h"
 #include "toolbox/table_look.h"
+#include "training/line_reach.h"
 
 #include <filesystem>
 #include <iostream>

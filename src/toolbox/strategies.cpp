@@ -1,9 +1,9 @@
 #include "toolbox/strategies.h"
 
-#include "solver/strategy_check.h"
 #include "support/file.h"
 #include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"
+#include "training/strategy_check.h"
 
 #include <algorithm>
 

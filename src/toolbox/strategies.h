@@ -2,9 +2,9 @@
 // strategies/NAME/strategyN, where NAME is the game file's name without ".game".
 #pragma once
 
-#include "solver/best_response.h"
-#include "solver/trainer.h"
 #include "support/result.h"
+#include "training/best_response.h"
+#include "training/trainer.h"
 
 #include <memory>
 #include <string>

@@ -1,6 +1,6 @@
 #include "toolbox/strategy_page.h"
 
-#include "solver/line_reach.h"
+#include "training/line_reach.h"
 
 #include <array>
 

@@ -3,8 +3,8 @@
 // nothing, runs no script, and follows the reader's light or dark preference.
 #pragma once
 
-#include "solver/best_response.h"
 #include "toolbox/strategies.h"
+#include "training/best_response.h"
 
 #include <string>
 

@@ -1,6 +1,4 @@
 // tamarin train: trains a game towards an equilibrium, with a log, checkpoints and resumption.
-#include "solver/checkpoint.h"
-#include "solver/training_run.h"
 #include "support/file.h"
 #include "support/interrupt.h"
 #include "support/lock.h"
@@ -9,6 +7,8 @@
 #include "toolbox/commands.h"
 #include "toolbox/holdem_training.h"
 #include "toolbox/strategies.h"
+#include "training/checkpoint.h"
+#include "training/training_run.h"
 
 #include <cstdio>
 #include <optional>

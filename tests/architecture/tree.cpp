@@ -36,13 +36,14 @@ const RoomUses& allowedUses() {
         {"eval", {"support", "game"}},
         {"abstraction", {"support", "index", "game", "eval"}},
         {"solver", {"support", "game", "abstraction"}},
+        {"training", {"support", "game", "abstraction", "solver"}},
         {"tables", {"support", "index", "game", "eval", "abstraction", "solver"}},
         {"driver", {"support", "index", "game", "eval", "abstraction", "solver", "tables"}},
         {"bots", {"support", "game", "driver"}},
         {"dealer", {"support", "game"}},
         {"toolbox",
-         {"support", "index", "game", "eval", "abstraction", "solver", "tables", "driver", "bots",
-          "dealer"}},
+         {"support", "index", "game", "eval", "abstraction", "solver", "training", "tables",
+          "driver", "bots", "dealer"}},
     };
     return uses;
 }

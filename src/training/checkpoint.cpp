@@ -1,0 +1,213 @@
+#include "training/checkpoint.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <sstream>
+
+namespace tamarin {
+
+namespace {
+
+constexpr char magic[8] = {'t', 'm', 'r', 'n', 'c', 'k', 'p', 't'};
+constexpr uint32_t version = 1;
+constexpr uint32_t byteOrder = 0x01020304;
+constexpr size_t kept = 2;
+const std::string prefix = "checkpoint.";
+
+static_assert(sizeof(TrainerNumbers) == 72);
+
+uint64_t hashOf(const std::string& bytes, size_t length) {
+    uint64_t hash = 0xcbf29ce484222325U;
+    for (size_t i = 0; i < length; ++i)
+        hash = (hash ^ static_cast<unsigned char>(bytes[i])) * 0x100000001b3U;
+    return hash;
+}
+
+template <class T>
+void append(std::string& bytes, const T& value) {
+    bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+class Reader {
+public:
+    Reader(const std::string& bytes, size_t end) : bytes_(bytes), end_(end) {}
+    template <class T>
+    bool take(T& value) {
+        if (end_ - at_ < sizeof value)
+            return false;
+        std::memcpy(&value, bytes_.data() + at_, sizeof value);
+        at_ += sizeof value;
+        return true;
+    }
+    bool take(std::string& text, uint64_t length) {
+        if (end_ - at_ < length)
+            return false;
+        text = bytes_.substr(at_, length);
+        at_ += length;
+        return true;
+    }
+    size_t left() const { return end_ - at_; }
+
+private:
+    const std::string& bytes_;
+    size_t end_;
+    size_t at_ = 0;
+};
+
+std::map<std::string, std::string> fieldsOf(const std::string& config) {
+    std::map<std::string, std::string> fields;
+    std::istringstream lines(config);
+    for (std::string line; std::getline(lines, line);) {
+        const size_t equals = line.find('=');
+        fields[line.substr(0, equals)] =
+            equals == std::string::npos ? std::string() : line.substr(equals + 1);
+    }
+    return fields;
+}
+
+// "seed is 1 there and 2 here", for the first field that differs.
+std::string difference(const std::string& there, const std::string& here) {
+    const auto old = fieldsOf(there);
+    auto wanted = fieldsOf(here);
+    for (const auto& [field, value] : old)
+        if (wanted[field] != value)
+            return field + " is " + value + " there and " + wanted[field] + " here";
+    return "its configuration has fewer fields";
+}
+
+bool isConfigError(const std::string& error) {
+    return error.find(": made with another configuration: ") != std::string::npos;
+}
+
+} // namespace
+
+std::string checkpointConfig(const SmallGame& game, const TrainerConfig& config) {
+    char* text = nullptr;
+    size_t size = 0;
+    FILE* const stream = open_memstream(&text, &size);
+    Game rules = game.game();
+    printGame(stream, &rules);
+    std::fclose(stream);
+    std::string definition(text, size);
+    std::free(text);
+    // One field for each line of the definition: "numPlayers = 3" becomes game.numPlayers.
+    std::string result;
+    std::istringstream lines(definition);
+    for (std::string line; std::getline(lines, line);) {
+        const size_t equals = line.find(" = ");
+        if (equals != std::string::npos)
+            result += "game." + line.substr(0, equals) + '=' + line.substr(equals + 3) + '\n';
+        else if (line == "limit" || line == "nolimit")
+            result += "game.rule=" + line + '\n';
+    }
+    result += std::string("algorithm=") + algorithmName(config.algorithm) + '\n';
+    result += "sampledDeals=" + std::to_string(config.sampledDeals) + '\n';
+    result += "seed=" + std::to_string(config.seed) + '\n';
+    return result;
+}
+
+std::vector<std::string> listCheckpoints(const std::string& directory) {
+    std::vector<std::string> found;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(directory, error)) {
+        const std::string name = entry.path().filename().string();
+        if (name.size() == prefix.size() + 20 && name.starts_with(prefix) &&
+            name.find_first_not_of("0123456789", prefix.size()) == std::string::npos)
+            found.push_back(entry.path().string());
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+Status saveCheckpoint(const std::string& directory, const std::string& config,
+                      const TrainerState& state, FileSystem& files) {
+    std::string bytes(magic, sizeof magic);
+    append(bytes, version);
+    append(bytes, byteOrder);
+    append(bytes, hashOf(config, config.size()));
+    append(bytes, static_cast<uint64_t>(config.size()));
+    bytes += config;
+    append(bytes, state.iteration);
+    append(bytes, state.random);
+    append(bytes, static_cast<uint64_t>(state.sets.size()));
+    bytes.append(reinterpret_cast<const char*>(state.sets.data()),
+                 state.sets.size() * sizeof(TrainerNumbers));
+    append(bytes, hashOf(bytes, bytes.size()));
+    char name[64];
+    std::snprintf(name, sizeof name, "/%s%020llu", prefix.c_str(),
+                  static_cast<unsigned long long>(state.iteration));
+    if (Status written = writeWholeFile(directory + name, bytes, files); !written)
+        return written;
+    std::vector<std::string> all = listCheckpoints(directory);
+    for (size_t i = 0; i + kept < all.size(); ++i)
+        files.unlink(all[i].c_str());
+    return {};
+}
+
+Result<TrainerState> readCheckpoint(const std::string& path, const std::string& config,
+                                    FileSystem& files) {
+    const Result<std::string> read = readWholeFile(path, size_t{1} << 36U, files);
+    if (!read)
+        return Error{read.error()};
+    const std::string& bytes = *read;
+    const auto damaged = [&](const std::string& what) { return Error{path + ": " + what}; };
+    if (bytes.size() < sizeof magic || std::memcmp(bytes.data(), magic, sizeof magic) != 0)
+        return damaged("not a checkpoint");
+    Reader header(bytes, bytes.size());
+    char skipped[sizeof magic];
+    uint32_t madeVersion = 0;
+    uint32_t order = 0;
+    if (!header.take(skipped) || !header.take(madeVersion) || !header.take(order))
+        return damaged("cut short, it has " + std::to_string(bytes.size()) + " bytes");
+    if (order != byteOrder)
+        return damaged("made on a machine of another byte order, or damaged");
+    if (madeVersion > version)
+        return damaged("made by a newer version of this program, format " +
+                       std::to_string(madeVersion));
+    uint64_t checksum = 0;
+    if (bytes.size() < sizeof checksum + 56)
+        return damaged("cut short, it has " + std::to_string(bytes.size()) + " bytes");
+    const size_t end = bytes.size() - sizeof checksum;
+    std::memcpy(&checksum, bytes.data() + end, sizeof checksum);
+    if (checksum != hashOf(bytes, end))
+        return damaged("damaged or cut short, its checksum does not fit its " +
+                       std::to_string(bytes.size()) + " bytes");
+    Reader reader(bytes, end);
+    uint64_t configHash = 0;
+    uint64_t length = 0;
+    uint64_t sets = 0;
+    std::string made;
+    TrainerState state;
+    if (!reader.take(skipped) || !reader.take(madeVersion) || !reader.take(order) ||
+        !reader.take(configHash) || !reader.take(length) || !reader.take(made, length) ||
+        !reader.take(state.iteration) || !reader.take(state.random) || !reader.take(sets) ||
+        reader.left() / sizeof(TrainerNumbers) != sets ||
+        reader.left() % sizeof(TrainerNumbers) != 0)
+        return damaged("its fields do not fit its " + std::to_string(bytes.size()) + " bytes");
+    if (configHash != hashOf(made, made.size()))
+        return damaged("damaged, its configuration does not fit its hash");
+    if (made != config)
+        return damaged("made with another configuration: " + difference(made, config));
+    state.sets.resize(sets);
+    if (sets > 0) // memcpy takes no null pointer, whatever the length
+        std::memcpy(state.sets.data(), bytes.data() + (end - reader.left()), reader.left());
+    return state;
+}
+
+Result<TrainerState> newestCheckpoint(const std::string& directory, const std::string& config,
+                                      std::vector<std::string>& warnings, FileSystem& files) {
+    const std::vector<std::string> all = listCheckpoints(directory);
+    for (auto path = all.rbegin(); path != all.rend(); ++path) {
+        Result<TrainerState> state = readCheckpoint(*path, config, files);
+        if (state || isConfigError(state.error()))
+            return state;
+        warnings.push_back(state.error());
+    }
+    return Error{all.empty() ? "no checkpoint in " + directory + " to resume from"
+                             : "no checkpoint in " + directory + " can be used"};
+}
+
+} // namespace tamarin

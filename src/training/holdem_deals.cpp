@@ -1,0 +1,35 @@
+#include "training/holdem_deals.h"
+
+#include "solver/deck.h"
+#include "support/rng.h"
+
+#include <iterator>
+#include <omp.h>
+
+namespace tamarin {
+
+void drawDeal(const Game& game, uint64_t seed, DealStream stream, uint64_t t, State* state) {
+    uint32_t key[] = {static_cast<uint32_t>(seed), static_cast<uint32_t>(seed >> 32U),
+                      static_cast<uint32_t>(stream), static_cast<uint32_t>(t),
+                      static_cast<uint32_t>(t >> 32U)};
+    rng_state_t rng;
+    init_by_array(&rng, key, static_cast<int>(std::size(key)));
+    ::dealCards(&game, &rng, state);
+}
+
+void fillBatch(const Game& game, const HoldemBuckets& buckets, uint64_t seed, DealStream stream,
+               uint64_t first, int threads, std::span<BatchDeal> deals) {
+    const int useful = deals.size() < 16 ? 1 : threads;
+#pragma omp parallel for schedule(static) num_threads(useful) default(none)                        \
+    shared(game, buckets, seed, stream, first, deals)
+    for (size_t d = 0; d < deals.size(); ++d) {
+        drawDeal(game, seed, stream, first + d, &deals[d].cards);
+        fillDealBuckets(game, deals[d].cards, buckets, deals[d].buckets);
+    }
+}
+
+int threadsOf(int threads) {
+    return threads > 0 ? threads : omp_get_max_threads();
+}
+
+} // namespace tamarin

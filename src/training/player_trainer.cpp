@@ -1,0 +1,94 @@
+#include "training/player_trainer.h"
+
+#include "support/rng.h"
+
+#include <iostream>
+#include <sstream>
+
+namespace tamarin {
+
+namespace {
+
+// CFR::train says what it does on standard output, which belongs to the caller here.
+class Silence {
+public:
+    Silence() : before_(std::cout.rdbuf(nullptr)) {}
+    ~Silence() {
+        std::cout.rdbuf(before_);
+        std::cout.clear();
+    }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+
+private:
+    std::streambuf* before_;
+};
+
+} // namespace
+
+PlayerTrainer::PlayerTrainer(const SmallGame& game, uint64_t seed)
+    : Trainer(game), rules_(game.game()), solver_(&rules_) {
+    const Silence silence;
+    global_urng().seed(static_cast<uint32_t>(seed ^ seed >> 32U));
+    solver_.buildTree();
+    try {
+        solver_.eliminateActions();
+    } catch (const char*) {
+        // The player does not know what a card is worth in this game and would not train it.
+        solver_.buildTree();
+    }
+}
+
+void PlayerTrainer::run(uint64_t iterations) {
+    const Silence silence;
+    for (uint64_t done = 0; done < iterations; done += block()) {
+        solver_.train(block());
+        iteration_ += block();
+    }
+}
+
+Profile PlayerTrainer::average() const {
+    return *averageProfile(game_, solver_);
+}
+
+void PlayerTrainer::eachNode(const std::function<void(size_t set, CFRNode& node)>& visit) const {
+    const auto& nodes = game_.tree().nodes();
+    for (size_t n = 0; n < nodes.size(); ++n)
+        for (uint32_t field = 0; field < game_.layout().numBuckets(nodes[n].slot); ++field)
+            visit(game_.layout().index(nodes[n], field),
+                  *solver_.nodeMap(nodes[n].player, nodes[n].round)
+                       .at(cardRankKey(game_.tree(), static_cast<int32_t>(n),
+                                       static_cast<int>(field))));
+}
+
+TrainerState PlayerTrainer::state() const {
+    TrainerState state;
+    state.iteration = iteration_;
+    std::stringstream engine; // the only way in and out of its state that the library promises
+    engine << global_urng();
+    engine >> state.random;
+    state.sets.resize(game_.layout().numSets());
+    eachNode([&](size_t set, const CFRNode& node) {
+        for (size_t a = 0; a < numAbstractedActions; ++a) {
+            state.sets[set].regret[a] = node.regretSum[a];
+            state.sets[set].strategy[a] = node.strategySum[a];
+            state.sets[set].prediction[a] = 0.0;
+        }
+    });
+    return state;
+}
+
+void PlayerTrainer::restore(const TrainerState& state) {
+    iteration_ = state.iteration;
+    std::stringstream engine;
+    engine << state.random;
+    engine >> global_urng();
+    eachNode([&](size_t set, CFRNode& node) {
+        for (size_t a = 0; a < numAbstractedActions; ++a) {
+            node.regretSum[a] = state.sets[set].regret[a];
+            node.strategySum[a] = state.sets[set].strategy[a];
+        }
+    });
+}
+
+} // namespace tamarin

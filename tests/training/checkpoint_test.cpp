@@ -1,0 +1,218 @@
+#include "training/checkpoint.h"
+
+#include "solver/games.h"
+
+#include <cstring>
+#include <filesystem>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+namespace tamarin::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Checkpoint : public ::testing::Test {
+protected:
+    Checkpoint() {
+        directory = ::testing::TempDir() + "checkpoint." + std::to_string(getpid());
+        fs::remove_all(directory);
+        fs::create_directories(directory);
+    }
+    ~Checkpoint() override { fs::remove_all(directory); }
+
+    std::string saveAfter(uint64_t iterations) {
+        const auto trainer = makeTrainer(*game, config);
+        trainer->run(iterations);
+        EXPECT_TRUE(saveCheckpoint(directory, text(), trainer->state()).ok());
+        return listCheckpoints(directory).back();
+    }
+    std::string text() const { return checkpointConfig(*game, config); }
+
+    GamePtr rules = kuhn3();
+    std::unique_ptr<SmallGame> game = std::move(*SmallGame::make(*rules));
+    TrainerConfig config;
+    std::string directory;
+};
+
+bool same(const TrainerState& a, const TrainerState& b) {
+    return a.iteration == b.iteration && a.random == b.random && a.sets.size() == b.sets.size() &&
+           std::memcmp(a.sets.data(), b.sets.data(), a.sets.size() * sizeof a.sets[0]) == 0;
+}
+
+TEST_F(Checkpoint, ComesBackBitForBit) {
+    config.sampledDeals = 2;
+    config.seed = 99;
+    const auto trainer = makeTrainer(*game, config);
+    trainer->run(17);
+    ASSERT_TRUE(saveCheckpoint(directory, text(), trainer->state()).ok());
+    const auto read = readCheckpoint(listCheckpoints(directory)[0], text());
+    ASSERT_TRUE(read.ok()) << read.error();
+    EXPECT_TRUE(same(*read, trainer->state()));
+}
+
+TEST_F(Checkpoint, StoppedAndResumedRunsEndAsUnbrokenOnes) {
+    for (const char* name : {"player", "cfr", "cfr+", "lcfr", "dcfr", "pcfr+"}) {
+        fs::remove_all(directory);
+        fs::create_directories(directory);
+        config.algorithm = *algorithmNamed(name);
+        const auto whole = makeTrainer(*game, config);
+        const uint64_t block = whole->block();
+        whole->run(block * 9);
+        const TrainerState expected = whole->state();
+        for (const uint64_t stop : {2U, 3U, 9U}) {
+            const auto part = makeTrainer(*game, config);
+            std::vector<std::string> warnings;
+            if (const auto saved = newestCheckpoint(directory, text(), warnings))
+                part->restore(*saved);
+            part->run(block * stop - part->iteration());
+            ASSERT_TRUE(saveCheckpoint(directory, text(), part->state()).ok());
+        }
+        std::vector<std::string> warnings;
+        const auto found = newestCheckpoint(directory, text(), warnings);
+        ASSERT_TRUE(found.ok());
+        EXPECT_TRUE(same(*found, expected)) << name;
+        EXPECT_TRUE(warnings.empty());
+    }
+}
+
+TEST_F(Checkpoint, KeepsTheNewestTwo) {
+    for (const uint64_t iterations : {1U, 5U, 30U, 200U})
+        saveAfter(iterations);
+    const auto left = listCheckpoints(directory);
+    ASSERT_EQ(left.size(), 2U);
+    EXPECT_EQ(fs::path(left[0]).filename(), "checkpoint.00000000000000000030");
+    EXPECT_EQ(fs::path(left[1]).filename(), "checkpoint.00000000000000000200");
+}
+
+TEST_F(Checkpoint, EveryDamagedByteIsNoticed) {
+    const std::string path = saveAfter(3);
+    const std::string bytes = *readWholeFile(path);
+    for (size_t at = 0; at < bytes.size(); ++at) {
+        std::string other = bytes;
+        other[at] = static_cast<char>(other[at] ^ 0x10);
+        ASSERT_TRUE(writeWholeFile(path, other).ok());
+        ASSERT_FALSE(readCheckpoint(path, text()).ok()) << at;
+    }
+}
+
+TEST_F(Checkpoint, EveryCutAndAnyGrowthIsNoticed) {
+    const std::string path = saveAfter(3);
+    const std::string bytes = *readWholeFile(path);
+    for (size_t length = 0; length < bytes.size(); length += 3) {
+        ASSERT_TRUE(writeWholeFile(path, bytes.substr(0, length)).ok());
+        ASSERT_FALSE(readCheckpoint(path, text()).ok()) << length;
+    }
+    ASSERT_TRUE(writeWholeFile(path, bytes + "x").ok());
+    EXPECT_FALSE(readCheckpoint(path, text()).ok());
+}
+
+// Length fields made to lie, with the checksum made right again.
+TEST_F(Checkpoint, HostileLengthsAreRefusedWithoutTheMemory) {
+    const std::string path = saveAfter(3);
+    const std::string bytes = *readWholeFile(path);
+    const auto checksum = [](const std::string& of) {
+        uint64_t hash = 0xcbf29ce484222325U;
+        for (size_t i = 0; i + 8 < of.size(); ++i)
+            hash = (hash ^ static_cast<unsigned char>(of[i])) * 0x100000001b3U;
+        return hash;
+    };
+    const size_t configLength = 24;
+    const size_t sets = 32 + text().size() + 16;
+    for (const size_t field : {configLength, sets}) {
+        uint64_t right = 0;
+        std::memcpy(&right, bytes.data() + field, 8);
+        for (const uint64_t value :
+             {uint64_t{0}, uint64_t{1}, right - 1, right + 1, uint64_t{1} << 31U,
+              uint64_t{1} << 32U, uint64_t{1} << 63U, UINT64_MAX - 1, UINT64_MAX}) {
+            std::string other = bytes;
+            std::memcpy(other.data() + field, &value, 8);
+            const uint64_t sum = checksum(other);
+            std::memcpy(other.data() + other.size() - 8, &sum, 8);
+            ASSERT_TRUE(writeWholeFile(path, other).ok());
+            ASSERT_FALSE(readCheckpoint(path, text()).ok()) << field << ' ' << value;
+        }
+    }
+}
+
+TEST_F(Checkpoint, TellsANewerVersionAndAForeignFile) {
+    const std::string path = saveAfter(3);
+    std::string bytes = *readWholeFile(path);
+    bytes[8] = 2;
+    ASSERT_TRUE(writeWholeFile(path, bytes).ok());
+    EXPECT_NE(readCheckpoint(path, text()).error().find("made by a newer version"),
+              std::string::npos);
+    ASSERT_TRUE(writeWholeFile(path, "GAMEDEF\n").ok());
+    EXPECT_EQ(readCheckpoint(path, text()).error(), path + ": not a checkpoint");
+}
+
+TEST_F(Checkpoint, NamesTheFieldThatDiffers) {
+    const std::string path = saveAfter(3);
+    const auto complaint = [&] {
+        const auto read = readCheckpoint(path, text());
+        return read ? "" : read.error().substr(path.size());
+    };
+    EXPECT_EQ(complaint(), "");
+    config.threads = 7;
+    EXPECT_EQ(complaint(), "");
+    config.seed = 2;
+    EXPECT_EQ(complaint(), ": made with another configuration: seed is 1 there and 2 here");
+    config.seed = 1;
+    config.algorithm = Algorithm::cfrPlus;
+    EXPECT_EQ(complaint(),
+              ": made with another configuration: algorithm is dcfr there and cfr+ here");
+    config.algorithm = Algorithm::discounted;
+    config.sampledDeals = 4;
+    EXPECT_EQ(complaint(), ": made with another configuration: sampledDeals is 0 there and 4 here");
+    config.sampledDeals = 0;
+    game = std::move(*SmallGame::make(*kuhn2()));
+    EXPECT_EQ(complaint(),
+              ": made with another configuration: game.blind is 1 1 1 there and 1 1 here");
+}
+
+TEST_F(Checkpoint, FallsBackToTheOneBefore) {
+    saveAfter(3);
+    const std::string newest = saveAfter(8);
+    ASSERT_TRUE(writeWholeFile(newest, "tmrnckpt rubbish").ok());
+    std::vector<std::string> warnings;
+    const auto found = newestCheckpoint(directory, text(), warnings);
+    ASSERT_TRUE(found.ok());
+    EXPECT_EQ(found->iteration, 3U);
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_NE(warnings[0].find(newest), std::string::npos);
+}
+
+TEST_F(Checkpoint, WithoutAGoodOneThereIsNothingToResume) {
+    std::vector<std::string> warnings;
+    EXPECT_EQ(newestCheckpoint(directory, text(), warnings).error(),
+              "no checkpoint in " + directory + " to resume from");
+    ASSERT_TRUE(writeWholeFile(saveAfter(3), "").ok());
+    EXPECT_EQ(newestCheckpoint(directory, text(), warnings).error(),
+              "no checkpoint in " + directory + " can be used");
+    EXPECT_EQ(listCheckpoints(directory).size(), 1U); // nothing is deleted
+}
+
+// A directory that cannot be written: the error names the path, and nothing is lost.
+class FullDisk : public FileSystem {
+public:
+    ssize_t write(int, const void*, size_t) override {
+        errno = ENOSPC;
+        return -1;
+    }
+};
+
+TEST_F(Checkpoint, AFullDiskLeavesTheOldOnes) {
+    const std::string path = saveAfter(3);
+    const auto trainer = makeTrainer(*game, config);
+    trainer->run(9);
+    FullDisk full;
+    const Status status = saveCheckpoint(directory, text(), trainer->state(), full);
+    ASSERT_FALSE(status.ok());
+    EXPECT_NE(status.error().find(directory), std::string::npos);
+    EXPECT_EQ(listCheckpoints(directory), std::vector<std::string>{path});
+    EXPECT_TRUE(readCheckpoint(path, text()).ok());
+}
+
+} // namespace
+} // namespace tamarin::testing
