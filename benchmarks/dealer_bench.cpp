@@ -26,11 +26,11 @@ void playMatch(benchmark::State& run, const char* game, const char* seats) {
 }
 
 // Ten thousand hands each, start and end of the processes included; items are hands.
-BENCHMARK_CAPTURE(playMatch, kuhn_three_bots, "kuhn.limit.3p.game",
+BENCHMARK_CAPTURE(playMatch, kuhnThreeBots, "kuhn.limit.3p.game",
                   "--seat a=bot:rule --seat b=bot:random --seat c=bot:call")
     ->UseRealTime()
     ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(playMatch, holdem_limit_two_bots, "holdem.limit.2p.reverse_blinds.game",
+BENCHMARK_CAPTURE(playMatch, limitTwoBots, "holdem.limit.2p.reverse_blinds.game",
                   "--seat a=bot:rule --seat b=bot:random")
     ->UseRealTime()
     ->Unit(benchmark::kMillisecond);

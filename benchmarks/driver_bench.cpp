@@ -92,11 +92,11 @@ void decide(benchmark::State& run, const char* gameName, const char* strategy) {
     run.counters["p99_us"] = microseconds(0.99);
 }
 
-BENCHMARK_CAPTURE(decide, limit_two, "holdem.limit.2p.reverse_blinds.game",
+BENCHMARK_CAPTURE(decide, limitTwo, "holdem.limit.2p.reverse_blinds.game",
                   "strategies/holdem.limit.2p/strategy");
-BENCHMARK_CAPTURE(decide, no_limit_two, "holdem.nolimit.2p.reverse_blinds.game",
+BENCHMARK_CAPTURE(decide, noLimitTwo, "holdem.nolimit.2p.reverse_blinds.game",
                   "strategies/holdem.nolimit.2p/strategy");
-BENCHMARK_CAPTURE(decide, limit_three, "holdem.limit.3p.game",
+BENCHMARK_CAPTURE(decide, limitThree, "holdem.limit.3p.game",
                   "strategies/holdem.limit.3p/strategy");
 
 } // namespace

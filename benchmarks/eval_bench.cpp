@@ -1,7 +1,7 @@
 // Ranking and equity, in hands or deals a second.
 //
 // The cost of a random hand is that of the memory: the table has 124 MiB, and each of the last
-// steps misses the caches. BM_RandomHands therefore has the number of hands in flight as its
+// steps misses the caches. randomHands therefore has the number of hands in flight as its
 // argument.
 #include "eval/exact_equity.h"
 #include "eval/hand_table.h"
@@ -69,7 +69,7 @@ void rankInFlight(const std::vector<Hand>& hands, uint64_t& sum) {
     }
 }
 
-void BM_RandomHands(benchmark::State& state) {
+void randomHands(benchmark::State& state) {
     const std::vector<Hand>& hands = randomHands();
     table();
     uint64_t sum = 0;
@@ -104,7 +104,7 @@ void BM_RandomHands(benchmark::State& state) {
     }
     setRate(state, "hands", handCount);
 }
-BENCHMARK(BM_RandomHands)
+BENCHMARK(randomHands)
     ->Arg(1)
     ->Arg(4)
     ->Arg(8)
@@ -113,7 +113,7 @@ BENCHMARK(BM_RandomHands)
     ->Arg(64)
     ->Unit(benchmark::kMillisecond);
 
-void BM_RankMany(benchmark::State& state) {
+void rankManyHands(benchmark::State& state) {
     const std::vector<Hand>& hands = randomHands();
     std::vector<uint32_t> values(handCount);
     table();
@@ -124,7 +124,7 @@ void BM_RankMany(benchmark::State& state) {
     }
     setRate(state, "hands", handCount);
 }
-BENCHMARK(BM_RankMany)->Unit(benchmark::kMillisecond);
+BENCHMARK(rankManyHands)->Unit(benchmark::kMillisecond);
 
 // Calls visit(row, f) for every increasing six cards a..f, with the row of their state.
 template <class Visit>
@@ -149,7 +149,7 @@ void forEachSixCards(const int32_t* t, const Visit& visit) {
 }
 
 // All 133,784,560 hands, prefixes shared: the values alone, added up.
-void BM_RankAllSevenCardHands(benchmark::State& state) {
+void rankAllSevenCardHands(benchmark::State& state) {
     const int32_t* t = table().data();
     for (auto _ : state) {
         uint64_t sum = 0;
@@ -161,11 +161,11 @@ void BM_RankAllSevenCardHands(benchmark::State& state) {
     }
     setRate(state, "hands", 133784560);
 }
-BENCHMARK(BM_RankAllSevenCardHands)->Unit(benchmark::kMillisecond);
+BENCHMARK(rankAllSevenCardHands)->Unit(benchmark::kMillisecond);
 
 // The same, and counted by category: a word with six bits a category, enough for the 46 last cards
 // of a prefix.
-void BM_CountAllSevenCardHands(benchmark::State& state) {
+void countAllSevenCardHands(benchmark::State& state) {
     const int32_t* t = table().data();
     std::array<uint64_t, 16> increment{};
     for (size_t category = 1; category <= 9; ++category)
@@ -186,9 +186,9 @@ void BM_CountAllSevenCardHands(benchmark::State& state) {
     }
     setRate(state, "hands", 133784560);
 }
-BENCHMARK(BM_CountAllSevenCardHands)->Unit(benchmark::kMillisecond);
+BENCHMARK(countAllSevenCardHands)->Unit(benchmark::kMillisecond);
 
-void BM_ShowdownRanking(benchmark::State& state) {
+void showdownRanking(benchmark::State& state) {
     std::vector<CardSet> sets;
     for (const Hand& hand : randomHands()) {
         CardSet set = 0;
@@ -204,17 +204,17 @@ void BM_ShowdownRanking(benchmark::State& state) {
     }
     setRate(state, "hands", handCount);
 }
-BENCHMARK(BM_ShowdownRanking)->Unit(benchmark::kMillisecond);
+BENCHMARK(showdownRanking)->Unit(benchmark::kMillisecond);
 
-void BM_GenerateTable(benchmark::State& state) {
+void generateTable(benchmark::State& state) {
     std::vector<int32_t> entries(sevenCardEntries);
     for (auto _ : state)
         generateSevenCardTable(entries, static_cast<int>(state.range(0)));
 }
-BENCHMARK(BM_GenerateTable)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(generateTable)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // The family that fills the equity tables: 1,000 deals.
-void BM_EvaluateHand(benchmark::State& state) {
+void evaluateOneHand(benchmark::State& state) {
     std::vector<int> entries(table().entries().begin(), table().entries().end());
     unsigned char cards[7] = {51, 46, 3, 17, 29, 41, 8};
     const auto players = static_cast<unsigned>(state.range(1));
@@ -225,32 +225,32 @@ void BM_EvaluateHand(benchmark::State& state) {
                                      : evaluateHand7(cards, players, entries.data()));
     setRate(state, "deals", 1000);
 }
-BENCHMARK(BM_EvaluateHand)->Args({2, 2})->Args({2, 3})->Args({7, 2})->Args({7, 3});
+BENCHMARK(evaluateOneHand)->Args({2, 2})->Args({2, 3})->Args({7, 2})->Args({7, 3});
 
-void BM_SampledEquity(benchmark::State& state) {
+void sampledEquityOfHand(benchmark::State& state) {
     const std::vector<HandRange> ranges{{"", {cardBit(51) | cardBit(46)}}};
     for (auto _ : state)
         benchmark::DoNotOptimize(
             sampledEquity(ranges, 0, static_cast<int>(state.range(0)), 65536, 1, 1));
     setRate(state, "deals", 65536);
 }
-BENCHMARK(BM_SampledEquity)->Arg(1)->Arg(5)->Unit(benchmark::kMillisecond);
+BENCHMARK(sampledEquityOfHand)->Arg(1)->Arg(5)->Unit(benchmark::kMillisecond);
 
 // Arguments: board cards, opponents.
-void BM_ExactEquity(benchmark::State& state) {
+void exactEquityOfHand(benchmark::State& state) {
     const std::array<uint8_t, 2> hole{51, 46};
     const std::array<uint8_t, 5> board{3, 17, 29, 41, 8};
     const std::span<const uint8_t> known(board.data(), static_cast<size_t>(state.range(0)));
     for (auto _ : state)
         benchmark::DoNotOptimize(exactEquity(hole, known, static_cast<int>(state.range(1))));
 }
-BENCHMARK(BM_ExactEquity)->ArgsProduct({{5, 4, 3, 0}, {1, 2}})->Unit(benchmark::kMicrosecond);
+BENCHMARK(exactEquityOfHand)->ArgsProduct({{5, 4, 3, 0}, {1, 2}})->Unit(benchmark::kMicrosecond);
 
-void BM_ExactPreflopAgainstAKnownHand(benchmark::State& state) {
+void exactPreflopAgainstAKnownHand(benchmark::State& state) {
     const std::array<CardSet, 2> hands{cardBit(51) | cardBit(46), cardBit(32) | cardBit(33)};
     for (auto _ : state)
         benchmark::DoNotOptimize(exactEquity(hands, 0, 0));
 }
-BENCHMARK(BM_ExactPreflopAgainstAKnownHand)->Unit(benchmark::kMillisecond);
+BENCHMARK(exactPreflopAgainstAKnownHand)->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -41,16 +41,16 @@ void readRiverState(benchmark::State& run, const Game* game, const char* text) {
     }
     run.SetItemsProcessed(run.iterations());
 }
-void ReadRiverStateLimit(benchmark::State& run) {
+void readRiverStateLimit(benchmark::State& run) {
     readRiverState(run, limit.get(), limitRiver);
 }
-void ReadRiverStateNoLimit(benchmark::State& run) {
+void readRiverStateNoLimit(benchmark::State& run) {
     readRiverState(run, noLimit.get(), noLimitRiver);
 }
-BENCHMARK(ReadRiverStateLimit);
-BENCHMARK(ReadRiverStateNoLimit);
+BENCHMARK(readRiverStateLimit);
+BENCHMARK(readRiverStateNoLimit);
 
-void PrintRiverState(benchmark::State& run) {
+void printRiverState(benchmark::State& run) {
     MatchState state{};
     readMatchState(limitRiver, limit.get(), &state);
     char text[4096];
@@ -60,10 +60,10 @@ void PrintRiverState(benchmark::State& run) {
     }
     run.SetItemsProcessed(run.iterations());
 }
-BENCHMARK(PrintRiverState);
+BENCHMARK(printRiverState);
 
 // A call and a raise in turn, on the flop, undone by setting the counters back.
-void ApplyAction(benchmark::State& run) {
+void applyAction(benchmark::State& run) {
     State state{};
     readState("STATE:1:cc/:KhKd|9hQd/8dAs8s", limit.get(), &state);
     const State before = state;
@@ -78,9 +78,9 @@ void ApplyAction(benchmark::State& run) {
     }
     run.SetItemsProcessed(run.iterations());
 }
-BENCHMARK(ApplyAction);
+BENCHMARK(applyAction);
 
-void ValueOfShowdown(benchmark::State& run) {
+void valueOfShowdown(benchmark::State& run) {
     State state{};
     readState(showdown, limit.get(), &state);
     for (auto _ : run) {
@@ -88,10 +88,10 @@ void ValueOfShowdown(benchmark::State& run) {
     }
     run.SetItemsProcessed(run.iterations());
 }
-BENCHMARK(ValueOfShowdown);
+BENCHMARK(valueOfShowdown);
 
 // Random seven-card hands, from card bytes to the rank.
-void RankSevenCards(benchmark::State& run) {
+void rankSevenCards(benchmark::State& run) {
     constexpr size_t hands = 1 << 14;
     rng_state_t rng;
     init_genrand(&rng, 1);
@@ -115,10 +115,10 @@ void RankSevenCards(benchmark::State& run) {
     }
     run.SetItemsProcessed(run.iterations() * static_cast<int64_t>(hands));
 }
-BENCHMARK(RankSevenCards);
+BENCHMARK(rankSevenCards);
 
 // Deals a hand of limit hold'em, plays it with random legal actions and values it for both seats.
-void PlayRandomHand(benchmark::State& run) {
+void playRandomHand(benchmark::State& run) {
     rng_state_t rng;
     init_genrand(&rng, 1);
     State state{};
@@ -136,6 +136,6 @@ void PlayRandomHand(benchmark::State& run) {
     }
     run.SetItemsProcessed(run.iterations());
 }
-BENCHMARK(PlayRandomHand);
+BENCHMARK(playRandomHand);
 
 } // namespace

@@ -1,14 +1,19 @@
-// Training, values and best responses of three-player Kuhn, on one core.
+// Training, values and best responses of three-player Kuhn, on one core; training of limit hold'em
+// for two, with buckets that need no tables.
 //
-// BM_Train and BM_TrainPlain leave the same sums; items are iterations. Their ratio in one run is
-// what the compiled tree is worth. BM_Equilibrium is one algorithm each; items are iterations over
-// all 24 deals, and after the run NashConv says how far a second's work comes.
+// trainKuhn and trainKuhnPlain leave the same sums, as do trainHoldem and trainHoldemPlain; items
+// are iterations. The ratio of two in one run is what the compiled tree is worth.
+// trainToEquilibrium is one algorithm each; items are iterations over all 24 deals, and after the
+// run NashConv says how far a second's work comes.
 #include "solver/cfr.h"
+#include "solver/holdem_buckets.h"
+#include "solver/holdem_sets.h"
 #include "training/best_response.h"
 #include "training/trainer.h"
 
 #include <cstdio>
 #include <iostream>
+#include <string>
 
 #include <benchmark/benchmark.h>
 
@@ -16,11 +21,15 @@ using namespace tamarin;
 
 namespace {
 
-GamePtr kuhn() {
-    FILE* const file = std::fopen(TAMARIN_SOURCE_DIR "/games/kuhn.limit.3p.game", "r");
+GamePtr gameOf(const char* name) {
+    FILE* const file = std::fopen((TAMARIN_SOURCE_DIR "/games/" + std::string(name)).c_str(), "r");
     GamePtr game(readGame(file));
     std::fclose(file);
     return game;
+}
+
+GamePtr kuhn() {
+    return gameOf("kuhn.limit.3p.game");
 }
 
 class Quiet {
@@ -35,7 +44,7 @@ private:
     std::streambuf* before_;
 };
 
-void BM_Train(benchmark::State& state) {
+void trainKuhn(benchmark::State& state) {
     const Quiet quiet;
     const GamePtr game = kuhn();
     CFR solver(game.get());
@@ -45,9 +54,9 @@ void BM_Train(benchmark::State& state) {
         solver.train(iterations);
     state.SetItemsProcessed(state.iterations() * iterations);
 }
-BENCHMARK(BM_Train)->Unit(benchmark::kMillisecond);
+BENCHMARK(trainKuhn)->Unit(benchmark::kMillisecond);
 
-void BM_TrainPlain(benchmark::State& state) {
+void trainKuhnPlain(benchmark::State& state) {
     const Quiet quiet;
     const GamePtr game = kuhn();
     CFR solver(game.get());
@@ -57,9 +66,9 @@ void BM_TrainPlain(benchmark::State& state) {
         solver.trainPlain(iterations);
     state.SetItemsProcessed(state.iterations() * iterations);
 }
-BENCHMARK(BM_TrainPlain)->Unit(benchmark::kMillisecond);
+BENCHMARK(trainKuhnPlain)->Unit(benchmark::kMillisecond);
 
-void BM_CalcUtility(benchmark::State& state) {
+void calcKuhnUtility(benchmark::State& state) {
     const Quiet quiet;
     const GamePtr game = kuhn();
     CFR solver(game.get());
@@ -73,9 +82,9 @@ void BM_CalcUtility(benchmark::State& state) {
         benchmark::DoNotOptimize(value);
     }
 }
-BENCHMARK(BM_CalcUtility)->ArgName("plain")->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
+BENCHMARK(calcKuhnUtility)->ArgName("plain")->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 
-void BM_Equilibrium(benchmark::State& state) {
+void trainToEquilibrium(benchmark::State& state) {
     const GamePtr game = kuhn();
     const auto small = std::move(*SmallGame::make(*game));
     TrainerConfig config;
@@ -92,7 +101,7 @@ void BM_Equilibrium(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * state.range(1));
     state.counters["NashConv"] = nashConv;
 }
-BENCHMARK(BM_Equilibrium)
+BENCHMARK(trainToEquilibrium)
     ->ArgNames({"", "iterations"})
     ->Args({static_cast<int>(Algorithm::player), 1'000'000})
     ->Args({static_cast<int>(Algorithm::cfr), 10'000})
@@ -102,13 +111,45 @@ BENCHMARK(BM_Equilibrium)
     ->Args({static_cast<int>(Algorithm::predictive), 10'000})
     ->Unit(benchmark::kMillisecond);
 
-void BM_BestResponse(benchmark::State& state) {
+void bestResponse(benchmark::State& state) {
     const GamePtr game = kuhn();
     const auto small = std::move(*SmallGame::make(*game));
     const Profile profile = uniformProfile(*small);
     for (auto _ : state)
         benchmark::DoNotOptimize(evaluateProfile(*small, profile));
 }
-BENCHMARK(BM_BestResponse)->Unit(benchmark::kMicrosecond);
+BENCHMARK(bestResponse)->Unit(benchmark::kMicrosecond);
+
+// As cheap as a bucket can be, so that what is measured is the walk.
+class BucketOfFirstCard : public HoldemBuckets {
+public:
+    uint8_t bucket(int /*players*/, int round, int /*seat*/, const uint8_t* cards) const override {
+        return static_cast<uint8_t>((int{cards[0]} + round) % int{numHoldemBuckets});
+    }
+};
+
+template <class Train>
+void trainHoldemBy(benchmark::State& state, int iterations, Train train) {
+    const Quiet quiet;
+    const GamePtr game = gameOf("holdem.limit.2p.reverse_blinds.game");
+    const BucketOfFirstCard buckets;
+    CFR solver(game.get());
+    solver.setHoldemBuckets(&buckets);
+    solver.trainHoldem(100); // makes the tree, for both
+    for (auto _ : state)
+        train(solver, static_cast<unsigned long long>(iterations));
+    state.SetItemsProcessed(state.iterations() * iterations);
+}
+
+void trainHoldem(benchmark::State& state) {
+    trainHoldemBy(state, 20'000, [](CFR& solver, unsigned long long n) { solver.trainHoldem(n); });
+}
+BENCHMARK(trainHoldem)->Unit(benchmark::kMillisecond);
+
+void trainHoldemPlain(benchmark::State& state) {
+    trainHoldemBy(state, 100,
+                  [](CFR& solver, unsigned long long n) { solver.trainHoldemPlain(n); });
+}
+BENCHMARK(trainHoldemPlain)->Unit(benchmark::kMillisecond);
 
 } // namespace

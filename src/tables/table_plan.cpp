@@ -34,7 +34,7 @@ constexpr std::array<GroupFacts, tableGroups> facts{{
          boardClasses[0] * numHoles(49) * 8 + roundSizes[3] * 4 + working,
      6, 3},
     {"clusters", "clusters of equity", roundSizes[3] + working, 10, 1},
-    {"utility", "utilities in the auxiliary games", roundSizes[3] + 2 * working, 35, 40},
+    {"utility", "utilities in the auxiliary games", roundSizes[3] + 2 * working, 20, 20},
     {"holdem", "hold'em buckets", roundSizes[3] + working, 10, 1},
 }};
 

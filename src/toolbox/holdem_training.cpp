@@ -280,7 +280,7 @@ HoldemGoal defaultHoldemGoal(const Game& game) {
     if (game.numPlayers == 3)
         goal.seconds = 600.0;
     else
-        goal.deals = game.bettingRule == noLimitRule ? 1'000'000 : 500'000;
+        goal.deals = game.bettingRule == noLimitRule ? 100'000 : 500'000;
     return goal;
 }
 

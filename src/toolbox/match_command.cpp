@@ -248,6 +248,7 @@ void addMatchCommand(CLI::App& app, int& status) {
         ->take_all()
         ->expected(1, MAX_PLAYERS)
         ->type_name("NAME=PLAYER")
+        ->default_str("")
         ->required();
     command.add_option("--hands", options->hands, "Hands to play")
         ->check(CLI::Range(uint64_t{1}, uint64_t{UINT32_MAX}))

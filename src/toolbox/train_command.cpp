@@ -261,7 +261,7 @@ void addTrainCommand(CLI::App& app, int& status) {
                    "  tamarin train holdem.limit.3p.game --seconds 1800\n\n"
                    "Ends at the first goal reached. With none given: small games at NashConv 1e-6 "
                    "or after a\nminute, two-player hold'em after 500,000 iterations (limit) or "
-                   "1,000,000 (no-limit),\nthree-player hold'em after ten minutes. A signal ends "
+                   "100,000 (no-limit),\nthree-player hold'em after ten minutes. A signal ends "
                    "it too, with everything so far saved.\n\n"
                    "Hold'em is trained over the ten buckets of its tables, which are made first "
                    "where they are\nmissing; an iteration is one random deal. Its strategy is "
