@@ -83,9 +83,8 @@ BENCHMARK(applyAction);
 void valueOfShowdown(benchmark::State& run) {
     State state{};
     readState(showdown, limit.get(), &state);
-    for (auto _ : run) {
+    for (auto _ : run)
         benchmark::DoNotOptimize(valueOfState(limit.get(), &state, 0));
-    }
     run.SetItemsProcessed(run.iterations());
 }
 BENCHMARK(valueOfShowdown);
@@ -106,9 +105,8 @@ void rankSevenCards(benchmark::State& run) {
         int sum = 0;
         for (size_t i = 0; i < hands; ++i) {
             CardSet set = 0;
-            for (size_t c = 0; c < 7; ++c) {
+            for (size_t c = 0; c < 7; ++c)
                 set |= cardBit(cards[7 * i + c]);
-            }
             sum += rankCardSet(set);
         }
         benchmark::DoNotOptimize(sum);
@@ -127,9 +125,8 @@ void playRandomHand(benchmark::State& run) {
         dealCards(limit.get(), &rng, &state);
         while (!state.finished) {
             Action action{static_cast<ActionType>(genrand_int32(&rng) % 3), 0};
-            if (isValidAction(limit.get(), &state, 0, &action)) {
+            if (isValidAction(limit.get(), &state, 0, &action))
                 doAction(limit.get(), &action, &state);
-            }
         }
         benchmark::DoNotOptimize(valueOfState(limit.get(), &state, 0));
         benchmark::DoNotOptimize(valueOfState(limit.get(), &state, 1));

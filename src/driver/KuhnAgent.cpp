@@ -28,9 +28,8 @@ constexpr int numSeats = 3;
 // each and no board.
 void requireKuhn(const Game& game, const char* gameFile) {
     if (game.numPlayers == numSeats && game.numRounds == 1 && game.numHoleCards == 1 &&
-        game.numBoardCards[0] == 0 && game.numSuits * game.numRanks < MAX_SUITS * MAX_RANKS) {
+        game.numBoardCards[0] == 0 && game.numSuits * game.numRanks < MAX_SUITS * MAX_RANKS)
         return;
-    }
     std::fprintf(stderr,
                  "ERROR: %s is not Kuhn poker: three players, one round, one hole card, no board "
                  "and a short deck are expected\n",
@@ -42,9 +41,8 @@ void printUtility(CFR& solver, int numPlayers) {
     std::vector<double> utility(static_cast<size_t>(numPlayers));
     solver.calcUtility(utility.data());
     std::cout << "Avg strategy utility = (";
-    for (const double value : utility) {
+    for (const double value : utility)
         std::cout << " " << value;
-    }
     std::cout << " )" << std::endl;
 }
 
@@ -60,17 +58,15 @@ KuhnAgent::KuhnAgent(const char* gameFile, Training training, tamarin::SocketCal
 }
 
 KuhnAgent::~KuhnAgent() {
-    for (const auto& [name, history] : histories) {
+    for (const auto& [name, history] : histories)
         delete history;
-    }
     releaseSolvers();
 }
 
 // Several seats may share a solver; each is released once.
 void KuhnAgent::releaseSolvers() {
-    for (const CFR* distinct : std::set<CFR*>(solver, solver + numSeats)) {
+    for (const CFR* distinct : std::set<CFR*>(solver, solver + numSeats))
         delete distinct;
-    }
     std::fill_n(solver, numSeats, nullptr);
 }
 
@@ -78,9 +74,8 @@ bool KuhnAgent::loadStrategies() {
     for (int seat = 0; seat < numSeats; ++seat) {
         solver[seat] = new CFR(game);
         const auto fits = [this](CFR& loaded) { return tamarin::holdsSmallGame(loaded, *game); };
-        if (!tamarin::loadStrategy(*solver[seat], KuhnStrategyFiles[seat], fits)) {
+        if (!tamarin::loadStrategy(*solver[seat], KuhnStrategyFiles[seat], fits))
             return false;
-        }
     }
     return true;
 }
@@ -113,9 +108,8 @@ void KuhnAgent::trainStrategies(Training training) {
 
 void KuhnAgent::saveStrategies() {
     for (int seat = 0; seat < numSeats; ++seat) {
-        if (!solver[seat]->save(KuhnStrategyFiles[seat])) {
+        if (!solver[seat]->save(KuhnStrategyFiles[seat]))
             std::cout << "Warning: the strategy was not saved to the disk!" << std::endl;
-        }
         std::cout << solver[0] << std::endl;
         printUtility(*solver[seat], game->numPlayers);
     }
@@ -134,9 +128,8 @@ void KuhnAgent::holeCards(unsigned char* /*cards*/, unsigned char /*player*/) {
 
 void KuhnAgent::getAction(Action& action) {
     const int strategySeat = mode == 1 ? pick_a_number(0, numSeats - 1) : state.viewingPlayer;
-    if (mode == 2 || !playStrategy(strategySeat, action)) {
+    if (mode == 2 || !playStrategy(strategySeat, action))
         playCardRule(action);
-    }
 }
 
 // Draws from the average strategy of the seat's solver; false when it does not hold the state.
@@ -180,17 +173,15 @@ void KuhnAgent::winEvent(unsigned char /*player*/, int /*amount*/) {}
 
 double KuhnAgent::getEv(int ofMode) {
     double sum = 0.0;
-    for (const double result : rings[ofMode].results) {
+    for (const double result : rings[ofMode].results)
         sum += result;
-    }
     return sum / 10;
 }
 
 void KuhnAgent::updateEv(int ofMode, double value) {
     Ring& ring = rings[ofMode];
-    if (ring.position == 10) {
+    if (ring.position == 10)
         ring.position = 0;
-    }
     ring.results[ring.position++] = value;
 }
 

@@ -31,9 +31,8 @@ void requireHoldem(const Game& game, const char* gameFile) {
     static constexpr uint8_t board[MAX_ROUNDS] = {0, 3, 1, 1};
     if ((game.numPlayers == 2 || game.numPlayers == 3) && game.numRounds == MAX_ROUNDS &&
         game.numHoleCards == 2 && game.numSuits == MAX_SUITS && game.numRanks == MAX_RANKS &&
-        std::equal(board, board + MAX_ROUNDS, game.numBoardCards)) {
+        std::equal(board, board + MAX_ROUNDS, game.numBoardCards))
         return;
-    }
     std::fprintf(stderr,
                  "ERROR: %s is not hold'em: two or three players, a full deck, two hole cards and "
                  "a board of 0, 3, 1 and 1 cards are expected\n",
@@ -123,9 +122,8 @@ void LimitHoldemAgent::getAction(Action& action) {
     solver->useCardAbstraction = true;
     solver->useHoldemTables = true;
     lookUpBuckets();
-    if (!playStrategy(action)) {
+    if (!playStrategy(action))
         playPotOdds(action);
-    }
 }
 
 // Draws from the average strategy; false when the tree does not hold the state.
@@ -160,17 +158,14 @@ void LimitHoldemAgent::playPotOdds(Action& action) {
     const int seat = state.viewingPlayer;
     action = {actionCall, 0};
     const int64_t owed = int64_t{std::min(hand.maxSpent, game->stack[seat])} - hand.spent[seat];
-    if (owed <= 0) {
+    if (owed <= 0)
         return;
-    }
     int64_t pot = 0;
-    for (int p = 0; p < game->numPlayers; ++p) {
+    for (int p = 0; p < game->numPlayers; ++p)
         pot += hand.spent[p];
-    }
     const auto price = static_cast<double>(owed);
-    if (equity() * (static_cast<double>(pot) + price) < price) {
+    if (equity() * (static_cast<double>(pot) + price) < price)
         action.type = actionFold;
-    }
 }
 
 void LimitHoldemAgent::holeCards(unsigned char* /*cards*/, unsigned char /*player*/) {}

@@ -68,13 +68,11 @@ PokerAgent::~PokerAgent() {
 }
 
 bool PokerAgent::connect(const char* host, unsigned short port) {
-    if (isConnected()) {
+    if (isConnected())
         return false;
-    }
     socket_ = connectTo(host, port, calls_);
-    if (socket_ < 0) {
+    if (socket_ < 0)
         std::exit(1);
-    }
     tuneSocket(socket_);
     toServer_ = tamarin::openSocketStream(socket_, "w", calls_);
     fromServer_ = toServer_ ? tamarin::openSocketStream(socket_, "r", calls_) : nullptr;
@@ -102,32 +100,26 @@ PokerAgent::Line PokerAgent::readLine() {
     bool tooLong = false;
     for (;;) {
         const int c = getc_unlocked(fromServer_);
-        if (c == EOF) {
+        if (c == EOF)
             break;
-        }
-        if (lineLength_ < sizeof line_ - 1) {
+        if (lineLength_ < sizeof line_ - 1)
             line_[lineLength_++] = static_cast<char>(c);
-        } else {
+        else
             tooLong = true;
-        }
-        if (c == '\n') {
+        if (c == '\n')
             break;
-        }
     }
     line_[lineLength_] = '\0';
-    if (lineLength_ == 0) {
+    if (lineLength_ == 0)
         return Line::end;
-    }
     return tooLong ? Line::tooLong : Line::read;
 }
 
 void PokerAgent::reportUnreadable(size_t length) {
-    if (++unreadable_ > shownLines) {
+    if (++unreadable_ > shownLines)
         return;
-    }
-    while (length > 0 && (line_[length - 1] == '\n' || line_[length - 1] == '\r')) {
+    while (length > 0 && (line_[length - 1] == '\n' || line_[length - 1] == '\r'))
         --length;
-    }
     std::string shown;
     for (size_t i = 0; i < std::min(length, shownLength); ++i) {
         const auto byte = static_cast<unsigned char>(line_[i]);
@@ -140,9 +132,8 @@ void PokerAgent::reportUnreadable(size_t length) {
         }
     }
     std::fprintf(stderr, "ERROR: could not read match state: %s\n", shown.c_str());
-    if (unreadable_ == shownLines) {
+    if (unreadable_ == shownLines)
         std::fprintf(stderr, "ERROR: further lines that cannot be read are passed over silently\n");
-    }
 }
 
 // Raises the events of the state just read.
@@ -169,12 +160,10 @@ bool PokerAgent::answer(int consumed) {
     State& hand = state.state;
     Action action{actionInvalid, 0};
     getAction(action);
-    if (!isValidAction(game, &hand, true, &action)) {
+    if (!isValidAction(game, &hand, true, &action))
         action = {actionCall, 0};
-    }
-    if (action.type == actionFold && hand.spent[state.viewingPlayer] >= hand.maxSpent) {
+    if (action.type == actionFold && hand.spent[state.viewingPlayer] >= hand.maxSpent)
         action = {actionCall, 0};
-    }
 
     int length = consumed;
     line_[length++] = ':';
@@ -199,12 +188,10 @@ bool PokerAgent::play() {
     Progress progress;
     for (;;) {
         const Line kind = readLine();
-        if (kind == Line::end) {
+        if (kind == Line::end)
             return true;
-        }
-        if (isComment(line_)) {
+        if (isComment(line_))
             continue;
-        }
         // Read aside, so that a line that fails half-way leaves the last good state standing.
         MatchState next{};
         const int consumed = kind == Line::read ? readMatchState(line_, game, &next) : -1;
@@ -217,9 +204,8 @@ bool PokerAgent::play() {
 
         const State& hand = state.state;
         if (!hand.finished) {
-            if (progress.lastPlayer == state.viewingPlayer && !answer(consumed)) {
+            if (progress.lastPlayer == state.viewingPlayer && !answer(consumed))
                 return false;
-            }
         } else {
             progress.newHand = true;
             progress.nextRound = 0;

@@ -23,12 +23,10 @@ namespace {
 std::unique_ptr<PokerAgent> makeAgent(const std::string& gameFile) {
     // The no-limit game is played by the same agent.
     if (gameFile == "holdem.limit.2p.reverse_blinds.game" || gameFile == "holdem.limit.3p.game" ||
-        gameFile == "holdem.nolimit.2p.reverse_blinds.game") {
+        gameFile == "holdem.nolimit.2p.reverse_blinds.game")
         return std::make_unique<LimitHoldemAgent>(gameFile.c_str());
-    }
-    if (gameFile == "kuhn.limit.3p.game") {
+    if (gameFile == "kuhn.limit.3p.game")
         return std::make_unique<KuhnAgent>(gameFile.c_str());
-    }
     return nullptr;
 }
 
@@ -40,9 +38,8 @@ GamePtr readDefinition(const char* path) {
     }
     GamePtr game(readGame(file));
     std::fclose(file);
-    if (!game) {
+    if (!game)
         std::fprintf(stderr, "ERROR: could not read game %s\n", path);
-    }
     return game;
 }
 
@@ -52,17 +49,15 @@ int runPlayer(int argc, char** argv) {
     randomize();
     ignoreBrokenPipes();
     const std::vector<std::string> arguments(argv, argv + argc);
-    for (const std::string& argument : arguments) {
+    for (const std::string& argument : arguments)
         std::cout << argument << std::endl;
-    }
     if (argc < 4) {
         std::fprintf(stderr, "usage: player game server port\n");
         return 1;
     }
     const GamePtr game = readDefinition(argv[1]);
-    if (!game) {
+    if (!game)
         return 1;
-    }
     CFR::logProgress = true;
     const std::unique_ptr<PokerAgent> agent = makeAgent(arguments[1]);
     if (!agent) {
@@ -74,9 +69,8 @@ int runPlayer(int argc, char** argv) {
         std::fprintf(stderr, "ERROR: invalid port %s\n", argv[3]);
         return 1;
     }
-    if (!agent->connect(argv[2], port) || !agent->play()) {
+    if (!agent->connect(argv[2], port) || !agent->play())
         return 1;
-    }
     return 0;
 }
 

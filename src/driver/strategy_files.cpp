@@ -22,9 +22,8 @@ void keepAside(const std::string& path) {
 
 bool loadStrategy(CFR& solver, const std::string& path, const std::function<bool(CFR&)>& fits) {
     if (file_exist(path)) {
-        if (solver.load(path) && (!fits || fits(solver))) {
+        if (solver.load(path) && (!fits || fits(solver)))
             return true;
-        }
         keepAside(path);
     }
     std::cout << "Warning: could not load strategy from disk!" << std::endl;
@@ -33,9 +32,8 @@ bool loadStrategy(CFR& solver, const std::string& path, const std::function<bool
 
 void makeDirectoryOf(const std::string& path) {
     const Status made = makeDirectories(std::filesystem::path(path).parent_path().string());
-    if (!made) {
+    if (!made)
         std::cout << "Warning: " << made.error() << std::endl;
-    }
 }
 
 } // namespace tamarin

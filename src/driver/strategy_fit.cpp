@@ -17,9 +17,8 @@ bool holdsSmallGame(const CFR& solver, Game& game) {
             const NodeMap& expected = whole.nodeMap(p, r);
             const NodeMap& held = solver.nodeMap(p, r);
             if (!std::equal(expected.begin(), expected.end(), held.begin(), held.end(),
-                            [](const auto& a, const auto& b) { return a.first == b.first; })) {
+                            [](const auto& a, const auto& b) { return a.first == b.first; }))
                 return false;
-            }
         }
     }
     return true;
@@ -29,9 +28,8 @@ namespace {
 
 // Counts the betting sequences that the solver's actions lead to, as its tree does.
 size_t countDecisions(CFR& solver, const Game& game, const State& state) {
-    if (state.finished) {
+    if (state.finished)
         return 0;
-    }
     size_t count = 1;
     for (int a = 0; a < numAbstractedActions; ++a) {
         State next = state;
@@ -84,9 +82,8 @@ bool holdsHoldemGame(CFR& solver, const Game& game) {
     if (game.numPlayers == 2) {
         State root;
         initState(&game, 0, &root);
-        if (solver.numInformationSets() != holdemBuckets * countDecisions(solver, game, root)) {
+        if (solver.numInformationSets() != holdemBuckets * countDecisions(solver, game, root))
             return false;
-        }
     }
     return knowsRandomHands(solver, game, hands);
 }

@@ -34,18 +34,16 @@ unsigned readItems(const char* format, unsigned maxItems, const char* text, T* i
 
     unsigned count = 0;
     while (count < maxItems) {
-        while (isSeparator(*text)) {
+        while (isSeparator(*text))
             ++text;
-        }
         T item{};
         int consumed = 0;
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
         const int scanned = std::sscanf(text, fmt, &item, &consumed);
 #pragma GCC diagnostic pop
-        if (scanned < 1) {
+        if (scanned < 1)
             break;
-        }
         items[count++] = item;
         text += consumed;
     }
@@ -79,39 +77,36 @@ const char* afterKeyword(const char* line, const char* keyword) {
 // Applies one line to the record. True when it ends the definition.
 bool readLine(const char* line, Game* game, Counts* counts) {
     const char* rest = nullptr;
-    if (afterKeyword(line, "end gamedef")) {
+    if (afterKeyword(line, "end gamedef"))
         return true;
-    }
-    if (afterKeyword(line, "gamedef")) {
+    if (afterKeyword(line, "gamedef"))
         return false;
-    }
-    if ((rest = afterKeyword(line, "stack"))) {
+    if ((rest = afterKeyword(line, "stack")))
         counts->stacks = readNumbers(MAX_PLAYERS, rest, game->stack);
-    } else if ((rest = afterKeyword(line, "blind"))) {
+    else if ((rest = afterKeyword(line, "blind")))
         counts->blinds = readNumbers(MAX_PLAYERS, rest, game->blind);
-    } else if ((rest = afterKeyword(line, "raisesize"))) {
+    else if ((rest = afterKeyword(line, "raisesize")))
         counts->raiseSizes = readNumbers(MAX_ROUNDS, rest, game->raiseSize);
-    } else if (afterKeyword(line, "limit")) {
+    else if (afterKeyword(line, "limit"))
         game->bettingRule = limitRule;
-    } else if (afterKeyword(line, "nolimit")) {
+    else if (afterKeyword(line, "nolimit"))
         game->bettingRule = noLimitRule;
-    } else if ((rest = afterKeyword(line, "numplayers"))) {
+    else if ((rest = afterKeyword(line, "numplayers")))
         readBytes(1, rest, &game->numPlayers);
-    } else if ((rest = afterKeyword(line, "numrounds"))) {
+    else if ((rest = afterKeyword(line, "numrounds")))
         readBytes(1, rest, &game->numRounds);
-    } else if ((rest = afterKeyword(line, "firstplayer"))) {
+    else if ((rest = afterKeyword(line, "firstplayer")))
         readBytes(MAX_ROUNDS, rest, game->firstPlayer);
-    } else if ((rest = afterKeyword(line, "maxraises"))) {
+    else if ((rest = afterKeyword(line, "maxraises")))
         readBytes(MAX_ROUNDS, rest, game->maxRaises);
-    } else if ((rest = afterKeyword(line, "numsuits"))) {
+    else if ((rest = afterKeyword(line, "numsuits")))
         readBytes(1, rest, &game->numSuits);
-    } else if ((rest = afterKeyword(line, "numranks"))) {
+    else if ((rest = afterKeyword(line, "numranks")))
         readBytes(1, rest, &game->numRanks);
-    } else if ((rest = afterKeyword(line, "numholecards"))) {
+    else if ((rest = afterKeyword(line, "numholecards")))
         readBytes(1, rest, &game->numHoleCards);
-    } else if ((rest = afterKeyword(line, "numboardcards"))) {
+    else if ((rest = afterKeyword(line, "numboardcards")))
         counts->boardCards = readBytes(MAX_ROUNDS, rest, game->numBoardCards);
-    }
     return false;
 }
 
@@ -174,9 +169,8 @@ bool validate(Game* game, const Counts& counts) {
     }
     unsigned cards = game->numHoleCards * players;
     unsigned board = 0;
-    for (unsigned r = 0; r < rounds; ++r) {
+    for (unsigned r = 0; r < rounds; ++r)
         board += game->numBoardCards[r];
-    }
     cards += board;
     // The records hold MAX_BOARD_CARDS, so a longer board is refused with the same words.
     if (cards > unsigned{game->numSuits} * game->numRanks || board > MAX_BOARD_CARDS) {
@@ -198,12 +192,10 @@ Game* readGame(FILE* file) {
 
     char line[MAX_LINE_LEN];
     while (std::fgets(line, sizeof line, file)) {
-        if (line[0] == '#' || line[0] == '\n') {
+        if (line[0] == '#' || line[0] == '\n')
             continue;
-        }
-        if (readLine(line, game, &counts)) {
+        if (readLine(line, game, &counts))
             break;
-        }
     }
     if (!validate(game, counts)) {
         std::free(game);
@@ -222,9 +214,8 @@ void printGame(FILE* file, const Game* game) {
 
     const auto numbers = [&](const char* name, const int32_t* values, int count) {
         std::fprintf(file, "%s =", name);
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < count; ++i)
             std::fprintf(file, " %d", values[i]);
-        }
         std::fprintf(file, "\n");
     };
     const auto bytes = [&](const char* name, const uint8_t* values, unsigned add) {
@@ -236,21 +227,17 @@ void printGame(FILE* file, const Game* game) {
     };
 
     if (std::any_of(game->stack, game->stack + players,
-                    [](int32_t stack) { return stack != unboundedStack; })) {
+                    [](int32_t stack) { return stack != unboundedStack; }))
         numbers("stack", game->stack, players);
-    }
     numbers("blind", game->blind, players);
-    if (game->bettingRule == limitRule) {
+    if (game->bettingRule == limitRule)
         numbers("raiseSize", game->raiseSize, rounds);
-    }
     if (std::any_of(game->firstPlayer, game->firstPlayer + rounds,
-                    [](uint8_t seat) { return seat != 0; })) {
+                    [](uint8_t seat) { return seat != 0; }))
         bytes("firstPlayer", game->firstPlayer, 1);
-    }
     if (std::any_of(game->maxRaises, game->maxRaises + rounds,
-                    [](uint8_t cap) { return cap != uncappedRaises; })) {
+                    [](uint8_t cap) { return cap != uncappedRaises; }))
         bytes("maxRaises", game->maxRaises, 0);
-    }
     std::fprintf(file, "numSuits = %u\n", unsigned{game->numSuits});
     std::fprintf(file, "numRanks = %u\n", unsigned{game->numRanks});
     std::fprintf(file, "numHoleCards = %u\n", unsigned{game->numHoleCards});

@@ -9,13 +9,11 @@ constexpr int numRanks = 13;
 constexpr unsigned wheelMask = 1U << 12U | 0xFU; // ace, two, three, four, five
 
 constexpr int choose(int n, int k) {
-    if (k > n) {
+    if (k > n)
         return 0;
-    }
     int result = 1;
-    for (int i = 1; i <= k; ++i) {
+    for (int i = 1; i <= k; ++i)
         result = result * (n - k + i) / i;
-    }
     return result;
 }
 
@@ -30,13 +28,11 @@ int highestBit(unsigned mask) {
 // Colexicographic index of the highest min(count, size) ranks of the mask among all sets of as many
 // ranks: the sum over its ranks r1 < r2 < ... of ri choose i.
 int colexOfHighest(unsigned mask, int count) {
-    while (std::popcount(mask) > count) {
+    while (std::popcount(mask) > count)
         mask &= mask - 1;
-    }
     int index = 0;
-    for (int i = 1; mask != 0; ++i, mask &= mask - 1) {
+    for (int i = 1; mask != 0; ++i, mask &= mask - 1)
         index += choose(std::countr_zero(mask), i);
-    }
     return index;
 }
 
@@ -44,9 +40,8 @@ int colexOfHighest(unsigned mask, int count) {
 int straightTop(unsigned mask) {
     for (int top = numRanks - 1; top >= 4; --top) {
         const unsigned five = 0x1FU << static_cast<unsigned>(top - 4);
-        if ((mask & five) == five) {
+        if ((mask & five) == five)
             return top;
-        }
     }
     return (mask & wheelMask) == wheelMask ? 3 : -1;
 }
@@ -89,16 +84,13 @@ unsigned without(unsigned mask, int rank) {
 int valueOfTrips(unsigned trips, unsigned pairs, unsigned any, int flush) {
     const int k = tables.topBit[trips];
     const auto rank = static_cast<size_t>(k);
-    if (const unsigned rest = without(pairs, k)) {
+    if (const unsigned rest = without(pairs, k))
         return tables.tripsVal[rank] + tables.topBit[rest] + fullHouseShift;
-    }
-    if (flush != 0) {
+    if (flush != 0)
         return flush;
-    }
     const int value = tables.anySuitVal[any];
-    if (value >= straightRank) {
+    if (value >= straightRank)
         return value;
-    }
     return tables.tripsVal[rank] + tables.tripsOtherVal[without(any, k)];
 }
 
@@ -129,9 +121,8 @@ int rankCardSet(CardSet cards) {
 
     const int flush = std::max(std::max(tables.oneSuitVal[s0], tables.oneSuitVal[s1]),
                                std::max(tables.oneSuitVal[s2], tables.oneSuitVal[s3]));
-    if (flush >= straightFlushRank) {
+    if (flush >= straightFlushRank)
         return flush;
-    }
 
     const unsigned either01 = s0 | s1;
     const unsigned either23 = s2 | s3;
@@ -147,12 +138,10 @@ int rankCardSet(CardSet cards) {
         }
         return valueOfTrips(trips, pairs, any, flush);
     }
-    if (flush != 0) {
+    if (flush != 0)
         return flush;
-    }
     const int value = tables.anySuitVal[any];
-    if (value >= straightRank || pairs == 0) {
+    if (value >= straightRank || pairs == 0)
         return value;
-    }
     return valueOfPairs(pairs, any);
 }

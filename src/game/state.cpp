@@ -24,20 +24,17 @@ int32_t clampChips(int64_t chips) {
 // The sum of numBoardCards over rounds 0..rounds - 1.
 uint8_t boardCardsOf(const Game* game, int rounds) {
     int sum = 0;
-    for (int r = 0; r < rounds; ++r) {
+    for (int r = 0; r < rounds; ++r)
         sum += game->numBoardCards[r];
-    }
     return static_cast<uint8_t>(sum);
 }
 
 int showdownRank(const Game* game, const State* state, int p) {
     CardSet cards = 0;
-    for (int c = 0; c < game->numHoleCards; ++c) {
+    for (int c = 0; c < game->numHoleCards; ++c)
         cards |= cardBit(state->holeCards[p][c]);
-    }
-    for (int c = 0; c < sumBoardCards(game, state->round); ++c) {
+    for (int c = 0; c < sumBoardCards(game, state->round); ++c)
         cards |= cardBit(state->boardCards[c]);
-    }
     return rankCardSet(cards);
 }
 
@@ -68,13 +65,11 @@ double shareOfPot(const Stakes& stakes, int32_t size, uint8_t player) {
             winners = 0;
         }
         winners += stakes.rank[p] == best;
-        if (stakes.seat[p] == player) {
+        if (stakes.seat[p] == player)
             playerRank = stakes.rank[p];
-        }
     }
-    if (playerRank != best) {
+    if (playerRank != best)
         return -static_cast<double>(size);
-    }
     return static_cast<double>(size) * static_cast<double>(stakes.numPlayers - winners) /
            static_cast<double>(winners);
 }
@@ -114,11 +109,10 @@ void initState(const Game* game, uint32_t handId, State* state) {
     state->handId = handId;
     state->maxSpent = largestBlind(game);
     std::copy_n(game->blind, MAX_PLAYERS, state->spent);
-    if (game->bettingRule == noLimitRule) {
+    if (game->bettingRule == noLimitRule)
         state->minRaiseTo = state->maxSpent > 0 ? clampChips(int64_t{2} * state->maxSpent) : 1;
-    } else {
+    else
         state->minRaiseTo = 0;
-    }
     std::fill_n(state->playerFolded, MAX_PLAYERS, uint8_t{0});
     std::fill_n(state->numActions, MAX_ROUNDS, uint8_t{0});
     state->round = 0;
@@ -128,26 +122,21 @@ void initState(const Game* game, uint32_t handId, State* state) {
 void dealCards(const Game* game, rng_state_t* rng, State* state) {
     uint8_t deck[MAX_SUITS * MAX_RANKS];
     uint32_t left = 0;
-    for (int suit = MAX_SUITS - game->numSuits; suit < MAX_SUITS; ++suit) {
-        for (int rank = MAX_RANKS - game->numRanks; rank < MAX_RANKS; ++rank) {
+    for (int suit = MAX_SUITS - game->numSuits; suit < MAX_SUITS; ++suit)
+        for (int rank = MAX_RANKS - game->numRanks; rank < MAX_RANKS; ++rank)
             deck[left++] = static_cast<uint8_t>(rank * MAX_SUITS + suit);
-        }
-    }
     const auto draw = [&] {
         const uint32_t i = genrand_int32(rng) % left;
         const uint8_t card = deck[i];
         deck[i] = deck[--left];
         return card;
     };
-    for (int p = 0; p < game->numPlayers; ++p) {
-        for (int c = 0; c < game->numHoleCards; ++c) {
+    for (int p = 0; p < game->numPlayers; ++p)
+        for (int c = 0; c < game->numHoleCards; ++c)
             state->holeCards[p][c] = draw();
-        }
-    }
     const int board = boardCardsOf(game, game->numRounds);
-    for (int c = 0; c < board; ++c) {
+    for (int c = 0; c < board; ++c)
         state->boardCards[c] = draw();
-    }
 }
 
 uint8_t bcStart(const Game* game, int round) {
@@ -166,9 +155,8 @@ uint8_t currentPlayer(const Game* game, const State* state) {
     const int next = (p + 1) % players;
     for (int step = 0; step < players; ++step) {
         p = (p + 1) % players;
-        if (canAct(game, state, p)) {
+        if (canAct(game, state, p))
             return static_cast<uint8_t>(p);
-        }
     }
     return static_cast<uint8_t>(next);
 }
@@ -182,9 +170,8 @@ uint8_t numRaises(const State* state) {
 
 uint8_t numFolded(const Game* game, const State* state) {
     int count = 0;
-    for (int p = 0; p < game->numPlayers; ++p) {
+    for (int p = 0; p < game->numPlayers; ++p)
         count += state->playerFolded[p] != 0;
-    }
     return static_cast<uint8_t>(count);
 }
 
@@ -194,9 +181,8 @@ uint8_t numCalled(const Game* game, const State* state) {
         const ActionType type = state->action[state->round][i].type;
         const int p = state->actingPlayer[state->round][i];
         const bool hasChips = state->spent[p] < game->stack[p];
-        if (type == actionRaise) {
+        if (type == actionRaise)
             return static_cast<uint8_t>(count + hasChips);
-        }
         count += type == actionCall && hasChips;
     }
     return static_cast<uint8_t>(count);
@@ -204,33 +190,29 @@ uint8_t numCalled(const Game* game, const State* state) {
 
 uint8_t numAllIn(const Game* game, const State* state) {
     int count = 0;
-    for (int p = 0; p < game->numPlayers; ++p) {
+    for (int p = 0; p < game->numPlayers; ++p)
         count += state->spent[p] >= game->stack[p];
-    }
     return static_cast<uint8_t>(count);
 }
 
 uint8_t numActingPlayers(const Game* game, const State* state) {
     int count = 0;
-    for (int p = 0; p < game->numPlayers; ++p) {
+    for (int p = 0; p < game->numPlayers; ++p)
         count += canAct(game, state, p);
-    }
     return static_cast<uint8_t>(count);
 }
 
 int raiseIsValid(const Game* game, const State* state, int32_t* minSize, int32_t* maxSize) {
-    if (numRaises(state) >= game->maxRaises[state->round]) {
+    if (numRaises(state) >= game->maxRaises[state->round])
         return 0;
-    }
     // One raise and everybody's answer to it must still fit in the round.
     if (state->numActions[state->round] + game->numPlayers > MAX_NUM_ACTIONS) {
         std::fprintf(stderr, "WARNING: #actions in round is too close to MAX_NUM_ACTIONS, "
                              "forcing call/fold\n");
         return 0;
     }
-    if (numActingPlayers(game, state) <= 1) {
+    if (numActingPlayers(game, state) <= 1)
         return 0;
-    }
     if (game->bettingRule == limitRule) {
         *minSize = 0;
         *maxSize = 0;
@@ -239,36 +221,30 @@ int raiseIsValid(const Game* game, const State* state, int32_t* minSize, int32_t
     const int p = currentPlayer(game, state);
     *minSize = state->minRaiseTo;
     *maxSize = game->stack[p];
-    if (state->maxSpent >= *maxSize) {
+    if (state->maxSpent >= *maxSize)
         return 0; // also where the smallest raise, past what 32 bits hold, was cut to the stack
-    }
     *minSize = std::min(*minSize, *maxSize); // a short stack may only go all-in
     return 1;
 }
 
 int isValidAction(const Game* game, const State* state, int fixSize, Action* action) {
-    if (state->finished || action->type == actionInvalid) {
+    if (state->finished || action->type == actionInvalid)
         return 0;
-    }
     if (action->type == actionRaise) {
         int32_t minSize = 0;
         int32_t maxSize = 0;
-        if (!raiseIsValid(game, state, &minSize, &maxSize)) {
+        if (!raiseIsValid(game, state, &minSize, &maxSize))
             return 0;
-        }
-        if (game->bettingRule == limitRule) {
+        if (game->bettingRule == limitRule)
             return 1;
-        }
         if (action->size < minSize) {
-            if (!fixSize) {
+            if (!fixSize)
                 return 0;
-            }
             std::fprintf(stderr, "WARNING: raise of %d increased to %d\n", action->size, minSize);
             action->size = minSize;
         } else if (action->size > maxSize) {
-            if (!fixSize) {
+            if (!fixSize)
                 return 0;
-            }
             std::fprintf(stderr, "WARNING: raise of %d decreased to %d\n", action->size, maxSize);
             action->size = maxSize;
         }
@@ -276,18 +252,16 @@ int isValidAction(const Game* game, const State* state, int fixSize, Action* act
     }
     if (action->type == actionFold) {
         const int p = currentPlayer(game, state);
-        if (state->spent[p] == state->maxSpent || state->spent[p] == game->stack[p]) {
+        if (state->spent[p] == state->maxSpent || state->spent[p] == game->stack[p])
             return 0; // nothing is owed
-        }
         if (action->size != 0) {
             std::fprintf(stderr, "WARNING: size given for fold\n");
             action->size = 0;
         }
         return 1;
     }
-    if (action->type != actionCall) {
+    if (action->type != actionCall)
         return 0;
-    }
     if (action->size != 0) {
         std::fprintf(stderr, "WARNING: size given for something other than a no-limit raise\n");
         action->size = 0;
@@ -338,9 +312,8 @@ void doAction(const Game* game, const Action* action, State* state) {
         return;
     }
     const int acting = numActingPlayers(game, state);
-    if (numCalled(game, state) < acting) {
+    if (numCalled(game, state) < acting)
         return;
-    }
     if (acting <= 1) {
         // The rest are all-in: every board card counts at the showdown.
         state->finished = 1;
@@ -354,14 +327,12 @@ void doAction(const Game* game, const Action* action, State* state) {
 }
 
 double valueOfState(const Game* game, const State* state, uint8_t player) {
-    if (state->playerFolded[player]) {
+    if (state->playerFolded[player])
         return -static_cast<double>(state->spent[player]);
-    }
     if (numFolded(game, state) + 1 == game->numPlayers) {
         double pot = 0.0;
-        for (int p = 0; p < game->numPlayers; ++p) {
+        for (int p = 0; p < game->numPlayers; ++p)
             pot += p == player ? 0.0 : static_cast<double>(state->spent[p]);
-        }
         return pot;
     }
 
@@ -374,8 +345,7 @@ double valueOfState(const Game* game, const State* state, uint8_t player) {
     }
     // A seat with nothing in the pot can neither win nor lose; without blinds that may be
     // everybody.
-    if (state->spent[player] <= 0) {
+    if (state->spent[player] <= 0)
         return 0.0;
-    }
     return shareOfPots(stakes, player);
 }

@@ -42,11 +42,10 @@ public:
     TextWriter(char* buffer, int maxLen) : buffer_(buffer), maxLen_(maxLen) {}
 
     void put(char c) {
-        if (ok_ && used_ + 1 < maxLen_) {
+        if (ok_ && used_ + 1 < maxLen_)
             buffer_[used_++] = c;
-        } else {
+        else
             ok_ = false;
-        }
     }
 
     template <class Number>
@@ -82,16 +81,14 @@ public:
             return;
         }
         put(actionChars[action.type]);
-        if (action.type == actionRaise && game->bettingRule == noLimitRule) {
+        if (action.type == actionRaise && game->bettingRule == noLimitRule)
             putNumber(action.size);
-        }
     }
 
     // Terminates the text; its length, or -1 when something did not fit.
     int finish() {
-        if (maxLen_ < 1) {
+        if (maxLen_ < 1)
             return -1;
-        }
         buffer_[used_] = '\0';
         return ok_ ? used_ : -1;
     }
@@ -107,21 +104,18 @@ private:
 int readBetting(const char* string, const Game* game, State* state) {
     const char* at = string;
     for (;;) {
-        if (*at == '\0') {
+        if (*at == '\0')
             return static_cast<int>(at - string);
-        }
-        if (*at == ':') {
+        if (*at == ':')
             return static_cast<int>(at + 1 - string);
-        }
         if (*at == '/') { // the rules decide when a round ends
             ++at;
             continue;
         }
         Action action;
         const int consumed = readAction(at, game, &action);
-        if (consumed < 0 || !isValidAction(game, state, 0, &action)) {
+        if (consumed < 0 || !isValidAction(game, state, 0, &action))
             return -1;
-        }
         doAction(game, &action, state);
         at += consumed;
     }
@@ -130,14 +124,12 @@ int readBetting(const char* string, const Game* game, State* state) {
 int readHoleCards(const char* string, const Game* game, State* state) {
     const char* at = string;
     for (int p = 0; p < game->numPlayers; ++p) {
-        if (p != 0 && *at == '|') {
+        if (p != 0 && *at == '|')
             ++at;
-        }
         int consumed = 0;
         const int count = readCards(at, game->numHoleCards, state->holeCards[p], &consumed);
-        if (count != 0 && count != game->numHoleCards) {
+        if (count != 0 && count != game->numHoleCards)
             return -1;
-        }
         at += consumed;
     }
     return static_cast<int>(at - string);
@@ -146,15 +138,13 @@ int readHoleCards(const char* string, const Game* game, State* state) {
 int readBoardCards(const char* string, const Game* game, State* state) {
     const char* at = string;
     for (int r = 0; r <= state->round; ++r) {
-        if (r != 0 && *at == '/') {
+        if (r != 0 && *at == '/')
             ++at;
-        }
         int consumed = 0;
         const int count =
             readCards(at, game->numBoardCards[r], state->boardCards + bcStart(game, r), &consumed);
-        if (count != game->numBoardCards[r]) {
+        if (count != game->numBoardCards[r])
             return -1;
-        }
         at += consumed;
     }
     return static_cast<int>(at - string);
@@ -164,25 +154,21 @@ int readBoardCards(const char* string, const Game* game, State* state) {
 int readCommon(const char* string, const Game* game, State* state) {
     const char* at = string;
     uint32_t handId = 0;
-    if (*at != ':') {
+    if (*at != ':')
         return -1;
-    }
     ++at;
     const int digits = tamarin::scanUnsigned(at, handId);
-    if (digits < 0) {
+    if (digits < 0)
         return -1;
-    }
     at += digits;
     initState(game, handId, state);
-    if (*at != ':') {
+    if (*at != ':')
         return -1;
-    }
     ++at;
     for (const auto read : {readBetting, readHoleCards, readBoardCards}) {
         const int consumed = read(at, game, state);
-        if (consumed < 0) {
+        if (consumed < 0)
             return -1;
-        }
         at += consumed;
     }
     return static_cast<int>(at - string);
@@ -195,26 +181,21 @@ void printStateCommon(const Game* game, const State* state, Shows shows, TextWri
     out.putNumber(state->handId);
     out.put(':');
     for (int r = 0; r <= state->round; ++r) {
-        if (r != 0) {
+        if (r != 0)
             out.put('/');
-        }
-        for (int i = 0; i < state->numActions[r]; ++i) {
+        for (int i = 0; i < state->numActions[r]; ++i)
             out.putAction(game, state->action[r][i]);
-        }
     }
     out.put(':');
     for (int p = 0; p < game->numPlayers; ++p) {
-        if (p != 0) {
+        if (p != 0)
             out.put('|');
-        }
-        if (shows(p)) {
+        if (shows(p))
             out.putCards(game->numHoleCards, state->holeCards[p]);
-        }
     }
     for (int r = 0; r <= state->round; ++r) {
-        if (r != 0) {
+        if (r != 0)
             out.put('/');
-        }
         out.putCards(game->numBoardCards[r], state->boardCards + bcStart(game, r));
     }
 }
@@ -229,19 +210,16 @@ constexpr std::array<ActionType, 256> actionTable() {
 }
 
 bool sameBetting(const State* a, const State* b) {
-    if (a->handId != b->handId || a->round != b->round) {
+    if (a->handId != b->handId || a->round != b->round)
         return false;
-    }
     for (int r = 0; r <= a->round; ++r) {
-        if (a->numActions[r] != b->numActions[r]) {
+        if (a->numActions[r] != b->numActions[r])
             return false;
-        }
         for (int i = 0; i < a->numActions[r]; ++i) {
             const Action& x = a->action[r][i];
             const Action& y = b->action[r][i];
-            if (x.type != y.type || x.size != y.size) {
+            if (x.type != y.type || x.size != y.size)
                 return false;
-            }
         }
     }
     return true;
@@ -261,22 +239,19 @@ const std::array<ActionType, 256> charToAction = actionTable();
 
 int readCard(const char* string, uint8_t* card) {
     const int rank = rankOfChar[static_cast<unsigned char>(string[0])];
-    if (rank < 0) {
+    if (rank < 0)
         return -1;
-    }
     const int suit = suitOfChar[static_cast<unsigned char>(string[1])];
-    if (suit < 0) {
+    if (suit < 0)
         return -1;
-    }
     *card = static_cast<uint8_t>(rank * MAX_SUITS + suit);
     return 2;
 }
 
 int readCards(const char* string, int maxCards, uint8_t* cards, int* consumed) {
     int count = 0;
-    while (count < maxCards && readCard(string + 2 * count, &cards[count]) > 0) {
+    while (count < maxCards && readCard(string + 2 * count, &cards[count]) > 0)
         ++count;
-    }
     *consumed = 2 * count;
     return count;
 }
@@ -286,23 +261,20 @@ int printCard(uint8_t card, int maxLen, char* string) {
 }
 
 int printCards(int numCards, const uint8_t* cards, int maxLen, char* string) {
-    if (numCards <= 0) {
+    if (numCards <= 0)
         return 0;
-    }
     TextWriter out(string, maxLen);
     out.putCards(numCards, cards);
     return out.finish();
 }
 
 int readAction(const char* string, const Game* game, Action* action) {
-    if (string[0] == '\0') {
+    if (string[0] == '\0')
         return -1;
-    }
     action->type = charToAction[static_cast<unsigned char>(string[0])];
     action->size = 0;
-    if (action->type != actionRaise || game->bettingRule != noLimitRule) {
+    if (action->type != actionRaise || game->bettingRule != noLimitRule)
         return 1;
-    }
     const int digits = tamarin::scanInt(string + 1, action->size);
     return digits < 0 ? -1 : 1 + digits;
 }
@@ -315,22 +287,19 @@ int printAction(const Game* game, const Action* action, int maxLen, char* string
 
 int readState(const char* string, const Game* game, State* state) {
     constexpr int prefix = 5;
-    if (std::strncmp(string, "STATE", prefix) != 0) {
+    if (std::strncmp(string, "STATE", prefix) != 0)
         return -1;
-    }
     const int consumed = readCommon(string + prefix, game, state);
     return consumed < 0 ? -1 : prefix + consumed;
 }
 
 int readMatchState(const char* string, const Game* game, MatchState* state) {
     constexpr int prefix = 11;
-    if (std::strncmp(string, "MATCHSTATE:", prefix) != 0) {
+    if (std::strncmp(string, "MATCHSTATE:", prefix) != 0)
         return -1;
-    }
     const int digits = tamarin::scanUnsigned8(string + prefix, state->viewingPlayer);
-    if (digits < 0 || state->viewingPlayer >= game->numPlayers) {
+    if (digits < 0 || state->viewingPlayer >= game->numPlayers)
         return -1;
-    }
     const int consumed = readCommon(string + prefix + digits, game, &state->state);
     return consumed < 0 ? -1 : prefix + digits + consumed;
 }
@@ -357,14 +326,11 @@ int printMatchState(const Game* game, const MatchState* state, int maxLen, char*
 }
 
 int statesEqual(const Game* game, const State* a, const State* b) {
-    if (!sameBetting(a, b)) {
+    if (!sameBetting(a, b))
         return 0;
-    }
-    for (int p = 0; p < game->numPlayers; ++p) {
-        if (!sameHoleCards(game, a, b, p)) {
+    for (int p = 0; p < game->numPlayers; ++p)
+        if (!sameHoleCards(game, a, b, p))
             return 0;
-        }
-    }
     return sameBoard(game, a, b);
 }
 

@@ -62,14 +62,13 @@ inline void addUp(const Step& step) {
 
 template <size_t stride>
 inline void walk(std::span<const Step> program) {
-    for (const Step& step : program) {
+    for (const Step& step : program)
         if (step.count == 2)
             matchRegrets<2>(step);
         else if (step.count == 1)
             matchRegrets<1>(step);
         else if (step.count == 3)
             matchRegrets<3>(step);
-    }
     for (size_t i = program.size(); i-- > 0;) {
         const Step& step = program[i];
         if (step.count == 2)

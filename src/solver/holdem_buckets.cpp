@@ -23,9 +23,8 @@ void fillDealBuckets(const Game& game, const State& deal, const HoldemBuckets& s
             const uint8_t two = source.bucket(2, r, std::min(p, 1), hand);
             buckets.of[r][1][p] = two;
             buckets.of[r][2][p] = two;
-            if (game.numPlayers == 3) {
+            if (game.numPlayers == 3)
                 buckets.of[r][3][p] = source.bucket(3, r, p, hand);
-            }
         }
     }
 }

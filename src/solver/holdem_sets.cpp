@@ -14,9 +14,8 @@ SetLayout tenBucketLayout(const CompiledTree& tree) {
 
 SetNumbers* zeroedNumbers(size_t count) {
     void* memory = std::calloc(count, sizeof(SetNumbers));
-    if (memory == nullptr) {
+    if (memory == nullptr)
         throw std::bad_alloc();
-    }
     return static_cast<SetNumbers*>(memory);
 }
 
@@ -31,9 +30,8 @@ HoldemSets::HoldemSets(const Game& game)
     : numRounds_(game.numRounds), tree_(game), layout_(tenBucketLayout(tree_)),
       numbers_(zeroedNumbers(layout_.numSets())),
       ordered_(size_t{game.numPlayers} * game.numRounds) {
-    if (!tree_.nodes().empty()) {
+    if (!tree_.nodes().empty())
         orderNodes(0);
-    }
 }
 
 // A sequence comes before those that it begins, so a walk that takes each node before what lies
@@ -41,11 +39,9 @@ HoldemSets::HoldemSets(const Game& game)
 void HoldemSets::orderNodes(int32_t id) {
     const CompiledTree::Node& node = tree_.nodes()[static_cast<size_t>(id)];
     ordered_[mapOf(node)].push_back(id);
-    for (const int a : actionsByLetter) {
-        if (node.child[a] >= 0) {
+    for (const int a : actionsByLetter)
+        if (node.child[a] >= 0)
             orderNodes(node.child[a]);
-        }
-    }
 }
 
 size_t HoldemSets::count(int m) const {
@@ -57,11 +53,9 @@ bool HoldemSets::forEach(int m, const Visit& visit) const {
     for (uint32_t bucket = 0; bucket < numHoldemBuckets; ++bucket) {
         const std::string start = std::to_string(m / rounds) + ":" + std::to_string(m % rounds) +
                                   ":" + std::to_string(bucket) + ":";
-        for (const int32_t id : ordered_[static_cast<size_t>(m)]) {
-            if (!visit(start + tree_.sequence(id), nodeAt({id, bucket}))) {
+        for (const int32_t id : ordered_[static_cast<size_t>(m)])
+            if (!visit(start + tree_.sequence(id), nodeAt({id, bucket})))
                 return false;
-            }
-        }
     }
     return true;
 }
@@ -82,50 +76,43 @@ CFRNode HoldemSets::nodeAt(Place place) const {
 bool HoldemSets::locate(int m, const std::string& key, Place& place) const {
     constexpr size_t sequenceAt = 6;
     if (key.size() < sequenceAt || key[1] != ':' || key[3] != ':' || key[5] != ':' ||
-        key[4] < '0' || key[4] > '9' || tree_.nodes().empty()) {
+        key[4] < '0' || key[4] > '9' || tree_.nodes().empty())
         return false;
-    }
     const int player = key[0] - '0';
     const int round = key[2] - '0';
     int32_t id = 0;
     for (size_t i = sequenceAt; i < key.size(); ++i) {
         const char* letter = std::strchr(actionChars, key[i]);
-        if (letter == nullptr || *letter == '\0') {
+        if (letter == nullptr || *letter == '\0')
             return false;
-        }
         id = tree_.nodes()[static_cast<size_t>(id)].child[letter - actionChars];
-        if (id < 0) {
+        if (id < 0)
             return false;
-        }
     }
     const CompiledTree::Node& node = tree_.nodes()[static_cast<size_t>(id)];
-    if (node.player != player || node.round != round || mapOf(node) != static_cast<size_t>(m)) {
+    if (node.player != player || node.round != round || mapOf(node) != static_cast<size_t>(m))
         return false;
-    }
     place = {id, static_cast<uint32_t>(key[4] - '0')};
     return true;
 }
 
 bool HoldemSets::find(int m, const std::string& key, CFRNode& node) const {
     Place place;
-    if (!locate(m, key, place)) {
+    if (!locate(m, key, place))
         return false;
-    }
     node = nodeAt(place);
     return true;
 }
 
 bool HoldemSets::set(int m, const std::string& key, const CFRNode& from) {
     Place place;
-    if (!locate(m, key, place)) {
+    if (!locate(m, key, place))
         return false;
-    }
     const CompiledTree::Node& node = tree_.nodes()[static_cast<size_t>(place.node)];
     SetNumbers& numbers = numbers_[layout_.index(node, place.bucket)];
     for (int a = 0; a < numAbstractedActions; ++a) {
-        if (from.isActionValid(a) != (node.child[a] != CompiledTree::noChild)) {
+        if (from.isActionValid(a) != (node.child[a] != CompiledTree::noChild))
             return false;
-        }
         numbers.regret[a] = from.isActionValid(a) ? from.regretSum[a] : 0.0;
         numbers.strategy[a] = from.strategySum[a];
     }

@@ -33,11 +33,9 @@ void HoldemSteps::place(HoldemSets& sets, Payoffs& payoffs, const State& cards,
 void HoldemSteps::replaceSeat(const HoldemSets& sets, HoldemSets& responder, int seat,
                               PlacedDeal& deal) {
     const std::vector<CompiledTree::Slot>& slots = sets.tree().slots();
-    for (size_t i = 0; i < slots.size(); ++i) {
-        if (slots[i].player == seat) {
+    for (size_t i = 0; i < slots.size(); ++i)
+        if (slots[i].player == seat)
             deal.slotNumbers[i] = responder.numbers() + (deal.slotNumbers[i] - sets.numbers());
-        }
-    }
     deal.responder = static_cast<size_t>(seat);
 }
 

@@ -31,14 +31,12 @@ inline void sharesOf(const double* numbers, int first, int last, double* strateg
         total += strategy[a];
     }
     if (total > 0.0) {
-        for (int a = first; a <= last; ++a) {
+        for (int a = first; a <= last; ++a)
             strategy[a] /= total;
-        }
     } else {
         const double uniform = 1.0 / static_cast<double>(last - first + 1);
-        for (int a = first; a <= last; ++a) {
+        for (int a = first; a <= last; ++a)
             strategy[a] = uniform;
-        }
     }
 }
 
@@ -62,35 +60,30 @@ struct HoldemVisit {
 
     void choose(const double* reach) {
         sharesOf(trains ? numbers.regret : numbers.strategy, first, last, strategy);
-        for (int a = first; a <= last; ++a) {
+        for (int a = first; a <= last; ++a)
             below[a] = strategy[a] * reach[p];
-        }
     }
 
     void addStrategy() {
-        for (int a = first; trains && a <= last; ++a) {
+        for (int a = first; trains && a <= last; ++a)
             numbers.strategy[a] += weight * below[a];
-        }
     }
 
     void addRegret(const double* reach, double parentReach, const double* actionValue,
                    double ownValue) {
-        if (!trains) {
+        if (!trains)
             return;
-        }
         double regretWeight = parentReach; // the player's own rule
         if constexpr (rule != HoldemRule::player) {
             // CFR+ weighs the average only.
             regretWeight = rule == HoldemRule::counterfactualPlus ? 1.0 : weight;
-            for (size_t q = 0; q < stride; ++q) {
+            for (size_t q = 0; q < stride; ++q)
                 regretWeight *= q == p ? 1.0 : reach[q];
-            }
         }
         for (int a = first; a <= last; ++a) {
             numbers.regret[a] += regretWeight * (actionValue[a] - ownValue);
-            if constexpr (rule == HoldemRule::counterfactualPlus) {
+            if constexpr (rule == HoldemRule::counterfactualPlus)
                 numbers.regret[a] = std::max(numbers.regret[a], 0.0);
-            }
         }
     }
 };
@@ -154,9 +147,8 @@ void HoldemSteps::visitKind(const PlacedDeal& deal, const Step& step, double* re
             childValue = deal.settled + static_cast<size_t>(~child) * stride;
         }
         actionValue[a] = childValue[p];
-        for (size_t q = 0; q < stride; ++q) {
+        for (size_t q = 0; q < stride; ++q)
             value[q] += node.strategy[a] * childValue[q];
-        }
     }
     reach[p] = ownReach;
     node.addRegret(reach, parentReach, actionValue, value[p]);
@@ -167,17 +159,15 @@ template <HoldemRule rule, size_t stride>
 void HoldemSteps::visit(const PlacedDeal& deal, int32_t id, double* reach, double parentReach,
                         double* util) const {
     const Step& step = steps_[static_cast<size_t>(id)];
-    if (step.first == actionFold) {
-        if (step.last == actionRaise) {
+    if (step.first == actionFold)
+        if (step.last == actionRaise)
             visitKind<rule, stride, actionFold, actionRaise>(deal, step, reach, parentReach, util);
-        } else {
+        else
             visitKind<rule, stride, actionFold, actionCall>(deal, step, reach, parentReach, util);
-        }
-    } else if (step.last == actionRaise) {
+    else if (step.last == actionRaise)
         visitKind<rule, stride, actionCall, actionRaise>(deal, step, reach, parentReach, util);
-    } else {
+    else
         visitKind<rule, stride, actionCall, actionCall>(deal, step, reach, parentReach, util);
-    }
 }
 
 } // namespace tamarin

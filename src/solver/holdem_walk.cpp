@@ -60,9 +60,8 @@ void HoldemWalk::visitWithTasks(int32_t id, const double* reach, double parentRe
     double value[stride] = {};
     for (int a = step.first; a <= step.last; ++a) {
         actionValue[a] = childValue[a][p];
-        for (size_t q = 0; q < stride; ++q) {
+        for (size_t q = 0; q < stride; ++q)
             value[q] += node.strategy[a] * childValue[a][q];
-        }
     }
     node.addRegret(reach, parentReach, actionValue, value[p]);
     std::copy_n(value, stride, util);
@@ -85,11 +84,10 @@ void HoldemWalk::walkFromRoot(double* util) const {
 
 template <HoldemRule rule>
 void HoldemWalk::walk(double* util) const {
-    if (game_.numPlayers == 2) {
+    if (game_.numPlayers == 2)
         walkFromRoot<rule, 2>(util);
-    } else {
+    else
         walkFromRoot<rule, 4>(util);
-    }
 }
 
 void HoldemWalk::iterate(HoldemRule rule, const State& deal, const DealBuckets& buckets,

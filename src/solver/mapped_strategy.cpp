@@ -21,18 +21,16 @@ static_assert(alignof(StrategyRecord) == 1);
 
 Result<MappedStrategy> MappedStrategy::open(const std::string& path, int numMaps) {
     Result<MappedFile> file = MappedFile::open(path);
-    if (!file) {
+    if (!file)
         return Error{file.error()};
-    }
     MappedStrategy strategy(std::move(*file));
     const std::span<const std::byte> all = strategy.file_.bytes();
     size_t at = 0;
     for (int m = 0; m < numMaps; ++m) {
         StrategyCount count = 0;
         const size_t left = all.size() - at;
-        if (left >= sizeof count) {
+        if (left >= sizeof count)
             std::memcpy(&count, all.data() + at, sizeof count);
-        }
         if (left < sizeof count || (left - sizeof count) / sizeof(StrategyRecord) < count) {
             return Error{path + " is cut in section " + std::to_string(m) + " (at byte " +
                          std::to_string(at) + ")"};
@@ -49,27 +47,24 @@ Result<MappedStrategy> MappedStrategy::open(const std::string& path, int numMaps
 bool MappedStrategy::forEach(int m, const Visit& visit) const {
     for (const StrategyRecord& record : section(m)) {
         const std::string key(record.key, strnlen(record.key, sizeof record.key));
-        if (!visit(key, nodeOf(record))) {
+        if (!visit(key, nodeOf(record)))
             return false;
-        }
     }
     return true;
 }
 
 bool MappedStrategy::find(int m, const std::string& key, CFRNode& node) const {
     char padded[sizeof(StrategyRecord::key)] = {};
-    if (key.size() >= sizeof padded) {
+    if (key.size() >= sizeof padded)
         return false;
-    }
     std::memcpy(padded, key.data(), key.size());
     const std::span<const StrategyRecord> records = section(m);
     const auto at =
         std::partition_point(records.begin(), records.end(), [&](const StrategyRecord& record) {
             return std::memcmp(record.key, padded, sizeof padded) < 0;
         });
-    if (at == records.end() || std::memcmp(at->key, padded, sizeof padded) != 0) {
+    if (at == records.end() || std::memcmp(at->key, padded, sizeof padded) != 0)
         return false;
-    }
     node = nodeOf(*at);
     return true;
 }

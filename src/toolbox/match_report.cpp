@@ -53,14 +53,13 @@ std::string layOut(const std::vector<Row>& rows) {
         }
     std::string text;
     for (const Row& row : rows) {
-        for (size_t i = 0; i < row.size(); ++i) {
+        for (size_t i = 0; i < row.size(); ++i)
             if (i == 0)
                 text += fmt::format("{:<{}}", row[i], widths[i]);
             else if (i + 1 < row.size())
                 text += fmt::format("  {:>{}}", row[i], widths[i]);
             else
                 text += "  " + row[i];
-        }
         text += '\n';
     }
     return text;
@@ -176,12 +175,11 @@ nlohmann::ordered_json reportAsJson(const MatchReport& report) {
 std::string printable(const std::string& text) {
     constexpr size_t longest = 300;
     std::string result;
-    for (const char c : text.substr(0, longest)) {
+    for (const char c : text.substr(0, longest))
         if (c >= ' ' && c <= '~')
             result += c;
         else
             result += fmt::format("\\x{:02X}", static_cast<unsigned char>(c));
-    }
     return text.size() > longest ? result + "..." : result;
 }
 

@@ -185,7 +185,7 @@ const char* strategyPageStyle() {
 
 std::string escapedForPage(const std::string& text) {
     std::string result;
-    for (const char c : text) {
+    for (const char c : text)
         if (c == '&')
             result += "&amp;";
         else if (c == '<')
@@ -196,7 +196,6 @@ std::string escapedForPage(const std::string& text) {
             result += "&quot;";
         else
             result += c;
-    }
     return result;
 }
 

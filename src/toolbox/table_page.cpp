@@ -86,7 +86,7 @@ Colour colourOf(const TableSummary& summary, double value) {
 
 std::string escaped(const std::string& text) {
     std::string result;
-    for (const char c : text) {
+    for (const char c : text)
         if (c == '&')
             result += "&amp;";
         else if (c == '<')
@@ -95,7 +95,6 @@ std::string escaped(const std::string& text) {
             result += "&gt;";
         else
             result += c;
-    }
     return result;
 }
 

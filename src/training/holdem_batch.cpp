@@ -44,9 +44,8 @@ struct HoldemBatch::Parts {
     Parts(const Game& game, const CompiledTree& tree) : payoffs(game, tree), steps(tree) {
         const auto nodes = static_cast<int32_t>(tree.nodes().size());
         cut = std::clamp(nodes / leastSubtrees, smallestCut, largestCut);
-        if (nodes > 0) {
+        if (nodes > 0)
             collect(tree, 0);
-        }
         // Subtrees were counted from 0 while the trunk grew.
         for (Trunk& node : trunk) {
             for (Child& child : node.child) {
@@ -120,9 +119,8 @@ void HoldemBatch::walkCut(std::span<BatchDeal> deals) {
 
     const auto placeOf = [&](size_t deal, Parts::Child child) -> Place& {
         const auto at = static_cast<size_t>(child);
-        if (at < numTrunk) {
+        if (at < numTrunk)
             return parts.trunkPlaces[deal * numTrunk + at];
-        }
         return parts.subtreePlaces[(at - numTrunk) * numDeals + deal];
     };
     const auto valueOf = [&](size_t deal, Parts::Child child) -> const double* {
@@ -193,33 +191,28 @@ void HoldemBatch::walkCut(std::span<BatchDeal> deals) {
     shared(goDown, comeUp, walkSubtree, updateTrunk) firstprivate(numDeals, numSubtrees, numTrunk)
     {
 #pragma omp for schedule(dynamic, 1)
-        for (size_t d = 0; d < numDeals; ++d) {
+        for (size_t d = 0; d < numDeals; ++d)
             goDown(d);
-        }
 #pragma omp for schedule(dynamic, 1)
-        for (size_t s = 0; s < numSubtrees; ++s) {
+        for (size_t s = 0; s < numSubtrees; ++s)
             walkSubtree(s);
-        }
 #pragma omp for schedule(dynamic, 1)
-        for (size_t d = 0; d < numDeals; ++d) {
+        for (size_t d = 0; d < numDeals; ++d)
             comeUp(d);
-        }
         if (rule != HoldemRule::average) {
 #pragma omp for schedule(dynamic, 16)
-            for (size_t i = 0; i < numTrunk; ++i) {
+            for (size_t i = 0; i < numTrunk; ++i)
                 updateTrunk(i);
-            }
         }
     }
 }
 
 template <HoldemRule rule>
 void HoldemBatch::walk(std::span<BatchDeal> deals) {
-    if (game_.numPlayers == 2) {
+    if (game_.numPlayers == 2)
         walkCut<rule, 2>(deals);
-    } else {
+    else
         walkCut<rule, 4>(deals);
-    }
 }
 
 void HoldemBatch::place(std::span<BatchDeal> deals) {
@@ -232,9 +225,8 @@ void HoldemBatch::place(std::span<BatchDeal> deals) {
 }
 
 void HoldemBatch::replaceSeat(HoldemSets& responder, int seat) {
-    for (PlacedDeal& deal : parts_->placed) {
+    for (PlacedDeal& deal : parts_->placed)
         HoldemSteps::replaceSeat(sets_, responder, seat, deal);
-    }
 }
 
 void HoldemBatch::iterate(HoldemRule rule, std::span<BatchDeal> deals) {

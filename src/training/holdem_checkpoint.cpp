@@ -46,9 +46,8 @@ public:
     }
     uint64_t value() const {
         uint64_t sum = length_;
-        for (const uint64_t chain : chains_) {
+        for (const uint64_t chain : chains_)
             sum = std::rotl((sum ^ chain) * 0xD6E8FEB86659FD93U, 31);
-        }
         return sum;
     }
 
@@ -76,11 +75,9 @@ std::string configText(const Game& game, const HoldemTrainerConfig& config) {
 // The first line in which two configurations differ, for the refusal.
 std::string difference(const std::string& there, const std::string& here) {
     size_t start = 0;
-    for (size_t i = 0; i < there.size() && i < here.size() && there[i] == here[i]; ++i) {
-        if (there[i] == '\n') {
+    for (size_t i = 0; i < there.size() && i < here.size() && there[i] == here[i]; ++i)
+        if (there[i] == '\n')
             start = i + 1;
-        }
-    }
     const auto line = [start](const std::string& text) {
         return "\"" + text.substr(start, text.find('\n', start) - start) + "\"";
     };
@@ -91,9 +88,8 @@ std::string difference(const std::string& there, const std::string& here) {
 
 Status HoldemTrainer::writeCheckpoint(const std::string& path, FileSystem& files) const {
     Result<AtomicFile> file = AtomicFile::create(path, files);
-    if (!file) {
+    if (!file)
         return Error{file.error()};
-    }
     Checksum checksum;
     const auto put = [&](const void* data, size_t size) {
         checksum.add(data, size);
@@ -107,9 +103,8 @@ Status HoldemTrainer::writeCheckpoint(const std::string& path, FileSystem& files
                    put(&deals_, sizeof deals_) && put(&count, sizeof count);
     const auto* bytes = reinterpret_cast<const char*>(sets_.numbers());
     const size_t total = count * sizeof(SetNumbers);
-    for (size_t at = 0; written && at < total; at += pieceSize) {
+    for (size_t at = 0; written && at < total; at += pieceSize)
         written = put(bytes + at, std::min(pieceSize, total - at));
-    }
     const uint64_t sum = checksum.value();
     // A failed write fails every later call with its message, so that commit() reports it.
     (void)(written && file->write(&sum, sizeof sum).ok());
@@ -118,15 +113,13 @@ Status HoldemTrainer::writeCheckpoint(const std::string& path, FileSystem& files
 
 Status HoldemTrainer::readCheckpoint(const std::string& path, FileSystem& files) {
     const Result<MappedFile> file = MappedFile::open(path, MappedFile::anySize, files);
-    if (!file) {
+    if (!file)
         return Error{file.error()};
-    }
     const std::span<const std::byte> all = file->bytes();
     size_t at = 0;
     const auto take = [&](void* data, size_t size) {
-        if (all.size() - at < size) {
+        if (all.size() - at < size)
             return false;
-        }
         std::memcpy(data, all.data() + at, size);
         at += size;
         return true;
@@ -134,22 +127,19 @@ Status HoldemTrainer::readCheckpoint(const std::string& path, FileSystem& files)
     char kind[sizeof magic];
     uint32_t madeVersion = 0;
     uint32_t length = 0;
-    if (!take(kind, sizeof kind) || std::memcmp(kind, magic, sizeof magic) != 0) {
+    if (!take(kind, sizeof kind) || std::memcmp(kind, magic, sizeof magic) != 0)
         return Error{path + ": not a checkpoint of hold'em training"};
-    }
     if (!take(&madeVersion, sizeof madeVersion) || madeVersion != version) {
         return Error{path + ": made by another version of this program, format " +
                      std::to_string(madeVersion)};
     }
-    if (!take(&length, sizeof length) || all.size() - at < length) {
+    if (!take(&length, sizeof length) || all.size() - at < length)
         return Error{path + ": cut short, it has " + std::to_string(all.size()) + " bytes"};
-    }
     std::string made(length, '\0');
     take(made.data(), length);
     const std::string wanted = configText(game_, config_);
-    if (made != wanted) {
+    if (made != wanted)
         return Error{path + ": made with another configuration: " + difference(made, wanted)};
-    }
     uint64_t deals = 0;
     uint64_t count = 0;
     uint64_t sum = 0;
@@ -169,12 +159,10 @@ Status HoldemTrainer::readCheckpoint(const std::string& path, FileSystem& files)
     checksum.add(made.data(), length);
     checksum.add(&deals, sizeof deals);
     checksum.add(&count, sizeof count);
-    for (size_t done = 0; done < total; done += pieceSize) {
+    for (size_t done = 0; done < total; done += pieceSize)
         checksum.add(all.data() + numbersAt + done, std::min(pieceSize, total - done));
-    }
-    if (checksum.value() != sum) {
+    if (checksum.value() != sum)
         return Error{path + ": damaged, its checksum does not fit"};
-    }
     std::memcpy(sets_.numbers(), all.data() + numbersAt, total);
     deals_ = deals;
     return {};

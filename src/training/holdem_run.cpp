@@ -30,9 +30,8 @@ HoldemEnd runHoldemTraining(HoldemTrainer& trainer, const HoldemGoal& goal,
         const double took = seconds(clock.now() - start);
         const auto done = static_cast<double>(trainer.deals() - before);
         reported = trainer.deals();
-        if (hooks.step) {
+        if (hooks.step)
             hooks.step({reported, took, took > 0.0 ? done / took : 0.0, trainer.averageRegret()});
-        }
     };
     const auto finish = [&](HoldemEnd end) {
         if (reported != trainer.deals()) {
@@ -41,19 +40,15 @@ HoldemEnd runHoldemTraining(HoldemTrainer& trainer, const HoldemGoal& goal,
         return end;
     };
     while (true) {
-        if (goal.deals && trainer.deals() >= *goal.deals) {
+        if (goal.deals && trainer.deals() >= *goal.deals)
             return finish(HoldemEnd::deals);
-        }
-        if (hooks.stop && hooks.stop()) {
+        if (hooks.stop && hooks.stop())
             return finish(HoldemEnd::stopped);
-        }
-        if (goal.seconds && seconds(clock.now() - start) >= *goal.seconds) {
+        if (goal.seconds && seconds(clock.now() - start) >= *goal.seconds)
             return finish(HoldemEnd::seconds);
-        }
         trainer.run(batch);
-        if (hooks.progress) {
+        if (hooks.progress)
             hooks.progress(trainer.deals());
-        }
         if (hooks.save && ((hooks.saveEveryDeals != 0 && trainer.deals() / hooks.saveEveryDeals !=
                                                              savedDeals / hooks.saveEveryDeals) ||
                            (hooks.saveEverySeconds > 0.0 &&

@@ -47,14 +47,12 @@ void HoldemTrainer::run(uint64_t deals) {
     for (uint64_t i = 0; i < deals; i += config_.batch) {
         fillBatch(game_, buckets_, config_.seed, DealStream::training, deals_,
                   threadsOf(config_.threads), batch_);
-        for (size_t d = 0; d < batch_.size(); ++d) {
+        for (size_t d = 0; d < batch_.size(); ++d)
             batch_[d].weight = weightOf(config_.algorithm, deals_ + d);
-        }
         walk_.iterate(ruleOf(config_.algorithm), batch_);
         deals_ += config_.batch;
-        if (config_.algorithm == Algorithm::discounted && deals_ % config_.block == 0) {
+        if (config_.algorithm == Algorithm::discounted && deals_ % config_.block == 0)
             discount(deals_ / config_.block);
-        }
     }
 }
 
@@ -86,17 +84,14 @@ double HoldemTrainer::averageRegret() const {
     shared(sums, numbers, count)
     for (size_t s = 0; s < sums.size(); ++s) {
         double part = 0.0;
-        for (size_t i = s * piece; i < std::min(count, (s + 1) * piece); ++i) {
-            for (const double regret : numbers[i].regret) {
+        for (size_t i = s * piece; i < std::min(count, (s + 1) * piece); ++i)
+            for (const double regret : numbers[i].regret)
                 part += std::max(regret, 0.0);
-            }
-        }
         sums[s] = part;
     }
     double sum = 0.0;
-    for (const double part : sums) {
+    for (const double part : sums)
         sum += part;
-    }
     // Linear weights make a deal count as much as its number.
     const auto t = static_cast<double>(deals_);
     const double weight = config_.algorithm == Algorithm::linear ? t * (t + 1.0) / 2.0 : t;

@@ -31,9 +31,8 @@ class ValueSum {
 public:
     void add(const double* util, int players) {
         ++deals_;
-        for (int p = 0; p < players; ++p) {
+        for (int p = 0; p < players; ++p)
             sums_[p].add(util[p]);
-        }
     }
     uint64_t deals() const { return deals_; }
     SampledValue result(int players) const {
@@ -63,9 +62,8 @@ void walkStream(const Game& game, const HoldemBuckets& buckets, DealStream strea
         batch.resize(std::min(samplingBatch, count - t));
         fillBatch(game, buckets, sampling.seed, stream, t, threadsOf(sampling.threads), batch);
         walk(std::span(batch), t);
-        if (sampling.goOn && !sampling.goOn(doneBefore + t + batch.size())) {
+        if (sampling.goOn && !sampling.goOn(doneBefore + t + batch.size()))
             return;
-        }
     }
 }
 
@@ -141,9 +139,8 @@ SampledValue sampleValues(const Game& game, const HoldemBuckets& buckets, Holdem
     walkStream(game, buckets, DealStream::values, sampling.deals, sampling, 0,
                [&](std::span<BatchDeal> batch, uint64_t) {
                    walk.iterate(HoldemRule::average, batch);
-                   for (const BatchDeal& deal : batch) {
+                   for (const BatchDeal& deal : batch)
                        sum.add(deal.value, game.numPlayers);
-                   }
                });
     return sum.result(game.numPlayers);
 }
@@ -154,9 +151,8 @@ ResponseValue sampleResponse(const Game& game, const HoldemBuckets& buckets, Hol
     HoldemBatch walk(game, sets, sampling.threads);
     walkStream(game, buckets, DealStream::response, sampling.responseDeals, sampling, 0,
                [&](std::span<BatchDeal> batch, uint64_t t) {
-                   for (size_t d = 0; d < batch.size(); ++d) {
+                   for (size_t d = 0; d < batch.size(); ++d)
                        batch[d].weight = static_cast<double>(t + d + 1);
-                   }
                    walk.respond(responder, seat, batch);
                });
     ValueSum sum;
@@ -165,9 +161,8 @@ ResponseValue sampleResponse(const Game& game, const HoldemBuckets& buckets, Hol
                [&](std::span<BatchDeal> batch, uint64_t) {
                    walk.iterate(HoldemRule::average, batch);
                    std::vector<double> kept;
-                   for (const BatchDeal& deal : batch) {
+                   for (const BatchDeal& deal : batch)
                        kept.push_back(deal.value[seat]);
-                   }
                    walk.valueOfResponse(responder, seat, batch);
                    for (size_t d = 0; d < batch.size(); ++d) {
                        sum.add(batch[d].value, game.numPlayers);

@@ -109,9 +109,8 @@ TEST(KuhnAgent, SaysWhenTheStrategyCannotBeSaved) {
     size_t warnings = 0;
     for (size_t at = 0; (at = printed.find("Warning: the strategy was not saved to the disk!\n",
                                            at)) != std::string::npos;
-         ++at) {
+         ++at)
         ++warnings;
-    }
     EXPECT_EQ(warnings, 3U);
 }
 
@@ -132,9 +131,8 @@ TEST(KuhnAgent, DamagedFilesAreKeptAsideAndReplaced) {
     std::string random(good.size(), '\0');
     rng_state_t rng;
     init_genrand(&rng, 7);
-    for (char& byte : random) {
+    for (char& byte : random)
         byte = static_cast<char>(genrand_int32(&rng));
-    }
     for (const std::string& bad :
          {std::string(), good.substr(0, good.size() - 1), good.substr(0, 3), repeated, unterminated,
           hugeCount, noNodes, otherKeys, random}) {
@@ -190,9 +188,8 @@ TEST_F(KuhnAgentInPlay, AModesValueIsTheMeanOfItsLastTenResults) {
     EXPECT_EQ(agent->getEv(1), 0.0);
     agent->updateEv(1, 5.0);
     EXPECT_EQ(agent->getEv(1), 0.5);
-    for (int i = 0; i < 9; ++i) {
+    for (int i = 0; i < 9; ++i)
         agent->updateEv(1, 1.0);
-    }
     EXPECT_DOUBLE_EQ(agent->getEv(1), 1.4);
     agent->updateEv(1, -5.0); // in place of the first
     EXPECT_DOUBLE_EQ(agent->getEv(1), 0.4);
@@ -242,9 +239,8 @@ TEST_F(KuhnAgentInPlay, ModeTwoPlaysByTheCard) {
 
 TEST_F(KuhnAgentInPlay, TheStrategyDecidesInModesZeroAndOne) {
     for (const int mode : {0, 1}) {
-        if (mode == 1) {
+        if (mode == 1)
             agent->gameOverEvent(-1.0);
-        }
         agent->startHand();
         ASSERT_EQ(agent->getMode(), mode);
         std::set<int> seen;

@@ -50,9 +50,8 @@ std::array<std::string, 2> construct(const char* gameFile) {
 uint64_t indexOf(int round, std::initializer_list<const char*> names) {
     uint8_t cards[MAX_HOLE_CARDS + MAX_BOARD_CARDS];
     size_t count = 0;
-    for (const char* name : names) {
+    for (const char* name : names)
         EXPECT_EQ(readCard(name, &cards[count++]), 2);
-    }
     return hand_index_last(RoundIndexer(round).get(), cards);
 }
 
@@ -187,9 +186,8 @@ TEST(LimitHoldemAgent, EveryAnswerIsLegalInRandomNoLimitHands) {
             // Half of the time somebody raises by a size of chance.
             int32_t least = 0;
             int32_t most = 0;
-            if (pick_a_number(0, 1) == 0 && raiseIsValid(game, &state, &least, &most)) {
+            if (pick_a_number(0, 1) == 0 && raiseIsValid(game, &state, &least, &most))
                 action = {actionRaise, pick_a_number(least, most)};
-            }
             doAction(game, &action, &state);
         }
     }

@@ -58,11 +58,9 @@ TEST(PokerAgent, ASkippedRoundEndsTheAnnouncements) {
                                    "MATCHSTATE:0:5:f:AsKs|\r\n"
                                    "MATCHSTATE:0:6::AsKs|\r\n");
     Events stages;
-    for (const std::string& event : played.events) {
-        if (event.starts_with("stage") || event.starts_with("hole")) {
+    for (const std::string& event : played.events)
+        if (event.starts_with("stage") || event.starts_with("hole"))
             stages.push_back(event);
-        }
-    }
     EXPECT_EQ(stages, (Events{"hole AsKs seat 0", "stage 0", "hole AsKs seat 0", "stage 0"}));
 }
 
@@ -171,9 +169,8 @@ TEST(PokerAgent, AStateThatLeavesNoRoomForAnAnswerGetsNone) {
 
 TEST(PokerAgent, GarbageDoesNotFloodTheLog) {
     std::string garbage;
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < 20000; ++i)
         garbage += "x\n";
-    }
     const Played played =
         playText(threePlayerKuhn, always(callAction), garbage + "MATCHSTATE:0:5::Ks||\r\n");
     EXPECT_LT(played.errors.size(), 600000U);

@@ -26,9 +26,8 @@ public:
         socklen_t length = sizeof address;
         if (listener_ < 0 || bind(listener_, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
             listen(listener_, 8) != 0 ||
-            getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+            getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length) != 0)
             throw std::runtime_error("no listening socket");
-        }
         port_ = ntohs(address.sin_port);
     }
     LoopbackDealer(const LoopbackDealer&) = delete;
@@ -50,9 +49,8 @@ public:
 
     bool accept() {
         pollfd waiting{listener_, POLLIN, 0};
-        if (poll(&waiting, 1, patience) != 1) {
+        if (poll(&waiting, 1, patience) != 1)
             return false;
-        }
         player_ = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
         const int on = 1;
         setsockopt(player_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -63,9 +61,8 @@ public:
         size_t sent = 0;
         while (sent < text.size()) {
             const ssize_t n = ::send(player_, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
-            if (n <= 0) {
+            if (n <= 0)
                 return;
-            }
             sent += static_cast<size_t>(n);
         }
     }
@@ -79,9 +76,8 @@ public:
                 received_.erase(0, end + 1);
                 return line;
             }
-            if (player_ < 0) {
+            if (player_ < 0)
                 return {};
-            }
             pollfd waiting{player_, POLLIN, 0};
             char buffer[4096];
             ssize_t n = 0;
@@ -98,9 +94,8 @@ public:
     // Everything up to the end of the stream.
     std::string readAll() {
         std::string all;
-        for (std::string line = readLine(); !line.empty(); line = readLine()) {
+        for (std::string line = readLine(); !line.empty(); line = readLine())
             all += line;
-        }
         return all;
     }
 

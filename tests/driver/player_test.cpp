@@ -43,9 +43,8 @@ TEST(Player, NeedsThreeArguments) {
          {std::vector<std::string>{}, {kuhn}, {kuhn, "localhost"}}) {
         const Outcome outcome = run(directory, arguments);
         std::string echoed = program + "\n";
-        for (const std::string& argument : arguments) {
+        for (const std::string& argument : arguments)
             echoed += argument + "\n";
-        }
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(outcome.out, echoed);
         EXPECT_EQ(outcome.err, "usage: player game server port\n");

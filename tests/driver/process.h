@@ -18,9 +18,8 @@ public:
     Process(const std::vector<std::string>& command, const std::string& directory)
         : out_(directory + "/stdout.txt"), err_(directory + "/stderr.txt") {
         std::vector<char*> arguments;
-        for (const std::string& word : command) {
+        for (const std::string& word : command)
             arguments.push_back(const_cast<char*>(word.c_str()));
-        }
         arguments.push_back(nullptr);
         pid_ = fork();
         if (pid_ == 0) {
@@ -31,9 +30,8 @@ public:
             dup2(in, 0);
             dup2(out, 1);
             dup2(err, 2);
-            if (chdir(directory.c_str()) != 0) {
+            if (chdir(directory.c_str()) != 0)
                 _exit(126);
-            }
             execvp(arguments[0], arguments.data());
             _exit(127);
         }
@@ -66,9 +64,8 @@ private:
         std::string text;
         const int fd = open(path.c_str(), O_RDONLY);
         char buffer[65536];
-        for (ssize_t n; fd >= 0 && (n = read(fd, buffer, sizeof buffer)) > 0;) {
+        for (ssize_t n; fd >= 0 && (n = read(fd, buffer, sizeof buffer)) > 0;)
             text.append(buffer, static_cast<size_t>(n));
-        }
         close(fd);
         return text;
     }

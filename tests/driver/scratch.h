@@ -18,9 +18,8 @@ public:
         EXPECT_NE(mkdtemp(path.data()), nullptr);
         path_ = path;
         std::filesystem::current_path(path_);
-        for (const auto& game : std::filesystem::directory_iterator(TAMARIN_SOURCE_DIR "/games")) {
+        for (const auto& game : std::filesystem::directory_iterator(TAMARIN_SOURCE_DIR "/games"))
             std::filesystem::copy(game.path(), path_);
-        }
     }
     PlayingDirectory(const PlayingDirectory&) = delete;
     PlayingDirectory& operator=(const PlayingDirectory&) = delete;
@@ -33,9 +32,8 @@ public:
 
     static void write(const std::string& name, const std::string& contents) {
         const std::filesystem::path path(name);
-        if (path.has_parent_path()) {
+        if (path.has_parent_path())
             std::filesystem::create_directories(path.parent_path());
-        }
         std::ofstream(name, std::ios::binary) << contents;
     }
     static std::string read(const std::string& name) {

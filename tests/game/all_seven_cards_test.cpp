@@ -21,9 +21,8 @@ TEST(RankCardSet, AllSevenCardHands) {
                     for (int e = d + 1; e < 52; ++e) {
                         for (int f = e + 1; f < 52; ++f) {
                             const CardSet six = four | bit(e) | bit(f);
-                            for (int g = f + 1; g < 52; ++g) {
+                            for (int g = f + 1; g < 52; ++g)
                                 ++count[static_cast<size_t>(rankCardSet(six | bit(g)))];
-                            }
                         }
                     }
                 }

@@ -34,11 +34,9 @@ void countTree(const Game& game, const State& state, TreeCounts& counts) {
     tryAction({actionCall, 0});
     int32_t minSize = 0;
     int32_t maxSize = 0;
-    if (raiseIsValid(&game, &state, &minSize, &maxSize)) {
-        for (int32_t size = minSize; size <= maxSize; ++size) {
+    if (raiseIsValid(&game, &state, &minSize, &maxSize))
+        for (int32_t size = minSize; size <= maxSize; ++size)
             tryAction({actionRaise, size});
-        }
-    }
 }
 
 TreeCounts treeOf(const char* definition) {

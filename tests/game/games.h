@@ -14,9 +14,8 @@ inline GamePtr parseGame(const std::string& text) {
     std::string copy = text;
     FILE* file = fmemopen(copy.data(), copy.size(), "r");
     GamePtr game(file ? readGame(file) : nullptr);
-    if (file) {
+    if (file)
         std::fclose(file);
-    }
     return game;
 }
 
@@ -34,9 +33,8 @@ inline std::string printToString(const Game& game) {
 inline GamePtr loadGameFile(const std::string& name) {
     FILE* file = std::fopen((std::string(TAMARIN_SOURCE_DIR "/games/") + name).c_str(), "r");
     GamePtr game(file ? readGame(file) : nullptr);
-    if (file) {
+    if (file)
         std::fclose(file);
-    }
     return game;
 }
 

@@ -24,14 +24,12 @@ inline PlainRank plainRankOfFive(const std::vector<uint8_t>& cards) {
         flush = flush && card % 4 == cards[0] % 4;
     }
     std::vector<std::pair<int, int>> groups; // copies, rank
-    for (const auto& [rank, count] : copies) {
+    for (const auto& [rank, count] : copies)
         groups.emplace_back(count, rank);
-    }
     std::sort(groups.begin(), groups.end(), std::greater<>());
     PlainRank result = {0};
-    for (const auto& [count, rank] : groups) {
+    for (const auto& [count, rank] : groups)
         result.push_back(rank);
-    }
     bool straight = groups.size() == 5 && result[1] - result[5] == 4;
     if (groups.size() == 5 && result[1] == 12 && result[2] == 3) {
         straight = true;
@@ -39,19 +37,18 @@ inline PlainRank plainRankOfFive(const std::vector<uint8_t>& cards) {
     }
     const int first = groups[0].first;
     const int second = groups.size() > 1 ? groups[1].first : 0;
-    if (straight) {
+    if (straight)
         result[0] = flush ? 8 : 4;
-    } else if (first == 4) {
+    else if (first == 4)
         result[0] = 7;
-    } else if (first == 3 && second == 2) {
+    else if (first == 3 && second == 2)
         result[0] = 6;
-    } else if (flush) {
+    else if (flush)
         result[0] = 5;
-    } else if (first == 3) {
+    else if (first == 3)
         result[0] = 3;
-    } else if (first == 2) {
+    else if (first == 2)
         result[0] = second == 2 ? 2 : 1;
-    }
     return result;
 }
 
@@ -60,15 +57,12 @@ inline PlainRank plainRank(const std::vector<uint8_t>& cards) {
     PlainRank best;
     const unsigned subsets = 1U << cards.size();
     for (unsigned subset = 0; subset < subsets; ++subset) {
-        if (__builtin_popcount(subset) != 5) {
+        if (__builtin_popcount(subset) != 5)
             continue;
-        }
         std::vector<uint8_t> five;
-        for (size_t i = 0; i < cards.size(); ++i) {
-            if (subset >> i & 1U) {
+        for (size_t i = 0; i < cards.size(); ++i)
+            if (subset >> i & 1U)
                 five.push_back(cards[i]);
-            }
-        }
         best = std::max(best, plainRankOfFive(five));
     }
     return best;

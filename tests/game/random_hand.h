@@ -19,9 +19,8 @@ inline bool isTrueRaise(const Game& game, const State& state) {
 inline std::vector<Action> legalActions(const Game& game, const State& state, rng_state_t& rng) {
     std::vector<Action> legal;
     Action fold{actionFold, 0};
-    if (isValidAction(&game, &state, 0, &fold)) {
+    if (isValidAction(&game, &state, 0, &fold))
         legal.push_back(fold);
-    }
     legal.push_back({actionCall, 0});
     int32_t minSize = 0;
     int32_t maxSize = 0;
@@ -50,9 +49,8 @@ void playRandomHand(const Game& game, uint32_t seed, Visit visit) {
     visit(static_cast<const State&>(state));
     while (!state.finished) {
         std::vector<Action> legal = legalActions(game, state, rng);
-        if (legal.front().type == actionFold && genrand_int32(&rng) % 4 != 0) {
+        if (legal.front().type == actionFold && genrand_int32(&rng) % 4 != 0)
             legal.erase(legal.begin());
-        }
         const Action action = legal[genrand_int32(&rng) % legal.size()];
         doAction(&game, &action, &state);
         visit(static_cast<const State&>(state));

@@ -21,9 +21,8 @@ CardSet cardSet(const char* text) {
     const int count = readCards(text, MAX_RANKS * MAX_SUITS, cards, &consumed);
     EXPECT_EQ(text[consumed], '\0');
     CardSet set = 0;
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < count; ++i)
         set |= cardBit(cards[i]);
-    }
     return set;
 }
 
@@ -69,9 +68,8 @@ TEST(RankCardSet, ClassesFollowOneAnother) {
         "2c2d2h3s4c", "AcAdAhKsQc", "Ac2d3h4s5c", "TcJdQhKsAc", "2c3c4c5c7c", "AcKcQcJc9c",
         "2c2d2h3s3c", "AcAdAhKsKc", "2c2d2h2s3c", "AcAdAhAsKc", "Ac2c3c4c5c", "TcJcQcKcAc",
     };
-    for (size_t i = 1; i < std::size(hands); ++i) {
+    for (size_t i = 1; i < std::size(hands); ++i)
         EXPECT_GT(rank(hands[i]), rank(hands[i - 1])) << hands[i];
-    }
 }
 
 TEST(ShowdownTables, AboutFiftyEightKilobytes) {
@@ -113,21 +111,18 @@ TEST(RankCardSet, AllFiveCardHands) {
 // The best of the 21 five-card hands, each ranked from the definitions of the classes, decides.
 RC_GTEST_PROP(RankCardSet, OrdersSevenCardsAsTheirBestFive, ()) {
     std::array<uint8_t, 52> deck;
-    for (uint8_t i = 0; i < 52; ++i) {
+    for (uint8_t i = 0; i < 52; ++i)
         deck[i] = i;
-    }
     std::array<PlainRank, 2> plain;
     std::array<int, 2> fast{};
     for (size_t hand = 0; hand < 2; ++hand) {
-        for (size_t i = 0; i < 7; ++i) {
+        for (size_t i = 0; i < 7; ++i)
             std::swap(deck[i], deck[*rc::gen::inRange(i, size_t{52})]);
-        }
         const std::vector<uint8_t> cards(deck.begin(), deck.begin() + 7);
         plain[hand] = plainRank(cards);
         CardSet set = 0;
-        for (const uint8_t card : cards) {
+        for (const uint8_t card : cards)
             set |= cardBit(card);
-        }
         fast[hand] = rankCardSet(set);
     }
     RC_ASSERT((plain[0] < plain[1]) == (fast[0] < fast[1]));

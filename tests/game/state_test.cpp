@@ -40,9 +40,8 @@ void setCards(State& state, const Game& game, std::initializer_list<const char*>
               const char* board) {
     int p = 0;
     int consumed = 0;
-    for (const char* cards : hole) {
+    for (const char* cards : hole)
         readCards(cards, game.numHoleCards, state.holeCards[p++], &consumed);
-    }
     readCards(board, MAX_BOARD_CARDS, state.boardCards, &consumed);
 }
 
@@ -92,11 +91,9 @@ TEST(DealCards, KeepsTheOrderOfDealing) {
     dealCards(game.get(), &rng, &state);
 
     std::vector<uint8_t> deck;
-    for (int suit = 0; suit < 4; ++suit) {
-        for (int rank = 0; rank < 13; ++rank) {
+    for (int suit = 0; suit < 4; ++suit)
+        for (int rank = 0; rank < 13; ++rank)
             deck.push_back(static_cast<uint8_t>(rank * 4 + suit));
-        }
-    }
     const auto draw = [&] {
         const size_t i = genrand_int32(&again) % deck.size();
         const uint8_t card = deck[i];
@@ -104,14 +101,11 @@ TEST(DealCards, KeepsTheOrderOfDealing) {
         deck.pop_back();
         return card;
     };
-    for (int p = 0; p < 3; ++p) {
-        for (int c = 0; c < 2; ++c) {
+    for (int p = 0; p < 3; ++p)
+        for (int c = 0; c < 2; ++c)
             EXPECT_EQ(state.holeCards[p][c], draw());
-        }
-    }
-    for (int c = 0; c < 5; ++c) {
+    for (int c = 0; c < 5; ++c)
         EXPECT_EQ(state.boardCards[c], draw());
-    }
 }
 
 TEST(DealCards, AShortDeckHasTheHighestRanksAndLastSuits) {
@@ -122,9 +116,8 @@ TEST(DealCards, AShortDeckHasTheHighestRanksAndLastSuits) {
     State state = fresh(*game);
     for (int i = 0; i < 200; ++i) {
         dealCards(game.get(), &rng, &state);
-        for (int p = 0; p < 3; ++p) {
+        for (int p = 0; p < 3; ++p)
             seen.insert(state.holeCards[p][0]);
-        }
     }
     EXPECT_EQ(seen, (std::set<uint8_t>{9 * 4 + 3, 10 * 4 + 3, 11 * 4 + 3, 12 * 4 + 3}));
 }
@@ -157,9 +150,8 @@ TEST(LimitRound, AnUncappedRoundStopsNearTheEndOfItsActionList) {
     State state = fresh(*game);
     int raises = 0;
     testing::internal::CaptureStderr();
-    for (Action next = raise; isValidAction(game.get(), &state, 0, &next); ++raises) {
+    for (Action next = raise; isValidAction(game.get(), &state, 0, &next); ++raises)
         doAction(game.get(), &next, &state);
-    }
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "WARNING: #actions in round is too close to MAX_NUM_ACTIONS, forcing call/fold\n");
     EXPECT_EQ(raises, MAX_NUM_ACTIONS - 1); // the answer to the last one still fits
@@ -363,9 +355,8 @@ TEST(ValueOfState, SidePotsOfThreeStacks) {
     EXPECT_EQ(valueOfState(game.get(), &state, 2), -200.0);
     // All play the board's straight-less high cards: everything is shared.
     setCards(state, *game, {"3s4d", "3h4c", "3d4h"}, board);
-    for (uint8_t p = 0; p < 3; ++p) {
+    for (uint8_t p = 0; p < 3; ++p)
         EXPECT_EQ(valueOfState(game.get(), &state, p), 0.0);
-    }
 }
 
 TEST(ValueOfState, SplitsExactlyInFractions) {
@@ -395,12 +386,10 @@ TEST(ValueOfState, AFoldedSeatPaysIntoTheSidePots) {
 TEST(ValueOfState, AnEmptyPotIsWorthNothing) {
     const GamePtr game = parseGame(withoutBlinds);
     State state = fresh(*game);
-    while (!state.finished) {
+    while (!state.finished)
         doAction(game.get(), &call, &state);
-    }
-    for (uint8_t p = 0; p < 4; ++p) {
+    for (uint8_t p = 0; p < 4; ++p)
         EXPECT_EQ(valueOfState(game.get(), &state, p), 0.0);
-    }
 }
 
 TEST(ValueOfStateDeath, AShowdownNeedsTwoStakes) {
@@ -417,14 +406,12 @@ TEST(Chips, SumToZeroAtEveryEnd) {
         ASSERT_NE(game, nullptr);
         for (uint32_t seed = 0; seed < 500; ++seed) {
             playRandomHand(*game, seed, [&](const State& state) {
-                for (int p = 0; p < game->numPlayers; ++p) {
+                for (int p = 0; p < game->numPlayers; ++p)
                     ASSERT_LE(state.spent[p], game->stack[p]);
-                }
                 if (state.finished) {
                     double sum = 0.0;
-                    for (uint8_t p = 0; p < game->numPlayers; ++p) {
+                    for (uint8_t p = 0; p < game->numPlayers; ++p)
                         sum += valueOfState(game.get(), &state, p);
-                    }
                     ASSERT_NEAR(sum, 0.0, 1e-9) << text << seed;
                 }
             });
@@ -442,20 +429,16 @@ double valueChipByChip(const Game& game, const State& state, uint8_t player) {
         int winners = 0;
         bool playerWins = false;
         for (int p = 0; p < game.numPlayers; ++p) {
-            if (state.spent[p] <= chip) {
+            if (state.spent[p] <= chip)
                 continue;
-            }
             ++paid;
-            if (state.playerFolded[p]) {
+            if (state.playerFolded[p])
                 continue;
-            }
             CardSet cards = 0;
-            for (int c = 0; c < game.numHoleCards; ++c) {
+            for (int c = 0; c < game.numHoleCards; ++c)
                 cards |= cardBit(state.holeCards[p][c]);
-            }
-            for (int c = 0; c < sumBoardCards(&game, state.round); ++c) {
+            for (int c = 0; c < sumBoardCards(&game, state.round); ++c)
                 cards |= cardBit(state.boardCards[c]);
-            }
             const int rank = rankCardSet(cards);
             if (rank > best) {
                 best = rank;
@@ -467,9 +450,8 @@ double valueChipByChip(const Game& game, const State& state, uint8_t player) {
                 playerWins = playerWins || p == player;
             }
         }
-        if (playerWins) {
+        if (playerWins)
             value += static_cast<double>(paid) / winners;
-        }
     }
     return value;
 }
@@ -480,8 +462,8 @@ TEST(ValueOfState, AgreesWithPotsCountedChipByChip) {
         int showdowns = 0;
         for (uint32_t seed = 0; seed < 400; ++seed) {
             playRandomHand(*game, seed, [&](const State& state) {
-                // Chips that only folded seats paid have no owner in the long form; the rules leave
-                // them with nobody.
+                // Chips that only folded seats paid have no owner in the long form; the rules
+                // leave them with nobody.
                 int32_t live = 0;
                 int32_t most = 0;
                 for (int p = 0; p < game->numPlayers; ++p) {
@@ -489,15 +471,13 @@ TEST(ValueOfState, AgreesWithPotsCountedChipByChip) {
                     live = std::max(live, state.playerFolded[p] ? 0 : state.spent[p]);
                 }
                 if (!state.finished || live < most ||
-                    numFolded(game.get(), &state) + 1 == game->numPlayers) {
+                    numFolded(game.get(), &state) + 1 == game->numPlayers)
                     return;
-                }
                 ++showdowns;
-                for (uint8_t p = 0; p < game->numPlayers; ++p) {
+                for (uint8_t p = 0; p < game->numPlayers; ++p)
                     ASSERT_NEAR(valueOfState(game.get(), &state, p),
                                 valueChipByChip(*game, state, p), 1e-9)
                         << text << seed;
-                }
             });
         }
         EXPECT_GT(showdowns, 100);

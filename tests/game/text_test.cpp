@@ -43,9 +43,8 @@ TEST(ReadCard, TakesEitherCase) {
 
 TEST(ReadCard, RefusesEverythingElse) {
     uint8_t card = 0;
-    for (const char* text : {"", "A", "Ax", "1c", "cA", "AA", " As", "\xff\xff"}) {
+    for (const char* text : {"", "A", "Ax", "1c", "cA", "AA", " As", "\xff\xff"})
         EXPECT_EQ(readCard(text, &card), -1) << text;
-    }
 }
 
 TEST(ReadCards, StopsQuietlyAtTheFirstThatIsNone) {
@@ -159,9 +158,8 @@ TEST(ReadMatchState, RefusesBadSyntax) {
     const GamePtr kuhn = parseGame(twoPlayerKuhn);
     for (const char* text : {"", "MATCH", "matchstate:0:0::Ks|", "MATCHSTATE:", "MATCHSTATE:0",
                              "MATCHSTATE:0:", "MATCHSTATE:0:x::", "MATCHSTATE:0:1",
-                             "STATE:0:::", "MATCHSTATE:0:1:q:Ks|", "MATCHSTATE:0:1:ccc:Ks|"}) {
+                             "STATE:0:::", "MATCHSTATE:0:1:q:Ks|", "MATCHSTATE:0:1:ccc:Ks|"})
         EXPECT_EQ(readMatch(*kuhn, text), -1) << text;
-    }
 }
 
 TEST(ReadMatchState, RefusesTheRaiseAfterTheCap) {

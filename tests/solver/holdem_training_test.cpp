@@ -125,9 +125,8 @@ TEST(HoldemSets, FindWhatTheNodeMapsFind) {
     EXPECT_EQ(count, sets.numSets());
     CFRNode node;
     for (const char* key :
-         {"", "0:0:0:", "1:0:", "1:0:a:", "1:0:0:x", "1:0:0:rrrrrrr", "1:1:0:", "1-0-0-"}) {
+         {"", "0:0:0:", "1:0:", "1:0:a:", "1:0:0:x", "1:0:0:rrrrrrr", "1:1:0:", "1-0-0-"})
         EXPECT_FALSE(sets.find(1, key, node)) << key;
-    }
 }
 
 TEST(MappedStrategy, FindsEveryNodeOfAFileWhereItLies) {

@@ -81,11 +81,10 @@ TEST(ReadWholeFile, RefusesOrReadsAfterAFaultOfEachCall) {
             FaultyFiles files;
             files.failAt(k, error);
             const Result<std::string> read = readWholeFile(path, 1 << 20, files);
-            if (read.ok()) {
+            if (read.ok())
                 EXPECT_EQ(*read, contents);
-            } else {
+            else
                 EXPECT_NE(error, EINTR);
-            }
             if (!files.metFault()) {
                 EXPECT_TRUE(read.ok());
                 EXPECT_GT(k, 4u);
@@ -175,11 +174,10 @@ TEST(MappedFile, FailsOrMapsAfterAFaultOfEachCall) {
             FaultyFiles files;
             files.failAt(k, error);
             const Result<MappedFile> mapped = MappedFile::open(path, 8, files);
-            if (!mapped.ok()) {
+            if (!mapped.ok())
                 EXPECT_TRUE(contains(mapped.error(), path));
-            } else {
+            else
                 EXPECT_EQ(static_cast<char>(mapped->bytes()[7]), '8');
-            }
             if (!files.metFault()) {
                 EXPECT_TRUE(mapped.ok());
                 break;

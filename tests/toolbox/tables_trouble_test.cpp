@@ -146,10 +146,9 @@ TEST_F(Trouble, UnreadableTableStopsBeforeTheWork) {
     fs::permissions(equityPath(2, 0), fs::perms::none);
     std::vector<std::string> command =
         tamarinCommand({"tables", "--only", "clusters", "--dir", home});
-    if (geteuid() == 0) { // whom no permission stops
+    if (geteuid() == 0) // whom no permission stops
         for (const char* word : {"--clear-groups", "--reuid=65534", "setpriv"})
             command.insert(command.begin(), word);
-    }
     Process builder(command, home);
     EXPECT_EQ(builder.wait(), 1);
     EXPECT_EQ(builder.err(), "tamarin: " + home +
