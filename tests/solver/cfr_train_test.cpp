@@ -1,5 +1,6 @@
 #include "solver/cfr.h"
 #include "solver/games.h"
+#include "support/temp_directory.h"
 
 #include <cmath>
 #include <sstream>
@@ -177,7 +178,8 @@ TEST(Train, AStateWithoutANodeIsOutOfRange) {
                                   "numRanks = 4\nnumHoleCards = 1\nnumBoardCards = 0\n"
                                   "END GAMEDEF\n");
     CFR solver(game.get());
-    const std::string path = ::testing::TempDir() + "foreign";
+    const test::TempDirectory directory;
+    const std::string path = directory.file("foreign");
     ASSERT_TRUE(other.save(path));
     ASSERT_TRUE(solver.load(path));
     const QuietOutput quiet;

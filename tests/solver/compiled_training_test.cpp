@@ -3,6 +3,7 @@
 #include "solver/cfr.h"
 #include "solver/games.h"
 #include "support/file.h"
+#include "support/temp_directory.h"
 
 #include <bit>
 #include <cmath>
@@ -37,8 +38,9 @@ void expectSameNodes(const CFR& a, const CFR& b) {
         }
 }
 
-std::string fileOf(CFR& cfr, const std::string& name) {
-    const std::string path = ::testing::TempDir() + name;
+std::string fileOf(CFR& cfr) {
+    const test::TempDirectory directory; // tests run beside one another
+    const std::string path = directory.file("strategy");
     EXPECT_TRUE(cfr.save(path));
     return *readWholeFile(path);
 }
@@ -61,7 +63,7 @@ void expectSameTraining(Game* game, bool eliminate, std::vector<unsigned long lo
         slow.trainPlain(iterations);
     EXPECT_EQ(fastEngine, global_urng());
     expectSameNodes(fast, slow);
-    EXPECT_EQ(fileOf(fast, "fast"), fileOf(slow, "slow"));
+    EXPECT_EQ(fileOf(fast), fileOf(slow));
 
     std::ostringstream fastText;
     std::ostringstream slowText;
