@@ -4,6 +4,7 @@
 #include "driver/LimitHoldemAgent.h"
 #include "driver/PokerAgent.h"
 #include "solver/cfr.h"
+#include "support/exception_text.h"
 #include "support/interrupt.h"
 #include "support/rng.h"
 #include "support/scan.h"
@@ -43,9 +44,7 @@ GamePtr readDefinition(const char* path) {
     return game;
 }
 
-} // namespace
-
-int runPlayer(int argc, char** argv) {
+int play(int argc, char** argv) {
     randomize();
     ignoreBrokenPipes();
     const std::vector<std::string> arguments(argv, argv + argc);
@@ -72,6 +71,18 @@ int runPlayer(int argc, char** argv) {
     if (!agent->connect(argv[2], port) || !agent->play())
         return 1;
     return 0;
+}
+
+} // namespace
+
+int runPlayer(int argc, char** argv) {
+    try {
+        return play(argc, argv);
+    } catch (...) {
+        std::fprintf(stderr, "ERROR: %s: %s\n", argc > 1 ? argv[1] : "player",
+                     describeException().c_str());
+        return 1;
+    }
 }
 
 } // namespace tamarin

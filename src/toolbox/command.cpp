@@ -1,7 +1,8 @@
 #include "toolbox/command.h"
 
+#include "support/exception_text.h"
+
 #include <cstdio>
-#include <exception>
 
 namespace tamarin {
 
@@ -56,8 +57,8 @@ int runToolbox(int argc, const char* const* argv, const std::vector<AddCommand>&
     } catch (const CLI::ParseError& error) {
         complain("{}; try '{}{} --help'", oneLine(error.what()), programName, reachedCommand(app));
         return exitUsage;
-    } catch (const std::exception& error) {
-        return fail(error.what());
+    } catch (...) {
+        return fail(describeException());
     }
     // A result that could not be written is no result.
     if (std::fflush(stdout) != 0 && status == exitDone)

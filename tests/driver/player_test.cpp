@@ -1,5 +1,6 @@
 // The program player as its own process, against a dealer on a real socket.
 #include "driver/KuhnAgent.h"
+#include "driver/holdem_directory.h"
 #include "driver/loopback_dealer.h"
 #include "driver/process.h"
 #include "driver/scratch.h"
@@ -140,6 +141,21 @@ TEST(Player, SurvivesADealerThatGoesAway) {
                            ? "ERROR: could not get send version to server\n"
                            : "ERROR: could not get send response to server\n");
     }
+}
+
+// It once died of std::bad_alloc, by abort.
+TEST(Player, SaysThatMemoryIsTooLittle) {
+    const HoldemDirectory directory;
+    const std::string game = "holdem.limit.2p.reverse_blinds.game";
+    const std::string limited = "ulimit -v 150000; exec " + program;
+    if (Process start({"/bin/sh", "-c", limited}, directory.path());
+        start.wait() != 1 || !start.err().starts_with("usage:"))
+        GTEST_SKIP() << "so little does not do for the start: a sanitiser";
+    Process player({"/bin/sh", "-c", limited + " " + game + " localhost 1"}, directory.path());
+    EXPECT_EQ(player.wait(), 1);
+    EXPECT_EQ(player.err(), "ERROR: " + game +
+                                ": out of memory: end other programs, or raise the limit "
+                                "(ulimit -v), and start again\n");
 }
 
 // A dealer that says nothing is waited for, without work, until somebody ends the player.

@@ -19,6 +19,8 @@ void addSample(CLI::App& app, int& status) {
             throw UsageError("one is no number");
         if (*number == 2)
             throw std::runtime_error("two is trouble");
+        if (*number == 4)
+            throw "the solver's way";
         status = *number == 3 ? fail("three failed") : exitDone;
     });
 }
@@ -75,6 +77,10 @@ TEST(Toolbox, FailureIsOneLineAndStatusOne) {
     output = runSample({"sample", "--seed", "2"});
     EXPECT_EQ(output.status, exitFailed);
     EXPECT_EQ(output.err, "tamarin: two is trouble\n");
+    output = runSample({"sample", "--seed", "4"});
+    EXPECT_EQ(output.status, exitFailed);
+    EXPECT_TRUE(output.err.starts_with("tamarin: the solver cannot go on: the solver's way: "))
+        << output.err;
 }
 
 TEST(Toolbox, HelpShowsTheExampleAndTheDefaults) {
