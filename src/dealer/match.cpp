@@ -280,6 +280,9 @@ MatchResult playMatch(const Game* game, std::vector<Player>& players, const Matc
 }
 
 Status checkDealable(const Game* game) {
+    if (game->numBoardCards[0] != 0)
+        return Error{"it has board cards in its first round, so its states cannot be read by a "
+                     "player that does not see the last seat's cards; it can only be trained"};
     for (int seat = 0; seat < game->numPlayers; ++seat) {
         const std::string where = "seat " + std::to_string(seat + 1);
         if (game->blind[seat] < 0)

@@ -85,8 +85,10 @@ struct MatchResult {
 MatchResult playMatch(const Game* game, std::vector<Player>& players, const MatchOptions& options,
                       const MatchEvents& events = {});
 
-// What the dealer asks of a game beyond a valid definition: no negative blinds or raises, no empty
-// stacks. Chips would not sum to zero.
+// What the dealer asks of a game beyond a valid definition. No negative blinds or raises and no
+// empty stacks: chips would not sum to zero. No board cards in the first round: in the text of a
+// state nothing parts them from the last seat's hole cards, so where these are unknown the text
+// cannot be read back and every answer would be waited for in vain.
 Status checkDealable(const Game* game);
 
 // The cards of one deal: a function of the seed and the deal's number alone.

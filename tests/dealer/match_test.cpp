@@ -134,6 +134,19 @@ TEST(CheckDealable, RefusesMoneyThatMakesNoSense) {
     EXPECT_EQ(checkDealable(game.get()).error(), "round 1 has a negative raise size");
 }
 
+// Nobody could read what it is sent, and each answer was waited for to the limit.
+TEST(CheckDealable, RefusesABoardInTheFirstRound) {
+    for (const char* name : {"kuhn.preflop.2p.game", "kuhn.preflop.3p.game"})
+        EXPECT_TRUE(checkDealable(loadGameFile(name).get()).ok()) << name;
+    for (const char* name : {"kuhn.flop.2p.game", "kuhn.flop.3p.game", "kuhn.turn.2p.game",
+                             "kuhn.turn.3p.game", "kuhn.river.2p.game", "kuhn.river.3p.game"}) {
+        const Status dealable = checkDealable(loadGameFile(name).get());
+        ASSERT_FALSE(dealable.ok()) << name;
+        EXPECT_TRUE(dealable.error().starts_with("it has board cards in its first round"))
+            << dealable.error();
+    }
+}
+
 TEST(Match, EverySeatSeesEveryState) {
     const GamePtr game = loadGameFile(kuhn);
     FakeTable table(game.get(), {answers("c"), answers("c"), answers("c")});

@@ -23,6 +23,12 @@ for script in play check bench .ci/run scripts/*.sh docs/examples/*.sh; do
 done
 expect 0 "kuhn.limit.3p.game" ./play --help
 expect 2 "there is no game chess; the games are: " ./play chess
+# Every game that is offered can be dealt, and every one that can be dealt is offered.
+offered=$(./play --help 2>&1 | sed -n 's/^  \([^ ]*\.game\)$/\1/p')
+dealt=$(cd games && ls ./*.game | sed 's#^\./##' | grep -v '^kuhn\.\(flop\|turn\|river\)\.')
+[[ -n $offered && $offered == "$dealt" ]] ||
+    { echo "./play offers $offered" && failures=$((failures + 1)); }
+expect 2 "there is no game kuhn.flop.2p; the games are: " ./play kuhn.flop.2p
 expect 2 "--hands needs a number" ./play --hands many
 expect 2 "unknown option --fast" ./play --fast
 expect 0 "--full" ./check --help
