@@ -22,9 +22,7 @@ namespace {
 // The agent for a game, or null when the name is none that this program plays. The whole argument
 // is compared: the strategies and tables lie beside the game in the working directory.
 std::unique_ptr<PokerAgent> makeAgent(const std::string& gameFile) {
-    // The no-limit game is played by the same agent.
-    if (gameFile == "holdem.limit.2p.reverse_blinds.game" || gameFile == "holdem.limit.3p.game" ||
-        gameFile == "holdem.nolimit.2p.reverse_blinds.game")
+    if (playsAsHoldem(gameFile))
         return std::make_unique<LimitHoldemAgent>(gameFile.c_str());
     if (gameFile == "kuhn.limit.3p.game")
         return std::make_unique<KuhnAgent>(gameFile.c_str());
@@ -74,6 +72,13 @@ int play(int argc, char** argv) {
 }
 
 } // namespace
+
+bool playsAsHoldem(const std::string& gameFile) {
+    // The no-limit game is played by the same agent.
+    return gameFile == "holdem.limit.2p.reverse_blinds.game" ||
+           gameFile == "holdem.limit.3p.game" ||
+           gameFile == "holdem.nolimit.2p.reverse_blinds.game";
+}
 
 int runPlayer(int argc, char** argv) {
     try {

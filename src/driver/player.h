@@ -1,7 +1,12 @@
 // The player's start-up: from the command line to the end of the match.
 #pragma once
 
+#include <string>
+
 namespace tamarin {
+
+// Whether a game of this name is one that the hold'em agent plays.
+bool playsAsHoldem(const std::string& gameFile);
 
 // argv[1] is the game definition, argv[2] the dealer's host, argv[3] its port; more is ignored. The
 // agent is chosen by the whole of argv[1] and is built (which may train it for a long time) before

@@ -9,6 +9,19 @@
 
 namespace tamarin {
 
+namespace {
+
+// Whether a node may stand where the rules have this one: sound numbers, and no action besides
+// theirs. Training may have taken some away.
+bool isOne(const CFRNode& held, const CFRNode& rules) {
+    for (int a = 0; a < numAbstractedActions; ++a)
+        if (held.isActionValid(a) && !rules.isActionValid(a))
+            return false;
+    return held.hasSoundSums() && held.getNumValidActions() > 0;
+}
+
+} // namespace
+
 bool holdsSmallGame(const CFR& solver, Game& game) {
     CFR whole(&game);
     whole.buildTree();
@@ -17,7 +30,9 @@ bool holdsSmallGame(const CFR& solver, Game& game) {
             const NodeMap& expected = whole.nodeMap(p, r);
             const NodeMap& held = solver.nodeMap(p, r);
             if (!std::equal(expected.begin(), expected.end(), held.begin(), held.end(),
-                            [](const auto& a, const auto& b) { return a.first == b.first; }))
+                            [](const auto& a, const auto& b) {
+                                return a.first == b.first && isOne(*b.second, *a.second);
+                            }))
                 return false;
         }
     }
@@ -43,6 +58,17 @@ size_t countDecisions(CFR& solver, const Game& game, const State& state) {
     return count;
 }
 
+bool allowsWhatTheRulesDo(CFR& solver, const Game& game, const State& state, const CFRNode& node) {
+    for (int a = 0; a < numAbstractedActions; ++a) {
+        State at = state;
+        Action action;
+        solver.getAbstractedAction(a, &at, &action);
+        if (node.isActionValid(a) != (isValidAction(&game, &at, 0, &action) != 0))
+            return false;
+    }
+    return node.hasSoundSums();
+}
+
 // Whether the solver knows every state that this many random hands come to, in random buckets.
 bool knowsRandomHands(CFR& solver, const Game& game, int hands) {
     std::minstd_rand0 engine(1);
@@ -59,7 +85,8 @@ bool knowsRandomHands(CFR& solver, const Game& game, int hands) {
                           static_cast<uint64_t>(anyBucket(engine)));
             }
             try {
-                solver.findNode(&state);
+                if (!allowsWhatTheRulesDo(solver, game, state, *solver.findNode(&state)))
+                    return false;
             } catch (const std::out_of_range&) {
                 return false;
             }
@@ -84,6 +111,11 @@ bool holdsHoldemGame(CFR& solver, const Game& game) {
         initState(&game, 0, &root);
         if (solver.numInformationSets() != holdemBuckets * countDecisions(solver, game, root))
             return false;
+        for (int p = 0; p < game.numPlayers; ++p)
+            for (int r = 0; r < game.numRounds; ++r)
+                for (const auto& [key, node] : solver.nodeMap(p, r))
+                    if (!node->hasSoundSums())
+                        return false;
     }
     return knowsRandomHands(solver, game, hands);
 }

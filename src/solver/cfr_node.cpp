@@ -2,6 +2,7 @@
 
 #include "support/rng.h"
 
+#include <cmath>
 #include <ostream>
 
 const char* const abstractedActionNames[numAbstractedActions] = {"fold", "call", "raise"};
@@ -34,6 +35,13 @@ int CFRNode::getNumValidActions() const {
     for (int a = 0; a < numAbstractedActions; ++a)
         count += isActionValid(a);
     return count;
+}
+
+bool CFRNode::hasSoundSums() const {
+    for (int a = 0; a < numAbstractedActions; ++a)
+        if (std::isinf(regretSum[a]) || !std::isfinite(strategySum[a]) || strategySum[a] < 0.0)
+            return false;
+    return true;
 }
 
 void CFRNode::getStrategy(double weight, double* strategy) {

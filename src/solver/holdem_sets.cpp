@@ -106,7 +106,7 @@ bool HoldemSets::find(int m, const std::string& key, CFRNode& node) const {
 
 bool HoldemSets::set(int m, const std::string& key, const CFRNode& from) {
     Place place;
-    if (!locate(m, key, place))
+    if (!locate(m, key, place) || !from.hasSoundSums())
         return false;
     const CompiledTree::Node& node = tree_.nodes()[static_cast<size_t>(place.node)];
     SetNumbers& numbers = numbers_[layout_.index(node, place.bucket)];

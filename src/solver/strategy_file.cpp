@@ -119,16 +119,15 @@ Status readStrategyFile(const std::string& path, HoldemSets& sets) {
             return Error{path + ": section " + std::to_string(m) + " has " +
                          std::to_string(strategy->count(m)) + " nodes, the game has " +
                          std::to_string(sets.count(m)) + " there"};
-        std::string bad;
         std::string last;
-        strategy->forEach(m, [&](const std::string& key, const CFRNode& node) {
-            if (key <= last || !sets.set(m, key, node))
-                bad = key;
+        const bool good = strategy->forEach(m, [&](const std::string& key, const CFRNode& node) {
+            const bool inOrder = key > last;
             last = key;
-            return bad.empty();
+            return inOrder && sets.set(m, key, node);
         });
-        if (!bad.empty())
-            return Error{path + ": the node " + bad + " does not belong to this game"};
+        if (!good)
+            return Error{path + ": the node \"" + last + "\" of section " + std::to_string(m) +
+                         " is damaged or another game's"};
     }
     return {};
 }

@@ -33,6 +33,7 @@ std::string hostName() {
 // "process PID on HOST", from the lock file. The owner writes its name just after it has taken the
 // lock, so the name may be absent, or that of an owner that died: then look again a little later.
 std::string holder(int fd) {
+    constexpr int attempts = 100; // half a second, on a machine too busy to let the owner write
     for (int attempt = 0;; ++attempt) {
         char text[512];
         const ssize_t size = pread(fd, text, sizeof text - 1, 0);
@@ -45,12 +46,12 @@ std::string holder(int fd) {
                 name.resize(end);
             const bool dead = name == hostName() && pid > 0 &&
                               kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH;
-            if (pid > 0 && (!dead || attempt == 20))
+            if (pid > 0 && (!dead || attempt == attempts))
                 return "process " + std::to_string(pid) + " on " + name;
         }
-        if (attempt == 20)
+        if (attempt == attempts)
             return "another process";
-        pause(2);
+        pause(5);
     }
 }
 

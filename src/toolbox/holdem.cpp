@@ -2,14 +2,19 @@
 
 #include "abstraction/EquityTables.h"
 #include "driver/LimitHoldemAgent.h"
+#include "driver/player.h"
 #include "support/interrupt.h"
 #include "support/step_progress.h"
 #include "tables/table_builder.h"
 #include "toolbox/command.h"
+#include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"
 #include "toolbox/table_manifest.h"
+#include "training/holdem_deals.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 
@@ -70,10 +75,26 @@ Result<std::unique_ptr<HoldemGame>> openHoldem(const std::string& name,
         HoldemGame{*path, bareName(*path), std::move(*rules), raises});
 }
 
-std::string holdemStrategyPath(const std::string& directory, const Game& game) {
+std::string holdemStrategyPath(const std::string& directory, const HoldemGame& game) {
+    if (!playsAsHoldem(game.name)) {
+        const std::string stem = std::filesystem::path(game.name).stem().string();
+        return inDirectory(directory, "strategies/" + stem + "/strategy");
+    }
     const char* const* files =
-        game.bettingRule == noLimitRule ? NoLimiHoldemStrategyFiles : HoldemStrategyFiles;
-    return inDirectory(directory, files[game.numPlayers]);
+        game.rules->bettingRule == noLimitRule ? NoLimiHoldemStrategyFiles : HoldemStrategyFiles;
+    return inDirectory(directory, files[game.rules->numPlayers]);
+}
+
+std::string strategySource(const HoldemGame& game, const HoldemBuckets& buckets) {
+    char* text = nullptr;
+    size_t size = 0;
+    FILE* const stream = open_memstream(&text, &size);
+    printGame(stream, game.rules.get());
+    std::fclose(stream);
+    const std::string definition = hashOfText(std::string(text, size));
+    std::free(text);
+    return fmt::format("{}, definition {}, buckets {:016x}", game.name, definition,
+                       fingerprintOf(*game.rules, buckets));
 }
 
 HoldemTables::HoldemTables() = default;

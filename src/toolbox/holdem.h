@@ -31,8 +31,13 @@ struct HoldemGame {
 Result<std::unique_ptr<HoldemGame>> openHoldem(const std::string& name,
                                                const std::string& directory);
 
-// The one strategy file of all seats, as `player` names it, below directory.
-std::string holdemStrategyPath(const std::string& directory, const Game& game);
+// The one strategy file of all seats, below directory: where `player` looks for it, or, for a game
+// that `player` does not know by its name, a file by the game's name.
+std::string holdemStrategyPath(const std::string& directory, const HoldemGame& game);
+
+// What a strategy was trained from, for the manifest: the game's name, and hashes of its definition
+// and of the buckets.
+std::string strategySource(const HoldemGame& game, const HoldemBuckets& buckets);
 
 // The buckets of the tables below DIR/lookup, mapped. Refuses, naming it, a table that is missing.
 class HoldemTables {

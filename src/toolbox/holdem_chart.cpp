@@ -75,7 +75,11 @@ public:
             if (!decision.valid[a])
                 continue;
             State next = state;
-            const Action action{static_cast<ActionType>(a), 0};
+            Action action{static_cast<ActionType>(a), 0};
+            if (!isValidAction(&game_, &next, 0, &action))
+                return Error{"the strategy allows seat " + std::to_string(seat) + " to " +
+                             actionWords[a] + " after \"" + sequence +
+                             "\", which the rules do not: is it this game's?"};
             doAction(&game_, &action, &next);
             if (Status below = collect(next, sequence + actionChars[a]); !below)
                 return below;

@@ -7,6 +7,7 @@
 #include "support/progress.h"
 #include "support/resources.h"
 #include "toolbox/command.h"
+#include "toolbox/convergence_log.h"
 #include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"
 
@@ -21,7 +22,6 @@ namespace {
 
 constexpr double checkpointSeconds = 600.0;
 constexpr const char* checkpointName = "/training.checkpoint";
-constexpr const char* logName = "/convergence.jsonl";
 
 // What the run takes, by the number of information sets. Besides their numbers, a node of the tree
 // takes its place there, in the order of keys and in the walk, and what a batch keeps of it.
@@ -42,28 +42,6 @@ Cost costOf(const HoldemSets& sets, const Game& game) {
             count * sizeof(SetNumbers) + 1000,
             count * 108 + 4 * uint64_t{game.numPlayers} * game.numRounds};
 }
-
-// Appends to the convergence log, line by line.
-class Log {
-public:
-    Log(const std::string& path, bool goOn) : file_(std::fopen(path.c_str(), goOn ? "a" : "w")) {}
-    ~Log() {
-        if (file_ != nullptr)
-            std::fclose(file_);
-    }
-    Log(const Log&) = delete;
-    Log& operator=(const Log&) = delete;
-    bool good() const { return file_ != nullptr && !failed_; }
-    void add(const HoldemStep& step) {
-        if (good())
-            failed_ =
-                std::fputs((stepAsJson(step) + '\n').c_str(), file_) < 0 || std::fflush(file_) != 0;
-    }
-
-private:
-    FILE* file_;
-    bool failed_ = false;
-};
 
 const char* reason(HoldemEnd end) {
     switch (end) {
@@ -106,6 +84,10 @@ int dryRun(const HoldemGame& game, const HoldemTraining& options, HoldemTrainer&
                    tables);
         return exitDone;
     }
+    if (Status enough = checkResources(cost.memory, cost.disk(), options.out); !enough) {
+        fmt::print("not measured: {}\n", enough.error());
+        return exitDone;
+    }
     const TimePoint start = steadyClock().now();
     double took = 0.0;
     uint64_t warm = 0;
@@ -143,15 +125,16 @@ Status saveStrategy(const HoldemGame& game, const HoldemTrainer& trainer, const 
 // One run, from the place where its files lie.
 class Run {
 public:
-    Run(const HoldemGame& game, const HoldemTraining& options, HoldemTrainer& trainer)
-        : game_(game), options_(options), trainer_(trainer),
+    Run(const HoldemGame& game, const HoldemBuckets& buckets, const HoldemTraining& options,
+        HoldemTrainer& trainer)
+        : game_(game), buckets_(buckets), options_(options), trainer_(trainer),
           checkpoint_(options.out + checkpointName) {}
 
     int run() {
         bool resumed = false;
         if (Status ready = takeUp(resumed); !ready)
             return fail(ready.error());
-        Log log(options_.out + logName, resumed);
+        ConvergenceLog log(options_.out, resumed ? std::optional(trainer_.deals()) : std::nullopt);
         if (!options_.quiet) {
             progress_.emplace("Training", "iterations", options_.goal.deals.value_or(0));
             progress_->resumeAt(trainer_.deals());
@@ -159,7 +142,7 @@ public:
         HoldemHooks hooks;
         hooks.step = [&](const HoldemStep& step) {
             last_ = step;
-            log.add(step);
+            log.add(stepAsJson(step));
         };
         hooks.progress = [&](uint64_t deals) { show(deals); };
         hooks.save = [&] { save(); };
@@ -171,11 +154,10 @@ public:
         if (progress_)
             progress_->finish(trainer_.deals(), note());
         if (!log.good())
-            complain("the log {}{} could not be written", options_.out, logName);
-        save();
-        if (!saved_)
-            return exitFailed;
-        return finish(end);
+            complain("the log {} could not be written", log.path());
+        save(); // where that fails, the strategy may still find room
+        const int status = finish(end);
+        return saved_ ? status : exitFailed;
     }
 
 private:
@@ -192,7 +174,9 @@ private:
         if (Status read = trainer_.readCheckpoint(checkpoint_); !read) {
             if (options_.resume)
                 return read;
-            complain("{}; starting over", read.error());
+            if (Status aside = setAsideBadFile(checkpoint_); !aside)
+                return aside;
+            complain("{}; starting over, it is kept as {}.bad", read.error(), checkpoint_);
             return {};
         }
         resumed = true;
@@ -224,9 +208,10 @@ private:
     int finish(HoldemEnd end) {
         const std::string path = options_.out + "/strategy";
         if (end == HoldemEnd::stopped) {
-            complain("stopped; {} holds all {} iterations, --resume goes on from it, and {} is as "
-                     "it was",
-                     checkpoint_, describeCount(trainer_.deals()), path);
+            if (saved_)
+                complain("stopped; {} holds all {} iterations, --resume goes on from it, and {} is "
+                         "as it was",
+                         checkpoint_, describeCount(trainer_.deals()), path);
             return interruptStatus();
         }
         if (Status written = saveStrategy(game_, trainer_, path, options_.quiet); !written)
@@ -234,7 +219,9 @@ private:
         const std::string made = fmt::format("{}, {} with seed {}, {} iterations", options_.made,
                                              algorithmName(options_.config.algorithm),
                                              options_.config.seed, trainer_.deals());
-        if (Status noted = recordFiles(options_.out, {{"strategy", made, game_.name}}); !noted)
+        if (Status noted =
+                recordFiles(options_.out, {{"strategy", made, strategySource(game_, buckets_)}});
+            !noted)
             return fail(noted.error());
         if (options_.json) {
             nlohmann::ordered_json json = nlohmann::ordered_json::parse(stepAsJson(last_));
@@ -254,6 +241,7 @@ private:
     }
 
     const HoldemGame& game_;
+    const HoldemBuckets& buckets_;
     const HoldemTraining& options_;
     HoldemTrainer& trainer_;
     std::string checkpoint_;
@@ -287,7 +275,7 @@ HoldemGoal defaultHoldemGoal(const Game& game) {
 int trainHoldemGame(const HoldemGame& game, const HoldemTraining& given) {
     HoldemTraining options = given;
     if (options.out.empty())
-        options.out = std::filesystem::path(holdemStrategyPath(options.directory, *game.rules))
+        options.out = std::filesystem::path(holdemStrategyPath(options.directory, game))
                           .parent_path()
                           .string();
     if (options.dryRun && !missingTablesCost(options.directory).empty()) {
@@ -328,7 +316,7 @@ int trainHoldemGame(const HoldemGame& game, const HoldemTraining& given) {
                    describeBytes(cost.strategy),
                    options.goal.seconds ? "for " + describeDuration(*options.goal.seconds)
                                         : "to the iterations wanted");
-    return Run(game, options, trainer).run();
+    return Run(game, tables->buckets(), options, trainer).run();
 }
 
 } // namespace tamarin

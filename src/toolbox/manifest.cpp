@@ -22,8 +22,21 @@ using Json = nlohmann::ordered_json;
 
 constexpr size_t largestManifest = size_t{16} << 20U;
 
-std::string hashOf(std::span<const std::byte> bytes) {
-    return fmt::format("{:016x}", XXH3_64bits(bytes.data(), bytes.size()));
+std::string asHex(XXH64_hash_t hash) {
+    return fmt::format("{:016x}", hash);
+}
+
+// Piece by piece, so that the largest file is not in memory whole.
+std::string hashOf(const MappedFile& file) {
+    constexpr size_t pieceSize = size_t{64} << 20U;
+    const std::span<const std::byte> bytes = file.bytes();
+    XXH3_state_t state;
+    XXH3_64bits_reset(&state);
+    for (size_t at = 0; at < bytes.size(); at += pieceSize) {
+        XXH3_64bits_update(&state, bytes.data() + at, std::min(pieceSize, bytes.size() - at));
+        file.forgetPages();
+    }
+    return asHex(XXH3_64bits_digest(&state));
 }
 
 struct Contents {
@@ -77,9 +90,8 @@ Status enter(Contents& contents, const std::string& directory, const ManifestEnt
     if (!file)
         return Error{file.error()};
     const std::string now = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::time(nullptr)));
-    const Json record = {
-        {"name", entry.name}, {"size", file->size()}, {"xxh3", hashOf(file->bytes())},
-        {"made", entry.made}, {"from", entry.from},   {"when", now}};
+    const Json record = {{"name", entry.name}, {"size", file->size()}, {"xxh3", hashOf(*file)},
+                         {"made", entry.made}, {"from", entry.from},   {"when", now}};
     if (const auto old = find(contents.files, entry.name); old != contents.files.end())
         *old = record;
     else
@@ -120,11 +132,15 @@ Status enterAnnounced(Contents& contents, const std::string& directory) {
 
 } // namespace
 
+std::string hashOfText(const std::string& text) {
+    return asHex(XXH3_64bits(text.data(), text.size()));
+}
+
 Result<std::string> hashOfFile(const std::string& path) {
     const auto file = MappedFile::open(path);
     if (!file)
         return Error{file.error()};
-    return hashOf(file->bytes());
+    return hashOf(*file);
 }
 
 Status recordFiles(const std::string& directory, const std::vector<ManifestEntry>& entries) {
@@ -155,6 +171,14 @@ Status recordAnnounced(const std::string& directory) {
     if (Status entered = enterAnnounced(contents, directory); !entered)
         return entered;
     return writeManifest(path, contents);
+}
+
+std::string recordedSource(const std::string& directory, const std::string& name) {
+    auto contents = readManifest(manifestOf(directory));
+    if (!contents)
+        return "";
+    const auto record = find(contents->files, name);
+    return record != contents->files.end() ? textOf(*record, "from") : "";
 }
 
 Result<std::vector<std::string>> compareWithManifest(const std::string& directory,

@@ -42,7 +42,11 @@ Status recordAnnounced(const std::string& directory);
 Result<std::vector<std::string>> compareWithManifest(const std::string& directory,
                                                      std::vector<std::string>& good);
 
-// The XXH3 hash of a file's bytes, 16 hexadecimal digits.
+// What a file of the manifest was made from; empty where the manifest does not say.
+std::string recordedSource(const std::string& directory, const std::string& name);
+
+// The XXH3 hash of a file's bytes, or of a text's, 16 hexadecimal digits.
 Result<std::string> hashOfFile(const std::string& path);
+std::string hashOfText(const std::string& text);
 
 } // namespace tamarin

@@ -67,11 +67,27 @@ Result<bool> goodStrategiesIn(const NamedGame& game, const std::string& strategi
 }
 
 // Whether prepare or train has left a whole strategy, by the manifest. What the player trained for
-// itself is none.
-bool goodHoldemStrategy(const std::string& out) {
+// itself is none. A whole one for another definition or over other tables is set aside.
+Result<bool> goodHoldemStrategy(const HoldemGame& game, const std::string& directory,
+                                const std::string& path) {
+    const std::string out = std::filesystem::path(path).parent_path().string();
     std::vector<std::string> good;
     const auto differences = compareWithManifest(out, good);
-    return differences && std::find(good.begin(), good.end(), "strategy") != good.end();
+    if (!differences || std::find(good.begin(), good.end(), "strategy") == good.end())
+        return false;
+    const auto tables = HoldemTables::open(directory);
+    if (!tables)
+        return Error{tables.error()};
+    const std::string recorded = recordedSource(out, "strategy");
+    const std::string wanted = strategySource(game, tables->buckets());
+    if (recorded == wanted)
+        return true;
+    complain("{} was trained for \"{}\", not \"{}\": training anew, the old one is kept as "
+             "{}.bad",
+             path, recorded, wanted, path);
+    if (Status aside = setAsideBadFile(path); !aside)
+        return Error{aside.error()};
+    return false;
 }
 
 int prepareHoldem(const HoldemGame& game, const Options& options) {
@@ -92,14 +108,18 @@ int prepareHoldem(const HoldemGame& game, const Options& options) {
     training.dryRun = options.dryRun;
     training.quiet = options.quiet;
     training.made = "tamarin prepare";
-    const std::string strategy = holdemStrategyPath(options.directory, *game.rules);
-    if (!options.force && !options.dryRun &&
-        goodHoldemStrategy(std::filesystem::path(strategy).parent_path().string())) {
+    if (!options.force && !options.dryRun) {
         if (Status made = makeMissingTables(options.directory, 0, options.quiet); !made)
             return interrupted() ? interruptStatus() : fail(made.error());
-        fmt::print("{} is there and whole, and so are the tables; --force trains it anew\n",
-                   strategy);
-        return exitDone;
+        const std::string strategy = holdemStrategyPath(options.directory, game);
+        const auto good = goodHoldemStrategy(game, options.directory, strategy);
+        if (!good)
+            return fail(good.error());
+        if (*good) {
+            fmt::print("{} is there and whole, and so are the tables; --force trains it anew\n",
+                       strategy);
+            return exitDone;
+        }
     }
     return trainHoldemGame(game, training);
 }

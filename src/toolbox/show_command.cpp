@@ -116,7 +116,7 @@ nlohmann::ordered_json asJson(const NamedGame& game, const Profile& profile,
 // The first decisions only: a hold'em strategy has thousands to millions of nodes.
 int showHoldem(const HoldemGame& game, const Options& options) {
     const std::string path = options.what.ends_with(".game")
-                                 ? holdemStrategyPath(options.directory, *game.rules)
+                                 ? holdemStrategyPath(options.directory, game)
                                  : options.what;
     if (!std::filesystem::exists(path))
         return fail("there is no strategy " + path + "; 'tamarin prepare " + game.name +

@@ -5,6 +5,7 @@
 #include "support/progress.h"
 #include "toolbox/command.h"
 #include "toolbox/commands.h"
+#include "toolbox/convergence_log.h"
 #include "toolbox/holdem_training.h"
 #include "toolbox/strategies.h"
 #include "training/checkpoint.h"
@@ -34,29 +35,6 @@ struct Options {
     bool dryRun = false;
     bool json = false;
     bool quiet = false;
-};
-
-// Appends to the convergence log, line by line.
-class Log {
-public:
-    Log(const std::string& path, bool goOn) : file_(std::fopen(path.c_str(), goOn ? "a" : "w")) {}
-    ~Log() {
-        if (file_ != nullptr)
-            std::fclose(file_);
-    }
-    Log(const Log&) = delete;
-    Log& operator=(const Log&) = delete;
-    bool good() const { return file_ != nullptr && !failed_; }
-    void add(const TrainingStep& step) {
-        if (!good())
-            return;
-        const std::string line = stepAsJson(step) + '\n';
-        failed_ = std::fputs(line.c_str(), file_) < 0 || std::fflush(file_) != 0;
-    }
-
-private:
-    FILE* file_;
-    bool failed_ = false;
 };
 
 const char* reason(TrainingEnd end) {
@@ -103,9 +81,9 @@ int dryRun(const NamedGame& game, const TrainerConfig& config) {
     return exitDone;
 }
 
-Status prepareDirectory(const Options& options) {
-    if (Status made = makeDirectories(options.out); !made)
-        return made;
+// Refuses to forget an earlier run's checkpoints unasked. To be called under the lock: they may be
+// those of a run that goes on.
+Status makeWay(const Options& options) {
     const std::vector<std::string> old = listCheckpoints(options.out);
     if (old.empty() || options.resume)
         return {};
@@ -172,11 +150,13 @@ int train(Options options, bool anyGoal) {
         return dryRun(*game, config);
     if (options.out.empty())
         options.out = strategyDirectory(options.directory, game->name);
-    if (Status ready = prepareDirectory(options); !ready)
-        return fail(ready.error());
+    if (Status made = makeDirectories(options.out); !made)
+        return fail(made.error());
     const auto lock = FileLock::take(options.out + "/train.lock");
     if (!lock)
         return fail(lock.error());
+    if (Status ready = makeWay(options); !ready)
+        return fail(ready.error());
 
     const auto trainer = makeTrainer(*game->small, config);
     const std::string configText = checkpointConfig(*game->small, config);
@@ -204,16 +184,19 @@ int train(Options options, bool anyGoal) {
         goal.seconds = 60.0;
     }
 
-    Log log(options.out + "/convergence.jsonl", options.resume);
+    ConvergenceLog log(options.out,
+                       options.resume ? std::optional(trainer->iteration()) : std::nullopt);
     std::optional<Progress> progress;
-    if (!options.quiet)
+    if (!options.quiet) {
         progress.emplace("Training", "iterations", goal.iterations.value_or(0));
+        progress->resumeAt(trainer->iteration());
+    }
     TrainingStep last{};
     Status saved;
     TrainingHooks hooks;
     hooks.step = [&](const TrainingStep& step) {
         last = step;
-        log.add(step);
+        log.add(stepAsJson(step));
         if (progress)
             progress->update(step.iteration, fmt::format("NashConv {:.2e}", step.value.nashConv()));
     };
@@ -229,16 +212,14 @@ int train(Options options, bool anyGoal) {
         progress->finish(trainer->iteration(),
                          fmt::format("NashConv {:.2e}", last.value.nashConv()));
 
-    hooks.save(*trainer);
-    if (!saved)
-        return exitFailed;
+    hooks.save(*trainer); // where that fails, the strategies may still find room
     const std::string made = fmt::format("tamarin train --algorithm {} --seed {}, {} iterations",
                                          options.algorithm, options.seed, trainer->iteration());
     if (Status written = writeStrategies(*game->small, *trainer, options.out, made, game->name);
         !written)
         return fail(written.error());
     if (!log.good())
-        complain("the log {}/convergence.jsonl could not be written", options.out);
+        complain("the log {} could not be written", log.path());
 
     if (options.json) {
         printJson(asJson(options, last, end));
@@ -248,6 +229,8 @@ int train(Options options, bool anyGoal) {
                    valueTable(*game->rules, last.value));
         fmt::print("strategies, log and checkpoints are in {}\n", options.out);
     }
+    if (!saved)
+        return exitFailed;
     return end == TrainingEnd::stopped ? interruptStatus() : exitDone;
 }
 

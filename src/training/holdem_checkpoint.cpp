@@ -4,7 +4,9 @@
 //   8       "tmrnhold"
 //   4       version, 2
 //   4       length of the configuration text, L
-//   L       the configuration: the game's definition, the algorithm, the seed, the block, the batch
+//   L       the configuration: the game's definition, the algorithm, the seed, the block, the
+//   batch,
+//           the fingerprint of the buckets
 //   8       deals walked
 //   8       number of information sets, S
 //   48 S    SetNumbers
@@ -12,6 +14,7 @@
 //
 // Three-player limit hold'em has 4.7 GB of numbers, so that they are written from and read into
 // their place, and the checksum runs at memory speed.
+#include "training/holdem_deals.h"
 #include "training/holdem_trainer.h"
 
 #include <algorithm>
@@ -25,7 +28,7 @@ namespace {
 
 constexpr char magic[8] = {'t', 'm', 'r', 'n', 'h', 'o', 'l', 'd'};
 constexpr uint32_t version = 2;
-constexpr size_t pieceSize = size_t{1} << 20U;
+constexpr size_t pieceSize = size_t{16} << 20U;
 
 static_assert(sizeof(SetNumbers) == 48);
 
@@ -57,15 +60,18 @@ private:
     uint64_t length_ = 0;
 };
 
-std::string configText(const Game& game, const HoldemTrainerConfig& config) {
+std::string configText(const Game& game, const HoldemBuckets& buckets,
+                       const HoldemTrainerConfig& config) {
     char* text = nullptr;
     size_t size = 0;
     FILE* const stream = open_memstream(&text, &size);
     printGame(stream, &game);
-    std::fprintf(stream, "algorithm = %s\nseed = %llu\nblock = %llu\nbatch = %llu\n",
+    std::fprintf(stream,
+                 "algorithm = %s\nseed = %llu\nblock = %llu\nbatch = %llu\nbuckets = %016llx\n",
                  algorithmName(config.algorithm), static_cast<unsigned long long>(config.seed),
                  static_cast<unsigned long long>(config.block),
-                 static_cast<unsigned long long>(config.batch));
+                 static_cast<unsigned long long>(config.batch),
+                 static_cast<unsigned long long>(fingerprintOf(game, buckets)));
     std::fclose(stream);
     std::string result(text, size);
     std::free(text);
@@ -95,7 +101,7 @@ Status HoldemTrainer::writeCheckpoint(const std::string& path, FileSystem& files
         checksum.add(data, size);
         return file->write(data, size).ok();
     };
-    const std::string config = configText(game_, config_);
+    const std::string config = configText(game_, buckets_, config_);
     const auto length = static_cast<uint32_t>(config.size());
     const uint64_t count = sets_.numSets();
     bool written = put(magic, sizeof magic) && put(&version, sizeof version) &&
@@ -137,7 +143,7 @@ Status HoldemTrainer::readCheckpoint(const std::string& path, FileSystem& files)
         return Error{path + ": cut short, it has " + std::to_string(all.size()) + " bytes"};
     std::string made(length, '\0');
     take(made.data(), length);
-    const std::string wanted = configText(game_, config_);
+    const std::string wanted = configText(game_, buckets_, config_);
     if (made != wanted)
         return Error{path + ": made with another configuration: " + difference(made, wanted)};
     uint64_t deals = 0;
@@ -159,11 +165,21 @@ Status HoldemTrainer::readCheckpoint(const std::string& path, FileSystem& files)
     checksum.add(made.data(), length);
     checksum.add(&deals, sizeof deals);
     checksum.add(&count, sizeof count);
-    for (size_t done = 0; done < total; done += pieceSize)
-        checksum.add(all.data() + numbersAt + done, std::min(pieceSize, total - done));
+    // Twice through the file, since numbers in use are replaced by sound ones only; the pages are
+    // given back on the way, or the file would be in memory beside them.
+    const auto inPieces = [&](const auto& body) {
+        for (size_t done = 0; done < total; done += pieceSize) {
+            body(done, std::min(pieceSize, total - done));
+            file->forgetPages();
+        }
+    };
+    inPieces([&](size_t done, size_t size) { checksum.add(all.data() + numbersAt + done, size); });
     if (checksum.value() != sum)
         return Error{path + ": damaged, its checksum does not fit"};
-    std::memcpy(sets_.numbers(), all.data() + numbersAt, total);
+    auto* numbers = reinterpret_cast<std::byte*>(sets_.numbers());
+    inPieces([&](size_t done, size_t size) {
+        std::memcpy(numbers + done, all.data() + numbersAt + done, size);
+    });
     deals_ = deals;
     return {};
 }

@@ -28,6 +28,22 @@ void fillBatch(const Game& game, const HoldemBuckets& buckets, uint64_t seed, De
     }
 }
 
+uint64_t fingerprintOf(const Game& game, const HoldemBuckets& buckets) {
+    constexpr uint64_t deals = 256; // thousands of look-ups
+    uint64_t hash = 0xCBF29CE484222325U;
+    for (uint64_t t = 0; t < deals; ++t) {
+        State cards{};
+        drawDeal(game, 0, DealStream::training, t, &cards);
+        DealBuckets of{};
+        fillDealBuckets(game, cards, buckets, of);
+        for (const auto& byActing : of.of)
+            for (const auto& bySeat : byActing)
+                for (const auto bucket : bySeat)
+                    hash = (hash ^ bucket) * 0x100000001B3U; // FNV-1a
+    }
+    return hash;
+}
+
 int threadsOf(int threads) {
     return threads > 0 ? threads : omp_get_max_threads();
 }

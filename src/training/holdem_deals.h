@@ -20,6 +20,10 @@ void drawDeal(const Game& game, uint64_t seed, DealStream stream, uint64_t t, St
 void fillBatch(const Game& game, const HoldemBuckets& buckets, uint64_t seed, DealStream stream,
                uint64_t first, int threads, std::span<BatchDeal> deals);
 
+// A hash of the buckets of some fixed deals: other tables give another one. For telling whether
+// numbers were trained over the buckets that are there.
+uint64_t fingerprintOf(const Game& game, const HoldemBuckets& buckets);
+
 // The number itself, or all cores for 0.
 int threadsOf(int threads);
 

@@ -1,6 +1,6 @@
 #include "training/holdem_values.h"
 
-#include "support/rng.h"
+#include "training/hand_random.h"
 #include "training/holdem_deals.h"
 
 #include <algorithm>
@@ -53,37 +53,22 @@ private:
 // Batches for valuing and responding: large enough for the cache, whatever training takes.
 constexpr uint64_t samplingBatch = 256;
 
-// Walks the deals of a stream in batches; each is prepared, then given to walk, with its place.
+// Walks deals of a stream, from the first on, in batches; each is prepared, then given to walk,
+// with the number of deals before it.
 template <class Walk>
-void walkStream(const Game& game, const HoldemBuckets& buckets, DealStream stream, uint64_t count,
-                const ValueSampling& sampling, uint64_t doneBefore, const Walk& walk) {
+void walkStream(const Game& game, const HoldemBuckets& buckets, DealStream stream, uint64_t first,
+                uint64_t count, const ValueSampling& sampling, uint64_t doneBefore,
+                const Walk& walk) {
     std::vector<BatchDeal> batch(samplingBatch);
     for (uint64_t t = 0; t < count; t += batch.size()) {
         batch.resize(std::min(samplingBatch, count - t));
-        fillBatch(game, buckets, sampling.seed, stream, t, threadsOf(sampling.threads), batch);
+        fillBatch(game, buckets, sampling.seed, stream, first + t, threadsOf(sampling.threads),
+                  batch);
         walk(std::span(batch), t);
         if (sampling.goOn && !sampling.goOn(doneBefore + t + batch.size()))
             return;
     }
 }
-
-// A uniform number in [0, 1) from a generator that a hand has for itself (Steele, Lea and Flood
-// 2014), so that hands can be played by any thread in any order.
-class HandRandom {
-public:
-    HandRandom(uint64_t seed, uint64_t hand)
-        : state_(seed * 0xD1342543DE82EF95U + hand * 0x9E3779B97F4A7C15U) {}
-    double next() {
-        uint64_t z = state_ += 0x9E3779B97F4A7C15U;
-        z = (z ^ (z >> 30U)) * 0xBF58476D1CE4E5B9U;
-        z = (z ^ (z >> 27U)) * 0x94D049BB133111EBU;
-        z ^= z >> 31U;
-        return static_cast<double>(z >> 11U) * 0x1p-53;
-    }
-
-private:
-    uint64_t state_;
-};
 
 // Plays one hand to its end; false, naming the key, where the strategy has no node or another
 // game's.
@@ -136,7 +121,7 @@ SampledValue sampleValues(const Game& game, const HoldemBuckets& buckets, Holdem
                           const ValueSampling& sampling) {
     HoldemBatch walk(game, sets, sampling.threads);
     ValueSum sum;
-    walkStream(game, buckets, DealStream::values, sampling.deals, sampling, 0,
+    walkStream(game, buckets, DealStream::values, 0, sampling.deals, sampling, 0,
                [&](std::span<BatchDeal> batch, uint64_t) {
                    walk.iterate(HoldemRule::average, batch);
                    for (const BatchDeal& deal : batch)
@@ -149,16 +134,19 @@ ResponseValue sampleResponse(const Game& game, const HoldemBuckets& buckets, Hol
                              int seat, const ValueSampling& sampling) {
     HoldemSets responder(game);
     HoldemBatch walk(game, sets, sampling.threads);
-    walkStream(game, buckets, DealStream::response, sampling.responseDeals, sampling, 0,
-               [&](std::span<BatchDeal> batch, uint64_t t) {
+    // Each seat has deals of its own, so that the gains of two seats are independent and the
+    // variance of their sum is the sum of variances.
+    const auto turn = static_cast<uint64_t>(seat);
+    walkStream(game, buckets, DealStream::response, turn * sampling.responseDeals,
+               sampling.responseDeals, sampling, 0, [&](std::span<BatchDeal> batch, uint64_t t) {
                    for (size_t d = 0; d < batch.size(); ++d)
                        batch[d].weight = static_cast<double>(t + d + 1);
                    walk.respond(responder, seat, batch);
                });
     ValueSum sum;
     Sum gain;
-    walkStream(game, buckets, DealStream::values, sampling.deals, sampling, sampling.responseDeals,
-               [&](std::span<BatchDeal> batch, uint64_t) {
+    walkStream(game, buckets, DealStream::values, turn * sampling.deals, sampling.deals, sampling,
+               sampling.responseDeals, [&](std::span<BatchDeal> batch, uint64_t) {
                    walk.iterate(HoldemRule::average, batch);
                    std::vector<double> kept;
                    for (const BatchDeal& deal : batch)

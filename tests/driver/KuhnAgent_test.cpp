@@ -128,6 +128,8 @@ TEST(KuhnAgent, DamagedFilesAreKeptAsideAndReplaced) {
     const std::string noNodes(12, '\0'); // reads well and holds nothing
     std::string otherKeys = good;
     otherKeys[4 + 4] = '9'; // a card that no deal of this game has
+    std::string badSum = good;
+    badSum.replace(4 + 84, 8, std::string(8, '\xff')); // a strategy sum that is not a number
     std::string random(good.size(), '\0');
     rng_state_t rng;
     init_genrand(&rng, 7);
@@ -135,7 +137,7 @@ TEST(KuhnAgent, DamagedFilesAreKeptAsideAndReplaced) {
         byte = static_cast<char>(genrand_int32(&rng));
     for (const std::string& bad :
          {std::string(), good.substr(0, good.size() - 1), good.substr(0, 3), repeated, unterminated,
-          hugeCount, noNodes, otherKeys, random}) {
+          hugeCount, noNodes, otherKeys, badSum, random}) {
         PlayingDirectory::write(strategy(1), bad);
         testing::internal::CaptureStderr();
         const std::string printed = trainQuietly({1, 200});

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <initializer_list>
@@ -108,6 +109,24 @@ TEST(LimitHoldemAgent, SetsADamagedStrategyAsideAndTrainsAnew) {
                               "beside it as .bad\n");
         EXPECT_EQ(PlayingDirectory::read(file + ".bad"), damaged);
         EXPECT_EQ(std::filesystem::file_size(file), 2U * 4 * 4 + 63780 * 108);
+    }
+}
+
+// Keys that fit, with numbers that no training leaves.
+TEST(LimitHoldemAgent, SetsAStrategyOfDamagedSumsAside) {
+    const HoldemDirectory directory;
+    const std::string file = "strategies/holdem.limit.2p/strategy";
+    construct(limit2);
+    const std::string whole = PlayingDirectory::read(file);
+    constexpr size_t record = 4 + 20 * 108;
+    for (const double sum : {std::nan(""), -1.0, HUGE_VAL}) {
+        std::string damaged = whole;
+        std::memcpy(damaged.data() + record + 84 + 8, &sum, sizeof sum);
+        std::filesystem::remove(file + ".bad");
+        PlayingDirectory::write(file, damaged);
+        EXPECT_NE(construct(limit2)[1].find("is no strategy of this game"), std::string::npos)
+            << sum;
+        EXPECT_EQ(PlayingDirectory::read(file + ".bad"), damaged);
     }
 }
 

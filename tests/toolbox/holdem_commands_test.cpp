@@ -3,6 +3,7 @@
 #include "toolbox/program.h"
 
 #include <algorithm>
+#include <cstring>
 #include <random>
 #include <thread>
 
@@ -111,6 +112,82 @@ TEST_F(Holdem, PrepareTrainsOnceAndTakesAStoppedRunUp) {
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("80 information sets"), std::string::npos) << outcome.out;
     EXPECT_NE(outcome.out.find("iterations/s"), std::string::npos) << outcome.out;
+}
+
+TEST_F(Holdem, PrepareKnowsWhatAStrategyWasTrainedFor) {
+    ASSERT_EQ(run({"prepare", noLimit, "--seconds", "0.1", "--quiet"}).status, 0);
+    const fs::path home = directory / "strategies/holdem.nolimit.2p";
+    const std::string first = contentsOf(home / "strategy");
+    // Other tables: the same game over other buckets.
+    const fs::path flop = directory / "lookup/holdem_flop_2p_0";
+    std::string buckets = contentsOf(flop);
+    for (char& bucket : buckets)
+        bucket = static_cast<char>(9 - bucket);
+    writeFile(flop, buckets);
+    Outcome outcome = run({"prepare", noLimit, "--seconds", "0.1", "--quiet"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.err.find("was trained for"), std::string::npos) << outcome.err;
+    EXPECT_TRUE(contentsOf(home / "strategy.bad") == first);
+    // The checkpoint is the other tables', too, and is not gone on from.
+    EXPECT_NE(outcome.err.find("starting over"), std::string::npos) << outcome.err;
+    EXPECT_TRUE(fs::exists(home / "training.checkpoint.bad"));
+    // Another definition has a place of its own.
+    std::string definition = contentsOf(directory / noLimit);
+    definition.replace(definition.find("100 50"), 6, "300 150");
+    writeFile(directory / "dear.game", definition);
+    const std::string second = contentsOf(home / "strategy");
+    ASSERT_EQ(run({"prepare", "dear.game", "--seconds", "0.1", "--quiet"}).status, 0);
+    EXPECT_TRUE(fs::exists(directory / "strategies/dear/strategy"));
+    EXPECT_TRUE(contentsOf(home / "strategy") == second);
+    outcome = run({"show", "dear.game"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+}
+
+TEST_F(Holdem, PrepareKeepsTheCheckpointOfAnotherTraining) {
+    ASSERT_EQ(
+        run({"train", noLimit, "--algorithm", "dcfr", "--iterations", "6400", "--quiet"}).status,
+        0);
+    const fs::path checkpoint = directory / "strategies/holdem.nolimit.2p/training.checkpoint";
+    const std::string theirs = contentsOf(checkpoint);
+    fs::remove(directory / "strategies/holdem.nolimit.2p/manifest.json");
+    const Outcome outcome = run({"prepare", noLimit, "--seconds", "0.1", "--quiet"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_NE(outcome.err.find("algorithm = dcfr"), std::string::npos) << outcome.err;
+    EXPECT_TRUE(contentsOf(checkpoint.string() + ".bad") == theirs);
+}
+
+TEST_F(Holdem, DamagedStrategiesAreRefused) {
+    ASSERT_EQ(run({"train", noLimit, "--iterations", "640", "--quiet"}).status, 0);
+    const fs::path file = directory / "strategies/holdem.nolimit.2p/strategy";
+    const std::string whole = contentsOf(file);
+    const auto refused = [&](const char* command, size_t at, const std::string& bytes) {
+        std::string damaged = whole;
+        damaged.replace(at, bytes.size(), bytes);
+        writeFile(file, damaged);
+        const Outcome outcome = run({command, noLimit});
+        EXPECT_EQ(outcome.status, 1) << outcome.out;
+        return outcome.err;
+    };
+    const double negative = -1.0;
+    const std::string sum(reinterpret_cast<const char*>(&negative), sizeof negative);
+    const size_t record = 4 + 3 * sizeof(StrategyRecord);
+    const size_t sums = record + offsetof(StrategyRecord, strategySum);
+    EXPECT_NE(refused("exploit", record, std::string(60, '\0')).find("damaged"), std::string::npos);
+    EXPECT_NE(refused("exploit", sums, sum).find("damaged"), std::string::npos);
+    EXPECT_NE(refused("exploit", sums, std::string(8, '\xff')).find("damaged"), std::string::npos);
+    // Every node allows a raise, which no-limit's tree does not have.
+    std::string raises = whole;
+    for (size_t at = 0; at < whole.size();) {
+        StrategyCount count = 0;
+        std::memcpy(&count, whole.data() + at, sizeof count);
+        at += sizeof count;
+        for (; count > 0; --count, at += sizeof(StrategyRecord))
+            raises.replace(at + offsetof(StrategyRecord, regretSum) + 16, 8, std::string(8, '\0'));
+    }
+    writeFile(file, raises);
+    const Outcome outcome = run({"show", noLimit});
+    EXPECT_EQ(outcome.status, 1) << outcome.status;
+    EXPECT_NE(outcome.err.find("which the rules do not"), std::string::npos) << outcome.err;
 }
 
 TEST_F(Holdem, ExploitReportsValuesThatSumToZeroAndGains) {

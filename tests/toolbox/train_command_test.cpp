@@ -1,5 +1,6 @@
 #include "toolbox/program.h"
 
+#include <sstream>
 #include <thread>
 
 namespace tamarin::testing {
@@ -106,6 +107,57 @@ TEST_F(Train, DoesNotOverwriteAnEarlierRunUnasked) {
     EXPECT_EQ(contentsOf(strategies() / "strategy0"), before);
     EXPECT_EQ(run({"train", game, "--iterations", "9", "--quiet", "--fresh"}).status, 0);
     EXPECT_FALSE(fs::exists(strategies() / "checkpoint.00000000000000000005"));
+}
+
+TEST_F(Train, LeavesTheCheckpointsOfARunThatGoesOn) {
+    const pid_t running = start({"train", game, "--seconds", "60", "--checkpoint-every", "20000",
+                                 "--until-nashconv", "1e-300", "--quiet"});
+    const auto checkpoints = [&] {
+        int count = 0;
+        if (fs::exists(strategies()))
+            for (const auto& entry : fs::directory_iterator(strategies()))
+                count += entry.path().filename().string().starts_with("checkpoint.");
+        return count;
+    };
+    for (int i = 0; i < 1000 && checkpoints() == 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    kill(running, SIGSTOP);
+    ASSERT_GT(checkpoints(), 0);
+    const pid_t other = start({"train", game, "--iterations", "9", "--quiet", "--fresh"});
+    const Outcome refused = finish(other);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.err.find("locked by process"), std::string::npos) << refused.err;
+    EXPECT_GT(checkpoints(), 0);
+    kill(running, SIGCONT);
+    kill(running, SIGKILL);
+    finish(running);
+}
+
+TEST_F(Train, ALogOfAKilledAndResumedRunNamesEachIterationOnce) {
+    const pid_t running = start({"train", game, "--seconds", "60", "--checkpoint-every", "5000",
+                                 "--until-nashconv", "1e-300", "--quiet"});
+    const auto log = [&] { return contentsOf(strategies() / "convergence.jsonl"); };
+    const auto last = [&]() -> uint64_t {
+        const std::string text = log();
+        const size_t at = text.rfind("{\"iteration\":");
+        return at == std::string::npos ? 0 : std::stoull(text.substr(at + 13));
+    };
+    for (int i = 0; i < 1000 && last() < 20'000; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    kill(running, SIGKILL);
+    finish(running);
+    const uint64_t goal = last() + 20'000;
+    ASSERT_EQ(
+        run({"train", game, "--resume", "--quiet", "--iterations", std::to_string(goal)}).status,
+        0);
+    std::istringstream lines(log());
+    uint64_t before = 0;
+    for (std::string line; std::getline(lines, line);) {
+        const uint64_t iteration = std::stoull(line.substr(13));
+        EXPECT_GT(iteration, before);
+        before = iteration;
+    }
+    EXPECT_EQ(before, goal);
 }
 
 TEST_F(Train, WrongUsageIsStatusTwo) {
