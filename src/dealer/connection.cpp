@@ -24,7 +24,8 @@ Connection::Connection(int fd, SocketCalls& calls) : fd_(fd), calls_(&calls) {
 Connection::Connection(Connection&& other) noexcept
     : fd_(std::exchange(other.fd_, -1)), calls_(other.calls_), input_(std::move(other.input_)),
       taken_(other.taken_), scanned_(other.scanned_), output_(std::move(other.output_)),
-      broken_(other.broken_), ended_(other.ended_), ending_(std::move(other.ending_)) {}
+      holding_(other.holding_), broken_(other.broken_), ended_(other.ended_),
+      ending_(std::move(other.ending_)) {}
 
 Connection& Connection::operator=(Connection&& other) noexcept {
     if (this != &other) {

@@ -56,6 +56,19 @@ TEST(Connection, TakesLinesApart) {
     EXPECT_EQ(line, "four");
 }
 
+TEST(Connection, HoldsBackWhatItHoldsWhenItMoves) {
+    const auto link = makeLink();
+    Connection first(link->dealerEnd);
+    first.hold("kept back\n");
+    EXPECT_FALSE(first.wantsToWrite());
+    Connection second(std::move(first));
+    EXPECT_FALSE(second.wantsToWrite());
+    const auto other = makeLink();
+    Connection third(other->dealerEnd);
+    third = std::move(second);
+    EXPECT_FALSE(third.wantsToWrite());
+}
+
 TEST(Connection, TakesDribbledBytes) {
     const auto link = makeLink();
     Connection connection(link->dealerEnd);
