@@ -28,7 +28,7 @@ struct Range {
     double sum = 0;
 
     void add(double value, uint64_t index) {
-        if (std::isnan(value))
+        if (!std::isfinite(value))
             return;
         ++numbers;
         sum += value;
@@ -89,7 +89,7 @@ void spread(std::span<const T> entries, TableSummary& summary, int threads) {
                    [&](std::vector<uint64_t>&own, size_t begin, size_t end) {
                        for (size_t i = begin; i < end; ++i) {
                            const auto value = static_cast<double>(entries[i]);
-                           if (std::isnan(value))
+                           if (!std::isfinite(value))
                                continue;
                            const double place = bins == 1 ? 0 : (value - from) / width;
                            ++own[std::min(bins - 1, static_cast<size_t>(place))];

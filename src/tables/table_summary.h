@@ -28,7 +28,7 @@ struct TableSummary {
     };
     const TableFile* file = nullptr;
     uint64_t entries = 0;
-    uint64_t notNumbers = 0; // not counted below
+    uint64_t notNumbers = 0; // and infinite ones; not counted below
     Extreme least;
     Extreme greatest;
     double mean = 0;

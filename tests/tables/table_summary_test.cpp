@@ -76,6 +76,18 @@ TEST_F(Summary, CountsWhatIsNoNumber) {
     EXPECT_TRUE(summary.histogram.empty());
 }
 
+// No range has room for it: places in the histogram were once computed from infinity.
+TEST_F(Summary, InfinityIsNoNumber) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    writeSparse<double>(equityPath(2, 0), roundSizes[0], {infinity, 0.5, -infinity});
+    const TableSummary summary = summaryOf(equityPath(2, 0));
+    EXPECT_EQ(summary.notNumbers, 2U);
+    EXPECT_EQ(summary.least.value, 0);
+    EXPECT_EQ(summary.greatest.value, 0.5);
+    EXPECT_EQ(summary.histogram.front().entries, 166U);
+    EXPECT_EQ(summary.histogram.back().entries, 1U);
+}
+
 TEST_F(Summary, OneValueIsOneBin) {
     writeSparse<double>(equityPath(2, 0), roundSizes[0]);
     const TableSummary summary = summaryOf(equityPath(2, 0));
