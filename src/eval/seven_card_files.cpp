@@ -54,6 +54,12 @@ Result<TableFileCheck> checkSevenCardFile(const std::string& path) {
     return checkFile(path, sevenCardBytes, SevenCardTable::ranksSampleHands);
 }
 
+Result<TableFileCheck> compareSevenCardFile(const std::string& path, const SevenCardTable& right) {
+    return checkFile(path, sevenCardBytes, [&](std::span<const int32_t> entries) {
+        return std::equal(entries.begin(), entries.end(), right.entries().begin());
+    });
+}
+
 Result<TableFileCheck> checkDenseRankFile(const std::string& path) {
     return checkFile(path, handValueCount * sizeof(int32_t), [](std::span<const int32_t> entries) {
         const std::vector<int32_t> right = makeDenseRankTable();
@@ -89,6 +95,17 @@ Result<SevenCardBuild> buildSevenCardFiles(const std::string& directory, bool fo
         build.madeRanks = true;
     }
     return build;
+}
+
+Status mendSevenCardFile(const std::string& path, int threads) {
+    const SevenCardTable right = SevenCardTable::generate(threads);
+    const Result<TableFileCheck> check = compareSevenCardFile(path, right);
+    if (check && check->state == TableFileState::missing)
+        return Error{path + " is missing"};
+    const Result<bool> needed = clearTheWay(path, check, false);
+    if (!needed)
+        return Error{needed.error()};
+    return *needed ? right.save(path) : Status();
 }
 
 } // namespace tamarin

@@ -1,6 +1,7 @@
 // Making the seven-card table's two files, and only when they are needed.
 #pragma once
 
+#include "eval/seven_card_table.h"
 #include "support/result.h"
 
 #include <cstdint>
@@ -23,6 +24,9 @@ struct TableFileCheck {
 // Looks at a file without changing it. An error is a file about which nothing can be said: it
 // cannot be read, or is no regular file.
 Result<TableFileCheck> checkSevenCardFile(const std::string& path);
+// The same of every entry, where checkSevenCardFile looks at a few dozen hands: right is a table
+// that was generated. Half a second of reading, and as much before for generating.
+Result<TableFileCheck> compareSevenCardFile(const std::string& path, const SevenCardTable& right);
 Result<TableFileCheck> checkDenseRankFile(const std::string& path);
 
 struct SevenCardBuild {
@@ -37,5 +41,10 @@ struct SevenCardBuild {
 Result<SevenCardBuild> buildSevenCardFiles(const std::string& directory, bool force = false,
                                            int threads = 0,
                                            const std::function<void(uint64_t)>& done = {});
+
+// For work that builds on every entry: generates the table and compares the file with it; where
+// they differ, the file is announced, kept as NAME.bad and made anew as above. A missing one is an
+// error.
+Status mendSevenCardFile(const std::string& path, int threads = 0);
 
 } // namespace tamarin

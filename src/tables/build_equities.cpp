@@ -1,6 +1,7 @@
 // Exact equities of all rounds at once.
 
 #include "abstraction/equity_files.h"
+#include "eval/seven_card_files.h"
 #include "support/progress.h"
 #include "tables/build_steps.h"
 
@@ -21,7 +22,11 @@ uint64_t leastEquityMemory() {
 }
 
 Status buildEquities(const BuildOptions& options, const Work& work, const Files& files) {
-    auto table = SevenCardTable::open(inDirectory(options.directory, sevenCardTablePath));
+    const std::string sevenCards = inDirectory(options.directory, sevenCardTablePath);
+    // One wrong entry would be in every table of equities.
+    if (Status right = mendSevenCardFile(sevenCards, work.threads); !right)
+        return right;
+    auto table = SevenCardTable::open(sevenCards);
     if (!table)
         return Error{table.error()};
     Work counting = work;

@@ -84,13 +84,23 @@ private:
         return at->second;
     }
 
-    std::string sevenCards(const TableFile& file) const {
+    std::string sevenCards(const TableFile& file) {
         const std::string path = inDirectory(options_.directory, file.path);
-        const auto check =
-            file.path == sevenCardTablePath ? checkSevenCardFile(path) : checkDenseRankFile(path);
+        const auto check = file.path == sevenCardTablePath
+                               ? compareSevenCardFile(path, sevenCardTable())
+                               : checkDenseRankFile(path);
         if (!check)
             return check.error();
-        return check->state == TableFileState::bad ? check->problem : "";
+        // Whoever prints it names the file.
+        return check->state == TableFileState::bad ? check->problem.substr(path.size() + 1) : "";
+    }
+
+    // Generated, once: no file is trusted.
+    const SevenCardTable& sevenCardTable() {
+        if (!sevenCardTable_)
+            sevenCardTable_ =
+                std::make_unique<SevenCardTable>(SevenCardTable::generate(options_.threads));
+        return *sevenCardTable_;
     }
 
     std::string equities(const TableFile& file) {
@@ -119,11 +129,8 @@ private:
     }
 
     double riverEquity(const uint8_t* hand, int players) {
-        if (!sevenCardTable_)
-            sevenCardTable_ =
-                std::make_unique<SevenCardTable>(SevenCardTable::generate(options_.threads));
         std::array<RiverWins, riverHoles> wins;
-        sweepRiver(*sevenCardTable_, hand + 2, wins.data());
+        sweepRiver(sevenCardTable(), hand + 2, wins.data());
         uint8_t left[deckCards];
         const size_t count = cardsWithout(hand + 2, 5, left);
         const auto position = [&](uint8_t card) {

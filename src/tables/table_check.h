@@ -1,6 +1,7 @@
 // Whether the tables below lookup/ are what the builder makes.
 //
-// Sizes; ranges of every entry; and the contents made afresh: for random hands drawn by seed, river
+// Sizes; ranges of every entry; and the contents made afresh: the seven-card table and its ranks
+// whole; for random hands drawn by seed, river
 // equities from a sweep of the board and earlier equities as means over the next card; clusters and
 // buckets, all of them, from the tables they are made from. Utilities are sampled, so only their
 // range is looked at here; their hashes are the manifest's business.

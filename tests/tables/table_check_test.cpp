@@ -1,6 +1,10 @@
 #include "tables/table_check.h"
 
 #include "abstraction/sparse_tables.h"
+#include "eval/seven_card_files.h"
+#include "eval/seven_card_table.h"
+
+#include <fstream>
 
 #include <gtest/gtest.h>
 
@@ -44,6 +48,21 @@ TEST_F(Check, RemakesEveryCluster) {
     EXPECT_EQ(problemOf(clusterPath(2, 0)), "");
     writeClusters(1);
     EXPECT_EQ(problemOf(clusterPath(2, 0)), "is wrong at hand 0");
+}
+
+// A look at some hands was once all that the file was trusted on.
+TEST_F(Check, ComparesTheWholeSevenCardTable) {
+    ASSERT_TRUE(buildSevenCardFiles("lookup").ok());
+    EXPECT_EQ(problemOf(sevenCardTablePath), "");
+    std::fstream file(sevenCardTablePath, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekg(100'000'000);
+    const int byte = file.get();
+    file.seekp(100'000'000).put(static_cast<char>(byte ^ 1));
+    file.close();
+    const auto sampled = checkSevenCardFile(sevenCardTablePath);
+    ASSERT_TRUE(sampled.ok());
+    EXPECT_EQ(sampled->state, TableFileState::good) << "a few hands do not show it";
+    EXPECT_EQ(problemOf(sevenCardTablePath), "does not rank hands as the rules do");
 }
 
 TEST_F(Check, LooksAtRanges) {
