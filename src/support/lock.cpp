@@ -79,7 +79,7 @@ void writeHolder(int fd) {
 
 } // namespace
 
-Result<FileLock> FileLock::wait(const std::string& path, bool (*keepWaiting)()) {
+Result<FileLock> FileLock::wait(const std::string& path, const std::function<bool()>& keepWaiting) {
     for (;;) {
         const int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
         if (fd < 0) {

@@ -6,6 +6,7 @@
 
 #include "support/result.h"
 
+#include <functional>
 #include <string>
 
 namespace tamarin {
@@ -15,7 +16,7 @@ public:
     // Takes the lock at once or fails at once; the error names the holder's process and host.
     static Result<FileLock> take(const std::string& path);
     // Waits for it; false from keepWaiting (asked a few times a second) gives up with an error.
-    static Result<FileLock> wait(const std::string& path, bool (*keepWaiting)());
+    static Result<FileLock> wait(const std::string& path, const std::function<bool()>& keepWaiting);
 
     FileLock(FileLock&& other) noexcept;
     FileLock& operator=(FileLock&& other) noexcept;

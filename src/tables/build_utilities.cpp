@@ -107,16 +107,24 @@ Status train(const BuildOptions& options, const Work& work,
     return stopping ? Status(stopped()) : Status();
 }
 
-Status fill(const BuildOptions& options, const Work& work, const RoundGame& round) {
+// Both seats are sampled in one go, but only the files asked for are written: the other one, good
+// already, may come from another seed.
+Status fill(const BuildOptions& options, const Work& work, const RoundGame& round,
+            const Files& wanted) {
     const size_t hands = roundSizes[static_cast<size_t>(round.round)];
     const UtilityFiller filler(*round.auxiliary, round.lookup(), round.round);
-    std::vector<AtomicFile> files;
-    for (int seat = 0; seat < 2; ++seat) {
-        auto file =
-            AtomicFile::create(inDirectory(options.directory, utilityPath(2, round.round, seat)));
+    struct Output {
+        size_t seat;
+        AtomicFile file;
+    };
+    std::vector<Output> outputs;
+    for (const TableFile* table : wanted) {
+        if (table->round != round.round)
+            continue;
+        auto file = AtomicFile::create(inDirectory(options.directory, table->path));
         if (!file)
             return Error{file.error()};
-        files.push_back(std::move(*file));
+        outputs.push_back({static_cast<size_t>(table->seat), std::move(*file)});
     }
     const std::string step =
         "Sampling " + std::string(roundNames[static_cast<size_t>(round.round)]) + " utilities";
@@ -137,16 +145,16 @@ Status fill(const BuildOptions& options, const Work& work, const RoundGame& roun
         }
         if (work.shouldStop())
             return stopped();
-        for (size_t seat = 0; seat < 2; ++seat)
-            if (Status written =
-                    files[seat].write(utilities[seat].data(), (last - first) * sizeof(double));
+        for (Output& output : outputs)
+            if (Status written = output.file.write(utilities[output.seat].data(),
+                                                   (last - first) * sizeof(double));
                 !written)
                 return written;
         if (options.progress)
             options.progress(step, last, hands);
     }
-    for (AtomicFile& file : files)
-        if (Status committed = file.commit(); !committed)
+    for (Output& output : outputs)
+        if (Status committed = output.file.commit(); !committed)
             return committed;
     return {};
 }
@@ -168,7 +176,7 @@ Status buildUtilities(const BuildOptions& options, const Work& work, const Files
     if (Status trained = train(options, work, rounds); !trained)
         return trained;
     for (const auto& round : rounds)
-        if (Status filled = fill(options, work, *round); !filled)
+        if (Status filled = fill(options, work, *round, files); !filled)
             return filled;
     return {};
 }

@@ -12,6 +12,8 @@
 #include "support/resources.h"
 #include "tables/build_steps.h"
 
+#include <algorithm>
+
 namespace tamarin {
 
 namespace {
@@ -31,9 +33,12 @@ Status checkMemory(const BuildOptions& options, const TablePlan& plan) {
 }
 
 Status buildSevenCards(const BuildOptions& options, const Work& work) {
+    const auto& groups = options.groups;
+    const bool wanted = groups.empty() || std::find(groups.begin(), groups.end(),
+                                                    TableGroup::sevenCards) != groups.end();
     const auto built = buildSevenCardFiles(
-        inDirectory(options.directory, lookupDirectory),
-        options.force && options.groups.size() == 1, work.threads, [&](uint64_t rows) {
+        inDirectory(options.directory, lookupDirectory), options.force && wanted, work.threads,
+        [&](uint64_t rows) {
             if (options.progress)
                 options.progress("Computing the seven-card table", rows, sevenCardStates);
         });
@@ -67,7 +72,14 @@ Result<FileLock> lockTables(const BuildOptions& options) {
         return lock;
     if (options.log)
         options.log("waiting: " + lock.error());
-    return FileLock::wait(path, [] { return !interrupted(); });
+    bool stopping = false;
+    lock = FileLock::wait(path, [&] {
+        stopping = options.stop && options.stop();
+        return !stopping && !interrupted();
+    });
+    if (stopping)
+        return stopped();
+    return lock;
 }
 
 Status checkPlaces(const TablePlan& plan) {

@@ -1,12 +1,16 @@
 #include "tables/table_builder.h"
 
 #include "abstraction/table_store.h"
+#include "eval/seven_card_files.h"
 #include "support/file.h"
 #include "support/lock.h"
+#include "support/resources.h"
+#include "tables/build_steps.h"
 #include "tables/later_rounds.h"
 
 #include <algorithm>
 #include <atomic>
+#include <fstream>
 #include <sys/stat.h>
 #include <thread>
 
@@ -80,6 +84,22 @@ TEST_F(Builder, BytesDependOnTheSeedAlone) {
     EXPECT_NE(preflopUtilities(), first);
 }
 
+// Both were once written whichever was missing, and the manifest then knew one of them no more.
+TEST_F(Builder, LeavesTheOtherSeatsUtilitiesAlone) {
+    options.groups = {TableGroup::utilities};
+    made(buildTables(options));
+    const std::string first = contents(utilityPath(2, 0, 0));
+    const std::string second = contents(utilityPath(2, 0, 1));
+    std::filesystem::remove(utilityPath(2, 0, 1));
+    EXPECT_EQ(made(buildTables(options)), std::vector<std::string>{utilityPath(2, 0, 1)});
+    EXPECT_EQ(contents(utilityPath(2, 0, 1)), second);
+    std::filesystem::remove(utilityPath(2, 0, 1));
+    options.seed = 2;
+    EXPECT_EQ(made(buildTables(options)), std::vector<std::string>{utilityPath(2, 0, 1)});
+    EXPECT_EQ(contents(utilityPath(2, 0, 0)), first);
+    EXPECT_NE(contents(utilityPath(2, 0, 1)), second);
+}
+
 TEST_F(Builder, SetsAFileOfTheWrongSizeAside) {
     made(buildTables(options));
     const std::string good = contents(holdemPath(2, 0, 1));
@@ -120,6 +140,71 @@ TEST_F(Builder, TwoInOneDirectoryTakeTurns) {
     other.join();
     EXPECT_EQ(first.size() + second.size(), 9U);
     EXPECT_TRUE(first.empty() || second.empty());
+}
+
+// It was once left as it was, and said to be made, unless it was the only group asked for.
+TEST_F(Builder, ForceMakesTheSevenCardTableBesideOtherGroups) {
+    if (availableMemory() < leastEquityMemory() * 2)
+        GTEST_SKIP() << "too little memory";
+    const std::string ranks = "lookup/tpt.indexes";
+    std::filesystem::remove("lookup/tpt"); // an empty one
+    ASSERT_TRUE(buildSevenCardFiles("lookup", true).ok());
+    for (const std::vector<TableGroup>& groups :
+         {std::vector<TableGroup>{TableGroup::sevenCards, TableGroup::clusters},
+          std::vector<TableGroup>{}}) {
+        const auto before = std::filesystem::last_write_time(ranks);
+        options.groups = groups;
+        options.force = true;
+        options.memory = leastEquityMemory();
+        // The other groups take long and come after it.
+        std::atomic<bool> after{false};
+        options.progress = [&](const std::string& step, uint64_t, uint64_t) {
+            after = after || step != "Computing the seven-card table";
+        };
+        options.stop = [&] { return after.load(); };
+        (void)buildTables(options);
+        EXPECT_NE(std::filesystem::last_write_time(ranks), before) << groups.size();
+    }
+}
+
+// Equities are counted with every entry of it; a look at some hands once was all.
+TEST_F(Builder, EquitiesAreNotCountedWithADamagedTable) {
+    if (availableMemory() < leastEquityMemory() * 2)
+        GTEST_SKIP() << "too little memory";
+    std::filesystem::remove("lookup/tpt"); // an empty one
+    ASSERT_TRUE(buildSevenCardFiles("lookup", true).ok());
+    const std::string right = contents("lookup/tpt");
+    std::fstream file("lookup/tpt", std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(100'000'000).put(static_cast<char>(right[100'000'000] ^ 1));
+    file.close();
+    std::filesystem::remove(equityPath(2, 0));
+    options.groups = {TableGroup::equities};
+    options.memory = leastEquityMemory();
+    std::atomic<bool> counting{false};
+    options.progress = [&](const std::string& step, uint64_t, uint64_t) {
+        counting = counting || step == "Ranking river boards";
+    };
+    options.stop = [&] { return counting.load(); };
+    ::testing::internal::CaptureStderr();
+    const auto stopped = buildTables(options);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "ERROR: lookup/tpt does not rank hands as the rules do: rebuilding it\n");
+    ASSERT_FALSE(stopped.ok());
+    EXPECT_EQ(stopped.error(), "stopped");
+    EXPECT_TRUE(contents("lookup/tpt") == right);
+    EXPECT_TRUE(std::filesystem::exists("lookup/tpt.bad"));
+}
+
+// Only signals were once asked for here.
+TEST_F(Builder, StopsWhileItWaitsForItsTurn) {
+    const auto lock = FileLock::take(tableLockPath("lookup"));
+    ASSERT_TRUE(lock.ok());
+    std::atomic<bool> waiting{false};
+    options.log = [&](const std::string& line) { waiting = line.starts_with("waiting: "); };
+    options.stop = [&] { return waiting.load(); };
+    const auto stopped = buildTables(options);
+    ASSERT_FALSE(stopped.ok());
+    EXPECT_EQ(stopped.error(), "stopped");
 }
 
 TEST_F(Builder, TellsOfEveryStepWhileTheDirectoryIsLocked) {
