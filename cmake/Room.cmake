@@ -21,6 +21,10 @@ function(tamarin_room name)
     target_link_libraries(tamarin_${name} PUBLIC ${ROOM_LINKS})
 endfunction()
 
+# Of sanitizer builds, the leak check alone reads this; see the file.
+set(TAMARIN_TEST_ENVIRONMENT
+    "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/leaks.supp:print_suppressions=0")
+
 # tamarin_test(NAME SOURCES file... USES room... [LINKS lib...] [SLOW|THREADS])
 #
 # A GoogleTest program test_NAME whose cases are registered one by one with ctest. SLOW gives every
@@ -41,11 +45,14 @@ function(tamarin_test name)
         target_link_libraries(test_${name} PRIVATE tamarin_${used})
     endforeach()
     if(TEST_SLOW)
-        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS slow TIMEOUT 1800)
+        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS slow TIMEOUT 1800
+            ENVIRONMENT "${TAMARIN_TEST_ENVIRONMENT}")
     elseif(TEST_THREADS)
         add_dependencies(threaded_tests test_${name})
-        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS threads TIMEOUT 300)
+        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS threads TIMEOUT 300
+            ENVIRONMENT "${TAMARIN_TEST_ENVIRONMENT}")
     else()
-        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300
+            ENVIRONMENT "${TAMARIN_TEST_ENVIRONMENT}")
     endif()
 endfunction()

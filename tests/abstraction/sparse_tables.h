@@ -40,7 +40,9 @@ template <class T>
 void writeSparse(const std::string& path, size_t count, const std::vector<T>& first = {}) {
     FILE* const file = std::fopen(path.c_str(), "wb");
     ASSERT_NE(file, nullptr) << path;
-    ASSERT_EQ(std::fwrite(first.data(), sizeof(T), first.size(), file), first.size());
+    if (!first.empty()) {
+        ASSERT_EQ(std::fwrite(first.data(), sizeof(T), first.size(), file), first.size());
+    }
     std::fclose(file);
     std::filesystem::resize_file(path, count * sizeof(T));
 }

@@ -191,7 +191,7 @@ TEST(ReadGame, TakesAnyBytesForText) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(parseGame(std::string(100000, 'x')), nullptr);
     EXPECT_EQ(parseGame("stack = 999999999999999999999999999999 -1\n"), nullptr);
-    EXPECT_EQ(parseGame(std::string("num\0Players = 2\n\xff\xfe", 20)), nullptr);
+    EXPECT_EQ(parseGame(std::string("num\0Players = 2\n\xff\xfe", 18)), nullptr);
     testing::internal::GetCapturedStderr();
 }
 
