@@ -88,17 +88,17 @@ int dryRun(const HoldemGame& game, const HoldemTraining& options, HoldemTrainer&
         fmt::print("not measured: {}\n", enough.error());
         return exitDone;
     }
+    trainer.run(1); // finds memory that was never touched: not what training takes
+    const uint64_t warm = trainer.deals();
     const TimePoint start = steadyClock().now();
     double took = 0.0;
-    uint64_t warm = 0;
-    // The first deals find memory that was never touched.
     while (took < 2.0 && !interrupted()) {
         trainer.run(1);
-        if (took == 0.0)
-            warm = trainer.deals();
         took = seconds(steadyClock().now() - start);
     }
-    const double rate = static_cast<double>(trainer.deals()) / took;
+    if (interrupted())
+        return interruptStatus();
+    const double rate = static_cast<double>(trainer.deals() - warm) / took;
     fmt::print("{:.1f} iterations/s with {} threads ({} at a time): {}\n", rate,
                options.config.threads > 0 ? options.config.threads : omp_get_max_threads(), warm,
                describeGoal(options.goal, rate, 0));
