@@ -4,6 +4,9 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+#include <utility>
 
 namespace tamarin {
 
@@ -105,12 +108,43 @@ Status readHandLog(const Game* game, const std::string& path,
     }
 }
 
+struct HandLog::Output {
+    std::string path;
+    FILE* file = nullptr;
+    bool fresh = false; // there was no such file
+    bool begun = false;
+};
+
+void HandLog::Finish::operator()(Output* output) const {
+    if (output->file)
+        std::fclose(output->file);
+    if (output->fresh && !output->begun)
+        unlink(output->path.c_str());
+    delete output;
+}
+
 Result<HandLog> HandLog::create(const std::string& path) {
-    HandLog log;
-    log.path_ = path;
-    log.file_.reset(std::fopen(path.c_str(), "we"));
-    if (!log.file_)
+    const auto failed = [&] {
         return Error{"could not write " + path + ": " + std::strerror(errno)};
+    };
+    constexpr mode_t mode = 0666;
+    constexpr int flags = O_WRONLY | O_CREAT | O_CLOEXEC;
+    bool fresh = true;
+    int fd = open(path.c_str(), flags | O_EXCL, mode);
+    if (fd < 0 && errno == EEXIST) {
+        fresh = false;
+        fd = open(path.c_str(), flags, mode);
+    }
+    if (fd < 0)
+        return failed();
+    FILE* const file = fdopen(fd, "w"); // which does not cut a file that is open
+    if (!file) {
+        const Error error = failed();
+        ::close(fd);
+        return error;
+    }
+    HandLog log;
+    log.output_.reset(new Output{path, file, fresh, false});
     return log;
 }
 
@@ -123,14 +157,19 @@ Status HandLog::add(const Game* game, const LoggedHand& hand) {
 }
 
 Status HandLog::writeLine(const std::string& line) {
-    if (std::fprintf(file_.get(), "%s\n", line.c_str()) < 0 || std::fflush(file_.get()) != 0)
-        return Error{"could not write " + path_ + ": " + std::strerror(errno)};
+    FILE* const file = output_->file;
+    // A pipe or a device cannot be cut, and need not be.
+    if (!output_->begun && ftruncate(fileno(file), 0) != 0 && errno != EINVAL)
+        return Error{"could not write " + output_->path + ": " + std::strerror(errno)};
+    output_->begun = true;
+    if (std::fprintf(file, "%s\n", line.c_str()) < 0 || std::fflush(file) != 0)
+        return Error{"could not write " + output_->path + ": " + std::strerror(errno)};
     return {};
 }
 
 Status HandLog::close() {
-    if (std::fclose(file_.release()) != 0)
-        return Error{"could not write " + path_ + ": " + std::strerror(errno)};
+    if (std::fclose(std::exchange(output_->file, nullptr)) != 0)
+        return Error{"could not write " + output_->path + ": " + std::strerror(errno)};
     return {};
 }
 

@@ -37,10 +37,11 @@ Status readHandLog(const Game* game, const std::string& path,
                    const std::function<void(const LoggedHand&)>& receive);
 
 // Writes a log hand by hand: every hand is with the operating system when add() returns, so that a
-// reader sees the match as it goes and a kill costs at most the hand in play. An older file is
-// replaced.
+// reader sees the match as it goes and a kill costs at most the hand in play.
 class HandLog {
 public:
+    // Finds out whether the file can be written. An older one loses its contents with the first
+    // line and not before; a new one that has none by the end goes away.
     static Result<HandLog> create(const std::string& path);
     Status comment(const std::string& text);
     Status add(const Game* game, const LoggedHand& hand);
@@ -49,11 +50,11 @@ public:
 
 private:
     Status writeLine(const std::string& line);
-    struct CloseFile {
-        void operator()(FILE* file) const { std::fclose(file); }
+    struct Output;
+    struct Finish {
+        void operator()(Output* output) const;
     };
-    std::string path_;
-    std::unique_ptr<FILE, CloseFile> file_;
+    std::unique_ptr<Output, Finish> output_;
 };
 
 } // namespace tamarin

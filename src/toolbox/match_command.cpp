@@ -163,12 +163,6 @@ int match(const Options& options) {
         if (!created)
             return fail(created.error());
         log = std::move(*created);
-        if (Status status = log->comment(
-                fmt::format("tamarin match {} seed {} {}", bareName(*gameFile), options.seed,
-                            options.duplicate ? "duplicate"
-                                              : (options.fixedSeats ? "fixed seats" : "rotated")));
-            !status)
-            return fail(status.error());
     }
 
     const auto plans = planSeats(options, seats, *gameFile);
@@ -183,6 +177,14 @@ int match(const Options& options) {
         complain(players.error());
         return interrupted() ? interruptStatus() : exitFailed;
     }
+
+    if (log)
+        if (Status status = log->comment(
+                fmt::format("tamarin match {} seed {} {}", bareName(*gameFile), options.seed,
+                            options.duplicate ? "duplicate"
+                                              : (options.fixedSeats ? "fixed seats" : "rotated")));
+            !status)
+            return fail(status.error());
 
     std::optional<Progress> progress;
     if (!options.quiet)

@@ -96,6 +96,26 @@ TEST_F(HandLogFile, IsReadWhileItIsWritten) {
     EXPECT_TRUE(contents(path).starts_with("# two words\nSTATE:0:"));
 }
 
+TEST_F(HandLogFile, ReplacesAnOlderOneWithItsFirstLine) {
+    {
+        auto log = HandLog::create(path);
+        ASSERT_TRUE(log.ok());
+        EXPECT_TRUE(std::filesystem::exists(path));
+    }
+    EXPECT_FALSE(std::filesystem::exists(path)) << "nothing was written";
+    std::ofstream(path) << "an older and longer match\n";
+    {
+        auto log = HandLog::create(path);
+        ASSERT_TRUE(log.ok());
+    }
+    EXPECT_EQ(contents(path), "an older and longer match\n");
+    auto log = HandLog::create(path);
+    ASSERT_TRUE(log.ok());
+    ASSERT_TRUE(log->comment("new").ok());
+    EXPECT_EQ(contents(path), "# new\n");
+    EXPECT_TRUE(log->close().ok());
+}
+
 TEST_F(HandLogFile, ALineCutOffIsNoHand) {
     const GamePtr game = loadGameFile("kuhn.limit.3p.game");
     std::ofstream(path) << "STATE:7:crff:Qs|Ks|As:-1|2|-1:a|b|c\nSTATE:8:crff:Qs|Ks|As:-1|2|-1:a|b";

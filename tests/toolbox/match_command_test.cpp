@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -309,6 +310,23 @@ TEST(MatchCommand, MissingFiles) {
     run = runTamarin(match({"--log", "/nonexistent/log"}) + threeBots);
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, "tamarin: could not write /nonexistent/log: No such file or directory\n");
+}
+
+// The log of an earlier match was once cut before anybody had a seat.
+TEST(MatchCommand, KeepsAnOldLogUntilTheFirstHand) {
+    const Scratch scratch;
+    const std::vector<std::string> seats = {"--seat",     "a=exit 1", "--seat",
+                                            "b=bot:call", "--seat",   "c=bot:call"};
+    std::ofstream(scratch / "log") << "an older match\n";
+    EXPECT_EQ(runTamarin(match({"--log", "log"}) + seats, scratch.path()).status, 1);
+    EXPECT_EQ(contents(scratch / "log"), "an older match\n");
+    EXPECT_EQ(runTamarin(match({"--log", "new"}) + seats, scratch.path()).status, 1);
+    EXPECT_FALSE(std::filesystem::exists(scratch / "new"));
+    EXPECT_EQ(
+        runTamarin(match({"--log", "log", "--hands", "3", "--quiet"}) + threeBots, scratch.path())
+            .status,
+        0);
+    EXPECT_TRUE(contents(scratch / "log").starts_with("# tamarin match kuhn.limit.3p"));
 }
 
 TEST(MatchCommand, LogThatCannotBeWrittenEndsTheMatch) {
