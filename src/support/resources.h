@@ -8,8 +8,14 @@
 
 namespace tamarin {
 
-// Bytes of memory that can be had without swapping; 0 when the system does not say.
+// Bytes of memory that can be had without swapping, by the machine and by the limits of the control
+// groups that this process is in (containers are such); 0 when the system does not say.
 uint64_t availableMemory();
+
+// What the limits of a control group (version 2) and of those above it leave: limit less use, file
+// pages that can be dropped not counted. mount is where the groups lie, group the path below it.
+// UINT64_MAX where there is no limit.
+uint64_t memoryLeftInGroup(const std::string& mount, const std::string& group);
 
 // Free bytes on the disk that holds the path, or would hold it: of the nearest directory above it
 // that exists. 0 when the system does not say.
