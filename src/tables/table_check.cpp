@@ -248,7 +248,12 @@ private:
 std::vector<CheckedTable> checkTables(const CheckOptions& options) {
     std::vector<CheckedTable> checked;
     Checker checker(options);
-    for (const PlannedTable& table : planTables(options.directory, {}, false).tables) {
+    const auto& groups = options.groups;
+    for (const PlannedTable& table : planTables(options.directory, groups, false).tables) {
+        // A plan has what missing ones are made from, too.
+        if (!groups.empty() &&
+            std::find(groups.begin(), groups.end(), table.file->group) == groups.end())
+            continue;
         CheckedTable result{table.file, table.state, ""};
         if (options.progress)
             options.progress(table.file->path);

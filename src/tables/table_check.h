@@ -19,6 +19,7 @@ namespace tamarin {
 
 struct CheckOptions {
     std::string directory = ".";
+    std::vector<TableGroup> groups; // to be checked; all when empty
     uint64_t seed = 1;
     int hands = 200; // drawn of each equity table
     int threads = 0;
@@ -31,7 +32,7 @@ struct CheckedTable {
     std::string problem; // empty: good, as far as it could be checked
 };
 
-// Every table, in order; what is missing is no problem.
+// Every table of the groups, in order; what is missing is no problem.
 std::vector<CheckedTable> checkTables(const CheckOptions& options);
 
 } // namespace tamarin

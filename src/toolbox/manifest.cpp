@@ -2,6 +2,7 @@
 
 #include "support/file.h"
 #include "support/util.h"
+#include "toolbox/command.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -68,9 +69,18 @@ Result<Contents> readManifest(const std::string& path) {
     return contents;
 }
 
-Contents contentsOrNone(const std::string& path) {
+// For a change: without a manifest nothing, and one that makes no sense is put aside.
+Result<Contents> contentsToChange(const std::string& path) {
+    if (!file_exist(path))
+        return Contents{};
     auto contents = readManifest(path);
-    return contents ? std::move(*contents) : Contents{};
+    if (contents)
+        return contents;
+    if (Status aside = setAsideBadFile(path); !aside)
+        return Error{aside.error()};
+    complain("{} could not be read as a manifest: it is kept as {}.bad, and a new one begun", path,
+             path);
+    return Contents{};
 }
 
 Status writeManifest(const std::string& path, const Contents& contents) {
@@ -145,32 +155,38 @@ Result<std::string> hashOfFile(const std::string& path) {
 
 Status recordFiles(const std::string& directory, const std::vector<ManifestEntry>& entries) {
     const std::string path = manifestOf(directory);
-    Contents contents = contentsOrNone(path);
+    auto contents = contentsToChange(path);
+    if (!contents)
+        return Error{contents.error()};
     for (const ManifestEntry& entry : entries)
-        if (Status entered = enter(contents, directory, entry); !entered)
+        if (Status entered = enter(*contents, directory, entry); !entered)
             return entered;
-    return writeManifest(path, contents);
+    return writeManifest(path, *contents);
 }
 
 Status announceFiles(const std::string& directory, const std::vector<ManifestEntry>& entries) {
     const std::string path = manifestOf(directory);
-    Contents contents = contentsOrNone(path);
-    if (Status entered = enterAnnounced(contents, directory); !entered)
+    auto contents = contentsToChange(path);
+    if (!contents)
+        return Error{contents.error()};
+    if (Status entered = enterAnnounced(*contents, directory); !entered)
         return entered;
     for (const ManifestEntry& entry : entries)
-        contents.begun.push_back(
+        contents->begun.push_back(
             {{"name", entry.name}, {"made", entry.made}, {"from", entry.from}, {"since", now()}});
-    return writeManifest(path, contents);
+    return writeManifest(path, *contents);
 }
 
 Status recordAnnounced(const std::string& directory) {
     const std::string path = manifestOf(directory);
-    Contents contents = contentsOrNone(path);
-    if (contents.begun.empty())
+    auto contents = contentsToChange(path);
+    if (!contents)
+        return Error{contents.error()};
+    if (contents->begun.empty())
         return {};
-    if (Status entered = enterAnnounced(contents, directory); !entered)
+    if (Status entered = enterAnnounced(*contents, directory); !entered)
         return entered;
-    return writeManifest(path, contents);
+    return writeManifest(path, *contents);
 }
 
 std::string recordedSource(const std::string& directory, const std::string& name) {
@@ -181,27 +197,37 @@ std::string recordedSource(const std::string& directory, const std::string& name
     return record != contents->files.end() ? textOf(*record, "from") : "";
 }
 
-Result<std::vector<std::string>> compareWithManifest(const std::string& directory,
-                                                     std::vector<std::string>& good) {
+Result<std::vector<Difference>>
+compareWithManifest(const std::string& directory, std::vector<std::string>& good,
+                    const std::function<bool(const std::string&)>& wanted) {
     const std::string path = manifestOf(directory);
     if (!file_exist(path))
         return Error{"there is no " + path};
     const auto contents = readManifest(path);
     if (!contents)
         return Error{contents.error()};
-    std::vector<std::string> differences;
+    std::vector<Difference> differences;
     for (const Json& record : contents->files) {
         const std::string name = textOf(record, "name");
         const std::string file = directory + '/' + name;
-        if (name.empty() || !file_exist(file))
+        if (name.empty() || (wanted && !wanted(name)) || !file_exist(file))
             continue;
+        struct stat status = {};
+        const auto size = record.find("size");
+        if (size != record.end() && size->is_number_unsigned() &&
+            stat(file.c_str(), &status) == 0 &&
+            static_cast<uint64_t>(status.st_size) != size->get<uint64_t>()) {
+            differences.push_back({name, fmt::format("it has {} bytes, not {} as in the manifest",
+                                                     status.st_size, size->get<uint64_t>())});
+            continue;
+        }
         const auto hash = hashOfFile(file);
-        const std::string wanted = textOf(record, "xxh3");
+        const std::string recorded = textOf(record, "xxh3");
         if (!hash)
-            differences.push_back(hash.error());
-        else if (*hash != wanted)
-            differences.push_back(file + ": its hash is " + *hash + ", not " + wanted +
-                                  " as in the manifest");
+            differences.push_back({name, "cannot be read: " + hash.error()});
+        else if (*hash != recorded)
+            differences.push_back(
+                {name, fmt::format("its hash is {}, not {} as in the manifest", *hash, recorded)});
         else
             good.push_back(name);
     }

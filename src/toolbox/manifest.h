@@ -14,6 +14,7 @@
 
 #include "support/result.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,8 @@ struct ManifestEntry {
 };
 
 // Adds or replaces the entries, taking sizes and hashes from the files, and takes them off the
-// announced ones. A manifest that cannot be read is replaced.
+// announced ones. A manifest that cannot be read is kept as manifest.json.bad, with a line on
+// standard error, and a new one begun; so by the next two.
 Status recordFiles(const std::string& directory, const std::vector<ManifestEntry>& entries);
 
 // Says that these files are about to be made; first records what was announced before.
@@ -36,11 +38,17 @@ Status announceFiles(const std::string& directory, const std::vector<ManifestEnt
 // no error.
 Status recordAnnounced(const std::string& directory);
 
-// What differs from the manifest, a line each; the names of the files that do not differ go to
+struct Difference {
+    std::string name;    // of the file
+    std::string problem; // "its hash is 0123456789abcdef, not ... as in the manifest"
+};
+
+// What differs from the manifest; the names of the files that do not differ go to
 // good. Files that are not there any more are left out. An error when there is no manifest, or none
-// that makes sense.
-Result<std::vector<std::string>> compareWithManifest(const std::string& directory,
-                                                     std::vector<std::string>& good);
+// that makes sense. wanted: the names to look at; all when not given.
+Result<std::vector<Difference>>
+compareWithManifest(const std::string& directory, std::vector<std::string>& good,
+                    const std::function<bool(const std::string& name)>& wanted = {});
 
 // What a file of the manifest was made from; empty where the manifest does not say.
 std::string recordedSource(const std::string& directory, const std::string& name);

@@ -3,28 +3,49 @@
 #include "tables/table_check.h"
 #include "toolbox/command.h"
 #include "toolbox/manifest.h"
+#include "toolbox/strategy_report.h"
 
 #include <algorithm>
 #include <filesystem>
 
 namespace tamarin {
 
-int reportTables(const std::string& directory, uint64_t seed, int threads, bool json, bool quiet) {
-    const std::string lookup = inDirectory(directory, "lookup");
+namespace {
+
+std::string nameOf(const TableFile& file) {
+    return std::filesystem::path(file.path).filename().string();
+}
+
+// Whether the manifest's file of that name is asked for: with all groups, all are.
+bool isAskedFor(const std::vector<TableGroup>& groups, const std::string& name) {
+    return groups.empty() ||
+           std::any_of(allTables().begin(), allTables().end(), [&](const TableFile& file) {
+               return nameOf(file) == name &&
+                      std::find(groups.begin(), groups.end(), file.group) != groups.end();
+           });
+}
+
+} // namespace
+
+int reportFiles(const ReportOptions& options) {
+    const bool json = options.json;
+    const std::string lookup = inDirectory(options.directory, "lookup");
     std::vector<std::string> hashed;
-    const auto compared = compareWithManifest(lookup, hashed);
+    const auto compared = compareWithManifest(
+        lookup, hashed, [&](const std::string& name) { return isAskedFor(options.groups, name); });
     CheckOptions check;
-    check.directory = directory;
-    check.seed = seed;
-    check.threads = threads;
-    if (!quiet)
+    check.directory = options.directory;
+    check.groups = options.groups;
+    check.seed = options.seed;
+    check.threads = options.threads;
+    if (!options.quiet)
         check.progress = [](const std::string& step) { fmt::print(stderr, "checking {}\n", step); };
 
     auto files = nlohmann::ordered_json::array();
     size_t wrong = 0;
     for (const CheckedTable& table : checkTables(check)) {
-        const std::string path = inDirectory(directory, table.file->path);
-        const std::string name = std::filesystem::path(path).filename().string();
+        const std::string path = inDirectory(options.directory, table.file->path);
+        const std::string name = nameOf(*table.file);
         const bool hashKnown = std::find(hashed.begin(), hashed.end(), name) != hashed.end();
         std::string result = "good";
         if (table.state == TableState::missing)
@@ -42,23 +63,31 @@ int reportTables(const std::string& directory, uint64_t seed, int threads, bool 
     }
     auto differences = nlohmann::ordered_json::array();
     if (compared)
-        for (const std::string& difference : *compared) {
+        for (const Difference& difference : *compared) {
             ++wrong;
-            differences.push_back(difference);
+            const std::string line = lookup + '/' + difference.name + ": " + difference.problem;
+            differences.push_back(line);
             if (!json)
-                fmt::print("{}\n", difference);
+                fmt::print("{}\n", line);
         }
     else {
         wrong += std::filesystem::exists(lookup + "/manifest.json");
         if (!json)
             fmt::print("no hashes to compare with: {}\n", compared.error());
     }
-    if (json)
-        printJson({{"directory", lookup},
-                   {"wrong", wrong},
-                   {"tables", files},
-                   {"differences", differences},
-                   {"manifest", compared ? "read" : compared.error()}});
+    auto strategies = nlohmann::ordered_json::array();
+    if (options.strategies)
+        wrong += reportStrategies(options.directory, json, strategies);
+    if (json) {
+        nlohmann::ordered_json report = {{"directory", lookup},
+                                         {"wrong", wrong},
+                                         {"tables", files},
+                                         {"differences", differences},
+                                         {"manifest", compared ? "read" : compared.error()}};
+        if (options.strategies)
+            report["strategies"] = strategies;
+        printJson(report);
+    }
     return wrong == 0 ? exitDone : exitFailed;
 }
 

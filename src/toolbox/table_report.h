@@ -1,13 +1,28 @@
-// What is to be said of the tables in a playing directory; for `tables --verify` and `verify`.
+// What is to be said of what was generated in a playing directory; for `tables --verify` and
+// `verify`.
 #pragma once
+
+#include "tables/table_plan.h"
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace tamarin {
 
-// Checks every table (tables/table_check.h) and compares hashes with the manifest; prints one line
-// a table, or JSON. exitDone when nothing is wrong.
-int reportTables(const std::string& directory, uint64_t seed, int threads, bool json, bool quiet);
+struct ReportOptions {
+    std::string directory = ".";
+    std::vector<TableGroup> groups; // of tables; all when empty
+    bool strategies = false;        // these, too
+    uint64_t seed = 1;
+    int threads = 0;
+    bool json = false;
+    bool quiet = false;
+};
+
+// Checks the tables (tables/table_check.h) and compares hashes with the manifest, and so with the
+// strategies where they are wanted; prints one line a file, or JSON. exitDone when nothing is
+// wrong.
+int reportFiles(const ReportOptions& options);
 
 } // namespace tamarin

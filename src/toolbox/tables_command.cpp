@@ -180,9 +180,16 @@ int makeTables(const Options& options) {
         return showSampledRoad(options);
     if (options.dryRun)
         return showPlan(options, planTables(build.directory, build.groups, build.force));
-    if (options.verify)
-        return reportTables(options.directory, options.seed, options.threads, options.json,
-                            options.quiet);
+    if (options.verify) {
+        ReportOptions report;
+        report.directory = options.directory;
+        report.groups = build.groups;
+        report.seed = options.seed;
+        report.threads = options.threads;
+        report.json = options.json;
+        report.quiet = options.quiet;
+        return reportFiles(report);
+    }
     if (options.sampled)
         if (const int status = sample(options); status != exitDone)
             return status;
@@ -238,19 +245,24 @@ void addTablesCommand(CLI::App& app, int& status) {
         "goes on where it was. What a wanted table is made from is made, too.");
     command
         .add_option("--only", options->only,
-                    "Make only these, separated by commas: " + groupNames())
+                    "Make or check only these, separated by commas: " + groupNames())
         ->delimiter(',')
         ->type_name("NAMES");
     addDirectoryOption(command, options->directory);
-    command.add_flag("--force", options->force, "Make them even when they are there");
-    command.add_flag("--dry-run", options->dryRun,
-                     "Say what would be made, and the disk, memory and time it takes");
-    command.add_flag("--verify", options->verify,
-                     "Make nothing; check sizes, hashes, ranges and random entries");
-    command.add_flag(
-        "--sampled", options->sampled,
-        "Sample missing equities by 1,000 deals a hand, for comparison; takes most of\n"
-        "a day, which --dry-run measures");
+    CLI::Option* const verify =
+        command.add_flag("--verify", options->verify,
+                         "Make nothing; check sizes, hashes, ranges and random entries");
+    command.add_flag("--force", options->force, "Make them even when they are there")
+        ->excludes(verify);
+    command
+        .add_flag("--dry-run", options->dryRun,
+                  "Say what would be made, and the disk, memory and time it takes")
+        ->excludes(verify);
+    command
+        .add_flag("--sampled", options->sampled,
+                  "Sample missing equities by 1,000 deals a hand, for comparison; takes most of\n"
+                  "a day, which --dry-run measures")
+        ->excludes(verify);
     command.add_option("--memory", options->memory, "Memory to take at most, such as 1GB")
         ->type_name("SIZE");
     addSeedOption(command, options->seed);

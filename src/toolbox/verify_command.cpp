@@ -7,28 +7,23 @@
 namespace tamarin {
 
 void addVerifyCommand(CLI::App& app, int& status) {
-    struct Options {
-        std::string directory = ".";
-        uint64_t seed = 1;
-        int threads = 0;
-        bool json = false;
-        bool quiet = false;
-    };
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ReportOptions>();
+    options->strategies = true;
     CLI::App& command = addCommand(
-        app, "verify", "Check the tables: sizes, hashes, ranges and random entries",
+        app, "verify", "Check tables and strategies: sizes, hashes, ranges and random entries",
         "tamarin verify --dir run\n\n"
-        "Hashes are those of lookup/manifest.json. Entries are drawn by --seed and made afresh.\n"
-        "Exit status 1 when anything is wrong; a table that is not there is not.");
+        "Hashes are those of lookup/manifest.json and strategies/*/manifest.json. Entries of "
+        "tables\n"
+        "are drawn by --seed and made afresh. Exit status 1 when anything is wrong; a table that "
+        "is\n"
+        "not there is not, nor is a strategy that no manifest knows: the player trains its own\n"
+        "without one.");
     addDirectoryOption(command, options->directory);
     addSeedOption(command, options->seed);
     addThreadsOption(command, options->threads);
     addJsonOption(command, options->json);
     addQuietOption(command, options->quiet);
-    command.callback([options, &status] {
-        status = reportTables(options->directory, options->seed, options->threads, options->json,
-                              options->quiet);
-    });
+    command.callback([options, &status] { status = reportFiles(*options); });
 }
 
 } // namespace tamarin

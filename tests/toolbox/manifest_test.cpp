@@ -42,11 +42,20 @@ TEST_F(Manifest, ReplacesEntriesAndKeepsOthers) {
 
 TEST_F(Manifest, StartsAnewWhereItMakesNoSense) {
     writeFile(directory / "a", "1");
-    for (const char* nonsense : {"", "{", "[]", "{\"files\":3}", "{\"files\":[3]}"}) {
-        writeFile(directory / "manifest.json", nonsense);
+    const std::string path = (directory / "manifest.json").string();
+    for (const char* nonsense : {"", "{", "[]", "{\"files\":3}"}) {
+        writeFile(path, nonsense);
+        ::testing::internal::CaptureStderr();
         ASSERT_TRUE(recordFiles(directory.string(), {{"a", "x", "y"}}).ok()) << nonsense;
+        EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+                  "tamarin: " + path + " could not be read as a manifest: it is kept as " + path +
+                      ".bad, and a new one begun\n");
         EXPECT_EQ(files().back()["name"], "a");
+        EXPECT_EQ(contentsOf(path + ".bad"), nonsense);
     }
+    writeFile(path, "{\"files\":[3]}");
+    ASSERT_TRUE(recordFiles(directory.string(), {{"a", "x", "y"}}).ok());
+    EXPECT_EQ(files().back()["name"], "a");
 }
 
 TEST_F(Manifest, NeedsTheFiles) {
@@ -100,6 +109,16 @@ TEST_F(Manifest, ComparesAndSaysWhyNot) {
     ASSERT_TRUE(one.ok());
     EXPECT_EQ(one->size(), 1U);
     EXPECT_EQ(good, std::vector<std::string>{"a"});
+    const auto others =
+        compareWithManifest(place, good, [](const std::string& name) { return name != "b"; });
+    ASSERT_TRUE(others.ok());
+    EXPECT_TRUE(others->empty());
+    writeFile(directory / "b", "longer");
+    const auto longer = compareWithManifest(place, good);
+    ASSERT_TRUE(longer.ok());
+    ASSERT_EQ(longer->size(), 1U);
+    EXPECT_EQ(longer->front().name, "b");
+    EXPECT_EQ(longer->front().problem, "it has 6 bytes, not 1 as in the manifest");
 }
 
 } // namespace

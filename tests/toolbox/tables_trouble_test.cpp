@@ -3,6 +3,7 @@
 // that have all tables but the quick ones.
 #include "support/lock.h"
 #include "tables/later_rounds.h"
+#include "toolbox/manifest.h"
 #include "toolbox/tamarin_process.h"
 
 #include <algorithm>
@@ -262,6 +263,73 @@ TEST_F(Trouble, VerifySaysThatAManifestMakesNoSense) {
                              "delete it\n"),
               std::string::npos)
         << ended.out;
+}
+
+// --only and --force were once ignored beside --verify.
+TEST_F(Trouble, VerifyLooksOnlyAtWhatItIsAskedFor) {
+    writeSparse<uint8_t>(clusterPath(2, 0), 5);
+    writeSparse<uint8_t>(holdemPath(2, 0, 0), roundSizes[0]);
+    std::ofstream("lookup/manifest.json")
+        << R"({"files": [{"name": "preflop_2p_c", "size": 169, "xxh3": "0"}]})";
+    Ended ended = tamarin({"tables", "--verify", "--only", "holdem", "--quiet"});
+    EXPECT_EQ(ended.status, 0) << ended.out;
+    EXPECT_EQ(lines(ended.out), 20) << ended.out;
+    EXPECT_EQ(ended.out.find("preflop_2p_c"), std::string::npos) << ended.out;
+    ended = tamarin({"tables", "--verify", "--only", "clusters", "--quiet"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_NE(ended.out.find("lookup/preflop_2p_c: it has 5 bytes, not 169 as in the manifest\n"),
+              std::string::npos)
+        << ended.out;
+    ended = tamarin({"tables", "--verify", "--only", "nonsense"});
+    EXPECT_EQ(ended.status, 2);
+    ended = tamarin({"tables", "--verify", "--force"});
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_EQ(ended.err, "tamarin: --verify excludes --force; try 'tamarin tables --help'\n");
+}
+
+// Only tables were once looked at.
+TEST_F(Trouble, VerifyComparesStrategiesWithTheirManifests) {
+    const auto write = [](const std::string& name, const std::string& contents) {
+        fs::create_directories(fs::path(name).parent_path());
+        std::ofstream(name, std::ios::binary) << contents;
+    };
+    write("strategies/own/strategy0", "one");
+    write("strategies/own/convergence.jsonl", "");
+    write("strategies/game/strategy0", "one");
+    write("strategies/game/strategy1", "two");
+    write("strategies/game/strategy2", "three");
+    write("strategies/game/strategy2.bad", "");
+    write("strategies/game/strategy3", "four");
+    ASSERT_TRUE(
+        recordFiles("strategies/game",
+                    {{"strategy0", "x", "y"}, {"strategy1", "x", "y"}, {"strategy2", "x", "y"}})
+            .ok());
+    Ended ended = tamarin({"verify", "--quiet"});
+    EXPECT_EQ(ended.status, 0) << ended.out;
+    EXPECT_NE(ended.out.find("strategies/game/strategy0: good, as the manifest says\n"
+                             "strategies/game/strategy1: good, as the manifest says\n"
+                             "strategies/game/strategy2: good, as the manifest says\n"
+                             "strategies/game/strategy3: not in the manifest\n"
+                             "strategies/own/strategy0: no manifest to compare with; what the "
+                             "player trains itself has none\n"),
+              std::string::npos)
+        << ended.out;
+    write("strategies/game/strategy1", "Two");
+    write("strategies/game/strategy2", "longer than it was");
+    ended = tamarin({"verify", "--quiet", "--json"});
+    EXPECT_EQ(ended.status, 1);
+    const auto report = nlohmann::json::parse(ended.out);
+    EXPECT_EQ(report["wrong"], 2);
+    ASSERT_EQ(report["strategies"].size(), 5U);
+    EXPECT_TRUE(report["strategies"][1]["result"].get<std::string>().starts_with("its hash is "));
+    EXPECT_EQ(report["strategies"][2]["result"], "it has 18 bytes, not 5 as in the manifest");
+    write("strategies/game/manifest.json", "{");
+    ended = tamarin({"verify", "--quiet"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_NE(ended.out.find("strategies/game/manifest.json: is no manifest: delete it\n"),
+              std::string::npos)
+        << ended.out;
+    EXPECT_EQ(tamarin({"tables", "--verify", "--quiet"}).status, 0);
 }
 
 TEST_F(Trouble, VerifyNamesWhatIsInATablesPlace) {

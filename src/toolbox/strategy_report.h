@@ -1,0 +1,16 @@
+// What the manifests say of the strategies in a playing directory; for `verify`.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+namespace tamarin {
+
+// Compares the strategies below DIR/strategies with the manifests beside them. A line a file unless
+// json; entries {"file", "good", "result", "hash"} go to files. Returns how many are wrong. A
+// strategy that no manifest knows is not: the player trains its own without one.
+size_t reportStrategies(const std::string& directory, bool json, nlohmann::ordered_json& files);
+
+} // namespace tamarin
