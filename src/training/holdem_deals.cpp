@@ -31,9 +31,11 @@ void fillBatch(const Game& game, const HoldemBuckets& buckets, uint64_t seed, De
 uint64_t fingerprintOf(const Game& game, const HoldemBuckets& buckets) {
     constexpr uint64_t deals = 256; // thousands of look-ups
     uint64_t hash = 0xCBF29CE484222325U;
+    rng_state_t rng;
+    init_genrand(&rng, 1);
     for (uint64_t t = 0; t < deals; ++t) {
         State cards{};
-        drawDeal(game, 0, DealStream::training, t, &cards);
+        ::dealCards(&game, &rng, &cards);
         DealBuckets of{};
         fillDealBuckets(game, cards, buckets, of);
         for (const auto& byActing : of.of)
