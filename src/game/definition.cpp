@@ -244,3 +244,16 @@ void printGame(FILE* file, const Game* game) {
     bytes("numBoardCards", game->numBoardCards, 0);
     std::fprintf(file, "END GAMEDEF\n");
 }
+
+std::string tamarin::gameAsText(const Game& game) {
+    char* text = nullptr;
+    size_t size = 0;
+    FILE* const stream = open_memstream(&text, &size);
+    if (stream == nullptr)
+        throw std::bad_alloc();
+    printGame(stream, &game);
+    std::fclose(stream);
+    std::string result(text, size);
+    std::free(text);
+    return result;
+}

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <type_traits>
 
 inline constexpr int MAX_PLAYERS = 10;
@@ -58,6 +59,9 @@ Game* readGame(FILE* file);
 void printGame(FILE* file, const Game* game);
 
 namespace tamarin {
+
+// What printGame writes.
+std::string gameAsText(const Game& game);
 
 struct FreeGame {
     void operator()(Game* game) const { std::free(game); }

@@ -13,8 +13,6 @@
 #include "training/holdem_deals.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 
@@ -86,15 +84,8 @@ std::string holdemStrategyPath(const std::string& directory, const HoldemGame& g
 }
 
 std::string strategySource(const HoldemGame& game, const HoldemBuckets& buckets) {
-    char* text = nullptr;
-    size_t size = 0;
-    FILE* const stream = open_memstream(&text, &size);
-    printGame(stream, game.rules.get());
-    std::fclose(stream);
-    const std::string definition = hashOfText(std::string(text, size));
-    std::free(text);
-    return fmt::format("{}, definition {}, buckets {:016x}", game.name, definition,
-                       fingerprintOf(*game.rules, buckets));
+    return fmt::format("{}, definition {}, buckets {:016x}", game.name,
+                       hashOfText(gameAsText(*game.rules)), fingerprintOf(*game.rules, buckets));
 }
 
 HoldemTables::HoldemTables() = default;

@@ -1,6 +1,7 @@
 #include "toolbox/table_page.h"
 
 #include "abstraction/quantise.h"
+#include "toolbox/strategy_page.h"
 
 #include <algorithm>
 #include <array>
@@ -84,20 +85,6 @@ Colour colourOf(const TableSummary& summary, double value) {
     }
 }
 
-std::string escaped(const std::string& text) {
-    std::string result;
-    for (const char c : text)
-        if (c == '&')
-            result += "&amp;";
-        else if (c == '<')
-            result += "&lt;";
-        else if (c == '>')
-            result += "&gt;";
-        else
-            result += c;
-    return result;
-}
-
 std::string number(const TableSummary& summary, double value, int digits) {
     return kindOf(*summary.file) == EntryKind::number ? fmt::format("{:.{}f}", value, digits)
                                                       : fmt::format("{:.0f}", value);
@@ -171,9 +158,9 @@ std::string tablePage(const TableLook& look) {
     std::string text = "<!doctype html>\n<html lang=en><head><meta charset=utf-8>\n"
                        "<meta name=viewport content=\"width=device-width,initial-scale=1\">\n";
     text += fmt::format("<title>{}</title>\n<style>{}</style></head>\n<body><main>\n",
-                        escaped(title), style);
-    text += fmt::format("<h1>{}</h1>\n<p>{}: {} entries, {} bytes{}</p>\n", escaped(title),
-                        escaped(look.path), summary.entries, summary.file->bytes,
+                        escapedForPage(title), style);
+    text += fmt::format("<h1>{}</h1>\n<p>{}: {} entries, {} bytes{}</p>\n", escapedForPage(title),
+                        escapedForPage(look.path), summary.entries, summary.file->bytes,
                         summary.notNumbers == 0
                             ? std::string()
                             : fmt::format(", {} of them no numbers", summary.notNumbers));
@@ -183,7 +170,8 @@ std::string tablePage(const TableLook& look) {
         text += "<h2>Starting hands, suited above the diagonal</h2>\n" + grid(summary);
         for (const TableSummary& other : look.beside)
             if (other.notNumbers == 0)
-                text += fmt::format("<h2>{}</h2>\n", escaped(titleOf(*other.file))) + grid(other);
+                text += fmt::format("<h2>{}</h2>\n", escapedForPage(titleOf(*other.file))) +
+                        grid(other);
     }
     text += "<h2>How the entries are spread</h2>\n" + histogram(summary);
     return text + "</main></body></html>\n";

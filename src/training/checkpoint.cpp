@@ -85,17 +85,9 @@ bool isConfigError(const std::string& error) {
 } // namespace
 
 std::string checkpointConfig(const SmallGame& game, const TrainerConfig& config) {
-    char* text = nullptr;
-    size_t size = 0;
-    FILE* const stream = open_memstream(&text, &size);
-    Game rules = game.game();
-    printGame(stream, &rules);
-    std::fclose(stream);
-    std::string definition(text, size);
-    std::free(text);
     // One field for each line of the definition: "numPlayers = 3" becomes game.numPlayers.
     std::string result;
-    std::istringstream lines(definition);
+    std::istringstream lines(gameAsText(game.game()));
     for (std::string line; std::getline(lines, line);) {
         const size_t equals = line.find(" = ");
         if (equals != std::string::npos)

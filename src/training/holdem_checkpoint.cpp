@@ -62,20 +62,12 @@ private:
 
 std::string configText(const Game& game, const HoldemBuckets& buckets,
                        const HoldemTrainerConfig& config) {
-    char* text = nullptr;
-    size_t size = 0;
-    FILE* const stream = open_memstream(&text, &size);
-    printGame(stream, &game);
-    std::fprintf(stream,
-                 "algorithm = %s\nseed = %llu\nblock = %llu\nbatch = %llu\nbuckets = %016llx\n",
-                 algorithmName(config.algorithm), static_cast<unsigned long long>(config.seed),
-                 static_cast<unsigned long long>(config.block),
-                 static_cast<unsigned long long>(config.batch),
-                 static_cast<unsigned long long>(fingerprintOf(game, buckets)));
-    std::fclose(stream);
-    std::string result(text, size);
-    std::free(text);
-    return result;
+    char hex[17];
+    std::snprintf(hex, sizeof hex, "%016llx",
+                  static_cast<unsigned long long>(fingerprintOf(game, buckets)));
+    return gameAsText(game) + "algorithm = " + algorithmName(config.algorithm) +
+           "\nseed = " + std::to_string(config.seed) + "\nblock = " + std::to_string(config.block) +
+           "\nbatch = " + std::to_string(config.batch) + "\nbuckets = " + hex + "\n";
 }
 
 // The first line in which two configurations differ, for the refusal.

@@ -20,14 +20,7 @@ inline GamePtr parseGame(const std::string& text) {
 }
 
 inline std::string printToString(const Game& game) {
-    char* text = nullptr;
-    size_t size = 0;
-    FILE* file = open_memstream(&text, &size);
-    printGame(file, &game);
-    std::fclose(file);
-    std::string result(text, size);
-    std::free(text);
-    return result;
+    return gameAsText(game);
 }
 
 inline GamePtr loadGameFile(const std::string& name) {
