@@ -1,4 +1,5 @@
-// Random numbers that a hand has for itself, so that hands can be played by any thread in any order.
+// Random numbers that a hand has for itself, so that hands can be played by any thread in any
+// order.
 #pragma once
 
 #include <cstdint>
