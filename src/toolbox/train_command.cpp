@@ -254,7 +254,7 @@ void addTrainCommand(CLI::App& app, int& status) {
     command
         .add_option("--algorithm", options->algorithm,
                     "cfr, cfr+, lcfr, dcfr, pcfr+ (not for hold'em), or the player's own: player; "
-                    "dcfr for small games and lcfr for hold'em when not given")
+                    "lcfr for three-player hold'em and dcfr for all else when not given")
         ->check(CLI::IsMember({"cfr", "cfr+", "lcfr", "dcfr", "pcfr+", "player"}));
     const CLI::Option* iterations =
         command.add_option("--iterations", options->iterations, "Goal: iterations in all")

@@ -44,14 +44,14 @@ TEST_F(Holdem, TrainLeavesTheFileThatThePlayerReads) {
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.err, "");
     const auto json = nlohmann::json::parse(outcome.out);
-    EXPECT_EQ(json["algorithm"], "lcfr");
+    EXPECT_EQ(json["algorithm"], "dcfr");
     EXPECT_EQ(json["informationSets"], 63780);
     EXPECT_GE(json["iteration"], 200);
     EXPECT_EQ(fs::file_size(strategy()), 63780 * sizeof(StrategyRecord) + 8 * 4);
     EXPECT_TRUE(fs::exists(strategies() / "training.checkpoint"));
     EXPECT_NE(contentsOf(strategies() / "convergence.jsonl").find("\"averageRegret\":"),
               std::string::npos);
-    EXPECT_NE(contentsOf(strategies() / "manifest.json").find("tamarin train, lcfr with seed 1"),
+    EXPECT_NE(contentsOf(strategies() / "manifest.json").find("tamarin train, dcfr with seed 1"),
               std::string::npos);
 }
 
@@ -145,14 +145,14 @@ TEST_F(Holdem, PrepareKnowsWhatAStrategyWasTrainedFor) {
 
 TEST_F(Holdem, PrepareKeepsTheCheckpointOfAnotherTraining) {
     ASSERT_EQ(
-        run({"train", noLimit, "--algorithm", "dcfr", "--iterations", "6400", "--quiet"}).status,
+        run({"train", noLimit, "--algorithm", "lcfr", "--iterations", "6400", "--quiet"}).status,
         0);
     const fs::path checkpoint = directory / "strategies/holdem.nolimit.2p/training.checkpoint";
     const std::string theirs = contentsOf(checkpoint);
     fs::remove(directory / "strategies/holdem.nolimit.2p/manifest.json");
     const Outcome outcome = run({"prepare", noLimit, "--seconds", "0.1", "--quiet"});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-    EXPECT_NE(outcome.err.find("algorithm = dcfr"), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.err.find("algorithm = lcfr"), std::string::npos) << outcome.err;
     EXPECT_TRUE(contentsOf(checkpoint.string() + ".bad") == theirs);
 }
 
