@@ -12,12 +12,15 @@ set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g")
 
 add_library(tamarin_flags INTERFACE)
 target_compile_options(tamarin_flags INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Werror
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor
     -march=${TAMARIN_ARCH}
     # Plain and fast forms, one thread and many, g++ and clang must give equal sums.
     -ffp-contract=off
     # Assertion messages and debug information name files from the root of the tree.
     -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+if(TAMARIN_WERROR)
+    target_compile_options(tamarin_flags INTERFACE -Werror)
+endif()
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     # g++ judges shadowing, by a narrower rule; assert(!"text") is how a message is asserted; a loop
     # that sanitizers keep from being vectorised is no fault of the loop.

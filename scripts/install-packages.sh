@@ -11,7 +11,7 @@ set -euo pipefail
 
 build=(g++ cmake ninja-build git libgtest-dev librapidcheck-dev libbenchmark-dev libcli11-dev
        nlohmann-json3-dev libfmt-dev libxxhash-dev)
-check=(clang-format-14)
+check=(clang-format-14 ccache)
 full=(clang-14 clang-tidy-14 libclang-rt-14-dev libomp-14-dev)
 
 case "${1:-build}" in

@@ -7,12 +7,13 @@
 #include <algorithm>
 #include <cstdint>
 #include <ctime>
+#include <memory>
+#include <new>
 #include <sys/stat.h>
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
-#define XXH_INLINE_ALL
 #include <xxhash.h>
 
 namespace tamarin {
@@ -31,13 +32,16 @@ std::string asHex(XXH64_hash_t hash) {
 std::string hashOf(const MappedFile& file) {
     constexpr size_t pieceSize = size_t{64} << 20U;
     const std::span<const std::byte> bytes = file.bytes();
-    XXH3_state_t state;
-    XXH3_64bits_reset(&state);
+    const std::unique_ptr<XXH3_state_t, XXH_errorcode (*)(XXH3_state_t*)> state(
+        XXH3_createState(), XXH3_freeState);
+    if (!state)
+        throw std::bad_alloc();
+    XXH3_64bits_reset(state.get());
     for (size_t at = 0; at < bytes.size(); at += pieceSize) {
-        XXH3_64bits_update(&state, bytes.data() + at, std::min(pieceSize, bytes.size() - at));
+        XXH3_64bits_update(state.get(), bytes.data() + at, std::min(pieceSize, bytes.size() - at));
         file.forgetPages();
     }
-    return asHex(XXH3_64bits_digest(&state));
+    return asHex(XXH3_64bits_digest(state.get()));
 }
 
 struct Contents {
