@@ -5,10 +5,10 @@
 #include "eval/hand_table.h"
 #include "eval/seven_card_table.h"
 #include "support/file.h"
+#include "support/fixed_assert.h"
 #include "support/util.h"
 
 #include <array>
-#include <assert.h>
 #include <iostream>
 
 namespace {
@@ -25,11 +25,9 @@ void printPercent(size_t index, size_t size) {
               << std::endl;
 }
 
-// The texts of these assertions are promises to whoever watches for them.
 #define ASSERT_UNINDEXED(condition, text)                                                          \
-    ((condition) ? static_cast<void>(0)                                                            \
-                 : __assert_fail(text, "src/abstraction/EquityTables.cpp", __LINE__,               \
-                                 "void EquityTables::load()"))
+    TAMARIN_FIXED_ASSERT(condition, text, "src/abstraction/EquityTables.cpp",                      \
+                         "void EquityTables::load()")
 
 void unindexHand(EquityTables& tables, int round, size_t index, unsigned char* hand) {
     static constexpr std::array<const char*, holdemRounds> texts{

@@ -1,7 +1,8 @@
 #include "game/definition.h"
 
+#include "game/game_assert.h"
+
 #include <algorithm>
-#include <cassert>
 #include <cstring>
 #include <iterator>
 #include <new>
@@ -26,9 +27,7 @@ bool isSeparator(char c) {
 template <class T>
 unsigned readItems(const char* format, unsigned maxItems, const char* text, T* items) {
     char* fmt = static_cast<char*>(std::malloc(std::strlen(format) + 3));
-    // clang-format off
-    assert(fmt != 0); // NOLINT(modernize-use-nullptr): the text is a promise
-    // clang-format on
+    ASSERT_IN_GAME(fmt != nullptr, "fmt != 0");
     std::strcpy(fmt, format);
     std::strcat(fmt, "%n");
 
@@ -184,9 +183,7 @@ bool validate(Game* game, const Counts& counts) {
 
 Game* readGame(FILE* file) {
     Game* game = static_cast<Game*>(std::malloc(sizeof(Game)));
-    // clang-format off
-    assert(game != 0); // NOLINT(modernize-use-nullptr): the text is a promise
-    // clang-format on
+    ASSERT_IN_GAME(game != nullptr, "game != 0");
     setDefaults(game);
     Counts counts;
 

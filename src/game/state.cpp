@@ -1,9 +1,9 @@
 #include "game/state.h"
 
+#include "game/game_assert.h"
 #include "game/showdown.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cstdio>
 #include <cstdlib>
 
@@ -77,15 +77,13 @@ double shareOfPot(const Stakes& stakes, int32_t size, uint8_t player) {
 // What the player wins over all pots, cut from the smallest stake upward.
 double shareOfPots(Stakes stakes, uint8_t player) {
     const int numPlayers = stakes.numPlayers;
-    assert(numPlayers > 1);
+    ASSERT_IN_GAME(numPlayers > 1, "numPlayers > 1");
     double value = 0.0;
     for (bool playerIn = true; playerIn;) {
         const int32_t* spent = stakes.spent;
         int32_t size = INT32_MAX;
         for (int p = 0; p < stakes.numPlayers; ++p) {
-            // clang-format off
-            assert(spent[ p ] > 0);
-            // clang-format on
+            ASSERT_IN_GAME(spent[p] > 0, "spent[ p ] > 0");
             size = std::min(size, spent[p]);
         }
         value += shareOfPot(stakes, size, player);
@@ -272,9 +270,7 @@ int isValidAction(const Game* game, const State* state, int fixSize, Action* act
 void doAction(const Game* game, const Action* action, State* state) {
     const uint8_t p = currentPlayer(game, state);
     static_assert(MAX_NUM_ACTIONS == 64);
-    // clang-format off
-    assert(state->numActions[ state->round ] < 64);
-    // clang-format on
+    ASSERT_IN_GAME(state->numActions[state->round] < 64, "state->numActions[ state->round ] < 64");
     const int slot = state->numActions[state->round]++;
     state->action[state->round][slot] = *action;
     state->actingPlayer[state->round][slot] = p;
@@ -288,10 +284,8 @@ void doAction(const Game* game, const Action* action, State* state) {
         break;
     case actionRaise:
         if (game->bettingRule == noLimitRule) {
-            // clang-format off
-            assert(action->size > state->maxSpent);
-            assert(action->size <= game->stack[ p ]);
-            // clang-format on
+            ASSERT_IN_GAME(action->size > state->maxSpent, "action->size > state->maxSpent");
+            ASSERT_IN_GAME(action->size <= game->stack[p], "action->size <= game->stack[ p ]");
             // The next raise must add at least as much as this one did.
             const int64_t next = int64_t{2} * action->size - state->maxSpent;
             state->minRaiseTo = std::max(state->minRaiseTo, clampChips(next));
@@ -304,7 +298,7 @@ void doAction(const Game* game, const Action* action, State* state) {
         break;
     default:
         std::fprintf(stderr, "ERROR: trying to do invalid action %d", action->type);
-        assert(!"a legal action");
+        ASSERT_IN_GAME(false, "a legal action");
     }
 
     if (numFolded(game, state) + 1 >= game->numPlayers) {

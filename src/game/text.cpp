@@ -269,8 +269,6 @@ int printCards(int numCards, const uint8_t* cards, int maxLen, char* string) {
 }
 
 int readAction(const char* string, const Game* game, Action* action) {
-    if (string[0] == '\0')
-        return -1;
     action->type = charToAction[static_cast<unsigned char>(string[0])];
     action->size = 0;
     if (action->type != actionRaise || game->bettingRule != noLimitRule)

@@ -31,7 +31,8 @@ int readCards(const char* string, int maxCards, uint8_t* cards, int* consumed);
 int printCard(uint8_t card, int maxLen, char* string);
 int printCards(int numCards, const uint8_t* cards, int maxLen, char* string);
 
-// An unknown letter is read as actionInvalid, which the rules refuse.
+// An unknown letter, the terminator of an empty text among them, is read as an actionInvalid one
+// character long. The rules refuse that action: whoever goes on behind it has checked it first.
 int readAction(const char* string, const Game* game, Action* action);
 int printAction(const Game* game, const Action* action, int maxLen, char* string);
 

@@ -1,5 +1,7 @@
 #include "support/util.h"
 
+#include "support/fixed_assert.h"
+
 #include <algorithm>
 #include <assert.h>
 #include <cerrno>
@@ -81,11 +83,10 @@ double* loadDoubleTable(const char* path, size_t size) {
     return loadTable<double>(path, size);
 }
 
-// The texts of these three assertions are promises to whoever watches for them, and older than the
-// way in which the files are written now; they still mean that not all elements are on the disk.
+// The texts of these three assertions are older than the way in which the files are written now;
+// they still mean that not all elements are on the disk.
 #define ASSERT_SAVED(condition, text)                                                              \
-    ((condition) ? static_cast<void>(0)                                                            \
-                 : __assert_fail(text, __FILE__, __LINE__, __PRETTY_FUNCTION__))
+    TAMARIN_FIXED_ASSERT(condition, text, "src/support/util.cpp", __PRETTY_FUNCTION__)
 
 void saveIntTable(const char* path, int* arr, size_t size) {
     ASSERT_SAVED(saved(path, arr, size * sizeof(int)),

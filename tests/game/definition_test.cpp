@@ -183,8 +183,40 @@ TEST(ReadGame, NamesEachInvalidValue) {
     EXPECT_EQ(errorOf(""), "invalid number of rounds: 0\n");
 }
 
-TEST(ReadGame, ChecksRoundsBeforePlayers) {
-    EXPECT_EQ(errorOf("numPlayers = 77\nnumRounds = 9\n"), "invalid number of rounds: 9\n");
+// The checks in their order. Each line breaks one of them and no other, so that of two that are
+// broken at once the message tells which comes first.
+TEST(ReadGame, ChecksInOrder) {
+    const std::pair<const char*, const char*> checks[] = {
+        {"numRounds = 9", "invalid number of rounds: 9\n"},
+        {"numPlayers = 11", "invalid number of players: 11\n"},
+        {"stack = 50", "only read 1 stack sizes, need 2\n"},
+        {"blind = 7", "only read 1 blinds, need 2\n"},
+        {"stack = 1 1", "blind for player 2 is greater than stack size\n"},
+        {"raiseSize = 2", "only read 1 raise sizes, need 2\n"},
+        {"firstPlayer = 1 3", "invalid first player 3 on round 2\n"},
+        {"numSuits = 5", "invalid number of suits: 5\n"},
+        {"numRanks = 14", "invalid number of ranks: 14\n"},
+        {"numHoleCards = 4", "invalid number of hole cards: 4\n"},
+        {"numBoardCards = 3", "only read 1 board card numbers, need 2\n"},
+        {"numBoardCards = 0 49", "too many hole and board cards for specified deck\n"},
+    };
+    for (size_t i = 0; i < std::size(checks); ++i) {
+        EXPECT_EQ(errorOf(definition(checks[i].first)), checks[i].second);
+        for (size_t k = i + 1; k < std::size(checks); ++k) {
+            // Two values of one line cannot both be read.
+            const std::string line = checks[i].first;
+            const std::string keyword = line.substr(0, line.find(' '));
+            if (std::string(checks[k].first).starts_with(keyword))
+                continue;
+            EXPECT_EQ(errorOf(definition(line + "\n" + checks[k].first)), checks[i].second)
+                << line << " and " << checks[k].first;
+        }
+    }
+    // The pairs that the loop leaves out, and what a valid first player becomes.
+    EXPECT_EQ(errorOf(definition("numPlayers = 3\nblind = 9 9\nstack = 1 1 1")),
+              "only read 2 blinds, need 3\n");
+    EXPECT_EQ(errorOf(definition("numSuits = 1\nnumRanks = 4\nnumBoardCards = 9")),
+              "only read 1 board card numbers, need 2\n");
 }
 
 TEST(ReadGame, TakesAnyBytesForText) {

@@ -75,11 +75,11 @@ TEST(PrintCards, NeedRoomForTheTerminator) {
 TEST(ReadAction, KnowsEveryLetter) {
     const GamePtr game = parseGame(twoPlayerLimit);
     Action action;
-    for (int byte = 1; byte < 256; ++byte) {
+    for (int byte = 0; byte < 256; ++byte) {
         const char text[2] = {static_cast<char>(byte), '\0'};
-        const bool isFold = std::strchr("fF", byte);
-        const bool isCall = std::strchr("cCkK", byte);
-        const bool isRaise = std::strchr("rRbB", byte);
+        const bool isFold = byte != 0 && std::strchr("fF", byte);
+        const bool isCall = byte != 0 && std::strchr("cCkK", byte);
+        const bool isRaise = byte != 0 && std::strchr("rRbB", byte);
         EXPECT_EQ(readAction(text, game.get(), &action), 1);
         EXPECT_EQ(action.type, isFold    ? actionFold
                                : isCall  ? actionCall
@@ -97,7 +97,25 @@ TEST(ReadAction, ANoLimitRaiseNeedsItsSize) {
     EXPECT_EQ(action.size, 250);
     EXPECT_EQ(readAction("rc", game.get(), &action), -1);
     EXPECT_EQ(readAction("r", game.get(), &action), -1);
-    EXPECT_EQ(readAction("", game.get(), &action), -1);
+}
+
+// The terminator is a byte like every other that is no letter of an action. One caller goes on
+// reading behind an action, and refuses this one.
+TEST(ReadAction, OfAnEmptyTextIsInvalid) {
+    for (const char* text : {twoPlayerLimit, twoPlayerNoLimit}) {
+        const GamePtr game = parseGame(text);
+        Action action{actionRaise, 7};
+        EXPECT_EQ(readAction("", game.get(), &action), 1);
+        EXPECT_EQ(action.type, actionInvalid);
+        EXPECT_EQ(action.size, 0);
+        const State fresh = [&] {
+            State state{};
+            initState(game.get(), 0, &state);
+            return state;
+        }();
+        for (const int fixSize : {0, 1})
+            EXPECT_FALSE(isValidAction(game.get(), &fresh, fixSize, &action));
+    }
 }
 
 TEST(PrintAction, FitsOrFails) {
