@@ -9,8 +9,10 @@
 // "/" before each later round's cards. Example: MATCHSTATE:1:7:cc/r:|9hQd/8dAs8s
 //
 // Readers take terminated text, return the characters consumed, or -1 on a syntax or rule error,
-// and never run past the terminator; they replay the betting, so an illegal sequence is refused.
-// Writers return the characters written, or -1 when the buffer is too small (it then holds a part).
+// and never run past the terminator; they replay the betting, so an illegal sequence is refused,
+// and a number that does not fit its field is, too. Cards that the text leaves out stay as they
+// were. Writers return the characters written, or -1 when the buffer is too small (it then holds a
+// part).
 #pragma once
 
 #include "game/state.h"

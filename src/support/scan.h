@@ -1,19 +1,19 @@
-// Decimal integers out of text, for the readers of game files and match states.
+// Decimal integers out of text, for match states and whatever else arrives from outside.
 //
 // Each function reads as the C library's sscanf reads one conversion followed by "%n", in some 7 ns
 // where that takes 260: it skips white space, takes one optional sign and all the digits that
-// follow, converts to 64 bits (signed or unsigned) with saturation, and then cuts the value down to
-// the width of the target. So -5 read as unsigned is 2^32 - 5, 258 read as 8 bits is 2, and a
-// number beyond 64 bits gives the low bits of the saturated value (-1 for a huge positive int).
+// follow. But where sscanf cuts a number down to the width of its target, a number that does not
+// fit is refused here: seat 257 is not seat 1, and no index is taken from it.
 //
 // They return the number of characters consumed, white space included, or -1 with the value
-// untouched when there is no number at the front. Any bytes may follow; nothing past the first
-// character that does not belong to the number is looked at. The text ends with a zero.
+// untouched when there is no number at the front, or one that does not fit (-0 fits everywhere).
+// Any bytes may follow; nothing past the first character that does not belong to the number is
+// looked at. The text ends with a zero.
 #pragma once
 
 #include <concepts>
 #include <cstdint>
-#include <type_traits>
+#include <limits>
 
 namespace tamarin {
 
@@ -24,6 +24,9 @@ constexpr bool isScanSpace(char c) {
 
 template <std::integral Value>
 constexpr int scanNumber(const char* text, Value& value) {
+    static_assert(sizeof(Value) < sizeof(int64_t), "one more digit must fit the sum");
+    constexpr int64_t least = std::numeric_limits<Value>::min();
+    constexpr int64_t most = std::numeric_limits<Value>::max();
     const char* at = text;
     while (isScanSpace(*at))
         ++at;
@@ -31,30 +34,17 @@ constexpr int scanNumber(const char* text, Value& value) {
     if (negative || *at == '+')
         ++at;
 
-    constexpr uint64_t limit = UINT64_MAX;
     const char* const digits = at;
-    uint64_t magnitude = 0;
-    bool tooLarge = false;
-    for (;; ++at) {
-        const uint64_t digit = static_cast<uint64_t>(*at) - '0';
-        if (digit > 9)
-            break;
-        if (magnitude >= limit / 10) [[unlikely]]
-            tooLarge = tooLarge || magnitude > limit / 10 || digit > limit % 10;
-        magnitude = magnitude * 10 + digit;
+    int64_t number = 0;
+    for (; *at >= '0' && *at <= '9'; ++at) {
+        const int digit = *at - '0';
+        number = number * 10 + (negative ? -digit : digit);
+        if (number < least || number > most)
+            return -1;
     }
     if (at == digits)
         return -1;
-
-    if constexpr (std::is_signed_v<Value>) {
-        const uint64_t bound = static_cast<uint64_t>(INT64_MAX) + (negative ? 1 : 0);
-        if (tooLarge || magnitude > bound)
-            magnitude = bound;
-    } else if (tooLarge) {
-        value = static_cast<Value>(limit); // whatever the sign
-        return static_cast<int>(at - text);
-    }
-    value = static_cast<Value>(negative ? 0 - magnitude : magnitude);
+    value = static_cast<Value>(number);
     return static_cast<int>(at - text);
 }
 

@@ -169,7 +169,25 @@ TEST(ReadMatchState, ChecksTheViewingSeat) {
     EXPECT_EQ(readMatch(*kuhn, "MATCHSTATE:1:0::|Ks"), 19);
     EXPECT_EQ(readMatch(*kuhn, "MATCHSTATE:2:0::|Ks"), -1);
     EXPECT_EQ(readMatch(*kuhn, "MATCHSTATE:-1:0::|Ks"), -1);
-    EXPECT_EQ(readMatch(*kuhn, "MATCHSTATE:257:0::|Ks"), 21); // a byte, so it wraps
+}
+
+// A number that does not fit is none: seat 257 is not seat 1.
+TEST(ReadMatchState, NumbersDoNotWrap) {
+    const GamePtr kuhn = parseGame(twoPlayerKuhn);
+    EXPECT_EQ(readMatch(*kuhn, "MATCHSTATE:257:0::|Ks"), -1);
+    EXPECT_EQ(readMatch(*kuhn, "MATCHSTATE:4294967297:0::|Ks"), -1);
+    EXPECT_EQ(readMatch(*kuhn, "MATCHSTATE:1:4294967295::|Ks"), 28);
+    EXPECT_EQ(readMatch(*kuhn, "MATCHSTATE:1:4294967296::|Ks"), -1);
+    EXPECT_EQ(readMatch(*kuhn, "MATCHSTATE:1:-1::|Ks"), -1);
+    State state{};
+    EXPECT_EQ(readState("STATE:4294967296::Ks|", kuhn.get(), &state), -1);
+
+    const GamePtr noLimit = parseGame(smallBlindFirst);
+    EXPECT_GT(readMatch(*noLimit, "MATCHSTATE:0:1:r300:AsKs|"), 0);
+    EXPECT_EQ(readMatch(*noLimit, "MATCHSTATE:0:1:r4294967596:AsKs|"), -1) << "300 and 2^32";
+    Action action{};
+    EXPECT_EQ(readAction("r2147483647", noLimit.get(), &action), 11);
+    EXPECT_EQ(readAction("r2147483648", noLimit.get(), &action), -1);
 }
 
 TEST(ReadMatchState, RefusesBadSyntax) {
