@@ -1,9 +1,9 @@
 #include "abstraction/EquityTables.h"
 
 #include "abstraction/table_names.h"
+#include "game/definition_file.h"
 
 #include <cassert>
-#include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <stdexcept>
@@ -105,16 +105,8 @@ const tamarin::TableRange& EquityTables::equityRange(int players, int round) {
 }
 
 Game* loadGame(char const* path) {
-    FILE* const file = std::fopen(path, "r");
-    if (file == nullptr) {
-        std::fprintf(stderr, "ERROR: could not open game %s\n", path);
+    tamarin::GamePtr game = tamarin::readDefinitionFile(path);
+    if (!game)
         std::exit(1);
-    }
-    Game* const game = readGame(file);
-    if (game == nullptr) {
-        std::fprintf(stderr, "ERROR: could not read game %s\n", path);
-        std::exit(1);
-    }
-    std::fclose(file);
-    return game;
+    return game.release();
 }
