@@ -1,5 +1,8 @@
 #include "driver/PokerAgent.h"
 
+#include "driver/possible_state.h"
+#include "game/definition_file.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -20,18 +23,10 @@ constexpr size_t shownLength = 200;
 constexpr long shownLines = 10000;
 
 Game* loadDefinition(const char* gameFile) {
-    FILE* file = std::fopen(gameFile, "r");
-    if (!file) {
-        std::fprintf(stderr, "ERROR: could not open game %s\n", gameFile);
+    tamarin::GamePtr game = tamarin::readDefinitionFile(gameFile);
+    if (!game)
         std::exit(1);
-    }
-    Game* game = readGame(file);
-    if (!game) {
-        std::fprintf(stderr, "ERROR: could not read game %s\n", gameFile);
-        std::exit(1);
-    }
-    std::fclose(file);
-    return game;
+    return game.release();
 }
 
 // Lets the kernel notice, within about two minutes, a dealer whose machine is gone: reading then
@@ -80,6 +75,7 @@ bool PokerAgent::connect(const char* host, unsigned short port) {
         std::fprintf(stderr, "ERROR: could not get socket streams\n");
         return false;
     }
+    // The streams are buffered: whether anything was written is known only once they are flushed.
     if (std::fprintf(toServer_, "%s", versionLine) != versionLength ||
         std::fflush(toServer_) != 0) {
         std::fprintf(stderr, "ERROR: could not get send version to server\n");
@@ -100,8 +96,12 @@ PokerAgent::Line PokerAgent::readLine() {
     bool tooLong = false;
     for (;;) {
         const int c = getc_unlocked(fromServer_);
-        if (c == EOF)
+        if (c == EOF) {
+            // What a broken connection cut off is no line; the end of the stream does end one.
+            if (ferror_unlocked(fromServer_))
+                return Line::end;
             break;
+        }
         if (lineLength_ < sizeof line_ - 1)
             line_[lineLength_++] = static_cast<char>(c);
         else
@@ -160,9 +160,8 @@ bool PokerAgent::answer(int consumed) {
     State& hand = state.state;
     Action action{actionInvalid, 0};
     getAction(action);
+    // A fold is illegal, too, where nothing is owed.
     if (!isValidAction(game, &hand, true, &action))
-        action = {actionCall, 0};
-    if (action.type == actionFold && hand.spent[state.viewingPlayer] >= hand.maxSpent)
         action = {actionCall, 0};
 
     int length = consumed;
@@ -193,9 +192,9 @@ bool PokerAgent::play() {
         if (isComment(line_))
             continue;
         // Read aside, so that a line that fails half-way leaves the last good state standing.
-        MatchState next{};
+        MatchState next = tamarin::unseenState();
         const int consumed = kind == Line::read ? readMatchState(line_, game, &next) : -1;
-        if (consumed < 0) {
+        if (consumed < 0 || !tamarin::isPossible(*game, next)) {
             reportUnreadable(lineLength_);
             continue;
         }

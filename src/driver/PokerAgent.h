@@ -24,9 +24,10 @@ public:
     // Releases the definition; the connection stays open until the process ends.
     virtual ~PokerAgent();
 
-    // A new hand has begun: the viewing seat and its hole cards.
+    // A new hand has begun: the viewing seat and its hole cards, unknownCard (possible_state.h) in
+    // place of each while they are not known.
     virtual void holeCards(unsigned char* cards, unsigned char player) = 0;
-    // The agent is to act: fill in the action.
+    // The agent is to act, and its cards are known: fill in the action.
     virtual void getAction(Action& action) = 0;
     // An action was seen. When the state has just entered a round there is none to tell, and the
     // action is an actionInvalid of size 0.
@@ -49,9 +50,9 @@ public:
     void disconnect();
     bool isConnected() const { return socket_ != 0; }
 
-    // Plays until the dealer closes the connection: true, in mid-hand too. False when an answer
-    // could not be sent. A line that is no state of this game is reported on standard error and
-    // passed over.
+    // Plays until the dealer closes the connection or it breaks: true, in mid-hand too. False when
+    // an answer could not be sent. A line that is no state of this game, or one that cannot be
+    // (possible_state.h), is reported on standard error and passed over.
     bool play();
 
 protected:

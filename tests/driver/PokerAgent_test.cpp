@@ -6,6 +6,7 @@
 #include "game/random_hand.h"
 #include "game/text.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <functional>
 #include <string>
@@ -127,6 +128,63 @@ TEST(PokerAgent, LinesThatAreNoStateAreReportedAndPassedOver) {
               (Events{"hole Ks seat 0", "stage 0", "act", "action 0 type 0 size 0", "act"}));
 }
 
+// They read well, and no table could have seen them: no event, no answer, and the next line is
+// taken as if they had not come.
+TEST(PokerAgent, LinesThatCannotBeAreReportedAndPassedOver) {
+    struct Case {
+        const char* definition;
+        std::string before;
+        std::vector<std::string> lines;
+        std::string after;
+        std::string answered;
+    };
+    const std::vector<Case> cases = {
+        {threePlayerKuhn,
+         "MATCHSTATE:0:7::Ks||",
+         {"MATCHSTATE:0:7:crf:||", "MATCHSTATE:0:7:crf:Ks|Ks|", "MATCHSTATE:0:7:crfc:Ks|Ks|",
+          "MATCHSTATE:0:7:crfc:Ks||", "MATCHSTATE:256:7:crf:Ks||",
+          "MATCHSTATE:0:4294967303:crf:Ks||"},
+         "MATCHSTATE:0:7:crf:Ks||",
+         "act"},
+        {twoPlayerLimit,
+         "MATCHSTATE:1:0::|AsKs",
+         {"MATCHSTATE:1:0::|", "MATCHSTATE:1:0::|AsAs", "MATCHSTATE:0:0:cc/:AsKs|/As2c3c",
+          "MATCHSTATE:1:0:cc/c:|AsKs/2c2c2c", "MATCHSTATE:0:0:cc/:|/As2c3c",
+          "MATCHSTATE:1:4294967296::|AsKs"},
+         "MATCHSTATE:1:0:cc/c:|AsKs/2c3c4c",
+         "act"},
+    };
+    for (const Case& sequence : cases) {
+        std::string text = sequence.before + "\r\n";
+        std::string errors;
+        for (const std::string& line : sequence.lines) {
+            text += line + "\r\n";
+            errors += "ERROR: could not read match state: " + line + "\n";
+        }
+        const Played played =
+            playText(sequence.definition, always(callAction), text + sequence.after + "\r\n");
+        const Played clean = playText(sequence.definition, always(callAction),
+                                      sequence.before + "\r\n" + sequence.after + "\r\n");
+        EXPECT_TRUE(played.result);
+        EXPECT_EQ(played.errors, errors);
+        EXPECT_EQ(played.sent, clean.sent);
+        EXPECT_EQ(played.sent, version + sequence.before + ":c\r\n" + sequence.after + ":c\r\n");
+        EXPECT_EQ(played.events, clean.events);
+    }
+}
+
+// Seat 1 hears of a hand before it has cards, and of its end without having had any.
+TEST(PokerAgent, UnknownCardsAreNotHandedOutAsCards) {
+    const Played played = playText(threePlayerKuhn, always(callAction),
+                                   "MATCHSTATE:1:5::||\r\n"
+                                   "MATCHSTATE:1:5:c:|Ks|\r\n"
+                                   "MATCHSTATE:1:5:crff:||\r\n");
+    EXPECT_EQ(played.errors, "");
+    EXPECT_EQ(played.sent, version + "MATCHSTATE:1:5:c:|Ks|:c\r\n");
+    EXPECT_EQ(played.events, (Events{"hole  seat 1", "stage 0", "action 0 type 1 size 0", "act",
+                                     "action 1 type 0 size 0", "over 2"}));
+}
+
 TEST(PokerAgent, ALineLongerThanTheBufferIsDroppedWhole) {
     const std::string good = "MATCHSTATE:0:5::Ks||\r\n";
     // Its second half would be a good state if it were taken for a line of its own.
@@ -203,6 +261,57 @@ TEST(PokerAgent, ADealerThatResetsEndsTheMatch) {
     EXPECT_TRUE(played.result); // nothing was left to send
 }
 
+// A line is what ends with a line end or with the stream.
+TEST(PokerAgent, AStateThatTheEndOfTheStreamEndsIsAnswered) {
+    const Played played = playText(threePlayerKuhn, always(callAction), "MATCHSTATE:0:5::Ks||");
+    EXPECT_TRUE(played.result);
+    EXPECT_EQ(played.sent, version + "MATCHSTATE:0:5::Ks||:c\r\n");
+}
+
+// What a broken connection cut off is no line, however well it reads.
+TEST(PokerAgent, AStateThatABreakCutsOffIsNone) {
+    const Played played =
+        playScript(threePlayerKuhn, always(callAction), [](LoopbackDealer& dealer) {
+            EXPECT_EQ(dealer.readLine(), version);
+            dealer.send("MATCHSTATE:1:5::|Ks|\r\nMATCHSTATE:1:5:c:|Ks|");
+            dealer.reset();
+        });
+    EXPECT_TRUE(played.result);
+    EXPECT_EQ(played.errors, "");
+    EXPECT_EQ(played.events, (Events{"hole Ks seat 1", "stage 0"}));
+}
+
+// Fails at one call of connect()'s, in the way that a test asks for.
+class FailingSockets : public SocketCalls {
+public:
+    FailingSockets(bool closesAtOnce, bool sends) : closesAtOnce_(closesAtOnce), sends_(sends) {}
+    int connect(int fd, const sockaddr*, socklen_t) override {
+        return closesAtOnce_ ? close(fd) : 0;
+    }
+    ssize_t send(int, const void*, size_t size) override {
+        errno = EPIPE;
+        return sends_ ? static_cast<ssize_t>(size) : -1;
+    }
+
+private:
+    bool closesAtOnce_;
+    bool sends_;
+};
+
+TEST(PokerAgent, SaysWhatKeptItFromGreeting) {
+    const DefinitionFile file(threePlayerKuhn);
+    const auto errorOf = [&](FailingSockets sockets, bool greets) {
+        RecordingAgent agent(file.path(), always(callAction), sockets);
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(agent.connect("127.0.0.1", 1), greets);
+        return testing::internal::GetCapturedStderr();
+    };
+    EXPECT_EQ(errorOf({false, true}, true), "");
+    EXPECT_EQ(errorOf({true, true}, false), "ERROR: could not get socket streams\n");
+    // The line is in a buffer when it is written; that it was not sent shows when that is flushed.
+    EXPECT_EQ(errorOf({false, false}, false), "ERROR: could not get send version to server\n");
+}
+
 // The answer meets a closed connection: play() reports it and no signal kills the process.
 TEST(PokerAgent, AnAnswerThatCannotBeSentEndsTheMatchWithAnError) {
     const DefinitionFile file(threePlayerKuhn);
@@ -233,7 +342,7 @@ TEST(PokerAgentDeath, FailuresToStartExitWithOne) {
     EXPECT_EXIT(construct("no/such/file.game"), testing::ExitedWithCode(1),
                 "^ERROR: could not open game no/such/file.game\n$");
     EXPECT_EXIT(construct("/dev/null"), testing::ExitedWithCode(1),
-                "^invalid number of rounds: 0\nERROR: could not read game /dev/null\n$");
+                "^ERROR: could not read game /dev/null\n$");
 
     LoopbackDealer nobody;
     nobody.stopListening();

@@ -3,6 +3,7 @@
 #include "support/faulty_sockets.h"
 
 #include <cerrno>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -17,6 +18,7 @@ struct Faulted {
     bool connected = false;
     bool result = false;
     bool metFault = false;
+    std::string failed; // the call that did
     std::string sent;
 };
 
@@ -44,6 +46,8 @@ Faulted playWithFault(size_t k, int error, bool forEver) {
     }
     testing::internal::GetCapturedStderr();
     faulted.metFault = sockets.metFault();
+    if (faulted.metFault)
+        faulted.failed = sockets.log()[k - 1];
     dealing.join();
     return faulted;
 }
@@ -66,6 +70,8 @@ TEST(SocketFaults, InterruptionsAndShortTransfersChangeNothing) {
 
 TEST(SocketFaults, ABrokenConnectionEndsTheMatchInOrder) {
     const Faulted clean = playWithFault(0, 0, false);
+    constexpr size_t greeting = 2; // the send of the version line
+    std::set<std::string> failed;
     for (const int error : {ECONNRESET, EPIPE, ETIMEDOUT}) {
         for (size_t k = 2;; ++k) {
             const Faulted faulted = playWithFault(k, error, true);
@@ -73,11 +79,18 @@ TEST(SocketFaults, ABrokenConnectionEndsTheMatchInOrder) {
                 EXPECT_EQ(faulted.sent, clean.sent);
                 break;
             }
+            // A dealer that cannot be heard has ended the match; one that cannot be answered has
+            // not.
+            ASSERT_EQ(faulted.connected, k != greeting) << "call " << k << " error " << error;
+            ASSERT_EQ(faulted.result, faulted.failed == "receive")
+                << "call " << k << " error " << error;
+            failed.insert(faulted.failed);
             // Whatever was sent before is a beginning of the clean run.
             ASSERT_EQ(clean.sent.substr(0, faulted.sent.size()), faulted.sent)
                 << "call " << k << " error " << error;
         }
     }
+    EXPECT_EQ(failed, (std::set<std::string>{"receive", "send"}));
 }
 
 TEST(SocketFaultsDeath, AFailedConnectExitsWithOne) {
