@@ -47,6 +47,12 @@ public:
     // what it does on standard output. Where some files are there and some are not, the turn and
     // river tables that have both their files are left allocated without contents.
     void load();
+    // Fills what play of a game for so many players (2 or 3) reads, out of files alone and at once:
+    // the equity and hold'em tables of two players and, for three, of three. The others of these
+    // are taken, too, where they are there, and left alone where they are not. Says what load() and
+    // loadHoldemTables() say. std::runtime_error when a file that is needed is not there or has the
+    // wrong size. For tables that hold nothing yet.
+    void loadForPlay(int players);
     // Releases the equity tables.
     void free();
 

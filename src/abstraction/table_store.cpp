@@ -19,14 +19,28 @@ uint8_t* readTable(const std::string& path, size_t count, uint8_t*) {
 } // namespace
 
 template <class T>
-TableStore::Loaded<T> TableStore::load(const std::string& path, size_t count) {
+Result<T*> TableStore::map(const std::string& path, size_t count) {
     auto file = MappedFile::open(path, count * sizeof(T));
     if (!file)
-        return {readTable(path, count, static_cast<T*>(nullptr)), false};
+        return Error{file.error()};
     // The class hands tables out as arrays that may be written; these pages are read-only.
     T* const table = const_cast<T*>(file->template as<T>().data());
     mapped_.emplace(table, std::move(*file));
-    return {table, true};
+    return table;
+}
+
+template <class T>
+TableStore::Loaded<T> TableStore::load(const std::string& path, size_t count) {
+    if (const auto mapped = map<T>(path, count))
+        return {*mapped, true};
+    return {readTable(path, count, static_cast<T*>(nullptr)), false};
+}
+
+Result<double*> TableStore::mapDoubles(const std::string& path, size_t count) {
+    return map<double>(path, count);
+}
+Result<uint8_t*> TableStore::mapBytes(const std::string& path, size_t count) {
+    return map<uint8_t>(path, count);
 }
 
 TableStore::Loaded<double> TableStore::doubles(const std::string& path, size_t count) {

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "support/file.h"
+#include "support/result.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -26,11 +27,17 @@ public:
     Loaded<double> doubles(const std::string& path, size_t count);
     Loaded<uint8_t> bytes(const std::string& path, size_t count);
 
+    // Likewise, but a file that is not there or has another size is an error, and nothing is said.
+    Result<double*> mapDoubles(const std::string& path, size_t count);
+    Result<uint8_t*> mapBytes(const std::string& path, size_t count);
+
     // Gives up a table from here, or one made with new[]; null is harmless.
     void release(double* table);
     void release(uint8_t* table);
 
 private:
+    template <class T>
+    Result<T*> map(const std::string& path, size_t count);
     template <class T>
     Loaded<T> load(const std::string& path, size_t count);
     template <class T>

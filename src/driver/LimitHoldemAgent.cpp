@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
-#include <stdexcept>
+#include <utility>
 
 const char* const HoldemStrategyFiles[4] = {
     "n/a",
@@ -46,27 +46,31 @@ const char* strategyFileOf(const Game& game) {
     return files[game.numPlayers];
 }
 
-// Whatever is missing is made exactly, in minutes; EquityTables by itself would sample it
-// for most of a day. Without tables there is no play: a failure ends the process with status 1.
-void makeMissingTables() {
-    tamarin::StepProgress progress;
+// What play of the game reads and is missing is made exactly, in minutes; EquityTables by itself
+// would sample it for most of a day. Without tables there is no play: a failure ends the process
+// with status 1.
+void makeMissingTables(const Game& game) {
     tamarin::BuildOptions build;
-    build.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
-        progress.at(step, done, total);
-    };
-    build.log = [&](const std::string& line) { progress.line(line); };
-    if (const auto built = tamarin::buildTables(build); !built) {
-        progress.line("ERROR: could not make the tables: " + built.error());
+    build.forPlayers = game.numPlayers;
+    const auto built = [&] {
+        tamarin::StepProgress progress(false, stdout);
+        build.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
+            progress.at(step, done, total);
+        };
+        build.log = [&](const std::string& line) { progress.line(line); };
+        return tamarin::buildTables(build);
+    }();
+    if (!built) {
+        std::fprintf(stderr, "ERROR: could not make the tables: %s\n", built.error().c_str());
         std::exit(1);
     }
 }
 
-std::unique_ptr<EquityTables> loadTables() {
-    makeMissingTables();
+std::unique_ptr<tamarin::TableHands> loadTables(const Game& game) {
+    makeMissingTables(game);
     auto tables = std::make_unique<EquityTables>();
-    tables->load();
-    tables->loadHoldemTables();
-    return tables;
+    tables->loadForPlay(game.numPlayers);
+    return std::make_unique<tamarin::TableHands>(std::move(tables));
 }
 
 } // namespace
@@ -77,44 +81,54 @@ LimitHoldemAgent::LimitHoldemAgent(const char* gameFile, unsigned long long iter
     requireHoldem(*game, gameFile);
     const std::string file = strategyFileOf(*game);
     solver = std::make_unique<CFR>(game);
-    if (tamarin::loadStrategy(
-            *solver, file, [&](CFR& loaded) { return tamarin::holdsHoldemGame(loaded, *game); })) {
-        tables = loadTables();
-        solver->setEquityTables(tables.get());
-        return;
+    const bool loaded = tamarin::loadStrategy(
+        *solver, file, [&](CFR& read) { return tamarin::holdsHoldemGame(read, *game); });
+    if (!loaded) {
+        solver = std::make_unique<CFR>(game); // a bad file may have left a part of itself
+        std::cout << "Training hold'em agent with " << iterations
+                  << " iterations for each information set!" << std::endl;
+        tamarin::makeDirectoryOf(file);
     }
-    solver = std::make_unique<CFR>(game); // a bad file may have left a part of itself
-    std::cout << "Training hold'em agent with " << iterations
-              << " iterations for each information set!" << std::endl;
-    tamarin::makeDirectoryOf(file);
-    tables = loadTables();
+    auto tableHands = loadTables(*game);
+    solver->setEquityTables(&tableHands->tables());
+    hands = std::move(tableHands);
+    if (loaded)
+        return;
     std::cout << "Training hold'em agent with " << iterations << " iterations" << std::endl;
     CFR::logProgress = true;
-    solver->setEquityTables(tables.get());
     solver->trainHoldem(iterations);
     (void)solver->save(file); // without a saved strategy the next start trains again
 }
 
+LimitHoldemAgent::LimitHoldemAgent(const char* gameFile, std::unique_ptr<CFR> readySolver,
+                                   std::unique_ptr<tamarin::HoldemHands> readyHands,
+                                   tamarin::SocketCalls& calls)
+    : PokerAgent(gameFile, calls), hands(std::move(readyHands)), solver(std::move(readySolver)) {
+    requireHoldem(*game, gameFile);
+}
+
 LimitHoldemAgent::~LimitHoldemAgent() = default;
+
+// The viewing seat's hand as the tables take it: its hole cards, then the board so far.
+void LimitHoldemAgent::gatherCards(uint8_t* cards) const {
+    const State& hand = state.state;
+    std::copy_n(hand.holeCards[state.viewingPlayer], game->numHoleCards, cards);
+    std::copy_n(hand.boardCards, sumBoardCards(game, hand.round), cards + game->numHoleCards);
+}
 
 // Stores the buckets of the viewing seat's hand for the current round where the solver's keys look
 // for them: by the number of players still acting.
 void LimitHoldemAgent::lookUpBuckets() {
-    const State& hand = state.state;
     const int seat = state.viewingPlayer;
-    const int round = hand.round;
+    const int round = state.state.round;
     uint8_t cards[MAX_HOLE_CARDS + MAX_BOARD_CARDS];
-    std::copy_n(hand.holeCards[seat], game->numHoleCards, cards);
-    std::copy_n(hand.boardCards, sumBoardCards(game, round), cards + game->numHoleCards);
+    gatherCards(cards);
     // The two-player tables have two seats; the third takes the second's, as it did in training.
-    const auto two =
-        static_cast<uint8_t>(tables->holdemTableIndex(2, round, std::min(seat, 1), cards));
+    const uint8_t two = hands->bucket(2, round, std::min(seat, 1), cards);
     solver->holdemBucket[round][1][seat] = two; // the others are all-in
     solver->holdemBucket[round][2][seat] = two;
-    if (game->numPlayers == 3) {
-        solver->holdemBucket[round][3][seat] =
-            static_cast<uint8_t>(tables->holdemTableIndex(3, round, seat, cards));
-    }
+    if (game->numPlayers == 3)
+        solver->holdemBucket[round][3][seat] = hands->bucket(3, round, seat, cards);
 }
 
 void LimitHoldemAgent::getAction(Action& action) {
@@ -126,29 +140,26 @@ void LimitHoldemAgent::getAction(Action& action) {
         playPotOdds(action);
 }
 
-// Draws from the average strategy; false when the tree does not hold the state.
+// Draws from the average strategy; false when it does not come to an action, which is mostly
+// because the tree does not hold the state. Whatever is thrown, character strings included, the
+// match goes on.
 bool LimitHoldemAgent::playStrategy(Action& action) {
-    CFRNode* node = nullptr;
     try {
-        node = solver->findNode(&state.state);
-    } catch (const std::out_of_range&) {
+        const CFRNode* const node = solver->findNode(&state.state);
+        solver->translate(node->getRandomActionIndex(), &state.state, action);
+        return true;
+    } catch (...) {
         fallback.add();
         return false;
     }
-    solver->translate(node->getRandomActionIndex(), &state.state, action);
-    return true;
 }
 
 // The probability that the viewing seat's hand beats random hands of all players still in.
-double LimitHoldemAgent::equity() {
-    const State& hand = state.state;
-    const int seat = state.viewingPlayer;
+double LimitHoldemAgent::equity() const {
     uint8_t cards[MAX_HOLE_CARDS + MAX_BOARD_CARDS];
-    std::copy_n(hand.holeCards[seat], game->numHoleCards, cards);
-    std::copy_n(hand.boardCards, sumBoardCards(game, hand.round), cards + game->numHoleCards);
-    const int players = game->numPlayers - numFolded(game, &hand);
-    const double* table = tables->getEquityTable(players, hand.round);
-    return table[hand_index_last(tables->indexer(hand.round), cards)];
+    gatherCards(cards);
+    const State& hand = state.state;
+    return hands->equity(game->numPlayers - numFolded(game, &hand), hand.round, cards);
 }
 
 // Checks when nothing is owed; else calls when the hand is worth the price: equity * (pot + price)

@@ -6,9 +6,9 @@
 // state is outside its tree; such decisions are made by pot odds on the hand's exact equity.
 #pragma once
 
-#include "abstraction/EquityTables.h"
 #include "driver/PokerAgent.h"
 #include "driver/fallback.h"
+#include "driver/holdem_hands.h"
 #include "solver/cfr.h"
 
 #include <memory>
@@ -23,12 +23,18 @@ public:
     // Iterations of the training when there is no strategy.
     static constexpr unsigned long long trainingIterations = 100000;
 
-    // Loads the game's strategy, or trains one and writes it; makes the tables that are missing
-    // first. A file that is no strategy of this game is kept as NAME.bad. A game of other shape
-    // than hold'em with two or three players ends the process with status 1.
+    // Loads the game's strategy, or trains one and writes it; makes first what is missing of the
+    // tables that play reads, and no others. A file that is no strategy of this game is kept as
+    // NAME.bad. A game of other shape than hold'em with two or three players ends the process with
+    // status 1.
     explicit LimitHoldemAgent(const char* gameFile)
         : LimitHoldemAgent(gameFile, trainingIterations) {}
     LimitHoldemAgent(const char* gameFile, unsigned long long iterations,
+                     tamarin::SocketCalls& calls = tamarin::systemSockets());
+    // Plays a strategy, over hands, that somebody else has got ready: no file but the definition is
+    // touched. The solver's own game must outlive the agent.
+    LimitHoldemAgent(const char* gameFile, std::unique_ptr<CFR> solver,
+                     std::unique_ptr<tamarin::HoldemHands> hands,
                      tamarin::SocketCalls& calls = tamarin::systemSockets());
     ~LimitHoldemAgent() override;
 
@@ -41,12 +47,13 @@ public:
     void winEvent(unsigned char player, int amount) override;
 
 private:
+    void gatherCards(uint8_t* cards) const;
     void lookUpBuckets();
     bool playStrategy(Action& action);
     void playPotOdds(Action& action);
-    double equity();
+    double equity() const;
 
-    std::unique_ptr<EquityTables> tables;
+    std::unique_ptr<tamarin::HoldemHands> hands;
     std::unique_ptr<CFR> solver; // released before the tables that it points to
     tamarin::FallbackCount fallback{"pot odds"};
 };

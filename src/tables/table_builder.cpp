@@ -89,6 +89,11 @@ Status checkPlaces(const TablePlan& plan) {
     return {};
 }
 
+TablePlan planOf(const BuildOptions& options) {
+    return options.forPlayers != 0 ? planTablesForPlay(options.directory, options.forPlayers)
+                                   : planTables(options.directory, options.groups, options.force);
+}
+
 BuildReport reportOf(const TablePlan& plan) {
     BuildReport report;
     for (const PlannedTable& table : plan.tables)
@@ -103,7 +108,7 @@ std::string tableLockPath(const std::string& lookup) {
 }
 
 Result<BuildReport> buildTables(const BuildOptions& options) {
-    TablePlan plan = planTables(options.directory, options.groups, options.force);
+    TablePlan plan = planOf(options);
     if (Status usable = checkPlaces(plan); !usable)
         return Error{usable.error()};
     if (plan.nothingToDo())
@@ -114,7 +119,7 @@ Result<BuildReport> buildTables(const BuildOptions& options) {
     if (!lock)
         return Error{lock.error()};
     // Another builder may have done it all meanwhile.
-    plan = planTables(options.directory, options.groups, options.force);
+    plan = planOf(options);
 
     Work work;
     work.threads = options.threads;

@@ -26,7 +26,8 @@ namespace tamarin {
 struct BuildOptions {
     std::string directory = ".";    // the playing directory
     std::vector<TableGroup> groups; // wanted; all when empty
-    bool force = false;             // make the wanted ones even when they are there
+    int forPlayers = 0;             // 2 or 3: what play with so many reads, instead of groups
+    bool force = false;             // make the wanted ones even when they are there; of groups only
     int threads = 0;                // 0: all cores
     uint64_t seed = 1;              // of the utilities
     uint64_t memory = 0;            // bytes that may be taken; 0: as much as is useful

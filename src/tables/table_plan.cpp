@@ -10,6 +10,7 @@
 #include <cassert>
 #include <cerrno>
 #include <cstring>
+#include <functional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -133,15 +134,16 @@ const std::vector<TableFile>& allTables() {
     return list;
 }
 
-TablePlan planTables(const std::string& directory, const std::vector<TableGroup>& groups,
-                     bool force) {
+namespace {
+
+TablePlan planWanted(const std::string& directory,
+                     const std::function<bool(const TableFile&)>& isWanted, bool force) {
     const std::vector<TableFile>& files = allTables();
     std::vector<PlannedTable> tables;
     std::vector<bool> wanted;
     for (const TableFile& file : files) {
         PlannedTable table = lookAt(directory, file);
-        wanted.push_back(groups.empty() ||
-                         std::find(groups.begin(), groups.end(), file.group) != groups.end());
+        wanted.push_back(isWanted(file));
         table.make = wanted.back() && (force || table.state != TableState::good);
         tables.push_back(table);
     }
@@ -169,6 +171,27 @@ TablePlan planTables(const std::string& directory, const std::vector<TableGroup>
         plan.seconds += secondsOf(plan, group);
     }
     return plan;
+}
+
+} // namespace
+
+TablePlan planTables(const std::string& directory, const std::vector<TableGroup>& groups,
+                     bool force) {
+    const auto isWanted = [&](const TableFile& file) {
+        return groups.empty() ||
+               std::find(groups.begin(), groups.end(), file.group) != groups.end();
+    };
+    return planWanted(directory, isWanted, force);
+}
+
+bool playReads(const TableFile& file, int players) {
+    return (file.group == TableGroup::equities || file.group == TableGroup::holdem) &&
+           file.players <= players;
+}
+
+TablePlan planTablesForPlay(const std::string& directory, int players) {
+    return planWanted(
+        directory, [players](const TableFile& file) { return playReads(file, players); }, false);
 }
 
 uint64_t diskOf(const TablePlan& plan, TableGroup group) {

@@ -53,6 +53,12 @@ struct TablePlan {
 TablePlan planTables(const std::string& directory, const std::vector<TableGroup>& groups,
                      bool force);
 
+// Whether play of a game for so many players (2 or 3) reads the file: the buckets that its strategy
+// is keyed by, and the equities for where the strategy has no answer.
+bool playReads(const TableFile& file, int players);
+// What would be made so that such a game can be played; whatever else is missing stays so.
+TablePlan planTablesForPlay(const std::string& directory, int players);
+
 // The same for one group of a plan.
 uint64_t diskOf(const TablePlan& plan, TableGroup group);
 uint64_t memoryOf(TableGroup group);

@@ -59,6 +59,45 @@ TEST_F(Plan, LeavesOutTheSourcesOfWhatIsThere) {
         << "all but the ranks and the three-player clusters";
 }
 
+TEST(AllTables, ThatPlayReadsAreThoseOfAsManyPlayers) {
+    std::set<std::string> two;
+    std::set<std::string> three;
+    for (const TableFile& file : allTables()) {
+        if (playReads(file, 2))
+            two.insert(file.path);
+        if (playReads(file, 3))
+            three.insert(file.path);
+    }
+    EXPECT_EQ(two, (std::set<std::string>{"lookup/preflop_2p", "lookup/flop_2p", "lookup/turn_2p",
+                                          "lookup/river_2p", "lookup/holdem_preflop_2p_0",
+                                          "lookup/holdem_preflop_2p_1", "lookup/holdem_flop_2p_0",
+                                          "lookup/holdem_flop_2p_1", "lookup/holdem_turn_2p_0",
+                                          "lookup/holdem_turn_2p_1", "lookup/holdem_river_2p_0",
+                                          "lookup/holdem_river_2p_1"}));
+    EXPECT_EQ(three.size(), 12U + 4 + 12);
+    for (const std::string& path : two)
+        EXPECT_EQ(three.count(path), 1U) << path;
+    EXPECT_EQ(three.count("lookup/holdem_river_3p_2"), 1U);
+    EXPECT_EQ(three.count("lookup/river_3p"), 1U);
+}
+
+// What else is missing stays so, and what a missing file is made from is made with it.
+TEST_F(Plan, ForPlayLeavesOutWhatPlayDoesNotRead) {
+    for (const TableFile& file : allTables())
+        if (playReads(file, 2))
+            writeSparse<uint8_t>(file.path, file.bytes);
+    EXPECT_TRUE(planTablesForPlay(".", 2).nothingToDo());
+    EXPECT_FALSE(planTablesForPlay(".", 3).nothingToDo());
+    EXPECT_EQ(planTablesForPlay(".", 2).tables.size(), 12U);
+
+    writeLaterRounds();
+    EXPECT_EQ(made(planTablesForPlay(".", 2)), std::set<std::string>());
+    std::filesystem::remove("lookup/holdem_preflop_2p_1");
+    EXPECT_EQ(made(planTablesForPlay(".", 2)),
+              (std::set<std::string>{"lookup/preflop_2p_c", "lookup/utility_preflop_2p_1",
+                                     "lookup/holdem_preflop_2p_1"}));
+}
+
 TEST_F(Plan, SeesAWrongSize) {
     writeLaterRounds();
     std::filesystem::resize_file("lookup/turn_3p_c", 5);
