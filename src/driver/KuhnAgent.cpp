@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <iostream>
 #include <set>
-#include <stdexcept>
 #include <vector>
 
 const char* const KuhnStrategyFiles[10] = {
@@ -104,6 +103,12 @@ void KuhnAgent::trainStrategies(Training training) {
         }
     }
     CFR::logProgress = logged;
+    // A seat that nothing was better for: its utility was never a number, or there was no attempt.
+    for (CFR*& seat : solver)
+        if (seat == nullptr)
+            seat = trained;
+    if (!trained->isTreeReady())
+        trained->buildTree();
 }
 
 void KuhnAgent::saveStrategies() {
@@ -132,18 +137,18 @@ void KuhnAgent::getAction(Action& action) {
         playCardRule(action);
 }
 
-// Draws from the average strategy of the seat's solver; false when it does not hold the state.
+// Draws from the average strategy of the seat's solver; false when it does not come to an action,
+// which is mostly because it does not hold the state. Whatever is thrown, the match goes on.
 bool KuhnAgent::playStrategy(int strategySeat, Action& action) {
-    CFRNode* node = nullptr;
     try {
-        node = solver[strategySeat]->findNode(&state.state);
-    } catch (const std::out_of_range&) {
+        const CFRNode* const node = solver[strategySeat]->findNode(&state.state);
+        const int index = node->getRandomActionIndex();
+        solver[state.viewingPlayer]->translate(index, &state.state, action);
+        return true;
+    } catch (...) {
         fallback.add();
         return false;
     }
-    const int index = node->getRandomActionIndex();
-    solver[state.viewingPlayer]->translate(index, &state.state, action);
-    return true;
 }
 
 void KuhnAgent::playCardRule(Action& action) {

@@ -3,6 +3,7 @@
 #include "driver/KuhnAgent.h"
 #include "driver/LimitHoldemAgent.h"
 #include "driver/PokerAgent.h"
+#include "game/definition_file.h"
 #include "solver/cfr.h"
 #include "support/exception_text.h"
 #include "support/interrupt.h"
@@ -10,6 +11,7 @@
 #include "support/scan.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -29,19 +31,6 @@ std::unique_ptr<PokerAgent> makeAgent(const std::string& gameFile) {
     return nullptr;
 }
 
-GamePtr readDefinition(const char* path) {
-    FILE* file = std::fopen(path, "r");
-    if (!file) {
-        std::fprintf(stderr, "ERROR: could not open game %s\n", path);
-        return nullptr;
-    }
-    GamePtr game(readGame(file));
-    std::fclose(file);
-    if (!game)
-        std::fprintf(stderr, "ERROR: could not read game %s\n", path);
-    return game;
-}
-
 int play(int argc, char** argv) {
     randomize();
     ignoreBrokenPipes();
@@ -52,7 +41,7 @@ int play(int argc, char** argv) {
         std::fprintf(stderr, "usage: player game server port\n");
         return 1;
     }
-    const GamePtr game = readDefinition(argv[1]);
+    const GamePtr game = readDefinitionFile(argv[1]);
     if (!game)
         return 1;
     CFR::logProgress = true;
@@ -66,8 +55,10 @@ int play(int argc, char** argv) {
         std::fprintf(stderr, "ERROR: invalid port %s\n", argv[3]);
         return 1;
     }
-    if (!agent->connect(argv[2], port) || !agent->play())
+    if (!agent->connect(argv[2], port))
         return 1;
+    if (!agent->play())
+        std::exit(1); // at once: the agent and all it holds stay as they are
     return 0;
 }
 

@@ -6,7 +6,10 @@
 #include "support/rng.h"
 
 #include <array>
+#include <cstring>
 #include <filesystem>
+#include <memory>
+#include <regex>
 #include <set>
 #include <string>
 #include <thread>
@@ -69,6 +72,39 @@ TEST(KuhnAgent, AnEmptyDirectoryIsTrainedAndSaved) {
     EXPECT_EQ(PlayingDirectory::read(strategy(0)), PlayingDirectory::read(strategy(1)));
     EXPECT_EQ(PlayingDirectory::read(strategy(0)), PlayingDirectory::read(strategy(2)));
     EXPECT_FALSE(std::filesystem::exists(strategy(3)));
+}
+
+TEST(KuhnAgent, TrainsAsLongAsAlways) {
+    EXPECT_EQ(KuhnAgent::Training{}.attempts, 100);
+    EXPECT_EQ(KuhnAgent::Training{}.iterations, 1000000U);
+}
+
+// After each save: the one solver's address, and what it is worth to each seat.
+TEST(KuhnAgent, PrintsTheSolverAndItsUtilityForEverySeat) {
+    const PlayingDirectory directory;
+    const std::string printed = trainQuietly();
+    const std::regex lines("(0x[0-9a-f]+)\\nAvg strategy utility = \\(( [-+.e0-9]+){3} \\)\\n"
+                           "\\1\\nAvg strategy utility = \\(( [-+.e0-9]+){3} \\)\\n"
+                           "\\1\\nAvg strategy utility = \\(( [-+.e0-9]+){3} \\)\\n");
+    const size_t start = printed.find("0x");
+    ASSERT_NE(start, std::string::npos) << printed;
+    EXPECT_TRUE(std::regex_match(printed.substr(start), lines)) << printed.substr(start);
+}
+
+// Every seat has a solver then, too: the one that has learned nothing.
+TEST(KuhnAgent, PlaysWithoutASingleAttempt) {
+    for (const KuhnAgent::Training none : {KuhnAgent::Training{0, 1000}, {1, 0}}) {
+        const PlayingDirectory directory;
+        const std::string printed = trainQuietly(none);
+        EXPECT_TRUE(printed.ends_with(" )\n")) << printed;
+        for (int seat = 0; seat < 3; ++seat)
+            EXPECT_EQ(PlayingDirectory::read(strategy(seat)).size(), 3U * 4 + 48 * 108) << seat;
+        testing::internal::CaptureStderr();
+        OpenKuhnAgent agent;
+        agent.startHand();
+        EXPECT_NE(agent.actionIn("MATCHSTATE:2:1:cr:||Ks").type, actionInvalid);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "the state is held";
+    }
 }
 
 TEST(KuhnAgent, RestoresTheProgressSwitch) {
@@ -253,6 +289,59 @@ TEST_F(KuhnAgentInPlay, TheStrategyDecidesInModesZeroAndOne) {
         }
         EXPECT_EQ(seen, (std::set<int>{actionCall})) << "nothing beats an ace";
     }
+}
+
+// Three files of which each raises in the first decision of its own seat, and calls in the others'.
+class KuhnAgentWithThreeStrategies : public testing::Test {
+protected:
+    void SetUp() override {
+        trainQuietly({1, 200});
+        const std::string trained = PlayingDirectory::read(strategy(0));
+        const char* const firstDecision[3] = {"0:0:2:", "1:0:2:c", "2:0:2:cc"};
+        for (int file = 0; file < 3; ++file) {
+            std::string bytes = trained;
+            for (int seat = 0; seat < 3; ++seat) {
+                std::string key(60, '\0');
+                key.replace(0, std::strlen(firstDecision[seat]), firstDecision[seat]);
+                const size_t at = bytes.find(key);
+                ASSERT_NE(at, std::string::npos) << firstDecision[seat];
+                const double sums[3] = {0, file == seat ? 0.0 : 1.0, file == seat ? 1.0 : 0.0};
+                std::memcpy(&bytes[at + 60 + sizeof sums], sums, sizeof sums);
+            }
+            PlayingDirectory::write(strategy(file), bytes);
+        }
+        agent = std::make_unique<OpenKuhnAgent>();
+    }
+    // How often the seat raises in its first decision, of 600 times.
+    int raises(int seat) {
+        const char* const states[3] = {"MATCHSTATE:0:1::Ks||", "MATCHSTATE:1:1:c:|Ks|",
+                                       "MATCHSTATE:2:1:cc:||Ks"};
+        int count = 0;
+        for (int i = 0; i < 600; ++i) {
+            const ActionType type = agent->actionIn(states[seat]).type;
+            EXPECT_TRUE(type == actionRaise || type == actionCall);
+            count += type == actionRaise;
+        }
+        return count;
+    }
+    PlayingDirectory directory;
+    std::unique_ptr<OpenKuhnAgent> agent;
+};
+
+TEST_F(KuhnAgentWithThreeStrategies, ModeZeroPlaysTheOwnSeats) {
+    agent->startHand();
+    ASSERT_EQ(agent->getMode(), 0);
+    for (int seat = 0; seat < 3; ++seat)
+        EXPECT_EQ(raises(seat), 600) << seat;
+}
+
+TEST_F(KuhnAgentWithThreeStrategies, ModeOneDrawsTheStrategyAtEveryDecision) {
+    agent->gameOverEvent(-1.0);
+    agent->startHand();
+    ASSERT_EQ(agent->getMode(), 1);
+    // A third of the draws; 600 of them deviate by 11.5.
+    for (int seat = 0; seat < 3; ++seat)
+        EXPECT_NEAR(raises(seat), 200, 60) << seat;
 }
 
 TEST_F(KuhnAgentInPlay, AStateOutsideTheStrategyFallsBackToTheCardRule) {

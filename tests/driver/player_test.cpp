@@ -1,14 +1,22 @@
 // The program player as its own process, against a dealer on a real socket.
+#include "driver/player.h"
+
 #include "driver/KuhnAgent.h"
+#include "driver/LimitHoldemAgent.h"
 #include "driver/holdem_directory.h"
 #include "driver/loopback_dealer.h"
 #include "driver/process.h"
 #include "driver/scratch.h"
 
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <string>
+#include <sys/stat.h>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -74,12 +82,206 @@ TEST(Player, ComparesTheWholeNameOfTheGame) {
     EXPECT_FALSE(std::filesystem::exists("strategies")) << "nothing is trained for it";
 }
 
-TEST(Player, LooksAtThePortAfterTheAgentStands) {
+TEST(Player, RefusesAPortThatIsNone) {
     const PlayingDirectory directory;
     prepareKuhn();
-    const Outcome outcome = run(directory, {kuhn, "localhost", "port"});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err, "ERROR: invalid port port\n");
+    for (const std::string port : {"port", "", "-1", "65536", "70000", "18446744073709551617"}) {
+        const Outcome outcome = run(directory, {kuhn, "localhost", port});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.err, "ERROR: invalid port " + port + "\n");
+    }
+}
+
+// Each of its games, with another game's definition under the name: the agent refuses it, and the
+// port has not been looked at by then.
+TEST(Player, BuildsTheAgentOfTheNameAndThenLooksAtThePort) {
+    const PlayingDirectory directory;
+    const std::string holdem = PlayingDirectory::read("holdem.limit.3p.game");
+    const std::string small = PlayingDirectory::read(kuhn);
+    for (const std::string name : {"holdem.limit.2p.reverse_blinds.game", "holdem.limit.3p.game",
+                                   "holdem.nolimit.2p.reverse_blinds.game", "kuhn.limit.3p.game"}) {
+        PlayingDirectory::write(name, name == kuhn ? holdem : small);
+        const Outcome outcome = run(directory, {name, "localhost", "port"});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_TRUE(outcome.err.starts_with("ERROR: " + name + " is not " +
+                                            (name == kuhn ? "Kuhn poker: " : "hold'em: ")))
+            << outcome.err;
+    }
+}
+
+// What it trains for, and how long: read off the first lines of a start without strategies.
+TEST(Player, AnnouncesTheTrainingOfEachGame) {
+    const HoldemDirectory directory;
+    const auto start = [&](const std::string& game) {
+        return std::make_unique<Process>(std::vector<std::string>{program, game, "localhost", "1"},
+                                         directory.path());
+    };
+    const std::string echo = "\nlocalhost\n1\n";
+    const std::string warning = "Warning: could not load strategy from disk!\n";
+    {
+        const auto player = start(kuhn);
+        EXPECT_TRUE(player->says(echo + warning + "Training kuhn agent with 100 iterations\n" +
+                                 "Finding equilibrium 0...\n"));
+    }
+    const std::pair<std::string, std::string> games[] = {
+        {"holdem.limit.2p.reverse_blinds.game", "strategies/holdem.limit.2p/strategy"},
+        {"holdem.limit.3p.game", "strategies/holdem.limit.3p/strategy"},
+        {"holdem.nolimit.2p.reverse_blinds.game", "strategies/holdem.nolimit.2p/strategy"}};
+    for (const auto& [game, file] : games) {
+        PlayingDirectory::write(file, "no strategy");
+        const auto player = start(game);
+        EXPECT_TRUE(player->says(echo + warning +
+                                 "Training hold'em agent with 100000 iterations for each "
+                                 "information set!\n"))
+            << game;
+        EXPECT_EQ(player->err(), "ERROR: " + file +
+                                     " is no strategy of this game: rebuilding it, the bad file is "
+                                     "kept beside it as .bad\n");
+    }
+}
+
+// In this process, for what a start leaves in it: the solvers' progress lines are on.
+TEST(Player, SwitchesTheSolversProgressOn) {
+    const PlayingDirectory directory;
+    prepareKuhn();
+    std::string words[] = {"player", kuhn, "localhost", "port"};
+    char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), words[3].data()};
+    CFR::logProgress = false;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(runPlayer(4, arguments), 1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "ERROR: invalid port port\n");
+    testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(CFR::logProgress);
+    CFR::logProgress = false;
+}
+
+// Of 64 decisions between two actions, two starts make some differently.
+TEST(Player, DrawsOtherNumbersInEveryStart) {
+    const PlayingDirectory directory;
+    FILE* file = std::fopen(kuhn.c_str(), "r");
+    const GamePtr game(readGame(file));
+    std::fclose(file);
+    CFR even(game.get());
+    even.buildTree(); // untrained: every action as often
+    std::filesystem::create_directories("strategies/kuhn.limit.3p");
+    for (int seat = 0; seat < 3; ++seat)
+        ASSERT_TRUE(even.save(KuhnStrategyFiles[seat]));
+    std::string answers[2];
+    for (std::string& all : answers) {
+        LoopbackDealer dealer;
+        Process player({program, kuhn, "127.0.0.1", std::to_string(dealer.port())},
+                       directory.path());
+        ASSERT_TRUE(dealer.accept());
+        EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
+        for (int i = 0; i < 64; ++i)
+            dealer.send("MATCHSTATE:0:7::Js||\r\n");
+        for (int i = 0; i < 64; ++i)
+            all += dealer.readLine();
+        dealer.hangUp();
+        EXPECT_EQ(player.wait(), 0);
+        EXPECT_EQ(player.err(), "");
+    }
+    EXPECT_NE(answers[0], answers[1]);
+    for (const char* answer : {":c\r\n", ":r\r\n"})
+        EXPECT_NE(answers[0].find(answer), std::string::npos) << "both actions are played";
+}
+
+TEST(Player, DoesNotWaitForAGameThatIsNoFile) {
+    const PlayingDirectory directory;
+    ASSERT_EQ(mkfifo("pipe.game", 0600), 0);
+    for (const std::string path : {"pipe.game", "/dev/zero"}) {
+        const Outcome outcome = run(directory, {path, "localhost", "1"});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.err, "ERROR: could not read game " + path + "\n");
+    }
+}
+
+// The socket would otherwise take the number of the closed descriptor, and the dealer be told of
+// every line that cannot be read.
+TEST(Player, SaysNothingToTheDealerWhereStandardErrorIsClosed) {
+    const PlayingDirectory directory;
+    prepareKuhn();
+    for (const std::string closed : {"2>&-", "<&- >&- 2>&-"}) {
+        LoopbackDealer dealer;
+        Process player({"/bin/sh", "-c",
+                        "exec " + program + " " + kuhn + " 127.0.0.1 " +
+                            std::to_string(dealer.port()) + " " + closed},
+                       directory.path());
+        ASSERT_TRUE(dealer.accept());
+        EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
+        dealer.send("nonsense\r\nMATCHSTATE:0:7:crf:As||\r\n");
+        EXPECT_EQ(dealer.readLine(), "MATCHSTATE:0:7:crf:As||:c\r\n");
+        dealer.halfClose();
+        EXPECT_EQ(dealer.readAll(), "");
+        EXPECT_EQ(player.wait(), 0);
+    }
+}
+
+// Standard error is a pipe that nobody reads any more: the match is worth more than the complaint.
+TEST(Player, OutlivesTheReaderOfItsErrors) {
+    const PlayingDirectory directory;
+    prepareKuhn();
+    LoopbackDealer dealer;
+    Process player({"/bin/sh", "-c",
+                    "{ " + program + " " + kuhn + " 127.0.0.1 " + std::to_string(dealer.port()) +
+                        " 2>&1 >/dev/null; echo $? >status; } | :"},
+                   directory.path());
+    ASSERT_TRUE(dealer.accept());
+    EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
+    for (int i = 0; i < 3; ++i) {
+        dealer.send("nonsense\r\nMATCHSTATE:0:7:crf:As||\r\n");
+        EXPECT_EQ(dealer.readLine(), "MATCHSTATE:0:7:crf:As||:c\r\n") << i;
+    }
+    dealer.hangUp();
+    player.wait();
+    EXPECT_EQ(PlayingDirectory::read("status"), "0\n");
+}
+
+// At once: the agent's last words are those of an agent that is cleaned up.
+TEST(Player, EndsAtOnceWhenItCannotAnswer) {
+    const PlayingDirectory directory;
+    prepareKuhn();
+    LoopbackDealer dealer;
+    Process player({program, kuhn, "127.0.0.1", std::to_string(dealer.port())}, directory.path());
+    ASSERT_TRUE(dealer.accept());
+    EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
+    // A card that no strategy knows, so that there is a count to tell; then the dealer is gone by
+    // the time there is an answer.
+    kill(player.pid(), SIGSTOP);
+    dealer.send("MATCHSTATE:0:7:crf:7s||\r\n");
+    dealer.reset();
+    kill(player.pid(), SIGCONT);
+    EXPECT_EQ(player.wait(), 1);
+    EXPECT_EQ(player.err(),
+              "WARNING: the strategy does not hold this state: playing by the fixed card rule\n"
+              "ERROR: could not get send response to server\n");
+}
+
+// With the files that play reads and nowhere to write, it plays.
+TEST(Player, NeedsNoOtherTablesAndWritesNone) {
+    const HoldemDirectory directory;
+    const std::string game = "holdem.limit.2p.reverse_blinds.game";
+    testing::internal::CaptureStdout();
+    { LimitHoldemAgent agent(game.c_str(), 100); }
+    testing::internal::GetCapturedStdout();
+    for (const TableFile& file : allTables())
+        if (!playReads(file, 2))
+            std::filesystem::remove(file.path);
+    namespace fs = std::filesystem;
+    fs::permissions("lookup", fs::perms::owner_read | fs::perms::owner_exec);
+    const auto before = fs::last_write_time("lookup");
+    LoopbackDealer dealer;
+    Process player({program, game, "127.0.0.1", std::to_string(dealer.port())}, directory.path());
+    ASSERT_TRUE(dealer.accept());
+    EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
+    dealer.send("MATCHSTATE:1:0::|AsKs\r\n");
+    EXPECT_TRUE(dealer.readLine().starts_with("MATCHSTATE:1:0::|AsKs:"));
+    dealer.hangUp();
+    EXPECT_EQ(player.wait(), 0);
+    EXPECT_EQ(player.err(), "");
+    EXPECT_EQ(fs::last_write_time("lookup"), before) << "nothing was made, not even a lock";
+    fs::permissions("lookup", fs::perms::owner_all);
 }
 
 TEST(Player, SaysThatTheDealerCannotBeReached) {

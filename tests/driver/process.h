@@ -21,6 +21,8 @@ public:
         for (const std::string& word : command)
             arguments.push_back(const_cast<char*>(word.c_str()));
         arguments.push_back(nullptr);
+        unlink(out_.c_str()); // what an earlier process said
+        unlink(err_.c_str());
         pid_ = fork();
         if (pid_ == 0) {
             const int mode = 0644;
@@ -54,6 +56,16 @@ public:
         }
         pid_ = -1;
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    }
+
+    // Whether it writes the text, on standard output or error, within ten seconds.
+    bool says(const std::string& text) const {
+        for (int tries = 0; tries < 1000; ++tries) {
+            if ((out() + err()).find(text) != std::string::npos)
+                return true;
+            usleep(10000);
+        }
+        return false;
     }
 
     std::string out() const { return contents(out_); }

@@ -1,7 +1,9 @@
 #include "toolbox/commands.h"
 
+#include "support/file.h"
 #include "toolbox/tamarin_process.h"
 
+#include <algorithm>
 #include <set>
 
 using namespace tamarin;
@@ -56,4 +58,26 @@ TEST(Program, TellsItsVersion) {
     const Ended run = runTamarin({"--version"});
     EXPECT_EQ(run.status, 0);
     EXPECT_TRUE(run.out.starts_with("tamarin "));
+}
+
+// A log would otherwise take the number of the closed standard error, and hold what belongs there.
+TEST(Program, KeepsItsFilesApartFromClosedStreams) {
+    const Scratch scratch;
+    const auto match = [&](const std::string& closed) {
+        Process process({"/bin/sh", "-c",
+                         "exec " TAMARIN_BINARY_DIR
+                         "/bin/tamarin match kuhn.limit.3p.game --hands 20 --seed 1 --verbose "
+                         "--log m.log --seat a=bot:rule --seat b=bot:call --seat c=bot:random " +
+                             closed},
+                        scratch.path());
+        (void)process.wait();
+        const Result<std::string> log = readWholeFile(scratch / "m.log");
+        return log ? *log : log.error();
+    };
+    const std::string whole = match("");
+    EXPECT_EQ(std::count(whole.begin(), whole.end(), '\n'),
+              std::count(whole.begin(), whole.end(), '#') + 20)
+        << whole;
+    EXPECT_EQ(match("2>&-"), whole);
+    EXPECT_EQ(match("<&- 2>&-"), whole);
 }
