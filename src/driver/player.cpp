@@ -55,11 +55,7 @@ int play(int argc, char** argv) {
         std::fprintf(stderr, "ERROR: invalid port %s\n", argv[3]);
         return 1;
     }
-    if (!agent->connect(argv[2], port))
-        return 1;
-    if (!agent->play())
-        std::exit(1); // at once: the agent and all it holds stay as they are
-    return 0;
+    return playMatch(*agent, argv[2], port);
 }
 
 } // namespace
@@ -69,6 +65,14 @@ bool playsAsHoldem(const std::string& gameFile) {
     return gameFile == "holdem.limit.2p.reverse_blinds.game" ||
            gameFile == "holdem.limit.3p.game" ||
            gameFile == "holdem.nolimit.2p.reverse_blinds.game";
+}
+
+int playMatch(PokerAgent& agent, const char* host, uint16_t port) {
+    if (!agent.connect(host, port))
+        return 1;
+    if (!agent.play())
+        std::exit(1); // at once: the agent and all it holds stay as they are
+    return 0;
 }
 
 int runPlayer(int argc, char** argv) {

@@ -573,7 +573,8 @@ hand_index_t hand_index_all(const hand_indexer_t* indexer, const uint8_t cards[]
         const unsigned count = indexer->cards_per_round[round];
         addRound(plan, cards, count, *multiplier, hand);
         cards += count;
-        multiplier = plan.multiplier.data() + hand.permutation;
+        if (round + 1 < indexer->rounds) // the last round's has no entries
+            multiplier = &plan.multiplier[hand.permutation];
         index = indices[round] = combineSuits(indexer, round, hand);
     }
     return index;
@@ -589,7 +590,8 @@ hand_index_t hand_index_last(const hand_indexer_t* indexer, const uint8_t cards[
         const unsigned count = indexer->cards_per_round[round];
         addRound(plan, cards, count, *multiplier, hand);
         cards += count;
-        multiplier = plan.multiplier.data() + hand.permutation;
+        if (round + 1 < indexer->rounds) // the last round's has no entries
+            multiplier = &plan.multiplier[hand.permutation];
     }
     return combineSuits(indexer, indexer->rounds - 1, hand);
 }

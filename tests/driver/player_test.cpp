@@ -6,8 +6,10 @@
 #include "driver/holdem_directory.h"
 #include "driver/loopback_dealer.h"
 #include "driver/process.h"
+#include "driver/recording_agent.h"
 #include "driver/scratch.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -296,6 +298,27 @@ TEST(Player, SaysThatTheDealerCannotBeReached) {
     outcome = run(directory, {kuhn, "no.such.host.invalid", port + "abc"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "ERROR: could not look up address for no.such.host.invalid\n");
+}
+
+// There is no stream to play over.
+TEST(Player, DoesNotPlayWhereItCouldNotGreet) {
+    class Mute : public SocketCalls {
+    public:
+        int connect(int, const sockaddr*, socklen_t) override { return 0; }
+        ssize_t send(int, const void*, size_t) override {
+            errno = EPIPE;
+            return -1;
+        }
+        ssize_t receive(int, void*, size_t) override { return 0; }
+    };
+    const DefinitionFile file(threePlayerKuhn);
+    Mute sockets;
+    RecordingAgent agent(file.path(), always(callAction), sockets);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(playMatch(agent, "127.0.0.1", 1), 1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "ERROR: could not get send version to server\n");
+    agent.disconnect();
 }
 
 TEST(Player, PlaysToTheEndOfTheMatch) {
