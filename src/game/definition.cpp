@@ -254,3 +254,13 @@ std::string tamarin::gameAsText(const Game& game) {
     std::free(text);
     return result;
 }
+
+tamarin::GamePtr tamarin::gameFromText(const std::string& text) {
+    std::string copy = text; // of a stream that is only read
+    FILE* const stream = fmemopen(copy.data(), copy.size(), "r");
+    if (stream == nullptr)
+        throw std::bad_alloc();
+    GamePtr game(readGame(stream));
+    std::fclose(stream);
+    return game;
+}

@@ -68,4 +68,7 @@ struct FreeGame {
 };
 using GamePtr = std::unique_ptr<Game, FreeGame>;
 
+// What readGame makes of the text.
+GamePtr gameFromText(const std::string& text);
+
 } // namespace tamarin

@@ -7,8 +7,6 @@
 #include "support/util.h"
 #include "tables/table_plan.h"
 
-#include <cstdio>
-
 namespace tamarin {
 
 std::string auxiliaryGameText(int players, int round) {
@@ -29,9 +27,7 @@ Result<GamePtr> auxiliaryGameIn(const std::string& directory, int players, int r
             return Error{there.error()};
         text = std::move(*there);
     }
-    std::unique_ptr<FILE, int (*)(FILE*)> file(fmemopen(text.data(), text.size(), "r"),
-                                               std::fclose);
-    GamePtr game(file ? readGame(file.get()) : nullptr);
+    GamePtr game = gameFromText(text);
     if (!game)
         return Error{path + ": could not read this game definition"};
     if (!AuxiliaryGame::fits(*game) || game->numPlayers != players ||

@@ -4,6 +4,7 @@
 #include "driver/LimitHoldemAgent.h"
 #include "driver/player.h"
 #include "support/interrupt.h"
+#include "support/silent_output.h"
 #include "support/step_progress.h"
 #include "tables/table_builder.h"
 #include "toolbox/command.h"
@@ -14,28 +15,12 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
 
 namespace tamarin {
 
 namespace {
 
-// The loaders say what they do on standard output, which belongs to the command's results.
-class SilentOutput {
-public:
-    SilentOutput() : before_(std::cout.rdbuf(nullptr)) {}
-    ~SilentOutput() {
-        std::cout.rdbuf(before_);
-        std::cout.clear();
-    }
-    SilentOutput(const SilentOutput&) = delete;
-    SilentOutput& operator=(const SilentOutput&) = delete;
-
-private:
-    std::streambuf* before_;
-};
-
-// They also take their files from the working directory.
+// The loaders take their files from the working directory.
 class InDirectory {
 public:
     explicit InDirectory(const std::string& directory) : before_(std::filesystem::current_path()) {

@@ -1,5 +1,7 @@
 #include "training/checkpoint.h"
 
+#include "support/fnv.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -19,11 +21,10 @@ const std::string prefix = "checkpoint.";
 
 static_assert(sizeof(TrainerNumbers) == 72);
 
-uint64_t hashOf(const std::string& bytes, size_t length) {
-    uint64_t hash = 0xcbf29ce484222325U;
-    for (size_t i = 0; i < length; ++i)
-        hash = (hash ^ static_cast<unsigned char>(bytes[i])) * 0x100000001b3U;
-    return hash;
+uint64_t hashOf(std::string_view bytes) {
+    Fnv1a hash;
+    hash.add(bytes);
+    return hash.value();
 }
 
 template <class T>
@@ -119,7 +120,7 @@ Status saveCheckpoint(const std::string& directory, const std::string& config,
     std::string bytes(magic, sizeof magic);
     append(bytes, version);
     append(bytes, byteOrder);
-    append(bytes, hashOf(config, config.size()));
+    append(bytes, hashOf(config));
     append(bytes, static_cast<uint64_t>(config.size()));
     bytes += config;
     append(bytes, state.iteration);
@@ -127,7 +128,7 @@ Status saveCheckpoint(const std::string& directory, const std::string& config,
     append(bytes, static_cast<uint64_t>(state.sets.size()));
     bytes.append(reinterpret_cast<const char*>(state.sets.data()),
                  state.sets.size() * sizeof(TrainerNumbers));
-    append(bytes, hashOf(bytes, bytes.size()));
+    append(bytes, hashOf(bytes));
     char name[64];
     std::snprintf(name, sizeof name, "/%s%020llu", prefix.c_str(),
                   static_cast<unsigned long long>(state.iteration));
@@ -164,7 +165,7 @@ Result<TrainerState> readCheckpoint(const std::string& path, const std::string& 
         return damaged("cut short, it has " + std::to_string(bytes.size()) + " bytes");
     const size_t end = bytes.size() - sizeof checksum;
     std::memcpy(&checksum, bytes.data() + end, sizeof checksum);
-    if (checksum != hashOf(bytes, end))
+    if (checksum != hashOf(std::string_view(bytes).substr(0, end)))
         return damaged("damaged or cut short, its checksum does not fit its " +
                        std::to_string(bytes.size()) + " bytes");
     Reader reader(bytes, end);
@@ -179,7 +180,7 @@ Result<TrainerState> readCheckpoint(const std::string& path, const std::string& 
         reader.left() / sizeof(TrainerNumbers) != sets ||
         reader.left() % sizeof(TrainerNumbers) != 0)
         return damaged("its fields do not fit its " + std::to_string(bytes.size()) + " bytes");
-    if (configHash != hashOf(made, made.size()))
+    if (configHash != hashOf(made))
         return damaged("damaged, its configuration does not fit its hash");
     if (made != config)
         return damaged("made with another configuration: " + difference(made, config));

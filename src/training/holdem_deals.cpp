@@ -1,6 +1,7 @@
 #include "training/holdem_deals.h"
 
 #include "solver/deck.h"
+#include "support/fnv.h"
 #include "support/rng.h"
 
 #include <iterator>
@@ -30,7 +31,7 @@ void fillBatch(const Game& game, const HoldemBuckets& buckets, uint64_t seed, De
 
 uint64_t fingerprintOf(const Game& game, const HoldemBuckets& buckets) {
     constexpr uint64_t deals = 256; // thousands of look-ups
-    uint64_t hash = 0xCBF29CE484222325U;
+    Fnv1a hash;
     rng_state_t rng;
     init_genrand(&rng, 1);
     for (uint64_t t = 0; t < deals; ++t) {
@@ -41,9 +42,9 @@ uint64_t fingerprintOf(const Game& game, const HoldemBuckets& buckets) {
         for (const auto& byActing : of.of)
             for (const auto& bySeat : byActing)
                 for (const auto bucket : bySeat)
-                    hash = (hash ^ bucket) * 0x100000001B3U; // FNV-1a
+                    hash.add(bucket);
     }
-    return hash;
+    return hash.value();
 }
 
 int threadsOf(int threads) {

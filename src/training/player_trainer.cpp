@@ -1,34 +1,15 @@
 #include "training/player_trainer.h"
 
 #include "support/rng.h"
+#include "support/silent_output.h"
 
-#include <iostream>
 #include <sstream>
 
 namespace tamarin {
 
-namespace {
-
-// CFR::train says what it does on standard output, which belongs to the caller here.
-class Silence {
-public:
-    Silence() : before_(std::cout.rdbuf(nullptr)) {}
-    ~Silence() {
-        std::cout.rdbuf(before_);
-        std::cout.clear();
-    }
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
-
-private:
-    std::streambuf* before_;
-};
-
-} // namespace
-
 PlayerTrainer::PlayerTrainer(const SmallGame& game, uint64_t seed)
     : Trainer(game), rules_(game.game()), solver_(&rules_) {
-    const Silence silence;
+    const SilentOutput silent;
     global_urng().seed(static_cast<uint32_t>(seed ^ seed >> 32U));
     solver_.buildTree();
     try {
@@ -40,7 +21,7 @@ PlayerTrainer::PlayerTrainer(const SmallGame& game, uint64_t seed)
 }
 
 void PlayerTrainer::run(uint64_t iterations) {
-    const Silence silence;
+    const SilentOutput silent;
     for (uint64_t done = 0; done < iterations; done += block()) {
         solver_.train(block());
         iteration_ += block();

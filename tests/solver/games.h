@@ -3,8 +3,6 @@
 
 #include "game/game.h"
 
-#include <cstdio>
-#include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -12,10 +10,7 @@
 namespace tamarin::testing {
 
 inline GamePtr gameFrom(const std::string& definition) {
-    std::string text = definition;
-    FILE* file = fmemopen(text.data(), text.size(), "r");
-    GamePtr game(readGame(file));
-    std::fclose(file);
+    GamePtr game = gameFromText(definition);
     EXPECT_NE(game, nullptr) << definition;
     return game;
 }

@@ -1,0 +1,25 @@
+// Nothing on std::cout for as long as the object lives.
+//
+// Training and loaders of the player's own interface say what they do on standard output, which
+// belongs to the results of whoever calls them from within something larger. One thread.
+#pragma once
+
+#include <iostream>
+
+namespace tamarin {
+
+class SilentOutput {
+public:
+    SilentOutput() : before_(std::cout.rdbuf(nullptr)) {}
+    ~SilentOutput() {
+        std::cout.rdbuf(before_);
+        std::cout.clear(); // writing to no buffer is an error of the stream
+    }
+    SilentOutput(const SilentOutput&) = delete;
+    SilentOutput& operator=(const SilentOutput&) = delete;
+
+private:
+    std::streambuf* before_;
+};
+
+} // namespace tamarin
