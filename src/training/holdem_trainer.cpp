@@ -58,7 +58,10 @@ void HoldemTrainer::run(uint64_t deals) {
 
 void HoldemTrainer::discount(uint64_t block) {
     const auto b = static_cast<double>(block);
-    const double positive = std::pow(b, 1.5) / (std::pow(b, 1.5) + 1.0);
+    // The root is rounded alike everywhere; the library's pow() is not, where a processor lacks
+    // FMA.
+    const double power = std::sqrt(b * b * b);
+    const double positive = power / (power + 1.0);
     const double average = b / (b + 1.0) * (b / (b + 1.0));
     SetNumbers* const numbers = sets_.numbers();
     const size_t count = sets_.numSets();
