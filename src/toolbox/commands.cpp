@@ -6,7 +6,7 @@ const std::vector<AddCommand>& allCommands() {
     static const std::vector<AddCommand> commands = {
         addMatchCommand,   addBotCommand,    addPrepareCommand, addTrainCommand,
         addExploitCommand, addShowCommand,   addEquityCommand,  addRankCommand,
-        addIndexCommand,   addTablesCommand, addVerifyCommand,
+        addIndexCommand,   addTablesCommand, addVerifyCommand,  addSignatureCommand,
     };
     return commands;
 }

@@ -16,6 +16,7 @@ void addRankCommand(CLI::App& app, int& status);
 void addIndexCommand(CLI::App& app, int& status);
 void addTablesCommand(CLI::App& app, int& status);
 void addVerifyCommand(CLI::App& app, int& status);
+void addSignatureCommand(CLI::App& app, int& status);
 
 // Every command, in the order in which --help lists them.
 const std::vector<AddCommand>& allCommands();

@@ -41,9 +41,12 @@ const RoomUses& allowedUses() {
         {"driver", {"support", "index", "game", "eval", "abstraction", "solver", "tables"}},
         {"bots", {"support", "game", "driver"}},
         {"dealer", {"support", "game"}},
+        {"signature",
+         {"support", "index", "game", "eval", "abstraction", "solver", "training", "tables", "bots",
+          "dealer"}},
         {"toolbox",
          {"support", "index", "game", "eval", "abstraction", "solver", "training", "tables",
-          "driver", "bots", "dealer"}},
+          "driver", "bots", "dealer", "signature"}},
     };
     return uses;
 }
