@@ -1,6 +1,7 @@
 #include "abstraction/EquityTables.h"
 
 #include "abstraction/sparse_tables.h"
+#include "support/tree_paths.h"
 
 #include <type_traits>
 
@@ -60,7 +61,7 @@ TEST(LoadGameDeathTest, EndsTheProgramWithoutAGame) {
 }
 
 TEST(LoadGame, ReadsADefinition) {
-    const GamePtr game(loadGame(TAMARIN_SOURCE_DIR "/games/kuhn.limit.3p.game"));
+    const GamePtr game(loadGame(test::inTree("games/kuhn.limit.3p.game").c_str()));
     ASSERT_NE(game, nullptr);
     EXPECT_EQ(game->numPlayers, 3);
 }

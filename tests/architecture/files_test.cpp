@@ -1,5 +1,6 @@
 // What may be in the tree: small files, and a test beside every source.
 #include "architecture/tree.h"
+#include "support/tree_paths.h"
 
 #include <algorithm>
 #include <fstream>
@@ -13,7 +14,7 @@ using namespace tamarin;
 
 namespace {
 
-const fs::path root = TAMARIN_SOURCE_DIR;
+const fs::path root = test::inTree("");
 
 // tests/architecture/tested_elsewhere.txt: "src/room/file.cpp tests/room/other_test.cpp".
 std::map<std::string, std::string> testedElsewhere() {

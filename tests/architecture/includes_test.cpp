@@ -1,5 +1,6 @@
 // Arrows between the rooms go one way: read from the #include lines, and from the CMake files.
 #include "architecture/tree.h"
+#include "support/tree_paths.h"
 
 #include <fstream>
 #include <iterator>
@@ -14,7 +15,7 @@ using namespace tamarin;
 
 namespace {
 
-const fs::path root = TAMARIN_SOURCE_DIR;
+const fs::path root = test::inTree("");
 
 std::string lines(const std::vector<std::string>& list) {
     std::string text;

@@ -4,6 +4,7 @@
 #include "bots/random_choice.h"
 #include "bots/rule_choice.h"
 #include "game/games.h"
+#include "support/tree_paths.h"
 
 #include <cmath>
 #include <functional>
@@ -87,7 +88,7 @@ TEST(RuleBot, BeatsTheCallBot) {
 }
 
 TEST(MakeBot, KnowsItsKinds) {
-    const std::string game = TAMARIN_SOURCE_DIR "/games/kuhn.limit.3p.game";
+    const std::string game = tamarin::test::inTree("games/kuhn.limit.3p.game");
     for (const BotKind& kind : botKinds())
         EXPECT_NE(makeBot(kind.name, game.c_str(), 1), nullptr) << kind.name;
     EXPECT_EQ(makeBot("genius", game.c_str(), 1), nullptr);

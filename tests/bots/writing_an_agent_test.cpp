@@ -1,4 +1,6 @@
 // docs/writing-an-agent.md shows docs/examples/cautious_agent.cpp as it is compiled.
+#include "support/tree_paths.h"
+
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -8,7 +10,7 @@
 namespace {
 
 std::string contents(const std::string& name) {
-    std::ifstream file(std::string(TAMARIN_SOURCE_DIR "/docs/") + name);
+    std::ifstream file(tamarin::test::inTree("docs/" + name));
     return {std::istreambuf_iterator<char>(file), {}};
 }
 

@@ -8,6 +8,7 @@
 #include "driver/process.h"
 #include "driver/recording_agent.h"
 #include "driver/scratch.h"
+#include "support/tree_paths.h"
 
 #include <cerrno>
 #include <csignal>
@@ -25,7 +26,7 @@
 namespace tamarin::test {
 namespace {
 
-const std::string program = TAMARIN_BINARY_DIR "/bin/player";
+const std::string program = tamarin::test::inBuild("bin/player");
 const std::string kuhn = "kuhn.limit.3p.game";
 
 struct Outcome {

@@ -1,6 +1,8 @@
 // A playing directory of a test's own, which is also the working directory while it lasts.
 #pragma once
 
+#include "support/tree_paths.h"
+
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -18,7 +20,7 @@ public:
         EXPECT_NE(mkdtemp(path.data()), nullptr);
         path_ = path;
         std::filesystem::current_path(path_);
-        for (const auto& game : std::filesystem::directory_iterator(TAMARIN_SOURCE_DIR "/games"))
+        for (const auto& game : std::filesystem::directory_iterator(tamarin::test::inTree("games")))
             std::filesystem::copy(game.path(), path_);
     }
     PlayingDirectory(const PlayingDirectory&) = delete;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "game/game.h"
+#include "support/tree_paths.h"
 
 #include <cstdio>
 #include <string>
@@ -11,12 +12,7 @@ namespace tamarin::test {
 
 // The definition in the text, or null (with its line on standard error) when it is not valid.
 inline GamePtr parseGame(const std::string& text) {
-    std::string copy = text;
-    FILE* file = fmemopen(copy.data(), copy.size(), "r");
-    GamePtr game(file ? readGame(file) : nullptr);
-    if (file)
-        std::fclose(file);
-    return game;
+    return gameFromText(text);
 }
 
 inline std::string printToString(const Game& game) {
@@ -24,7 +20,7 @@ inline std::string printToString(const Game& game) {
 }
 
 inline GamePtr loadGameFile(const std::string& name) {
-    FILE* file = std::fopen((std::string(TAMARIN_SOURCE_DIR "/games/") + name).c_str(), "r");
+    FILE* file = std::fopen(inTree("games/" + name).c_str(), "r");
     GamePtr game(file ? readGame(file) : nullptr);
     if (file)
         std::fclose(file);

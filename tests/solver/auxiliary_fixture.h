@@ -6,6 +6,7 @@
 #include "abstraction/large_buffer.h"
 #include "solver/cfr.h"
 #include "solver/games.h"
+#include "support/tree_paths.h"
 
 #include <bit>
 #include <memory>
@@ -15,7 +16,7 @@
 namespace tamarin::testing {
 
 inline GamePtr auxiliaryGameOf(int players, int round) {
-    return GamePtr(loadGame((std::string(TAMARIN_SOURCE_DIR "/games/") +
+    return GamePtr(loadGame((test::inTree("games/") +
                              (round == 0   ? "kuhn.preflop."
                               : round == 1 ? "kuhn.flop."
                               : round == 2 ? "kuhn.turn."

@@ -2,6 +2,7 @@
 
 #include "abstraction/sparse_tables.h"
 #include "support/file.h"
+#include "support/tree_paths.h"
 
 #include <gtest/gtest.h>
 
@@ -11,8 +12,8 @@ namespace {
 TEST(BuiltInGames, AreTheFilesOfTheTree) {
     for (int players = 2; players <= 3; ++players)
         for (int round = 0; round < holdemRounds; ++round) {
-            const auto file = readWholeFile(std::string(TAMARIN_SOURCE_DIR "/games/") +
-                                            auxiliaryGameName(players, round));
+            const auto file =
+                readWholeFile(test::inTree("games/" + auxiliaryGameName(players, round)));
             ASSERT_TRUE(file.ok()) << file.error();
             EXPECT_EQ(auxiliaryGameText(players, round), *file);
         }

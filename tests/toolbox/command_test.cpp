@@ -1,5 +1,6 @@
 #include "toolbox/command.h"
 
+#include "support/tree_paths.h"
 #include "toolbox/tamarin_process.h"
 
 #include <cstdio>
@@ -102,9 +103,10 @@ TEST(Toolbox, JsonTakesAnyBytes) {
 TEST(Program, ResultThatCannotBeWrittenIsAFailure) {
     const Scratch scratch;
     Process process({"/bin/sh", "-c",
-                     "exec " TAMARIN_BINARY_DIR "/bin/tamarin match "
-                     "kuhn.limit.3p.game --hands 3 --quiet --seat a=bot:call "
-                     "--seat b=bot:call --seat c=bot:call >/dev/full"},
+                     "exec " + inBuild("bin/tamarin") +
+                         " match "
+                         "kuhn.limit.3p.game --hands 3 --quiet --seat a=bot:call "
+                         "--seat b=bot:call --seat c=bot:call >/dev/full"},
                     scratch.path());
     EXPECT_EQ(process.wait(), exitFailed);
     EXPECT_EQ(process.err(), "tamarin: could not write the result to standard output\n");

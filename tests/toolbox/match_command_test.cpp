@@ -1,5 +1,6 @@
 #include "dealer/hand_log.h"
 #include "game/games.h"
+#include "support/tree_paths.h"
 #include "toolbox/tamarin_process.h"
 
 #include <algorithm>
@@ -164,7 +165,7 @@ TEST(MatchCommand, EveryGameIsPlayed) {
 TEST(MatchCommand, CommandsRunInThePlayingDirectory) {
     const Scratch scratch;
     std::filesystem::create_directory(scratch / "table");
-    const std::string bot = TAMARIN_BINARY_DIR "/bin/tamarin bot call";
+    const std::string bot = inBuild("bin/tamarin") + " bot call";
     const Ended run = runTamarin(
         match({"--hands", "10", "--dir", "table", "--quiet", "--seat",
                "a=pwd >where; tamarin bot call", "--seat", "b=" + bot, "--seat", "c=bot:call"}),

@@ -1,5 +1,6 @@
 #include "toolbox/playing_directory.h"
 
+#include "support/tree_paths.h"
 #include "toolbox/tamarin_process.h"
 
 #include <fstream>
@@ -10,7 +11,7 @@ using namespace tamarin::test;
 namespace {
 
 constexpr const char* kuhn = "kuhn.limit.3p.game";
-const std::string source = std::string(TAMARIN_SOURCE_DIR "/games/") + kuhn;
+const std::string source = tamarin::test::inTree(std::string("games/") + kuhn);
 
 void write(const std::string& path, const std::string& text) {
     std::ofstream(path) << text;

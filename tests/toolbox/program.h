@@ -1,6 +1,8 @@
 // Runs the `tamarin` program in a directory of its own.
 #pragma once
 
+#include "support/tree_paths.h"
+
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -51,7 +53,7 @@ protected:
         if (std::freopen((directory / "out.txt").c_str(), "w", stdout) == nullptr ||
             std::freopen((directory / "err.txt").c_str(), "w", stderr) == nullptr)
             _exit(127);
-        std::vector<std::string> all = {TAMARIN_BINARY_DIR "/bin/tamarin"};
+        std::vector<std::string> all = {test::inBuild("bin/tamarin")};
         all.insert(all.end(), arguments.begin(), arguments.end());
         std::vector<char*> pointers;
         for (std::string& argument : all)

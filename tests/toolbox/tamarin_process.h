@@ -2,6 +2,7 @@
 #pragma once
 
 #include "driver/process.h"
+#include "support/tree_paths.h"
 
 #include <filesystem>
 #include <string>
@@ -37,7 +38,7 @@ struct Ended {
 };
 
 inline std::vector<std::string> tamarinCommand(const std::vector<std::string>& arguments) {
-    std::vector<std::string> command = {TAMARIN_BINARY_DIR "/bin/tamarin"};
+    std::vector<std::string> command = {inBuild("bin/tamarin")};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return command;
 }
