@@ -6,6 +6,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <mutex>
+#include <optional>
 #include <signal.h>
 #include <sys/file.h>
 #include <system_error>
@@ -125,6 +126,8 @@ struct AtomicFile::Body {
     std::string target;    // links followed
     std::string temporary; // empty: written in place, or already gone
     bool inPlace = false;
+    bool finished = false;             // written, synced and closed
+    std::optional<mode_t> permissions; // of the file that is replaced
     int fd = -1;
     // A second descriptor, for the lock alone: it must hold until the rename, after the close.
     int lockFd = -1;
@@ -211,7 +214,7 @@ const std::string& AtomicFile::path() const {
     return body_->path;
 }
 
-Result<AtomicFile> AtomicFile::create(const std::string& path, FileSystem& files) {
+Result<AtomicFile> AtomicFile::create(const std::string& path, FileSystem& files, mode_t mode) {
     auto body = std::make_unique<Body>(files, path);
     body->target = followLinks(path);
     const char* const target = body->target.c_str();
@@ -232,6 +235,10 @@ Result<AtomicFile> AtomicFile::create(const std::string& path, FileSystem& files
             return Error{message(path, "open", errno)};
         return AtomicFile(std::move(body));
     }
+    if (exists) {
+        body->permissions = about.st_mode & 07777U;
+        mode = (*body->permissions & 0777U) | 0600U; // at no moment more than the others may read
+    }
 
     const std::lock_guard guard(temporariesMutex());
     removeStale(body->target, files);
@@ -239,7 +246,7 @@ Result<AtomicFile> AtomicFile::create(const std::string& path, FileSystem& files
         const std::string name = body->target + ".tmp." + std::to_string(::getpid()) + "." +
                                  std::to_string(nextTemporary.fetch_add(1));
         const int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-        body->fd = uninterrupted([&] { return files.open(name.c_str(), flags, 0666); });
+        body->fd = uninterrupted([&] { return files.open(name.c_str(), flags, mode); });
         if (body->fd >= 0) {
             body->temporary = name;
             break;
@@ -271,7 +278,7 @@ Status AtomicFile::write(const void* data, size_t size) {
     return {};
 }
 
-Status AtomicFile::commit() {
+Status AtomicFile::finish() {
     Body& body = *body_;
     if (!body.error.empty())
         return Error{body.error};
@@ -279,6 +286,9 @@ Status AtomicFile::commit() {
         return Error{body.path + ": could not write: the file is already closed"};
     if (Status status = body.flush(); !status)
         return status;
+    // Where a file system knows no permissions there are none to keep.
+    if (body.permissions)
+        uninterrupted([&] { return body.files.fchmod(body.fd, *body.permissions); });
     // A device or a pipe may have nothing to sync.
     if (uninterrupted([&] { return body.files.fsync(body.fd); }) != 0 &&
         !(body.inPlace && (errno == EINVAL || errno == EROFS)))
@@ -286,6 +296,16 @@ Status AtomicFile::commit() {
     // After EINTR the descriptor is closed all the same, and its data is on the disk already.
     if (body.files.close(std::exchange(body.fd, -1)) != 0 && errno != EINTR)
         return body.fail("close", errno);
+    body.finished = true;
+    return {};
+}
+
+Status AtomicFile::commit() {
+    Body& body = *body_;
+    if (!body.finished)
+        if (Status status = finish(); !status)
+            return status;
+    body.finished = false;
     if (body.inPlace)
         return {};
     const char* const temporary = body.temporary.c_str();
@@ -297,8 +317,10 @@ Status AtomicFile::commit() {
 }
 
 void AtomicFile::discard() {
-    if (body_->error.empty() && body_->fd >= 0)
-        body_->giveUp();
+    if (!body_->error.empty())
+        return;
+    body_->finished = false;
+    body_->giveUp();
 }
 
 } // namespace tamarin

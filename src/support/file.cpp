@@ -39,6 +39,12 @@ int FileSystem::stat(const char* path, struct stat* status) {
 int FileSystem::fstat(int fd, struct stat* status) {
     return ::fstat(fd, status);
 }
+int FileSystem::fchmod(int fd, mode_t mode) {
+    return ::fchmod(fd, mode);
+}
+int FileSystem::mkdir(const char* path, mode_t mode) {
+    return ::mkdir(path, mode);
+}
 int FileSystem::flock(int fd, int operation) {
     return ::flock(fd, operation);
 }
@@ -182,23 +188,23 @@ MappedFile::~MappedFile() {
 
 // Each new directory is synced into its parent: a file committed in it would otherwise be lost with
 // the directory's own name.
-Status makeDirectories(const std::string& path) {
+Status makeDirectories(const std::string& path, FileSystem& files) {
     for (size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
         const std::string part = path.substr(0, end);
-        if (::mkdir(part.c_str(), 0777) == 0) {
+        if (files.mkdir(part.c_str(), 0777) == 0) {
             const size_t slash = part.find_last_of('/');
             const std::string parent = slash == std::string::npos ? "."
                                        : slash == 0               ? "/"
                                                                   : part.substr(0, slash);
-            const int fd = ::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+            const int fd = files.open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0);
             if (fd >= 0) {
-                ::fsync(fd);
-                ::close(fd);
+                files.fsync(fd);
+                files.close(fd);
             }
         } else {
             const int cause = errno;
             struct stat about = {};
-            const bool there = ::stat(part.c_str(), &about) == 0;
+            const bool there = files.stat(part.c_str(), &about) == 0;
             if (there && !S_ISDIR(about.st_mode))
                 return Error{part + ": could not make the directory: a file of that name is there"};
             if (!there)

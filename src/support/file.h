@@ -34,6 +34,8 @@ public:
     virtual int unlink(const char* path);
     virtual int stat(const char* path, struct stat* status);
     virtual int fstat(int fd, struct stat* status);
+    virtual int fchmod(int fd, mode_t mode);
+    virtual int mkdir(const char* path, mode_t mode);
     virtual int flock(int fd, int operation);
     virtual void* map(size_t size, int fd); // read-only, shared; MAP_FAILED on error
     virtual int unmap(void* address, size_t size);
@@ -44,14 +46,17 @@ FileSystem& systemFiles();
 
 // Writes one file atomically. Nothing appears under the final name before commit() has returned
 // success; an object destroyed without a commit removes its temporary file and leaves whatever the
-// path held before. The temporary file is PATH.tmp.PID.N in the same directory, opened exclusively
-// and locked while it is written; create() removes those that a process no longer alive has left
-// there. A symbolic link is followed and stays. A target that exists and is not a regular file (a
-// device, a pipe) is written in place. Short writes and EINTR are retried. One object belongs to
-// one thread; two processes or threads writing the same path leave one whole file of the two.
+// path held before. A file that replaces another keeps its permissions; a new one has those of
+// create(), less the umask. The temporary file is PATH.tmp.PID.N in the same directory, opened
+// exclusively and locked while it is written; create() removes those that a process no longer alive
+// has left there. A symbolic link is followed and stays. A target that exists and is not a regular
+// file (a device, a pipe) is written in place. Short writes and EINTR are retried. One object
+// belongs to one thread; two processes or threads writing the same path leave one whole file of the
+// two.
 class AtomicFile {
 public:
-    static Result<AtomicFile> create(const std::string& path, FileSystem& files = systemFiles());
+    static Result<AtomicFile> create(const std::string& path, FileSystem& files = systemFiles(),
+                                     mode_t mode = 0666);
 
     AtomicFile(AtomicFile&& other) noexcept;
     AtomicFile& operator=(AtomicFile&& other) noexcept;
@@ -62,8 +67,12 @@ public:
     Status write(std::span<const std::byte> data) { return write(data.data(), data.size()); }
     Status write(const std::string& text) { return write(text.data(), text.size()); }
 
-    // Flushes, syncs, closes, renames into place and syncs the directory. A failed sync is final:
-    // it is not tried again on the same descriptor, because the kernel may then claim success.
+    // Flushes, syncs and closes: from here on only commit() is left to do, which needs no more room
+    // on the disk. A failed sync is final: it is not tried again on the same descriptor, because
+    // the kernel may then claim success.
+    Status finish();
+
+    // Finishes where that is still to do, renames into place and syncs the directory.
     Status commit();
 
     // Gives the file up at once: what the destructor does when there was no commit.
@@ -122,7 +131,7 @@ private:
 };
 
 // Makes a directory and those above it; an existing one is success.
-Status makeDirectories(const std::string& path);
+Status makeDirectories(const std::string& path, FileSystem& files = systemFiles());
 
 // Moves a bad file out of the way, to PATH.bad (replacing an older one), for a person to look at.
 Status setAsideBadFile(const std::string& path);

@@ -108,6 +108,97 @@ TEST(AtomicFile, IsFinishedByItsCommit) {
     EXPECT_EQ(contentsOf(path), "new");
 }
 
+// Several files are each finished before the first takes its place.
+TEST(AtomicFile, HasNothingLeftToWriteOnceItIsFinished) {
+    const TempDirectory directory;
+    const std::string path = directory.file("table");
+    putContents(path, "old");
+    FaultyFiles files;
+    Result<AtomicFile> file = AtomicFile::create(path, files);
+    ASSERT_TRUE(file->write("new").ok());
+    ASSERT_TRUE(file->finish().ok());
+    EXPECT_EQ(contentsOf(path), "old");
+    EXPECT_FALSE(file->write("more").ok());
+    EXPECT_FALSE(file->finish().ok());
+    const size_t before = files.log().size();
+    files.failCall("write", ENOSPC);
+    ASSERT_TRUE(file->commit().ok());
+    EXPECT_EQ(contentsOf(path), "new");
+    EXPECT_EQ(files.log().at(before).name, "rename");
+    EXPECT_EQ(files.count("write"), 1u);
+    EXPECT_EQ(files.count("fsync"), 2u);
+    EXPECT_FALSE(file->commit().ok());
+}
+
+TEST(AtomicFile, IsGivenUpAfterItIsFinishedLikeBefore) {
+    const TempDirectory directory;
+    const std::string path = directory.file("table");
+    putContents(path, "old");
+    for (const bool discarded : {true, false}) {
+        Result<AtomicFile> file = AtomicFile::create(path);
+        ASSERT_TRUE(file->write("new").ok());
+        ASSERT_TRUE(file->finish().ok());
+        if (discarded) {
+            file->discard();
+            EXPECT_EQ(directory.names(), std::set<std::string>{"table"});
+            EXPECT_FALSE(file->commit().ok());
+        }
+    }
+    EXPECT_EQ(contentsOf(path), "old");
+    EXPECT_EQ(directory.names(), std::set<std::string>{"table"});
+}
+
+// The umask of this process, for a scope.
+class Umask {
+public:
+    explicit Umask(mode_t mask) : before_(umask(mask)) {}
+    ~Umask() { umask(before_); }
+    Umask(const Umask&) = delete;
+    Umask& operator=(const Umask&) = delete;
+
+private:
+    mode_t before_;
+};
+
+mode_t permissionsOf(const std::string& path) {
+    struct stat about = {};
+    EXPECT_EQ(stat(path.c_str(), &about), 0);
+    return about.st_mode & 07777U;
+}
+
+TEST(AtomicFile, HasTheWantedPermissionsLessTheUmask) {
+    const TempDirectory directory;
+    for (const mode_t mask : {0U, 022U, 027U, 077U}) {
+        const Umask set(mask);
+        const std::string path = directory.file(std::to_string(mask));
+        ASSERT_TRUE(writeWholeFile(path, "text").ok());
+        EXPECT_EQ(permissionsOf(path), 0666U & ~mask);
+        Result<AtomicFile> file = AtomicFile::create(path + ".644", systemFiles(), 0644);
+        ASSERT_TRUE(file->commit().ok());
+        EXPECT_EQ(permissionsOf(path + ".644"), 0644U & ~mask);
+    }
+}
+
+// Neither does a private file become public, nor a shared one private.
+TEST(AtomicFile, KeepsThePermissionsOfTheFileItReplaces) {
+    const TempDirectory directory;
+    const std::string path = directory.file("table");
+    for (const mode_t mask : {0U, 077U})
+        for (const mode_t mode : {0600U, 0640U, 0664U, 0755U, 0444U}) {
+            const Umask set(mask);
+            putContents(path, "old");
+            ASSERT_EQ(chmod(path.c_str(), mode), 0);
+            Result<AtomicFile> file = AtomicFile::create(path, systemFiles(), 0644);
+            ASSERT_TRUE(file->write("new").ok());
+            for (const std::string& name : directory.names())
+                EXPECT_EQ(permissionsOf(directory.file(name)) & 077U & ~mode, 0U) << name;
+            ASSERT_TRUE(file->commit().ok());
+            EXPECT_EQ(contentsOf(path), "new");
+            EXPECT_EQ(permissionsOf(path), mode) << std::oct << mode << ' ' << mask;
+            std::filesystem::remove(path);
+        }
+}
+
 TEST(AtomicFile, MovesWithItsTemporaryFile) {
     const TempDirectory directory;
     Result<AtomicFile> first = AtomicFile::create(directory.file("first"));

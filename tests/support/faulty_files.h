@@ -101,6 +101,12 @@ public:
     int fstat(int fd, struct stat* status) override {
         return end(begin("fstat", paths_[fd], fd) ? -1 : FileSystem::fstat(fd, status));
     }
+    int fchmod(int fd, mode_t mode) override {
+        return end(begin("fchmod", paths_[fd], fd) ? -1 : FileSystem::fchmod(fd, mode));
+    }
+    int mkdir(const char* path, mode_t mode) override {
+        return end(begin("mkdir", path, -1) ? -1 : FileSystem::mkdir(path, mode));
+    }
     int flock(int fd, int operation) override {
         return end(begin("flock", paths_[fd], fd) ? -1 : FileSystem::flock(fd, operation));
     }

@@ -252,6 +252,23 @@ TEST(MakeDirectories, MakesAllThatIsMissing) {
     EXPECT_TRUE(makeDirectories("/").ok());
 }
 
+// A directory's name is on the disk only once its parent is.
+TEST(MakeDirectories, SyncsEachNewNameIntoItsParent) {
+    const TempDirectory directory;
+    FaultyFiles files;
+    ASSERT_TRUE(makeDirectories(directory.file("a/b"), files).ok());
+    std::vector<std::string> made;
+    for (const FileCall& call : files.log())
+        if (call.error == 0 && (call.name == "mkdir" || call.name == "fsync"))
+            made.push_back(call.name + " " + call.path);
+    EXPECT_EQ(made, (std::vector<std::string>{
+                        "mkdir " + directory.file("a"), "fsync " + directory.path(),
+                        "mkdir " + directory.file("a/b"), "fsync " + directory.file("a")}));
+    FaultyFiles again;
+    ASSERT_TRUE(makeDirectories(directory.file("a/b"), again).ok());
+    EXPECT_EQ(again.count("fsync"), 0u);
+}
+
 TEST(MakeDirectories, SaysWhatIsInTheWay) {
     const TempDirectory directory;
     putContents(directory.file("file"), "x");
