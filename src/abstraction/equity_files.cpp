@@ -2,6 +2,7 @@
 
 #include "abstraction/hole_index.h"
 #include "support/file.h"
+#include "support/parallel_errors.h"
 
 #include <algorithm>
 #include <array>
@@ -34,10 +35,12 @@ struct Output {
 template <class Body>
 Status onEach(std::vector<Output>& outputs, const Work& work, const Body& body) {
     std::array<Status, 2> results;
+    ParallelErrors errors;
 #pragma omp parallel for schedule(static, 1)                                                       \
     num_threads(std::min(work.threadCount(), static_cast <int>(outputs.size())))
     for (size_t i = 0; i < outputs.size(); ++i)
-        results[i] = body(outputs[i]);
+        errors.run([&] { results[i] = body(outputs[i]); });
+    errors.rethrow();
     for (Status& result : results)
         if (!result)
             return std::move(result);

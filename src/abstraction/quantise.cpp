@@ -21,6 +21,7 @@ TableRange rangeOf(std::span<const double> table, int threads) {
     double max = DBL_MIN;
     const double* const entries = table.data();
     const size_t size = table.size();
+    // Nothing in here throws.
 #pragma omp parallel for simd reduction(min                                                        \
                                         : min) reduction(max                                       \
                                                          : max)                                    \
@@ -36,6 +37,7 @@ void clustersOf(std::span<const double> equities, TableRange range, uint8_t* clu
                 int threads) {
     const double* const entries = equities.data();
     const size_t size = equities.size();
+    // Nothing in here throws.
 #pragma omp parallel for num_threads(threadCount(threads, size))
     for (size_t i = 0; i < size; ++i)
         clusters[i] = classOf(entries[i], range, clusterClasses);
@@ -48,6 +50,7 @@ void holdemBucketsOf(std::span<const double> utilities, TableRange utilityRange,
     const double* const utility = utilities.data();
     const double* const equity = equities.data();
     const size_t size = equities.size();
+    // Nothing in here throws.
 #pragma omp parallel for num_threads(threadCount(threads, size))
     for (size_t i = 0; i < size; ++i) {
         const int upper = classOf(utility[i], utilityRange, holdemUtilityClasses);

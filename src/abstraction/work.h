@@ -1,6 +1,7 @@
 // How long work in this room is shared out, watched and stopped.
 #pragma once
 
+#include "support/parallel_errors.h"
 #include "support/result.h"
 
 #include <atomic>
@@ -35,12 +36,12 @@ template <class Body>
 bool forEach(const Work& work, size_t count, const Body& body) {
     std::atomic<size_t> done{0};
     std::atomic<bool> stopping{false};
-#pragma omp parallel num_threads(work.threadCount())
-    {
-#pragma omp for schedule(dynamic, 16)
-        for (size_t i = 0; i < count; ++i) {
-            if (stopping.load(std::memory_order_relaxed))
-                continue;
+    ParallelErrors errors;
+#pragma omp parallel for schedule(dynamic, 16) num_threads(work.threadCount())
+    for (size_t i = 0; i < count; ++i) {
+        if (stopping.load(std::memory_order_relaxed))
+            continue;
+        errors.run([&] {
             body(i);
             const size_t now = done.fetch_add(1, std::memory_order_relaxed) + 1;
             if (i % 64 == 0) {
@@ -49,8 +50,9 @@ bool forEach(const Work& work, size_t count, const Body& body) {
                 if (omp_get_thread_num() == 0)
                     work.report(now, count);
             }
-        }
+        });
     }
+    errors.rethrow();
     return !stopping;
 }
 

@@ -4,6 +4,7 @@
 #include "eval/matchups.h"
 #include "eval/sampled_equity.h"
 #include "support/interrupt.h"
+#include "support/parallel_errors.h"
 
 #include <algorithm>
 #include <atomic>
@@ -57,23 +58,27 @@ Result<EquityAnswer> answerExactly(const EquityQuestion& question, const EquityO
     EquityAnswer answer{{}, true};
     std::atomic<uint64_t> done{0};
     const auto count = static_cast<int64_t>(all.size());
+    ParallelErrors errors;
 #pragma omp parallel num_threads(options.threads > 0 ? options.threads : omp_get_max_threads())
     {
         DealCounts counts;
-#pragma omp for schedule(dynamic)
-        for (int64_t i = 0; i < count; ++i) {
-            if (interrupted())
-                continue;
-            const Matchup& matchup = all[static_cast<size_t>(i)];
+        const auto countMatchup = [&](const Matchup& matchup) {
             DealCounts one = exactEquity(matchup.hands, question.board, question.randomOpponents);
             counts += one *= matchup.times;
             ++done;
             if (options.progress && omp_get_thread_num() == 0)
                 options.progress(done, all.size());
+        };
+#pragma omp for schedule(dynamic)
+        for (int64_t i = 0; i < count; ++i) {
+            if (interrupted())
+                continue;
+            errors.run([&] { countMatchup(all[static_cast<size_t>(i)]); });
         }
 #pragma omp critical
         answer.counts += counts;
     }
+    errors.rethrow();
     if (done != all.size())
         return Error{"interrupted"};
     return answer;

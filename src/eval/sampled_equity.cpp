@@ -1,5 +1,7 @@
 #include "eval/sampled_equity.h"
 
+#include "support/parallel_errors.h"
+
 #include <array>
 #include <atomic>
 #include <bit>
@@ -102,13 +104,11 @@ DealCounts sampledEquity(std::span<const HandRange> ranges, CardSet board, int r
     DealCounts total;
     std::atomic<uint64_t> done{0};
     std::atomic<bool> stopped{false};
+    ParallelErrors errors;
 #pragma omp parallel num_threads(threads > 0 ? threads : omp_get_max_threads())
     {
         DealCounts counts;
-#pragma omp for schedule(dynamic, 16)
-        for (int64_t block = 0; block < blocks; ++block) {
-            if (stopped)
-                continue;
+        const auto sample = [&](int64_t block) {
             sampler.sampleBlockInto(counts,
                                     SplitMix(SplitMix(seed)() + static_cast<uint64_t>(block) *
                                                                     uint64_t{0xd1342543de82ef95}));
@@ -119,10 +119,15 @@ DealCounts sampledEquity(std::span<const HandRange> ranges, CardSet board, int r
                 if (stop && stop())
                     stopped = true;
             }
-        }
+        };
+#pragma omp for schedule(dynamic, 16)
+        for (int64_t block = 0; block < blocks; ++block)
+            if (!stopped)
+                errors.run([&] { sample(block); });
 #pragma omp critical
         total += counts;
     }
+    errors.rethrow();
     return total;
 }
 

@@ -2,6 +2,7 @@
 
 #include "eval/hand_value.h"
 #include "eval/rank_masks.h"
+#include "support/parallel_errors.h"
 
 #include <algorithm>
 #include <array>
@@ -185,13 +186,16 @@ void generateSevenCardTable(std::span<int32_t> table, int threads,
 
     handValueOfRank(0); // build the scales before the threads ask for them
     const auto count = static_cast<int64_t>(states.size());
+    ParallelErrors errors;
 #pragma omp parallel for schedule(static) num_threads(threads > 0 ? threads : omp_get_max_threads())
-    for (int64_t i = 0; i < count; ++i) {
-        const auto at = static_cast<size_t>(i);
-        int32_t* row = &table[(firstRow + at) * sevenCardRowEntries];
-        fillValues(tables, states[at], row);
-        row[0] = closingValue(tables, states[at]);
-    }
+    for (int64_t i = 0; i < count; ++i)
+        errors.run([&] {
+            const auto at = static_cast<size_t>(i);
+            int32_t* row = &table[(firstRow + at) * sevenCardRowEntries];
+            fillValues(tables, states[at], row);
+            row[0] = closingValue(tables, states[at]);
+        });
+    errors.rethrow();
     report(sevenCardStates);
 }
 

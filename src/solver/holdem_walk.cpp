@@ -75,6 +75,7 @@ void HoldemWalk::walkFromRoot(double* util) const {
     if (parts_->steps.size() <= static_cast<size_t>(taskNodes)) {
         parts_->steps.visit<rule, stride>(parts_->deal, 0, reach, 1.0, value);
     } else {
+        // Nothing in here throws.
 #pragma omp parallel default(none) shared(reach, value)
 #pragma omp single
         visitWithTasks<rule, stride>(0, reach, 1.0, value);

@@ -8,6 +8,7 @@
 #include "abstraction/table_names.h"
 #include "solver/auxiliary_deals.h"
 #include "support/file.h"
+#include "support/parallel_errors.h"
 #include "tables/build_steps.h"
 #include "tables/built_in_games.h"
 #include "tables/parts.h"
@@ -87,12 +88,11 @@ Status train(const BuildOptions& options, const Work& work,
     const uint64_t iterations = options.trainingIterations;
     std::atomic<uint64_t> done{0};
     std::atomic<bool> stopping{false};
-#pragma omp parallel for schedule(dynamic, 1) num_threads(work.threadCount())
-    for (size_t r = 0; r < rounds.size(); ++r) {
-        RoundGame& round = *rounds[r];
+    ParallelErrors errors;
+    const auto trainRound = [&](RoundGame& round) {
         AuxiliaryTraining training(*round.auxiliary, round.lookup());
         std::minstd_rand0 engine = engineFor(options.seed, round.round, 0);
-        for (uint64_t it = 0; it < iterations && !stopping; it += trainingPart) {
+        for (uint64_t it = 0; it < iterations && !stopping && !errors.met(); it += trainingPart) {
             const uint64_t part = std::min(trainingPart, iterations - it);
             training.run(part, engine);
             const uint64_t now = done += part;
@@ -101,7 +101,11 @@ Status train(const BuildOptions& options, const Work& work,
             if (omp_get_thread_num() == 0 && options.progress)
                 options.progress("Training auxiliary games", now, iterations * rounds.size());
         }
-    }
+    };
+#pragma omp parallel for schedule(dynamic, 1) num_threads(work.threadCount())
+    for (size_t r = 0; r < rounds.size(); ++r)
+        errors.run([&] { trainRound(*rounds[r]); });
+    errors.rethrow();
     if (options.progress)
         options.progress("Training auxiliary games", done, iterations * rounds.size());
     return stopping ? Status(stopped()) : Status();
@@ -134,15 +138,19 @@ Status fill(const BuildOptions& options, const Work& work, const RoundGame& roun
     for (size_t first = 0; first < hands; first += utilities[0].size()) {
         const size_t last = std::min(first + utilities[0].size(), hands);
         const size_t blocks = (last - first + blockHands - 1) / blockHands;
-#pragma omp parallel for schedule(dynamic, 1) num_threads(work.threadCount())
-        for (size_t b = 0; b < blocks; ++b) {
+        const auto fillBlock = [&](size_t b) {
             if (work.shouldStop())
-                continue;
+                return;
             const size_t begin = first + b * blockHands;
             double* const at[] = {&utilities[0][begin - first], &utilities[1][begin - first]};
             std::minstd_rand0 engine = engineFor(options.seed, round.round, 1 + begin / blockHands);
             filler.fill(begin, std::min(begin + blockHands, last), at, engine);
-        }
+        };
+        ParallelErrors errors;
+#pragma omp parallel for schedule(dynamic, 1) num_threads(work.threadCount())
+        for (size_t b = 0; b < blocks; ++b)
+            errors.run([&] { fillBlock(b); });
+        errors.rethrow();
         if (work.shouldStop())
             return stopped();
         for (Output& output : outputs)

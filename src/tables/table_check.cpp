@@ -9,6 +9,7 @@
 #include "eval/seven_card_files.h"
 #include "eval/seven_card_table.h"
 #include "support/file.h"
+#include "support/parallel_errors.h"
 
 #include <algorithm>
 #include <array>
@@ -226,13 +227,19 @@ private:
     // What is wrong with a byte table whose entries are cheap to make again: all of them are.
     template <class Remake>
     std::string firstWrong(std::span<const std::byte> entries, const Remake& remake) const {
+        constexpr size_t block = size_t{1} << 16U;
         size_t wrong = entries.size();
         Work work;
         work.threads = options_.threads;
+        ParallelErrors errors;
 #pragma omp parallel for reduction(min : wrong) num_threads(work.threadCount())
-        for (size_t index = 0; index < entries.size(); ++index)
-            if (std::to_integer<int>(entries[index]) != int{remake(index)})
-                wrong = std::min(wrong, index);
+        for (size_t begin = 0; begin < entries.size(); begin += block)
+            errors.run([&] {
+                for (size_t i = begin; i < std::min(begin + block, entries.size()); ++i)
+                    if (std::to_integer<int>(entries[i]) != int{remake(i)})
+                        wrong = std::min(wrong, i);
+            });
+        errors.rethrow();
         return wrong == entries.size() ? "" : "is wrong at hand " + std::to_string(wrong);
     }
 

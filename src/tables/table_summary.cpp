@@ -6,6 +6,7 @@
 #include "game/game.h"
 #include "game/text.h"
 #include "support/file.h"
+#include "support/parallel_errors.h"
 
 #include <algorithm>
 #include <cassert>
@@ -53,9 +54,11 @@ std::vector<Own> overParts(size_t size, const Own& fresh, int threads, const Bod
     std::vector<Own> results((size + part - 1) / part, fresh);
     Work work;
     work.threads = threads;
+    ParallelErrors errors;
 #pragma omp parallel for schedule(dynamic, 4) num_threads(work.threadCount())
     for (size_t p = 0; p < results.size(); ++p)
-        body(results[p], p * part, std::min(size, (p + 1) * part));
+        errors.run([&] { body(results[p], p * part, std::min(size, (p + 1) * part)); });
+    errors.rethrow();
     return results;
 }
 

@@ -1,5 +1,7 @@
 #include "training/best_response.h"
 
+#include "support/parallel_errors.h"
+
 #include <algorithm>
 
 namespace tamarin {
@@ -167,10 +169,14 @@ ProfileValue evaluateProfile(const SmallGame& game, const Profile& profile, int 
     result.best.resize(result.value.size());
     const auto seats = static_cast<int>(result.value.size());
     const int team = threads > 0 ? threads : seats;
+    ParallelErrors errors;
 #pragma omp parallel for schedule(dynamic) num_threads(team) if (team > 1)
     for (int p = 0; p < seats; ++p)
-        result.best[static_cast<size_t>(p)] =
-            bestResponseValue(game, profile, static_cast<size_t>(p));
+        errors.run([&] {
+            const auto seat = static_cast<size_t>(p);
+            result.best[seat] = bestResponseValue(game, profile, seat);
+        });
+    errors.rethrow();
     return result;
 }
 

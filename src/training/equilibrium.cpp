@@ -1,6 +1,7 @@
 #include "training/equilibrium.h"
 
 #include "solver/deck.h"
+#include "support/parallel_errors.h"
 
 #include <algorithm>
 #include <cassert>
@@ -207,15 +208,18 @@ void EquilibriumTrainer::drawDeals() {
 void EquilibriumTrainer::walk(size_t seat) {
     const auto count = static_cast<int>(batches_.size());
     const int team = config_.threads;
-#pragma omp parallel for schedule(dynamic)                                                         \
-    num_threads(team > 0 ? team : count) if (count > 1 && team != 1)
-    for (int b = 0; b < count; ++b) {
-        const auto i = static_cast<size_t>(b);
+    const auto walkBatch = [&](size_t i) {
         for (const size_t n : nodesOf_[seat])
             for (size_t field = 0; field < fields_; ++field)
                 gained_[i][game_.layout().index(game_.tree().nodes()[n], field)] = {};
         Pass(game_, current_, *batches_[i], seat, gained_[i]).run();
-    }
+    };
+    ParallelErrors errors;
+#pragma omp parallel for schedule(dynamic)                                                         \
+    num_threads(team > 0 ? team : count) if (count > 1 && team != 1)
+    for (int b = 0; b < count; ++b)
+        errors.run([&] { walkBatch(static_cast<size_t>(b)); });
+    errors.rethrow();
 }
 
 void EquilibriumTrainer::addToAverage(size_t seat) {

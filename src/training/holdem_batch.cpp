@@ -187,6 +187,7 @@ void HoldemBatch::walkCut(std::span<BatchDeal> deals) {
     };
 
     const int threads = numDeals * parts.steps.size() < leastShared ? 1 : threads_;
+    // Nothing in here throws.
 #pragma omp parallel num_threads(threads) default(none)                                            \
     shared(goDown, comeUp, walkSubtree, updateTrunk) firstprivate(numDeals, numSubtrees, numTrunk)
     {

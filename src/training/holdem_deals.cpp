@@ -2,6 +2,7 @@
 
 #include "solver/deck.h"
 #include "support/fnv.h"
+#include "support/parallel_errors.h"
 #include "support/rng.h"
 
 #include <iterator>
@@ -21,12 +22,15 @@ void drawDeal(const Game& game, uint64_t seed, DealStream stream, uint64_t t, St
 void fillBatch(const Game& game, const HoldemBuckets& buckets, uint64_t seed, DealStream stream,
                uint64_t first, int threads, std::span<BatchDeal> deals) {
     const int useful = deals.size() < 16 ? 1 : threads;
+    ParallelErrors errors;
 #pragma omp parallel for schedule(static) num_threads(useful) default(none)                        \
-    shared(game, buckets, seed, stream, first, deals)
-    for (size_t d = 0; d < deals.size(); ++d) {
-        drawDeal(game, seed, stream, first + d, &deals[d].cards);
-        fillDealBuckets(game, deals[d].cards, buckets, deals[d].buckets);
-    }
+    shared(game, buckets, seed, stream, first, deals, errors)
+    for (size_t d = 0; d < deals.size(); ++d)
+        errors.run([&] {
+            drawDeal(game, seed, stream, first + d, &deals[d].cards);
+            fillDealBuckets(game, deals[d].cards, buckets, deals[d].buckets);
+        });
+    errors.rethrow();
 }
 
 uint64_t fingerprintOf(const Game& game, const HoldemBuckets& buckets) {

@@ -66,6 +66,7 @@ void HoldemTrainer::discount(uint64_t block) {
     SetNumbers* const numbers = sets_.numbers();
     const size_t count = sets_.numSets();
     const int threads = threadsOf(config_.threads);
+    // Nothing in here throws.
 #pragma omp parallel for schedule(static) num_threads(threads) default(none)                       \
     shared(numbers, count, positive, average)
     for (size_t i = 0; i < count; ++i) {
@@ -83,6 +84,7 @@ double HoldemTrainer::averageRegret() const {
     const SetNumbers* const numbers = sets_.numbers();
     std::vector<double> sums((count + piece - 1) / piece);
     const int threads = threadsOf(config_.threads);
+    // Nothing in here throws.
 #pragma omp parallel for schedule(static) num_threads(threads) default(none)                       \
     shared(sums, numbers, count)
     for (size_t s = 0; s < sums.size(); ++s) {

@@ -1,5 +1,6 @@
 #include "training/holdem_values.h"
 
+#include "support/parallel_errors.h"
 #include "training/hand_random.h"
 #include "training/holdem_deals.h"
 
@@ -178,10 +179,14 @@ Result<SampledValue> samplePlay(const Game& game, const HoldemBuckets& buckets,
         deals.resize(std::min(block, hands - first));
         missing.assign(deals.size(), "");
         fillBatch(game, buckets, sampling.seed, DealStream::values, first, threads, deals);
+        ParallelErrors errors;
 #pragma omp parallel for schedule(dynamic, 64) num_threads(threads) default(none)                  \
-    shared(game, strategy, deals, missing, sampling, first)
+    shared(game, strategy, deals, missing, sampling, first, errors)
         for (size_t d = 0; d < deals.size(); ++d)
-            playOut(game, strategy, deals[d], HandRandom(sampling.seed, first + d), missing[d]);
+            errors.run([&] {
+                playOut(game, strategy, deals[d], HandRandom(sampling.seed, first + d), missing[d]);
+            });
+        errors.rethrow();
         for (const std::string& key : missing)
             if (!key.empty())
                 return Error{"no strategy of this game: see its node " + key};

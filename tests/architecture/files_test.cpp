@@ -6,6 +6,8 @@
 #include <fstream>
 #include <map>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -66,4 +68,28 @@ TEST(Files, NoneIsLarge) {
             EXPECT_LE(fs::file_size(root / file), uintmax_t{1} << 20) << file;
         }
     }
+}
+
+// An exception that leaves the body of a parallel region ends the process. A region says, in the
+// line before it, that nothing in it throws, or runs its bodies through ParallelErrors (support/).
+TEST(Files, NoExceptionLeavesAParallelRegion) {
+    int regions = 0;
+    for (const std::string& file : treeFiles(root)) {
+        if (!file.starts_with("src/"))
+            continue;
+        std::ifstream in(root / file);
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(in, line);)
+            lines.push_back(line);
+        for (size_t i = 1; i < lines.size(); ++i) {
+            if (!lines[i].starts_with("#pragma omp parallel"))
+                continue;
+            ++regions;
+            bool guarded = lines[i - 1].ends_with("// Nothing in here throws.");
+            for (size_t j = i; j < std::min(i + 16, lines.size()); ++j)
+                guarded = guarded || lines[j].find("errors.run(") != std::string::npos;
+            EXPECT_TRUE(guarded) << file << ':' << i + 1;
+        }
+    }
+    EXPECT_GT(regions, 15);
 }

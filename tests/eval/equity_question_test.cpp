@@ -3,6 +3,8 @@
 #include "eval/exact_equity.h"
 #include "eval/plain_equity.h"
 
+#include <stdexcept>
+
 #include <gtest/gtest.h>
 
 using namespace tamarin;
@@ -88,4 +90,14 @@ TEST(EquityQuestion, Refusals) {
     EXPECT_NE(refusal(question({"random", "random", "random"}, "", 0), EquityMethod::exact)
                   .find("combinations"),
               std::string::npos);
+}
+
+// One that left the parallel region there would end the process, with a single thread too.
+TEST(EquityQuestion, AnExceptionOfACallbackReachesTheCaller) {
+    EquityOptions options;
+    options.method = EquityMethod::exact;
+    options.threads = 1;
+    options.progress = [](uint64_t, uint64_t) { throw std::runtime_error("enough"); };
+    EXPECT_THROW((void)answerEquity(question({"AKs", "QQ"}, "2c7d9h", 0), options),
+                 std::runtime_error);
 }

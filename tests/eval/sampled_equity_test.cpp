@@ -4,6 +4,7 @@
 #include "eval/plain_equity.h"
 
 #include <cmath>
+#include <stdexcept>
 
 #include <gtest/gtest.h>
 
@@ -73,4 +74,12 @@ TEST(SampledEquity, StopsWhenAsked) {
     const DealCounts counts =
         sampledEquity(rangesOf({"AA"}), 0, 9, 1000000000, 1, 1, {}, [] { return true; });
     EXPECT_EQ(counts.deals, sampleBlock);
+}
+
+// One that left the parallel region there would end the process, with a single thread too.
+TEST(SampledEquity, AnExceptionOfACallbackReachesTheCaller) {
+    const auto fails = [](auto&&...) -> bool { throw std::runtime_error("enough"); };
+    EXPECT_THROW(sampledEquity(rangesOf({"AsKd"}), 0, 1, deals, 7, 1, fails), std::runtime_error);
+    EXPECT_THROW(sampledEquity(rangesOf({"AsKd"}), 0, 1, deals, 7, 1, nullptr, fails),
+                 std::runtime_error);
 }

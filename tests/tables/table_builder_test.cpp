@@ -130,6 +130,25 @@ TEST_F(Builder, StopsWhereItIsToldToAndGoesOnFromThere) {
     EXPECT_EQ(made(buildTables(options)).size(), 7U);
 }
 
+// An exception on a worker would end the process if it left the parallel region there.
+TEST_F(Builder, AnExceptionOfACallbackReachesTheCaller) {
+    options.groups = {TableGroup::utilities};
+    for (const bool afterTraining : {false, true}) {
+        std::atomic<bool> trained{false};
+        options.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
+            trained = trained || (step == "Training auxiliary games" && done == total);
+        };
+        options.stop = [&]() -> bool {
+            if (trained || !afterTraining)
+                throw std::runtime_error("enough");
+            return false;
+        };
+        EXPECT_THROW((void)buildTables(options), std::runtime_error) << afterTraining;
+        EXPECT_EQ(trained, afterTraining);
+        EXPECT_FALSE(std::filesystem::exists(utilityPath(2, 0, 0)));
+    }
+}
+
 TEST_F(Builder, TwoInOneDirectoryTakeTurns) {
     std::vector<std::string> first;
     std::vector<std::string> second;
