@@ -79,6 +79,17 @@ std::string difference(const std::string& there, const std::string& here) {
     return "its configuration has fewer fields";
 }
 
+std::string baseName(const std::string& path) {
+    return path.substr(path.find_last_of('/') + 1);
+}
+
+// Twenty digits, of a number that is one: the largest of 64 bits has as many.
+bool isCheckpointName(const std::string& name) {
+    static const std::string largest = prefix + std::to_string(UINT64_MAX);
+    return name.size() == largest.size() && name.starts_with(prefix) && name <= largest &&
+           name.find_first_not_of("0123456789", prefix.size()) == std::string::npos;
+}
+
 bool isConfigError(const std::string& error) {
     return error.find(": made with another configuration: ") != std::string::npos;
 }
@@ -105,11 +116,13 @@ std::string checkpointConfig(const SmallGame& game, const TrainerConfig& config)
 std::vector<std::string> listCheckpoints(const std::string& directory) {
     std::vector<std::string> found;
     std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(directory, error)) {
-        const std::string name = entry.path().filename().string();
-        if (name.size() == prefix.size() + 20 && name.starts_with(prefix) &&
-            name.find_first_not_of("0123456789", prefix.size()) == std::string::npos)
-            found.push_back(entry.path().string());
+    const std::filesystem::directory_iterator end;
+    for (std::filesystem::directory_iterator entry(directory, error); !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        std::error_code kind;
+        if (isCheckpointName(name) && entry->is_regular_file(kind))
+            found.push_back(entry->path().string());
     }
     std::sort(found.begin(), found.end());
     return found;
@@ -134,9 +147,13 @@ Status saveCheckpoint(const std::string& directory, const std::string& config,
                   static_cast<unsigned long long>(state.iteration));
     if (Status written = writeWholeFile(directory + name, bytes, files); !written)
         return written;
+    // Only older ones go. A later one, from which the run did not go on, stays until the run has
+    // come past it: it may be damaged, and must not push out the good one of the two.
+    size_t older = 0;
     std::vector<std::string> all = listCheckpoints(directory);
-    for (size_t i = 0; i + kept < all.size(); ++i)
-        files.unlink(all[i].c_str());
+    for (auto path = all.rbegin(); path != all.rend(); ++path)
+        if (baseName(*path) < name + 1 && ++older >= kept)
+            files.unlink(path->c_str());
     return {};
 }
 

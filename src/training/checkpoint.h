@@ -30,7 +30,7 @@ namespace tamarin {
 // What a run's numbers depend on: game, algorithm, sampled deals, seed.
 std::string checkpointConfig(const SmallGame& game, const TrainerConfig& config);
 
-// Writes DIR/checkpoint.ITERATION whole, then removes all but the newest two.
+// Writes DIR/checkpoint.ITERATION whole, then removes the older ones but for the last before it.
 Status saveCheckpoint(const std::string& directory, const std::string& config,
                       const TrainerState& state, FileSystem& files = systemFiles());
 
@@ -46,7 +46,7 @@ Result<TrainerState> newestCheckpoint(const std::string& directory, const std::s
                                       std::vector<std::string>& warnings,
                                       FileSystem& files = systemFiles());
 
-// The directory's checkpoints, oldest first.
+// The directory's checkpoints, oldest first: regular files whose names bear a number of 64 bits.
 std::vector<std::string> listCheckpoints(const std::string& directory);
 
 } // namespace tamarin

@@ -86,7 +86,7 @@ TEST(Files, NoExceptionLeavesAParallelRegion) {
                 continue;
             ++regions;
             bool guarded = lines[i - 1].ends_with("// Nothing in here throws.");
-            for (size_t j = i; j < std::min(i + 16, lines.size()); ++j)
+            for (size_t j = i; j < std::min(i + 24, lines.size()); ++j)
                 guarded = guarded || lines[j].find("errors.run(") != std::string::npos;
             EXPECT_TRUE(guarded) << file << ':' << i + 1;
         }

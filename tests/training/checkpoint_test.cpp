@@ -1,9 +1,11 @@
 #include "training/checkpoint.h"
 
 #include "solver/games.h"
+#include "support/temp_directory.h"
 
 #include <cstring>
 #include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -86,13 +88,55 @@ TEST_F(Checkpoint, KeepsTheNewestTwo) {
     EXPECT_EQ(fs::path(left[1]).filename(), "checkpoint.00000000000000000200");
 }
 
+// Whatever else bears such a name: numbers of more than 64 bits, and what is no file.
+TEST_F(Checkpoint, OnlyFilesWithANumberAreCheckpoints) {
+    const std::string first = saveAfter(3);
+    const auto named = [&](const char* number) { return directory + "/checkpoint." + number; };
+    const std::string largest = named("18446744073709551615");
+    ASSERT_TRUE(writeWholeFile(largest, "rubbish").ok());
+    for (const char* number : {"18446744073709551616", "20000000000000000000",
+                               "99999999999999999999", "1844674407370955161", "0000000000000000003",
+                               "000000000000000000003", "0000000000000000000x", ""})
+        ASSERT_TRUE(writeWholeFile(named(number), "rubbish").ok());
+    fs::create_directory(named("00000000000000000050"));
+    ASSERT_EQ(mkfifo(named("00000000000000000060").c_str(), 0600), 0);
+    fs::create_symlink("nowhere", named("00000000000000000070"));
+    EXPECT_EQ(listCheckpoints(directory), (std::vector<std::string>{first, largest}));
+}
+
+// A run that cannot use the newest and goes on from an older one still leaves two good ones.
+TEST_F(Checkpoint, TheOneJustSavedStaysWhateverStandsAfterIt) {
+    const std::string first = saveAfter(3);
+    const auto named = [&](const char* number) { return directory + "/checkpoint." + number; };
+    for (const char* number : {"99999999999999999998", "18446744073709551615"})
+        ASSERT_TRUE(writeWholeFile(named(number), "rubbish").ok());
+    ASSERT_TRUE(writeWholeFile(named("00000000000000000099"), "rubbish").ok());
+    fs::create_directory(named("99999999999999999999"));
+    const auto trainer = makeTrainer(*game, config);
+    std::vector<std::string> warnings;
+    const auto state = newestCheckpoint(directory, text(), warnings);
+    ASSERT_TRUE(state.ok());
+    EXPECT_EQ(warnings.size(), 2U);
+    trainer->restore(*state);
+    for (const uint64_t until : {5U, 6U}) {
+        trainer->run(until - trainer->iteration());
+        ASSERT_TRUE(saveCheckpoint(directory, text(), trainer->state()).ok());
+        EXPECT_EQ(fs::exists(first), until == 5);
+        EXPECT_TRUE(readCheckpoint(named("00000000000000000005"), text()).ok());
+    }
+    EXPECT_TRUE(readCheckpoint(named("00000000000000000006"), text()).ok());
+    EXPECT_TRUE(fs::exists(named("00000000000000000099")));
+    warnings.clear();
+    EXPECT_EQ(newestCheckpoint(directory, text(), warnings)->iteration, 6U);
+}
+
 TEST_F(Checkpoint, EveryDamagedByteIsNoticed) {
     const std::string path = saveAfter(3);
     const std::string bytes = *readWholeFile(path);
     for (size_t at = 0; at < bytes.size(); ++at) {
         std::string other = bytes;
         other[at] = static_cast<char>(other[at] ^ 0x10);
-        ASSERT_TRUE(writeWholeFile(path, other).ok());
+        test::putContents(path, other);
         ASSERT_FALSE(readCheckpoint(path, text()).ok()) << at;
     }
 }
@@ -101,10 +145,10 @@ TEST_F(Checkpoint, EveryCutAndAnyGrowthIsNoticed) {
     const std::string path = saveAfter(3);
     const std::string bytes = *readWholeFile(path);
     for (size_t length = 0; length < bytes.size(); length += 3) {
-        ASSERT_TRUE(writeWholeFile(path, bytes.substr(0, length)).ok());
+        test::putContents(path, bytes.substr(0, length));
         ASSERT_FALSE(readCheckpoint(path, text()).ok()) << length;
     }
-    ASSERT_TRUE(writeWholeFile(path, bytes + "x").ok());
+    test::putContents(path, bytes + "x");
     EXPECT_FALSE(readCheckpoint(path, text()).ok());
 }
 
@@ -130,7 +174,7 @@ TEST_F(Checkpoint, HostileLengthsAreRefusedWithoutTheMemory) {
             std::memcpy(other.data() + field, &value, 8);
             const uint64_t sum = checksum(other);
             std::memcpy(other.data() + other.size() - 8, &sum, 8);
-            ASSERT_TRUE(writeWholeFile(path, other).ok());
+            test::putContents(path, other);
             ASSERT_FALSE(readCheckpoint(path, text()).ok()) << field << ' ' << value;
         }
     }
