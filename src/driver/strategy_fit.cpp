@@ -25,16 +25,13 @@ bool isOne(const CFRNode& held, const CFRNode& rules) {
 bool holdsSmallGame(const CFR& solver, Game& game) {
     CFR whole(&game);
     whole.buildTree();
-    for (int p = 0; p < game.numPlayers; ++p) {
-        for (int r = 0; r < game.numRounds; ++r) {
-            const NodeMap& expected = whole.nodeMap(p, r);
-            const NodeMap& held = solver.nodeMap(p, r);
-            if (!std::equal(expected.begin(), expected.end(), held.begin(), held.end(),
-                            [](const auto& a, const auto& b) {
-                                return a.first == b.first && isOne(*b.second, *a.second);
-                            }))
-                return false;
-        }
+    for (int m = 0; m < whole.numMaps(); ++m) {
+        const bool all = whole.nodes().forEach(m, [&](const std::string& key, const CFRNode& node) {
+            CFRNode held;
+            return solver.nodes().find(m, key, held) && isOne(held, node);
+        });
+        if (!all || solver.nodes().count(m) != whole.nodes().count(m))
+            return false;
     }
     return true;
 }
@@ -111,11 +108,10 @@ bool holdsHoldemGame(CFR& solver, const Game& game) {
         initState(&game, 0, &root);
         if (solver.numInformationSets() != holdemBuckets * countDecisions(solver, game, root))
             return false;
-        for (int p = 0; p < game.numPlayers; ++p)
-            for (int r = 0; r < game.numRounds; ++r)
-                for (const auto& [key, node] : solver.nodeMap(p, r))
-                    if (!node->hasSoundSums())
-                        return false;
+        for (int m = 0; m < solver.numMaps(); ++m)
+            if (!solver.nodes().forEach(
+                    m, [](const std::string&, const CFRNode& node) { return node.hasSoundSums(); }))
+                return false;
     }
     return knowsRandomHands(solver, game, hands);
 }

@@ -102,40 +102,46 @@ Action CFR::getAction(State*) {
     return {actionFold, 0};
 }
 
-size_t CFR::nodesOfMap(int m) const {
-    return store ? store->count(m) : nodeMaps[m].size();
+const tamarin::NodeStore& CFR::nodes() const {
+    if (store)
+        return *store;
+    return inMaps;
+}
+
+// Nodes that are there already stay the objects they are.
+void CFR::copyToMaps(const tamarin::NodeStore& from) {
+    for (int m = 0; m < numMaps(); ++m)
+        from.forEach(m, [&](const std::string& key, const CFRNode& node) {
+            CFRNode*& place = nodeMaps[m][key];
+            if (place == nullptr)
+                place = new CFRNode;
+            *place = node;
+            return true;
+        });
+}
+
+// Makes the nodes objects in the maps, where they are not.
+void CFR::useMaps() {
+    if (!store)
+        return;
+    copyToMaps(*store);
+    store.reset();
 }
 
 size_t CFR::numInformationSets() const {
     size_t count = 0;
     for (int m = 0; m < numMaps(); ++m)
-        count += nodesOfMap(m);
+        count += nodes().count(m);
     return count;
-}
-
-bool CFR::forEachNode(
-    const std::function<bool(int m, const std::string& key, const CFRNode& node)>& visit) const {
-    for (int m = 0; m < numMaps(); ++m) {
-        if (store) {
-            if (!store->forEach(m, [&](const std::string& key, const CFRNode& node) {
-                    return visit(m, key, node);
-                }))
-                return false;
-            continue;
-        }
-        for (const auto& [key, node] : nodeMaps[m])
-            if (!visit(m, key, *node))
-                return false;
-    }
-    return true;
 }
 
 tamarin::CompiledGame* CFR::compiledGame() {
     // A derived class may key its states, or offer actions, in its own way; buckets come from
     // outside and change without notice; and card ranks of a full deck have no keys at all.
-    if (typeid(*this) != typeid(CFR) || useCardAbstraction || store ||
+    if (typeid(*this) != typeid(CFR) || useCardAbstraction ||
         game->numSuits * game->numRanks == standardDeck)
         return nullptr;
+    useMaps();
     if (!compiled)
         compiled = std::make_unique<tamarin::CompiledGame>(*game);
     return compiled.get();

@@ -13,17 +13,22 @@
 // (solver/compiled_tree.h) and leave the same bits; trainPlain and calcUtilityPlain are the plain
 // form, for tests and for derived classes that key their states in another way.
 //
+// Nodes are objects in node maps, or, where they would not fit there, numbers elsewhere (a
+// NodeStore: flat after a large training, a mapped file after the load of a large strategy).
+// Reading goes through nodes() and findNode(), whichever it is; what changes nodes one by one
+// (building, elimination, calc and the trainers that use it) moves them into the maps first.
+//
 // Errors are thrown as character strings, some of them in Portuguese; a state that the tree does
-// not hold is std::out_of_range ("map::at"). Single-threaded.
+// not hold is std::out_of_range ("map::at"). An exception leaves the flags as a return would.
+// Single-threaded.
 #pragma once
 
 #include "game/game.h"
 #include "solver/cfr_node.h"
+#include "solver/node_maps.h"
 
 #include <cstdint>
-#include <functional>
 #include <iosfwd>
-#include <map>
 #include <memory>
 #include <string>
 
@@ -35,9 +40,6 @@ class AuxiliaryGame;
 class CompiledGame;
 class HoldemBuckets;
 class HoldemSets;
-class NodeStore;
-// The information sets of one player in one round, by key in byte order.
-using NodeMap = std::map<std::string, CFRNode*>;
 } // namespace tamarin
 
 class CFR {
@@ -61,8 +63,10 @@ public:
     virtual double winProb(int bucket);
     virtual Action& translate(int index, State* state, Action& out);
 
-    // The player to act's node; std::out_of_range when there is none. Where the nodes are not kept
-    // as objects (see load and trainHoldem) it is a copy, good until the next call.
+    // The player to act's node; std::out_of_range when there is none. It stays as long as the
+    // solver, and changing it changes the strategy, while the nodes are in the maps. Otherwise (see
+    // setMapLimits) it is a copy, which the next call overwrites: copies of all that play comes
+    // upon would fill the memory in time.
     CFRNode* findNode(State* state);
 
     // Adds the nodes of every state reachable from this one, for the cards it holds. A node that is
@@ -71,17 +75,17 @@ public:
 
     // Trains on this many random deals; before the first, when the tree is not there yet, builds it
     // over all deals and eliminates useless actions. Prints its counts, and with logProgress a line
-    // each 1 % (at least 100 iterations then). Throws the string "Deve carregar equity tables para
-    // correr cfr no hold'em poker" for a 52-card deck without equity tables; with them and without
-    // a tree, ends the process: such a tree cannot be enumerated.
+    // each 1 %, of fewer than 100 iterations a line each. Throws the string "Deve carregar equity
+    // tables para correr cfr no hold'em poker" for a 52-card deck without equity tables; with them
+    // and without a tree, ends the process: such a tree cannot be enumerated.
     void train(unsigned long long iterations);
     void trainPlain(unsigned long long iterations);
 
     // Trains a hold'em game of two or three players on this many random deals, over the ten buckets
     // of the hold'em tables; before the first, when the tree is not there yet, builds it. Prints
     // its progress. Throws "Deve carregar equity tables para correr cfr no hold'em poker" when
-    // there are no tables. A tree of more than two million information sets stays in flat form and
-    // out of the node maps. Leaves useHoldemTables and useCardAbstraction off.
+    // there are no tables. A large tree (see setMapLimits) stays in flat form and out of the node
+    // maps. Leaves useHoldemTables and useCardAbstraction off.
     void trainHoldem(unsigned long long iterations);
     void trainHoldemPlain(unsigned long long iterations);
     // Buckets from elsewhere than the equity tables; null for the tables. Not owned.
@@ -90,8 +94,8 @@ public:
     // Trains an auxiliary one-round game over the clusters of the equity tables, which must be
     // loaded: this many times every starting hand of every seat, against random cards. Before the
     // first, when the tree is not there yet, builds it for 101 buckets and eliminates useless
-    // actions. The indexer serves a message. With logProgress a line each tenth (at least 10
-    // iterations then). Leaves useCardAbstraction and useClusterEquity off.
+    // actions. The indexer serves a message. With logProgress a line each tenth, of fewer than 10
+    // iterations a line each. Leaves useCardAbstraction and useClusterEquity off.
     void trainIS(unsigned long long iterations, hand_indexer_t* indexer, int indexerRound,
                  int round);
     void trainISPlain(unsigned long long iterations, hand_indexer_t* indexer, int indexerRound,
@@ -117,14 +121,25 @@ public:
     void calcUtil(State* state, double* util);
 
     // Writes every node; false when it could not, or when a key has 60 bytes or more. The old file
-    // stays until the new one is whole.
+    // stays until the new one is whole. A new file has mode 0644 less the umask.
+    // tamarin::stageStrategyFile() says why it failed, and writes several as one.
     bool save(const std::string& path);
     // Replaces the maps by a file's nodes and marks the tree ready. False for a file that is
     // absent, cut, damaged or not a regular file: the maps then hold what was read so far and the
     // tree is as ready as it was before, so a fresh solver stays unusable. Never takes more memory
     // than the file's true size asks for. Trailing bytes are ignored; checkStrategyFile() is
-    // stricter.
+    // stricter. A large file (see setMapLimits) stays where it is and is looked up there; what
+    // makes a file bad is the same, but a bad one then leaves the solver's nodes as they were.
     bool load(const std::string& path);
+
+    // Up to where nodes are kept in the maps: files to load by the bytes of their sections, trees
+    // to train as hold'em by their information sets. Maps take twice the memory of a file, and
+    // three-player limit hold'em's strategy has ten gigabytes.
+    struct MapLimits {
+        size_t fileBytes = size_t{64} << 20U;
+        size_t informationSets = 2'000'000;
+    };
+    void setMapLimits(const MapLimits& limits) { mapLimits = limits; }
 
     // A placeholder: fold. Agents draw from findNode()'s node instead.
     Action getAction(State* state);
@@ -139,9 +154,11 @@ public:
     void buildTree();
     bool isTreeReady() const { return treeReady; }
     const Game& getGame() const { return *game; }
-    // Nodes of all maps.
+    // All nodes, wherever they are kept; map m is that of round + player * numRounds.
+    const tamarin::NodeStore& nodes() const;
+    int numMaps() const { return game->numPlayers * game->numRounds; }
     size_t numInformationSets() const;
-    // The map of one player in one round; empty where the nodes are kept in flat form.
+    // The map of one player in one round; empty where the nodes are not in the maps.
     const tamarin::NodeMap& nodeMap(int player, int round) const;
 
     // Switches train's progress lines; process-wide.
@@ -168,7 +185,6 @@ protected:
 private:
     enum class Form { compiled, plain };
 
-    int numMaps() const { return game->numPlayers * game->numRounds; }
     tamarin::NodeMap& mapOf(int player, int round) const;
     CFRNode* nodeOf(State* state);
     void runTraining(unsigned long long iterations, Form form);
@@ -183,16 +199,16 @@ private:
     // The compiled game, made when first asked for; null where only the plain form will do.
     tamarin::CompiledGame* compiledGame();
 
-    // Visits every node, in file order, wherever it is kept; false when the visitor stopped.
-    bool forEachNode(
-        const std::function<bool(int m, const std::string& key, const CFRNode& node)>& visit) const;
-    size_t nodesOfMap(int m) const;
+    void copyToMaps(const tamarin::NodeStore& from);
+    void useMaps();
     std::unique_ptr<tamarin::HoldemSets> takeHoldemSets();
     void keepHoldemSets(std::unique_ptr<tamarin::HoldemSets> sets);
 
     std::unique_ptr<tamarin::CompiledGame> compiled;
+    tamarin::NodeMaps inMaps{nodeMaps};
     std::unique_ptr<tamarin::NodeStore> store; // the nodes, when they are not in the maps
     CFRNode found;                             // what findNode copied out of the store
+    MapLimits mapLimits;
     const tamarin::HoldemBuckets* bucketSource = nullptr;
 };
 

@@ -5,6 +5,7 @@
 #include "solver/auxiliary_deals.h"
 #include "solver/cfr.h"
 #include "solver/deck.h"
+#include "solver/flag_guard.h"
 #include "solver/training_progress.h"
 
 #include <algorithm>
@@ -13,6 +14,8 @@
 #include <vector>
 
 namespace {
+
+using tamarin::FlagGuard;
 
 // The remaining deck in ascending order: all cards but those.
 std::vector<uint8_t> deckWithout(const uint8_t* cards, int count) {
@@ -26,26 +29,14 @@ void printFilled(size_t index, unsigned long size) {
               << std::endl;
 }
 
-// Sets a flag for its own duration.
-class FlagSet {
-public:
-    explicit FlagSet(bool& flag) : flag_(flag), before_(flag) { flag = true; }
-    ~FlagSet() { flag_ = before_; }
-    FlagSet(const FlagSet&) = delete;
-    FlagSet& operator=(const FlagSet&) = delete;
-
-private:
-    bool& flag_;
-    bool before_;
-};
-
 } // namespace
 
 // The compiled form of the game with the numbers of the node maps, or null where only the plain
 // form will do.
 std::unique_ptr<tamarin::AuxiliaryGame> CFR::auxiliaryGame() {
-    if (typeid(*this) != typeid(CFR) || store || !tamarin::AuxiliaryGame::fits(*game))
+    if (typeid(*this) != typeid(CFR) || !tamarin::AuxiliaryGame::fits(*game))
         return nullptr;
+    useMaps();
     auto auxiliary = std::make_unique<tamarin::AuxiliaryGame>(*game);
     return auxiliary->read(nodeMaps) ? std::move(auxiliary) : nullptr;
 }
@@ -62,8 +53,8 @@ void CFR::trainISPlain(unsigned long long iterations, hand_indexer_t* indexer, i
 
 void CFR::runAuxiliaryTraining(unsigned long long iterations, hand_indexer_t* indexer,
                                int indexerRound, int round, Form form) {
-    useCardAbstraction = true;
-    useClusterEquity = true;
+    const FlagGuard buckets(useCardAbstraction, FlagGuard::After::off);
+    const FlagGuard clusters(useClusterEquity, FlagGuard::After::off);
     equityRound = round;
     tamarin::TrainingProgress progress(iterations, 10, time(nullptr));
     if (!treeReady) {
@@ -100,8 +91,6 @@ void CFR::runAuxiliaryTraining(unsigned long long iterations, hand_indexer_t* in
             trainEveryHand(round);
         }
     }
-    useCardAbstraction = false;
-    useClusterEquity = false;
 }
 
 // One iteration of trainIS: every starting hand of every seat, against random cards.
@@ -139,7 +128,7 @@ void CFR::trainEveryHand(int round) {
 }
 
 void CFR::fillUtility(double** tables, unsigned long size, int round) {
-    const FlagSet abstraction(useCardAbstraction);
+    const FlagGuard abstraction(useCardAbstraction, FlagGuard::After::asBefore);
     const auto auxiliary = auxiliaryGame();
     if (!auxiliary || game->numBoardCards[0] != tamarin::roundBoardCards[size_t(round)] ||
         size > equityTables->getRoundSize(round)) {
@@ -161,7 +150,7 @@ void CFR::fillUtility(double** tables, unsigned long size, int round) {
 }
 
 void CFR::fillUtilityPlain(double** tables, unsigned long size, int round) {
-    const FlagSet abstraction(useCardAbstraction);
+    const FlagGuard abstraction(useCardAbstraction, FlagGuard::After::asBefore);
     const int players = game->numPlayers;
     const int boardCards = tamarin::boardCardsOf(*game);
     // Deliberately without the hero's own cards in place of one more opponent's.

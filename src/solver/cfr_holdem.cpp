@@ -3,6 +3,7 @@
 #include "solver/cfr.h"
 #include "solver/deck.h"
 #include "solver/fast_draws.h"
+#include "solver/flag_guard.h"
 #include "solver/holdem_buckets.h"
 #include "solver/holdem_sets.h"
 #include "solver/holdem_walk.h"
@@ -10,20 +11,15 @@
 
 #include <algorithm>
 #include <iostream>
-#include <stdexcept>
-#include <typeinfo>
 #include <vector>
 
 namespace {
 
+using tamarin::FlagGuard;
 using tamarin::numHoldemBuckets;
 
 constexpr int bucketCombinations =
     numHoldemBuckets * numHoldemBuckets * numHoldemBuckets * numHoldemBuckets;
-
-// Trees of up to so many information sets are kept as node maps between trainings, larger ones in
-// flat form only.
-constexpr size_t mapLimit = 2'000'000;
 
 // A line each hundred of the ten thousand bucket combinations.
 void printTreeProgress(int count) {
@@ -56,6 +52,8 @@ void CFR::trainHoldem(unsigned long long iterations) {
     const std::unique_ptr<const tamarin::HoldemBuckets> fromTables =
         bucketSource ? nullptr : std::make_unique<tamarin::TableBuckets>(*equityTables);
     const tamarin::HoldemBuckets& source = bucketSource ? *bucketSource : *fromTables;
+    const FlagGuard tables(useHoldemTables, FlagGuard::After::off);
+    const FlagGuard abstraction(useCardAbstraction, FlagGuard::After::off);
     tamarin::TrainingProgress progress(iterations, 100, time(nullptr));
 
     std::unique_ptr<tamarin::HoldemSets> sets = takeHoldemSets();
@@ -70,35 +68,36 @@ void CFR::trainHoldem(unsigned long long iterations) {
     }
     std::cout << "Number of information sets: " << sets->numSets() << std::endl;
 
-    tamarin::HoldemWalk walk(*game, *sets);
-    DealSequence deals(*game);
-    State deal{};
-    tamarin::DealBuckets buckets;
-    for (unsigned long long it = 0; it < iterations; ++it) {
-        progress.at(it);
-        deals.next(&deal);
-        tamarin::fillDealBuckets(*game, deal, source, buckets);
-        double util[MAX_PLAYERS];
-        walk.iterate(tamarin::HoldemRule::player, deal, buckets, 1.0, util);
+    try {
+        tamarin::HoldemWalk walk(*game, *sets);
+        DealSequence deals(*game);
+        State deal{};
+        tamarin::DealBuckets buckets;
+        for (unsigned long long it = 0; it < iterations; ++it) {
+            progress.at(it);
+            deals.next(&deal);
+            tamarin::fillDealBuckets(*game, deal, source, buckets);
+            double util[MAX_PLAYERS];
+            walk.iterate(tamarin::HoldemRule::player, deal, buckets, 1.0, util);
+        }
+    } catch (...) {
+        keepHoldemSets(std::move(sets)); // the solver is not to lose its nodes
+        throw;
     }
     keepHoldemSets(std::move(sets));
 
     if (gameUtility == nullptr)
         gameUtility = new double[game->numPlayers]();
-    useCardAbstraction = false;
-    useHoldemTables = false;
 }
 
 void CFR::trainHoldemPlain(unsigned long long iterations) {
     if (equityTables == nullptr && bucketSource == nullptr)
         throw "Deve carregar equity tables para correr cfr no hold'em poker";
-    if (store)
-        throw std::logic_error("the plain form needs its nodes in the node maps");
     const std::unique_ptr<const tamarin::HoldemBuckets> fromTables =
         bucketSource ? nullptr : std::make_unique<tamarin::TableBuckets>(*equityTables);
     const tamarin::HoldemBuckets& source = bucketSource ? *bucketSource : *fromTables;
-    useHoldemTables = true;
-    useCardAbstraction = true;
+    const FlagGuard tables(useHoldemTables, FlagGuard::After::off);
+    const FlagGuard abstraction(useCardAbstraction, FlagGuard::After::off);
     tamarin::TrainingProgress progress(iterations, 100, time(nullptr));
 
     const int players = game->numPlayers;
@@ -142,8 +141,6 @@ void CFR::trainHoldemPlain(unsigned long long iterations) {
 
     if (gameUtility == nullptr)
         gameUtility = new double[static_cast<size_t>(players)]();
-    useCardAbstraction = false;
-    useHoldemTables = false;
 }
 
 // The numbers to train on: those of the solver when its tree is ready, else zeros. Null where the
@@ -157,10 +154,12 @@ std::unique_ptr<tamarin::HoldemSets> CFR::takeHoldemSets() {
     if (!treeReady)
         return sets;
     size_t taken = 0;
-    const bool fits = forEachNode([&](int m, const std::string& key, const CFRNode& node) {
-        ++taken;
-        return sets->set(m, key, node);
-    });
+    bool fits = true;
+    for (int m = 0; fits && m < numMaps(); ++m)
+        fits = nodes().forEach(m, [&](const std::string& key, const CFRNode& node) {
+            ++taken;
+            return sets->set(m, key, node);
+        });
     if (!fits || taken != sets->numSets())
         return nullptr;
     store.reset();
@@ -168,16 +167,11 @@ std::unique_ptr<tamarin::HoldemSets> CFR::takeHoldemSets() {
 }
 
 void CFR::keepHoldemSets(std::unique_ptr<tamarin::HoldemSets> sets) {
-    if (sets->numSets() > mapLimit) {
-        store = std::move(sets);
+    if (sets->numSets() <= mapLimits.informationSets) {
+        copyToMaps(*sets);
         return;
     }
     for (int m = 0; m < numMaps(); ++m)
-        sets->forEach(m, [&](const std::string& key, const CFRNode& node) {
-            CFRNode*& place = nodeMaps[m][key];
-            if (place == nullptr)
-                place = new CFRNode;
-            *place = node;
-            return true;
-        });
+        nodeMaps[m].clear();
+    store = std::move(sets);
 }

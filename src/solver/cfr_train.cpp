@@ -92,6 +92,7 @@ void CFR::calc(State* state, double* reach, unsigned char lastPlayer, double* ut
             util[p] = valueOfState(game, state, static_cast<uint8_t>(p));
         return;
     }
+    useMaps();
     const uint8_t p = currentPlayer(game, state);
     CFRNode* const node = nodeOf(state);
     double strategy[numAbstractedActions];

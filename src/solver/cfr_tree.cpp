@@ -13,6 +13,7 @@
 void CFR::createAbstractedGameTree(State* state) {
     if (state->finished)
         return;
+    useMaps();
     const uint8_t p = currentPlayer(game, state);
     CFRNode*& at = mapOf(p, state->round)[abstraction(state)];
     if (at == nullptr)
@@ -69,6 +70,7 @@ void CFR::buildTree() {
 }
 
 void CFR::eliminateActions() {
+    useMaps();
     std::cout << "Eliminating useless actions..." << std::endl;
     int removed = 0;
     // Keys read "player:round:card:actions" with a one-digit player and round.

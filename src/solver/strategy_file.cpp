@@ -26,8 +26,21 @@ bool writeNode(tamarin::AtomicFile& file, const std::string& key, const CFRNode&
     return file.write(&record, sizeof record).ok();
 }
 
-// Larger files are looked up where they lie instead of being read into the maps.
-constexpr size_t largestFileRead = size_t{64} << 20U;
+// Bytes up to the end of the last section; all of them where a section is cut.
+size_t sectionBytes(std::span<const std::byte> bytes, int numMaps) {
+    size_t at = 0;
+    for (int m = 0; m < numMaps; ++m) {
+        StrategyCount count = 0;
+        if (bytes.size() - at < sizeof count)
+            return bytes.size();
+        std::memcpy(&count, bytes.data() + at, sizeof count);
+        at += sizeof count;
+        if ((bytes.size() - at) / sizeof(StrategyRecord) < count)
+            return bytes.size();
+        at += size_t{count} * sizeof(StrategyRecord);
+    }
+    return at;
+}
 
 // Takes values off the front of a file's bytes.
 class Reader {
@@ -74,12 +87,14 @@ bool readMap(Reader& reader, tamarin::NodeMap& map) {
 
 namespace tamarin {
 
-Status writeStrategyFile(const std::string& path, int numMaps, const NodeStore& nodes,
-                         const std::function<bool(uint64_t done)>& goOn, FileSystem& files) {
+Result<AtomicFile> stageStrategyFile(const std::string& path, int numMaps, const NodeStore& nodes,
+                                     const std::function<bool(uint64_t done)>& goOn,
+                                     FileSystem& files) {
     constexpr uint64_t askEvery = 1 << 16U;
-    Result<AtomicFile> file = AtomicFile::create(path, files);
+    constexpr mode_t mode = 0644;
+    Result<AtomicFile> file = AtomicFile::create(path, files, mode);
     if (!file)
-        return Error{file.error()};
+        return file;
     uint64_t done = 0;
     std::string problem;
     for (int m = 0; m < numMaps; ++m) {
@@ -87,7 +102,7 @@ Status writeStrategyFile(const std::string& path, int numMaps, const NodeStore& 
         const auto count = static_cast<StrategyCount>(held);
         if (count != held)
             return Error{path + ": section " + std::to_string(m) + " has too many nodes"};
-        (void)file->write(&count, sizeof count); // a failure is told by commit()
+        (void)file->write(&count, sizeof count); // a failure is told by finish()
         const bool whole = nodes.forEach(m, [&](const std::string& key, const CFRNode& node) {
             if (!writeNode(*file, key, node))
                 problem = key.size() >= sizeof(StrategyRecord::key)
@@ -97,12 +112,20 @@ Status writeStrategyFile(const std::string& path, int numMaps, const NodeStore& 
                 problem = "stopped";
             return problem.empty();
         });
-        if (!whole && problem == "disk")
-            return file->commit();
-        if (!whole)
+        if (!whole && problem != "disk")
             return Error{path + ": " + problem};
+        if (!whole)
+            break;
     }
-    return file->commit();
+    if (Status finished = file->finish(); !finished)
+        return Error{finished.error()};
+    return file;
+}
+
+Status writeStrategyFile(const std::string& path, int numMaps, const NodeStore& nodes,
+                         const std::function<bool(uint64_t done)>& goOn, FileSystem& files) {
+    Result<AtomicFile> file = stageStrategyFile(path, numMaps, nodes, goOn, files);
+    return file ? file->commit() : Status(Error{file.error()});
 }
 
 Status readStrategyFile(const std::string& path, HoldemSets& sets) {
@@ -121,9 +144,8 @@ Status readStrategyFile(const std::string& path, HoldemSets& sets) {
                          std::to_string(sets.count(m)) + " there"};
         std::string last;
         const bool good = strategy->forEach(m, [&](const std::string& key, const CFRNode& node) {
-            const bool inOrder = key > last;
             last = key;
-            return inOrder && sets.set(m, key, node);
+            return sets.set(m, key, node);
         });
         if (!good)
             return Error{path + ": the node \"" + last + "\" of section " + std::to_string(m) +
@@ -135,44 +157,32 @@ Status readStrategyFile(const std::string& path, HoldemSets& sets) {
 } // namespace tamarin
 
 bool CFR::save(const std::string& path) {
-    tamarin::Result<tamarin::AtomicFile> file = tamarin::AtomicFile::create(path);
-    if (!file)
-        return false;
-    int begun = 0; // maps whose count is written
-    const auto beginMaps = [&](int until) {
-        for (; begun < until; ++begun) {
-            const size_t nodes = nodesOfMap(begun);
-            const auto count = static_cast<StrategyCount>(nodes);
-            if (count != nodes || !file->write(&count, sizeof count))
-                return false;
-        }
-        return true;
-    };
-    const bool written = forEachNode([&](int m, const std::string& key, const CFRNode& node) {
-        return beginMaps(m + 1) && writeNode(*file, key, node);
-    });
-    return written && beginMaps(numMaps()) && file->commit().ok();
+    return tamarin::writeStrategyFile(path, numMaps(), nodes()).ok();
 }
 
 bool CFR::load(const std::string& path) {
     const tamarin::Result<tamarin::MappedFile> file = tamarin::MappedFile::open(path);
     if (!file)
         return false;
-    if (file->size() > largestFileRead) {
+    if (sectionBytes(file->bytes(), numMaps()) > mapLimits.fileBytes) {
         tamarin::Result<tamarin::MappedStrategy> strategy =
             tamarin::MappedStrategy::open(path, numMaps());
         if (!strategy)
             return false;
+        store = std::make_unique<tamarin::MappedStrategy>(std::move(*strategy));
         for (int m = 0; m < numMaps(); ++m)
             nodeMaps[m].clear();
-        store = std::make_unique<tamarin::MappedStrategy>(std::move(*strategy));
         treeReady = true;
         return true;
     }
     Reader reader(file->bytes());
     for (int m = 0; m < numMaps(); ++m)
-        if (!readMap(reader, nodeMaps[m]))
+        if (!readMap(reader, nodeMaps[m])) {
+            if (store) // the nodes are still there
+                for (int read = 0; read <= m; ++read)
+                    nodeMaps[read].clear();
             return false;
+        }
     store.reset();
     treeReady = true;
     return true;

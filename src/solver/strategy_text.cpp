@@ -5,10 +5,11 @@
 #include <ostream>
 
 std::ostream& operator<<(std::ostream& out, CFR const& cfr) {
-    cfr.forEachNode([&](int, const std::string& key, CFRNode node) {
-        out << key << " \u00bb " << node << '\n';
-        return out.good();
-    });
+    for (int m = 0; m < cfr.numMaps(); ++m)
+        cfr.nodes().forEach(m, [&](const std::string& key, CFRNode node) {
+            out << key << " \u00bb " << node << '\n';
+            return out.good();
+        });
     out << '\n';
     if (cfr.gameUtility != nullptr) {
         out << "Game utility: ( ";

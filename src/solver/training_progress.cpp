@@ -10,7 +10,12 @@ namespace tamarin {
 unsigned long long TrainingProgress::at(unsigned long long it) {
     if (!CFR::logProgress)
         return iterations_;
-    const unsigned long long step = iterations_ / static_cast<unsigned long long>(parts_);
+    const auto parts = static_cast<unsigned long long>(parts_);
+    if (iterations_ < parts) { // a part is less than an iteration: each reaches one
+        print(static_cast<long long>(it * parts / iterations_));
+        return it + 1;
+    }
+    const unsigned long long step = iterations_ / parts;
     if (it % step == 0)
         print(static_cast<long long>(it / step));
     return std::min(iterations_, (it / step + 1) * step);

@@ -12,8 +12,8 @@ public:
     TrainingProgress(unsigned long long iterations, int parts, time_t start)
         : iterations_(iterations), parts_(parts), last_(start) {}
 
-    // Prints when a part is reached; asks for at least as many iterations as parts, as a part of
-    // fewer is nothing to divide by. Returns the iteration up to which nothing more will be
+    // Prints when a part is reached, or at each iteration where there are fewer than parts. it is
+    // below the number of iterations. Returns the iteration up to which nothing more will be
     // printed.
     unsigned long long at(unsigned long long it);
 

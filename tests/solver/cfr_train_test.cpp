@@ -1,10 +1,20 @@
+#include "abstraction/EquityTables.h"
+#include "abstraction/table_names.h"
 #include "solver/cfr.h"
+#include "solver/fnv1a.h"
 #include "solver/games.h"
+#include "support/rng.h"
 #include "support/temp_directory.h"
 
 #include <cmath>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -86,6 +96,117 @@ TEST(Train, LogsEachHundredthWhenAsked) {
         ASSERT_NE(line.find(" mins, expected time left: "), std::string::npos);
     }
     EXPECT_EQ(percent, 100);
+}
+
+// Fewer iterations than percents: a line each.
+TEST(Train, LogsEachOfAFewIterations) {
+    const GamePtr game = kuhn3();
+    for (const auto train : {&CFR::train, &CFR::trainPlain}) {
+        CFR solver(game.get());
+        {
+            const QuietOutput quiet;
+            solver.train(0);
+        }
+        CFR::logProgress = true;
+        ::testing::internal::CaptureStdout();
+        (solver.*train)(0);
+        (solver.*train)(1);
+        (solver.*train)(8);
+        const std::string text = ::testing::internal::GetCapturedStdout();
+        CFR::logProgress = false;
+        const std::string count = "Number of information sets: 48\n";
+        EXPECT_EQ(std::regex_replace(text, std::regex(" \\(.*\\)"), ""),
+                  count + count + "CFR progress: 0%\n" + count +
+                      "CFR progress: 0%\nCFR progress: 12%\nCFR progress: 25%\n"
+                      "CFR progress: 37%\nCFR progress: 50%\nCFR progress: 62%\n"
+                      "CFR progress: 75%\nCFR progress: 87%\n");
+    }
+}
+
+// The cards that a training deals, as its keys are asked for.
+class SeenDeals : public CFR {
+public:
+    using CFR::CFR;
+    std::string abstraction(State* state) override {
+        if (isTreeReady() && state->numActions[0] == 0)
+            deals.push_back(
+                {state->holeCards[0][0], state->holeCards[1][0], state->holeCards[2][0]});
+        return CFR::abstraction(state);
+    }
+    std::vector<std::vector<uint8_t>> deals;
+};
+
+// Each deal swaps on from the deck as the last one left it, every card with one of the whole deck.
+// (That the compiled form deals the same is compiled_training_test's to see.)
+TEST(Train, NeverRestoresTheDeck) {
+    const GamePtr game = kuhn3();
+    std::vector<uint8_t> deck = {0, 4, 8, 12};
+    std::vector<std::vector<uint8_t>> expected;
+    global_urng().seed(11);
+    for (int deal = 0; deal < 50; ++deal) {
+        for (size_t i = 0; i < 3; ++i)
+            std::swap(deck[i], deck[static_cast<size_t>(pick_a_number(0, 3))]);
+        expected.push_back({deck[0], deck[1], deck[2]});
+    }
+    SeenDeals solver(game.get());
+    const QuietOutput quiet;
+    global_urng().seed(11);
+    solver.train(50);
+    EXPECT_EQ(solver.deals, expected);
+}
+
+// What a seed leads to, for good: a change of both forms at once is a change of the player.
+TEST(Train, LeavesTheSumsItAlwaysLeft) {
+    const GamePtr game = kuhn3();
+    const test::TempDirectory directory;
+    for (const auto train : {&CFR::train, &CFR::trainPlain}) {
+        CFR solver(game.get());
+        global_urng().seed(2024);
+        {
+            const QuietOutput quiet;
+            (solver.*train)(3000);
+        }
+        ASSERT_TRUE(solver.save(directory.file("strategy")));
+        EXPECT_EQ(fnv1a(test::contentsOf(directory.file("strategy"))), 2561289545701685381U);
+        std::ostringstream dump;
+        dump << solver;
+        EXPECT_TRUE(dump.str().ends_with("Game utility: ( 0.0187183 0.0531409 -0.0718592  )\n"));
+        EXPECT_EQ(solver.nodeMap(0, 0).at("0:0:1:")->strategySum[1], 756.19945840001492);
+        EXPECT_EQ(solver.nodeMap(1, 0).at("1:0:2:r")->regretSum[0], 3.9140526506392521);
+        EXPECT_EQ(solver.nodeMap(2, 0).at("2:0:3:cc")->regretSum[2], 0.25);
+        double values[3];
+        solver.calcUtility(values);
+        EXPECT_EQ(values[0], 0.018757004473469563);
+        EXPECT_EQ(values[1], 0.027127495971773191);
+        EXPECT_EQ(values[2], -0.045884500445242705);
+    }
+}
+
+// With tables, but no tree: its deals cannot be enumerated, and nobody may go on as if they were.
+TEST(TrainDeathTest, AFullDeckWithoutATreeEndsTheProcess) {
+    ::testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    const test::TempDirectory directory;
+    const auto trainIt = [&](auto train) {
+        std::filesystem::current_path(directory.path());
+        std::filesystem::create_directory("lookup");
+        EquityTables tables;
+        for (int players = 2; players <= 3; ++players)
+            for (int round = 0; round < holdemRounds; ++round) {
+                const std::string path = equityPath(players, round);
+                std::ofstream(path).flush();
+                std::filesystem::resize_file(path, tables.getRoundSize(round) * sizeof(double));
+            }
+        const GamePtr game = holdem2();
+        CFR solver(game.get());
+        solver.setEquityTables(&tables);
+        try {
+            (solver.*train)(1);
+        } catch (...) {
+            std::_Exit(3);
+        }
+    };
+    EXPECT_EXIT(trainIt(&CFR::train), ::testing::KilledBySignal(SIGABRT), "terminate called");
+    EXPECT_EXIT(trainIt(&CFR::trainPlain), ::testing::KilledBySignal(SIGABRT), "terminate called");
 }
 
 TEST(Train, LoggingDoesNotChangeTheSums) {

@@ -1,6 +1,7 @@
 // Hold'em training: the compiled walk against the plain recursion, and its strategy files.
 #include "game/games.h"
 #include "solver/cfr.h"
+#include "solver/fnv1a.h"
 #include "solver/hashed_buckets.h"
 #include "solver/holdem_buckets.h"
 #include "solver/holdem_sets.h"
@@ -13,8 +14,10 @@
 #include <fstream>
 #include <regex>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -104,8 +107,155 @@ TEST(TrainHoldem, PrintsAHundredPercentLinesAndTheCount) {
 
 TEST(TrainHoldem, NeedsTables) {
     const GamePtr game = parseGame(twoPlayerLimit);
-    CFR solver(game.get());
-    EXPECT_THROW(solver.trainHoldem(100), const char*);
+    for (const auto train : {&CFR::trainHoldem, &CFR::trainHoldemPlain}) {
+        CFR solver(game.get());
+        try {
+            (solver.*train)(100);
+            FAIL();
+        } catch (const char* text) {
+            EXPECT_STREQ(text, "Deve carregar equity tables para correr cfr no hold'em poker");
+        }
+    }
+}
+
+TEST(TrainHoldem, LogsEachHundredthWhenAsked) {
+    CFR::logProgress = true;
+    for (const auto form : {&CFR::trainHoldem, &CFR::trainHoldemPlain}) {
+        std::string text = fewerRaises(twoPlayerLimit);
+        text.replace(text.find("1 1 1 1"), 7, "1 0 0 0");
+        const Trained trained = train(text, [&](CFR& solver) { (solver.*form)(200); });
+        std::istringstream lines(trained.printed.substr(trained.printed.find("Number of")));
+        std::string line;
+        std::getline(lines, line);
+        for (int percent = 0; percent < 100; ++percent) {
+            ASSERT_TRUE(std::getline(lines, line)) << percent;
+            ASSERT_EQ(line, "CFR progress: " + std::to_string(percent) +
+                                "% (elapsed time: some mins, expected time left: some mins)");
+        }
+        EXPECT_FALSE(std::getline(lines, line)) << line;
+    }
+    CFR::logProgress = false;
+}
+
+// Buckets that keep the first seat's seven cards of every deal.
+class SeenCards : public HashedBuckets {
+public:
+    mutable std::vector<std::vector<uint8_t>> deals;
+    uint8_t bucket(int players, int round, int seat, const uint8_t* cards) const override {
+        if (players == 2 && round == 3 && seat == 0)
+            deals.emplace_back(cards, cards + 7);
+        return HashedBuckets::bucket(players, round, seat, cards);
+    }
+};
+
+// Each deal swaps on from the deck as the last one left it, every card with one of the whole deck.
+TEST(TrainHoldem, NeverRestoresTheDeck) {
+    std::string text = fewerRaises(twoPlayerLimit);
+    text.replace(text.find("1 1 1 1"), 7, "0 0 0 0");
+    const GamePtr game = parseGame(text);
+    global_urng().seed(5);
+    std::vector<uint8_t> deck;
+    for (int suit = 0; suit < 4; ++suit)
+        for (int rank = 0; rank < 13; ++rank)
+            deck.push_back(static_cast<uint8_t>(rank * 4 + suit));
+    std::vector<std::vector<uint8_t>> expected;
+    for (int deal = 0; deal < 20; ++deal) {
+        for (size_t i = 0; i < 9; ++i)
+            std::swap(deck[i], deck[static_cast<size_t>(pick_a_number(0, 51))]);
+        expected.push_back({deck[0], deck[1], deck[4], deck[5], deck[6], deck[7], deck[8]});
+    }
+    for (const auto form : {&CFR::trainHoldem, &CFR::trainHoldemPlain}) {
+        const SeenCards buckets;
+        CFR solver(game.get());
+        solver.setHoldemBuckets(&buckets);
+        global_urng().seed(5);
+        testing::internal::CaptureStdout();
+        (solver.*form)(20);
+        testing::internal::GetCapturedStdout();
+        EXPECT_EQ(buckets.deals, expected);
+    }
+}
+
+// What a seed leads to, for good: a change of both forms at once is a change of the player.
+TEST(TrainHoldem, LeavesTheSumsItAlwaysLeft) {
+    const Trained two = train(fewerRaises(twoPlayerLimit), [](CFR& s) { s.trainHoldem(300); });
+    EXPECT_EQ(fnv1a(two.file), 12011498764912180051U);
+    std::string text = fewerRaises(threePlayerLimit);
+    text.replace(text.find("1 1 1 1"), 7, "1 1 0 0");
+    const Trained three = train(text, [](CFR& s) { s.trainHoldem(300); });
+    EXPECT_EQ(fnv1a(three.file), 5171841084733906260U);
+}
+
+// ---- Trees too large for the node maps
+
+TEST(TrainHoldem, LeavesTheSameWhereTheTreeIsTooLargeForTheMaps) {
+    const std::string text = fewerRaises(twoPlayerLimit);
+    const auto twice = [](CFR& solver, const CFR::MapLimits& limits) {
+        solver.setMapLimits(limits);
+        solver.trainHoldem(50);
+        solver.trainHoldem(70);
+    };
+    const size_t sets = HoldemSets(*parseGame(text)).numSets();
+    for (const size_t limit : {size_t{0}, sets - 1, sets}) {
+        const Trained flat = train(text, [&](CFR& solver) {
+            twice(solver, {0, limit});
+            EXPECT_EQ(solver.nodeMap(0, 0).empty(), limit < sets);
+            EXPECT_EQ(solver.numInformationSets(), sets);
+        });
+        const Trained maps = train(text, [&](CFR& solver) { twice(solver, {}); });
+        EXPECT_TRUE(flat.file == maps.file);
+        EXPECT_EQ(flat.printed, maps.printed);
+    }
+}
+
+TEST(TrainHoldem, GoesOnPlainlyFromATreeTooLargeForTheMaps) {
+    const std::string text = fewerRaises(twoPlayerLimit);
+    const auto both = [](CFR& solver, const CFR::MapLimits& limits) {
+        solver.setMapLimits(limits);
+        solver.trainHoldem(30);
+        solver.trainHoldemPlain(20);
+    };
+    const Trained flat = train(text, [&](CFR& solver) { both(solver, {0, 0}); });
+    const Trained maps = train(text, [&](CFR& solver) { both(solver, {}); });
+    EXPECT_TRUE(flat.file == maps.file);
+}
+
+// Buckets that give out after so many deals.
+class FailingBuckets : public HashedBuckets {
+public:
+    mutable int left = 1000;
+    uint8_t bucket(int players, int round, int seat, const uint8_t* cards) const override {
+        if (--left <= 0)
+            throw std::runtime_error("no more buckets");
+        return HashedBuckets::bucket(players, round, seat, cards);
+    }
+};
+
+TEST(TrainHoldem, AnExceptionLeavesTheNodesAndTheFlagsOff) {
+    const GamePtr game = parseGame(fewerRaises(twoPlayerLimit));
+    const size_t sets = HoldemSets(*game).numSets();
+    for (const auto form : {&CFR::trainHoldem, &CFR::trainHoldemPlain})
+        for (const size_t limit : {size_t{0}, sets}) {
+            const FailingBuckets buckets;
+            CFR solver(game.get());
+            solver.setMapLimits({0, limit});
+            solver.setHoldemBuckets(&buckets);
+            testing::internal::CaptureStdout();
+            EXPECT_THROW((solver.*form)(1000), std::runtime_error);
+            EXPECT_FALSE(solver.useCardAbstraction);
+            EXPECT_FALSE(solver.useHoldemTables);
+            EXPECT_EQ(solver.numInformationSets(), sets);
+            double sum = 0.0; // of what was trained before
+            solver.nodes().forEach(0, [&](const std::string&, const CFRNode& node) {
+                sum += node.strategySum[1];
+                return true;
+            });
+            EXPECT_GT(sum, 0.0);
+            const HashedBuckets good;
+            solver.setHoldemBuckets(&good);
+            (solver.*form)(10);
+            testing::internal::GetCapturedStdout();
+        }
 }
 
 TEST(HoldemSets, FindWhatTheNodeMapsFind) {
