@@ -1,5 +1,6 @@
 #include "toolbox/strategies.h"
 
+#include "solver/strategy_file.h"
 #include "support/file.h"
 #include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"
@@ -76,11 +77,20 @@ Status writeStrategies(const SmallGame& game, const Trainer& trainer, const std:
     Game rules = game.game();
     CFR solver(&rules);
     trainer.store(solver);
-    std::vector<ManifestEntry> entries;
+    // All of them before the first takes its place: a full disk must not leave the seats with
+    // strategies of different trainings.
+    std::vector<AtomicFile> staged;
     for (size_t seat = 0; seat < rules.numPlayers; ++seat) {
-        const std::string path = strategyPath(strategies, seat);
-        if (!solver.save(path))
-            return Error{"could not write " + path + ": is there room, and may it be written?"};
+        auto file =
+            stageStrategyFile(strategyPath(strategies, seat), solver.numMaps(), solver.nodes());
+        if (!file)
+            return Error{file.error()};
+        staged.push_back(std::move(*file));
+    }
+    std::vector<ManifestEntry> entries;
+    for (size_t seat = 0; seat < staged.size(); ++seat) {
+        if (Status placed = staged[seat].commit(); !placed)
+            return placed;
         entries.push_back({"strategy" + std::to_string(seat), made, gameName});
     }
     return recordFiles(strategies, entries);

@@ -35,7 +35,8 @@ Result<Profile> readStrategies(const SmallGame& game, const std::string& strateg
 // One file's strategy for all seats.
 Result<Profile> readStrategy(const SmallGame& game, const std::string& path);
 
-// Saves the trainer's strategy as every seat's file, and records them in the manifest.
+// Saves the trainer's strategy as every seat's file, all or, where the disk is full, none, and
+// records them in the manifest. The error names the file and the cause.
 Status writeStrategies(const SmallGame& game, const Trainer& trainer, const std::string& strategies,
                        const std::string& made, const std::string& gameName);
 

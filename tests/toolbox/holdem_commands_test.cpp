@@ -1,4 +1,5 @@
 #include "solver/strategy_record.h"
+#include "support/lock.h"
 #include "tables/table_plan.h"
 #include "toolbox/program.h"
 
@@ -53,6 +54,27 @@ TEST_F(Holdem, TrainLeavesTheFileThatThePlayerReads) {
               std::string::npos);
     EXPECT_NE(contentsOf(strategies() / "manifest.json").find("tamarin train, dcfr with seed 1"),
               std::string::npos);
+}
+
+TEST_F(Holdem, TrainLeavesADirectoryAloneThatAnotherRunHolds) {
+    fs::create_directories(strategies());
+    const auto held = FileLock::take((strategies() / "train.lock").string());
+    ASSERT_TRUE(held.ok()) << held.error();
+    const Outcome outcome = run({"train", limit, "--iterations", "64", "--quiet"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("locked by process"), std::string::npos) << outcome.err;
+    EXPECT_FALSE(fs::exists(strategy()));
+}
+
+// The strategy is there, but a later run could not go on from it.
+TEST_F(Holdem, AFailedLastCheckpointFailsTheStatus) {
+    fs::create_directories(strategies() / "training.checkpoint");
+    const Outcome outcome = run({"train", limit, "--iterations", "64", "--fresh", "--quiet"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("training.checkpoint: could not write: it is a directory"),
+              std::string::npos)
+        << outcome.err;
+    EXPECT_EQ(fs::file_size(strategy()), 63780 * sizeof(StrategyRecord) + 8 * 4);
 }
 
 TEST_F(Holdem, AResumedRunEndsInTheSameBytesWhateverTheThreads) {

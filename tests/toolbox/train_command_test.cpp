@@ -1,6 +1,8 @@
 #include "toolbox/program.h"
 
 #include <sstream>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <thread>
 
 namespace tamarin::testing {
@@ -87,6 +89,65 @@ TEST_F(Train, ADamagedCheckpointFallsBackToTheOneBefore) {
                                  "--out", strategies().string()});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_NE(outcome.err.find("not a checkpoint; passed over"), std::string::npos) << outcome.err;
+}
+
+// The strategies are there, but a later run could not go on from them.
+TEST_F(Train, AFailedLastCheckpointFailsTheStatus) {
+    fs::create_directories(strategies() / "checkpoint.00000000000000000300");
+    const Outcome outcome = run({"train", game, "--iterations", "300", "--quiet"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("checkpoint.00000000000000000300: could not write"),
+              std::string::npos)
+        << outcome.err;
+    EXPECT_EQ(fs::file_size(strategies() / "strategy2"), 5196U);
+}
+
+TEST_F(Train, StrayNamesDoNotCostTheNewCheckpoint) {
+    ASSERT_EQ(run({"train", game, "--iterations", "20", "--quiet"}).status, 0);
+    fs::create_directories(strategies() / "checkpoint.99999999999999999998");
+    ASSERT_EQ(mkfifo((strategies() / "checkpoint.99999999999999999999").c_str(), 0600), 0);
+    const Outcome outcome = run({"train", game, "--iterations", "40", "--resume", "--quiet"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_TRUE(fs::exists(strategies() / "checkpoint.00000000000000000040"));
+    EXPECT_EQ(run({"train", game, "--iterations", "60", "--resume", "--quiet"}).status, 0);
+}
+
+// Where one seat's file cannot be written, no seat has a new one, and the cause is told.
+TEST_F(Train, TheSeatsStrategiesAreAllNewOrAllOld) {
+    ASSERT_EQ(run({"train", game, "--iterations", "20", "--quiet"}).status, 0);
+    const std::string before = contentsOf(strategies() / "strategy0");
+    fs::remove(strategies() / "strategy2");
+    fs::create_directories(strategies() / "strategy2");
+    const Outcome outcome = run({"train", game, "--iterations", "40", "--resume", "--quiet"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("strategy2: could not write: it is a directory"), std::string::npos)
+        << outcome.err;
+    EXPECT_TRUE(contentsOf(strategies() / "strategy0") == before);
+    EXPECT_TRUE(contentsOf(strategies() / "strategy1") == before);
+    size_t litter = 0;
+    for (const auto& entry : fs::directory_iterator(strategies()))
+        litter += entry.path().filename().string().find(".tmp.") != std::string::npos;
+    EXPECT_EQ(litter, 0U);
+}
+
+// No room for the strategies: the message says so, and of which file. (The checkpoint before them
+// is smaller.)
+TEST_F(Train, AFullDiskIsNamed) {
+    ASSERT_EQ(run({"train", game, "--iterations", "20", "--quiet"}).status, 0);
+    const std::string before = contentsOf(strategies() / "strategy0");
+    rlimit usual{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &usual), 0);
+    const rlimit small{5100, usual.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    const pid_t child = start({"train", game, "--iterations", "40", "--resume", "--quiet"});
+    setrlimit(RLIMIT_FSIZE, &usual);
+    const Outcome outcome = finish(child);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("strategy0: could not write: File too large"), std::string::npos)
+        << outcome.err;
+    for (const char* name : {"strategy0", "strategy1", "strategy2"})
+        EXPECT_TRUE(contentsOf(strategies() / name) == before);
 }
 
 TEST_F(Train, RefusesToResumeAnotherConfiguration) {
