@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <stdexcept>
+#include <type_traits>
 
 EquityTables::EquityTables() {
     std::cout << "Creating indexers... ";
@@ -36,6 +37,7 @@ void EquityTables::free() {
             store.release(table.table);
             table = {};
         }
+    replacedDoubles.clear();
 }
 
 hand_indexer_t* EquityTables::indexer(int round) {
@@ -62,38 +64,73 @@ double* EquityTables::getEquityTable(int players, int round) {
 }
 
 unsigned char* EquityTables::getClusterTable(int players, int round) {
-    return isTable(players, round) ? clusters[players - 2][round] : nullptr;
+    return isTable(players, round) ? clusters[players - 2][round].table : nullptr;
 }
 
 void EquityTables::setEquityTable(int players, int round, double* table) {
     if (!isTable(players, round))
         return;
-    equity(players, round) = {table, true};
+    equity(players, round) = {table, true, true};
     ranges[players - 2][round].reset();
 }
 
 void EquityTables::setClusterTable(int players, int round, unsigned char* table) {
     if (isTable(players, round))
-        clusters[players - 2][round] = table;
+        clusters[players - 2][round] = {table, true, true};
+}
+
+template <class T>
+std::span<const T> EquityTables::contents(Table<T>& known, const std::string& path, int round,
+                                          const tamarin::EntryLimits& limits, const char* loader) {
+    const size_t size = getRoundSize(round);
+    if (known.table == nullptr || !known.hasContents) {
+        if (!tamarin::usableFile(path, size * sizeof(T)))
+            throw std::runtime_error(path + " is missing: make it with 'tamarin tables', or call " +
+                                     loader);
+        const auto mapped = store.map<T>(path, size);
+        if (!mapped)
+            throw std::runtime_error(mapped.error() + ": nothing is made from it");
+        // Somebody may hold the pointer.
+        if constexpr (std::is_same_v<T, double>)
+            replacedDoubles.emplace_back(known.table);
+        else
+            replacedBytes.emplace_back(known.table);
+        known = {*mapped, true};
+    }
+    const std::span<const T> entries(known.table, size);
+    if (!known.checked) {
+        const std::string problem = tamarin::problemOfEntries(
+            entries, limits, 0, [&] { store.forgetPages(entries.data()); });
+        if (!problem.empty())
+            throw std::runtime_error(
+                (known.fromCaller ? "the table set for " : "") + path + ' ' + problem +
+                ": nothing is made from it; 'tamarin tables' makes the file anew");
+        known.checked = true;
+    }
+    return entries;
 }
 
 std::span<const double> EquityTables::equityContents(int players, int round) {
-    EquityTable& known = equity(players, round);
-    const size_t size = getRoundSize(round);
-    if (known.table == nullptr || !known.hasContents) {
-        const std::string path = tamarin::equityPath(players, round);
-        if (!tamarin::usableFile(path, size * sizeof(double)))
-            throw std::runtime_error(path +
-                                     " is missing: make it with 'tamarin tables', or call load()");
-        const auto loaded = store.doubles(path, size);
-        if (!loaded.whole) {
-            store.release(loaded.table);
-            throw std::runtime_error(path + " cannot be read: nothing is made from it");
-        }
-        store.release(known.table);
-        known = {loaded.table, true};
-    }
-    return {known.table, size};
+    return contents(equity(players, round), tamarin::equityPath(players, round), round,
+                    tamarin::equityEntries, "load()");
+}
+
+std::span<const double> EquityTables::utilityContents(int round, int seat) {
+    return contents(utilities[2][round][seat], tamarin::utilityPath(2, round, seat), round,
+                    tamarin::utilityEntries, "loadUtility()");
+}
+
+std::span<const unsigned char> EquityTables::clusterContents(int players, int round) {
+    return contents(clusters[players - 2][round], tamarin::clusterPath(players, round), round,
+                    tamarin::clusterEntries, "loadCluster()");
+}
+
+void EquityTables::requireHoldemTables(int players) {
+    for (int p = 2; p <= players; ++p)
+        for (int round = 0; round < tamarin::holdemRounds; ++round)
+            for (int seat = 0; seat < p; ++seat)
+                contents(holdemTables[p][round][seat], tamarin::holdemPath(p, round, seat), round,
+                         tamarin::bucketEntries, "loadHoldemTables()");
 }
 
 const tamarin::TableRange& EquityTables::equityRange(int players, int round) {

@@ -16,22 +16,27 @@
 // day; tables/table_builder.h makes every file exactly and in minutes, and whoever wants to play
 // runs it first. A file of the wrong size is never used (table_store.h).
 //
-// Nothing is ever derived from a table without contents: where one is needed that load() left
-// empty, the file is read; std::runtime_error, with one line that says what to do, when there is
-// none. Single-threaded.
+// Nothing is ever derived from a table without contents, nor from a damaged one (table_contents.h):
+// where one is needed that load() left empty, or that could not be read, the file is read;
+// std::runtime_error, with one line that says what to do, when there is none or it is damaged.
+// Play looks at a few bytes of a table and does not read it through first: a bucket that no
+// strategy holds is played by the agents' rule. Single-threaded.
 #pragma once
 
 #include "abstraction/quantise.h"
 #include "abstraction/round_indexers.h"
+#include "abstraction/table_contents.h"
 #include "abstraction/table_store.h"
 #include "game/game.h"
 #include "index/hand_index.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 class EquityTables {
 public:
@@ -50,10 +55,11 @@ public:
     // Fills what play of a game for so many players (2 or 3) reads, out of files alone and at once:
     // the equity and hold'em tables of two players and, for three, of three. The others of these
     // are taken, too, where they are there, and left alone where they are not. Says what load() and
-    // loadHoldemTables() say. std::runtime_error when a file that is needed is not there or has the
-    // wrong size. For tables that hold nothing yet.
+    // loadHoldemTables() say. std::runtime_error when a file that is needed is not there, has the
+    // wrong size or cannot be read. For tables that hold nothing yet.
     void loadForPlay(int players);
-    // Releases the equity tables.
+    // Releases the equity tables. Until then a pointer that getEquityTable gave stays valid, even
+    // where another table has taken its place since.
     void free();
 
     // Hands of round 0..3; 0 for any other.
@@ -66,7 +72,8 @@ public:
     void setEquityTable(int players, int round, double* table);
     void setClusterTable(int players, int round, unsigned char* table);
 
-    // Fills the cluster tables: all eight from their files, or all eight anew.
+    // Fills the cluster tables: all eight from their files, or all eight anew where one is missing
+    // or damaged.
     void loadCluster();
     // Does nothing: clusters are never released.
     void freeCluster();
@@ -85,15 +92,19 @@ public:
     int findClusterIndexHand(unsigned char cluster, int players, int round, unsigned char* cards);
 
     // Fills the two-player utility tables, each round from its files or by solving its auxiliary
-    // game, which is read from the working directory. Defined in solver/utility_tables.cpp.
+    // game, which is read from the working directory. That takes the round's clusters, out of their
+    // file where loadCluster() has not been called. Defined in solver/utility_tables.cpp.
     void loadUtility();
     void freeUtility();
 
     // Fills the twenty hold'em tables from their files or from equities and utilities.
     void loadHoldemTables();
     void freeHoldemTables();
-    // The bucket of a hand (two hole cards and the round's board), 0..9. players 2 or 3, seat below
-    // players.
+    // Throws std::runtime_error unless the hold'em tables for 2 to so many players are fit to be
+    // trained on: whole, in range, not all the same. Reads each of them once.
+    void requireHoldemTables(int players = 3);
+    // The bucket of a hand (two hole cards and the round's board), 0..9; whatever a damaged table
+    // holds there, up to 255. players 2 or 3, seat below players.
     unsigned int holdemTableIndex(int players, int round, int seat, unsigned char* cards);
 
     // The tables that have no setter; null before they are loaded.
@@ -108,33 +119,50 @@ public:
     hand_indexer_t turn_indexer{};
     hand_indexer_t river_indexer{};
 
+    // Training iterations of each auxiliary game that loadUtility() solves; fewer make other tables
+    // and are for trying things out.
+    unsigned long long utilityIterations = 100'000;
+
 private:
-    struct EquityTable {
-        double* table = nullptr;
-        bool hasContents = false;
+    template <class T>
+    struct Table {
+        T* table = nullptr;
+        bool hasContents = false; // not left empty by load(), nor zeros for an unreadable file
+        bool fromCaller = false;
+        bool checked = false; // every entry: good
     };
+    using EquityTable = Table<double>;
     static bool isTable(int players, int round) {
         return (players == 2 || players == 3) && round >= 0 && round < tamarin::holdemRounds;
     }
     EquityTable& equity(int players, int round) { return equities[players - 2][round]; }
 
     void printSizes();
-    void generateEquities();
+    void generateEquities(const bool (&usable)[2][tamarin::holdemRounds]);
     void sampleRound(int round, int* sevenCardTable);
-    // The table's entries, out of its file where load() left it without contents.
+    // A table's entries, fit to make something from: out of its file where it has no contents, and
+    // looked at once. loader: what a caller may call instead of making the file.
+    template <class T>
+    std::span<const T> contents(Table<T>& known, const std::string& path, int round,
+                                const tamarin::EntryLimits& limits, const char* loader);
     std::span<const double> equityContents(int players, int round);
-    // The two-player utilities that a hold'em table is made from, likewise.
-    std::span<const double> utilityContents(int round, int seat);
+    std::span<const double> utilityContents(int round, int seat); // of two players
+    std::span<const unsigned char> clusterContents(int players, int round);
     // The least and greatest equity, found when first asked for.
     const tamarin::TableRange& equityRange(int players, int round);
+    template <class T>
+    void takeForPlay(Table<T>& table, const std::string& path, size_t size, bool needed);
     unsigned char* makeHoldemTable(int players, int round, int seat);
 
     tamarin::TableStore store;
-    EquityTable equities[2][tamarin::holdemRounds];                // [players - 2][round]
-    unsigned char* clusters[2][tamarin::holdemRounds] = {};        // [players - 2][round]
-    unsigned char* holdemTables[4][tamarin::holdemRounds][3] = {}; // [players][round][seat]
-    double* utilities[4][tamarin::holdemRounds][3] = {};           // [players][round][seat]
+    EquityTable equities[2][tamarin::holdemRounds];                 // [players - 2][round]
+    Table<unsigned char> clusters[2][tamarin::holdemRounds];        // [players - 2][round]
+    Table<unsigned char> holdemTables[4][tamarin::holdemRounds][3]; // [players][round][seat]
+    Table<double> utilities[4][tamarin::holdemRounds][3];           // [players][round][seat]
     std::optional<tamarin::TableRange> ranges[2][tamarin::holdemRounds];
+    // Tables without contents that have been handed out, and replaced since by their files.
+    std::vector<std::unique_ptr<double[]>> replacedDoubles;
+    std::vector<std::unique_ptr<unsigned char[]>> replacedBytes;
 };
 
 // Cuts equities into clusters by where they lie in their range, writes them to the file of that

@@ -30,20 +30,23 @@ void EquityTables::loadCluster() {
     for (int players = 2; players <= 3; ++players)
         for (int round = 0; round < holdemRounds; ++round)
             allThere =
-                tamarin::usableFile(clusterPath(players, round), getRoundSize(round)) && allThere;
+                tamarin::usableTable<unsigned char>(clusterPath(players, round),
+                                                    getRoundSize(round), tamarin::clusterEntries) &&
+                allThere;
     for (int round = 0; round < holdemRounds; ++round)
         for (int players = 2; players <= 3; ++players) {
             const size_t size = getRoundSize(round);
             const std::string path = clusterPath(players, round);
             if (allThere) {
-                setClusterTable(players, round, store.bytes(path, size).table);
+                const auto loaded = store.bytes(path, size);
+                clusters[players - 2][round] = {loaded.table, loaded.whole};
                 continue;
             }
             std::cout << "generating " << tamarin::roundNames[static_cast<size_t>(round)]
                       << " clusters " << players << "p" << std::endl;
             const std::span<const double> contents = equityContents(players, round);
-            setClusterTable(players, round,
-                            doCluster(size, const_cast<double*>(contents.data()), path));
+            clusters[players - 2][round] = {
+                doCluster(size, const_cast<double*>(contents.data()), path), true};
         }
     if (allThere)
         std::cout << "Cluster tables loaded from file!" << std::endl;

@@ -50,18 +50,21 @@ void EquityTables::printSizes() {
 
 void EquityTables::load() {
     printSizes();
+    // Asked once: a file of the wrong size that could not be moved away is still there.
+    bool usable[2][holdemRounds];
     bool allThere = true;
     for (int players = 2; players <= 3; ++players)
         for (int round = 0; round < holdemRounds; ++round) {
             const size_t bytes = getRoundSize(round) * sizeof(double);
-            allThere = tamarin::usableFile(equityPath(players, round), bytes) && allThere;
+            usable[players - 2][round] = tamarin::usableFile(equityPath(players, round), bytes);
+            allThere = allThere && usable[players - 2][round];
         }
     free();
     for (auto& ofPlayers : ranges)
         for (auto& range : ofPlayers)
             range.reset();
     if (!allThere) {
-        generateEquities();
+        generateEquities(usable);
         return;
     }
     for (int round = 0; round < holdemRounds; ++round)
@@ -70,11 +73,12 @@ void EquityTables::load() {
             equity(players, round) = {loaded.table, loaded.whole};
         }
     std::cout << "Equity tables loaded from file!" << std::endl;
-    // They are found when somebody asks for them: a scan reads every page of two gigabytes.
+    // Said here, as it has always been, but found when somebody asks for them: a scan reads every
+    // page of two gigabytes, and a player that only plays asks for none.
     std::cout << "Calculating max and min equities" << std::endl;
 }
 
-void EquityTables::generateEquities() {
+void EquityTables::generateEquities(const bool (&usable)[2][holdemRounds]) {
     for (int players = 2; players <= 3; ++players)
         for (int round = 0; round < holdemRounds; ++round)
             equity(players, round) = {new double[getRoundSize(round)], false};
@@ -85,7 +89,7 @@ void EquityTables::generateEquities() {
     int* const table = const_cast<int*>(sevenCards.data()); // rankHand reads only
 
     for (int round = 0; round < holdemRounds; ++round) {
-        if (!file_exist(equityPath(2, round)) || !file_exist(equityPath(3, round))) {
+        if (!usable[0][round] || !usable[1][round]) {
             sampleRound(round, table);
         } else if (round <= 1) {
             // The turn's and the river's are deliberately left without contents here.

@@ -6,14 +6,17 @@
 #include <iostream>
 #include <stdexcept>
 
-namespace {
-
-void requireFile(const std::string& path, size_t bytes) {
-    if (!tamarin::usableFile(path, bytes))
+// Zeros are no stand-in for a file that play needs and that cannot be read: every hand would be
+// played as the weakest.
+template <class T>
+void EquityTables::takeForPlay(Table<T>& table, const std::string& path, size_t size, bool needed) {
+    if (needed && !tamarin::usableFile(path, size * sizeof(T)))
         throw std::runtime_error(path + " is missing: make it with 'tamarin tables'");
+    if (const auto mapped = store.map<T>(path, size))
+        table = {*mapped, true};
+    else if (needed)
+        throw std::runtime_error(mapped.error());
 }
-
-} // namespace
 
 void EquityTables::loadForPlay(int players) {
     printSizes();
@@ -21,13 +24,7 @@ void EquityTables::loadForPlay(int players) {
         for (int of = 2; of <= 3; ++of) {
             const std::string path = tamarin::equityPath(of, round);
             const size_t size = getRoundSize(round);
-            if (of <= players) {
-                requireFile(path, size * sizeof(double));
-                const auto loaded = store.doubles(path, size);
-                equity(of, round) = {loaded.table, loaded.whole};
-            } else if (const auto mapped = store.mapDoubles(path, size)) {
-                equity(of, round) = {*mapped, true};
-            }
+            takeForPlay(equity(of, round), path, size, of <= players);
         }
     std::cout << "Equity tables loaded from file!" << std::endl;
     std::cout << "Calculating max and min equities" << std::endl; // when somebody asks for them
@@ -36,14 +33,9 @@ void EquityTables::loadForPlay(int players) {
             for (int seat = 0; seat < of; ++seat) {
                 const std::string path = tamarin::holdemPath(of, round, seat);
                 const size_t size = getRoundSize(round);
-                unsigned char*& table = holdemTables[of][round][seat];
-                if (of <= players) {
-                    requireFile(path, size);
-                    table = store.bytes(path, size).table;
-                } else if (const auto mapped = store.mapBytes(path, size)) {
-                    table = *mapped;
-                }
-                if (table != nullptr)
+                Table<unsigned char>& table = holdemTables[of][round][seat];
+                takeForPlay(table, path, size, of <= players);
+                if (table.table != nullptr)
                     std::cout << "Loading table " << path << "!" << std::endl;
             }
 }

@@ -29,18 +29,15 @@ Result<T*> TableStore::map(const std::string& path, size_t count) {
     return table;
 }
 
+template Result<double*> TableStore::map(const std::string& path, size_t count);
+template Result<uint8_t*> TableStore::map(const std::string& path, size_t count);
+
 template <class T>
 TableStore::Loaded<T> TableStore::load(const std::string& path, size_t count) {
-    if (const auto mapped = map<T>(path, count))
-        return {*mapped, true};
-    return {readTable(path, count, static_cast<T*>(nullptr)), false};
-}
-
-Result<double*> TableStore::mapDoubles(const std::string& path, size_t count) {
-    return map<double>(path, count);
-}
-Result<uint8_t*> TableStore::mapBytes(const std::string& path, size_t count) {
-    return map<uint8_t>(path, count);
+    const Result<T*> mapped = map<T>(path, count);
+    if (!mapped)
+        return {readTable(path, count, static_cast<T*>(nullptr)), false};
+    return {*mapped, true};
 }
 
 TableStore::Loaded<double> TableStore::doubles(const std::string& path, size_t count) {
@@ -48,6 +45,11 @@ TableStore::Loaded<double> TableStore::doubles(const std::string& path, size_t c
 }
 TableStore::Loaded<uint8_t> TableStore::bytes(const std::string& path, size_t count) {
     return load<uint8_t>(path, count);
+}
+
+void TableStore::forgetPages(const void* table) const {
+    if (const auto at = mapped_.find(table); at != mapped_.end())
+        at->second.forgetPages();
 }
 
 template <class T>
@@ -70,11 +72,32 @@ bool usableFile(const std::string& path, size_t bytes) {
     // A pipe or a device has no size to judge by.
     if (!S_ISREG(status.st_mode) || static_cast<size_t>(status.st_size) == bytes)
         return true;
-    std::fprintf(stderr, "ERROR: %s has %zu bytes, not %zu: rebuilding it\n", path.c_str(),
-                 static_cast<size_t>(status.st_size), bytes);
+    setTableAside(path,
+                  "has " + std::to_string(status.st_size) + " bytes, not " + std::to_string(bytes));
+    return false;
+}
+
+template <class T>
+bool usableTable(const std::string& path, size_t count, const EntryLimits& limits) {
+    if (!usableFile(path, count * sizeof(T)))
+        return false;
+    const auto file = MappedFile::open(path, count * sizeof(T));
+    if (!file)
+        return true;
+    const std::string problem =
+        problemOfEntries(file->template as<T>(), limits, 0, [&] { file->forgetPages(); });
+    if (!problem.empty())
+        setTableAside(path, problem);
+    return problem.empty();
+}
+
+template bool usableTable<double>(const std::string&, size_t, const EntryLimits&);
+template bool usableTable<uint8_t>(const std::string&, size_t, const EntryLimits&);
+
+void setTableAside(const std::string& path, const std::string& problem) {
+    std::fprintf(stderr, "ERROR: %s %s: rebuilding it\n", path.c_str(), problem.c_str());
     if (const Status moved = setAsideBadFile(path); !moved)
         std::fprintf(stderr, "WARNING: %s\n", moved.error().c_str());
-    return false;
 }
 
 } // namespace tamarin

@@ -5,6 +5,7 @@
 // beside them; release() knows one from the other.
 #pragma once
 
+#include "abstraction/table_contents.h"
 #include "support/file.h"
 #include "support/result.h"
 
@@ -27,17 +28,19 @@ public:
     Loaded<double> doubles(const std::string& path, size_t count);
     Loaded<uint8_t> bytes(const std::string& path, size_t count);
 
-    // Likewise, but a file that is not there or has another size is an error, and nothing is said.
-    Result<double*> mapDoubles(const std::string& path, size_t count);
-    Result<uint8_t*> mapBytes(const std::string& path, size_t count);
+    // The same, or why not, for whoever has no use for zeros. T is double or uint8_t.
+    template <class T>
+    Result<T*> map(const std::string& path, size_t count);
+
+    // Gives the pages of a table from here back to the system, which reads them again when asked;
+    // any other table is left alone.
+    void forgetPages(const void* table) const;
 
     // Gives up a table from here, or one made with new[]; null is harmless.
     void release(double* table);
     void release(uint8_t* table);
 
 private:
-    template <class T>
-    Result<T*> map(const std::string& path, size_t count);
     template <class T>
     Loaded<T> load(const std::string& path, size_t count);
     template <class T>
@@ -48,6 +51,16 @@ private:
 
 // Whether there is a file at path, and of the right size. One of the wrong size is never used: it
 // is moved to PATH.bad after "ERROR: PATH has N bytes, not M: rebuilding it" on standard error.
+// Where it cannot be moved a line says so, and it stays; the answer is false all the same, so
+// whoever asks must not ask the file system again.
 bool usableFile(const std::string& path, size_t bytes);
+
+// The same, and its entries are looked at: one that holds what no table holds is moved away in the
+// same manner. A file that cannot be read is nothing to judge, and passes. T is double or uint8_t.
+template <class T>
+bool usableTable(const std::string& path, size_t count, const EntryLimits& limits);
+
+// "ERROR: PATH PROBLEM: rebuilding it" on standard error, and the file is moved to PATH.bad.
+void setTableAside(const std::string& path, const std::string& problem);
 
 } // namespace tamarin

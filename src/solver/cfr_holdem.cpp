@@ -50,7 +50,8 @@ void CFR::trainHoldem(unsigned long long iterations) {
     if (equityTables == nullptr && bucketSource == nullptr)
         throw "Deve carregar equity tables para correr cfr no hold'em poker";
     const std::unique_ptr<const tamarin::HoldemBuckets> fromTables =
-        bucketSource ? nullptr : std::make_unique<tamarin::TableBuckets>(*equityTables);
+        bucketSource ? nullptr
+                     : std::make_unique<tamarin::TableBuckets>(*equityTables, game->numPlayers);
     const tamarin::HoldemBuckets& source = bucketSource ? *bucketSource : *fromTables;
     const FlagGuard tables(useHoldemTables, FlagGuard::After::off);
     const FlagGuard abstraction(useCardAbstraction, FlagGuard::After::off);
@@ -94,7 +95,8 @@ void CFR::trainHoldemPlain(unsigned long long iterations) {
     if (equityTables == nullptr && bucketSource == nullptr)
         throw "Deve carregar equity tables para correr cfr no hold'em poker";
     const std::unique_ptr<const tamarin::HoldemBuckets> fromTables =
-        bucketSource ? nullptr : std::make_unique<tamarin::TableBuckets>(*equityTables);
+        bucketSource ? nullptr
+                     : std::make_unique<tamarin::TableBuckets>(*equityTables, game->numPlayers);
     const tamarin::HoldemBuckets& source = bucketSource ? *bucketSource : *fromTables;
     const FlagGuard tables(useHoldemTables, FlagGuard::After::off);
     const FlagGuard abstraction(useCardAbstraction, FlagGuard::After::off);

@@ -6,6 +6,10 @@
 
 namespace tamarin {
 
+TableBuckets::TableBuckets(EquityTables& tables, int players) : tables_(tables) {
+    tables_.requireHoldemTables(players);
+}
+
 uint8_t TableBuckets::bucket(int players, int round, int seat, const uint8_t* cards) const {
     // The tables only read the cards, but have always asked for them like this.
     return static_cast<uint8_t>(

@@ -17,10 +17,14 @@ public:
     virtual uint8_t bucket(int players, int round, int seat, const uint8_t* cards) const = 0;
 };
 
-// The hold'em tables' buckets.
+// The hold'em tables' buckets, every one of them 0..9: training and evaluation take a bucket for a
+// place in their arrays.
 class TableBuckets : public HoldemBuckets {
 public:
-    explicit TableBuckets(EquityTables& tables) : tables_(tables) {}
+    // For games of 2 to so many players. Reads their tables through, and throws std::runtime_error
+    // with one line where one is damaged or could not be read; see
+    // EquityTables::requireHoldemTables.
+    explicit TableBuckets(EquityTables& tables, int players = 3);
     uint8_t bucket(int players, int round, int seat, const uint8_t* cards) const override;
 
 private:

@@ -9,8 +9,7 @@
 
 namespace {
 
-// 50,000 would do for three players; the computation runs for two.
-constexpr unsigned long long trainingIterations = 100'000;
+// The computation runs for two players only.
 constexpr int utilityPlayers = 2;
 
 } // namespace
@@ -19,13 +18,14 @@ void EquityTables::loadUtility() {
     constexpr int players = utilityPlayers;
     for (int round = 0; round < tamarin::holdemRounds; ++round) {
         const size_t size = getRoundSize(round);
-        double** const tables = utilities[players][round];
+        Table<double>* const tables = utilities[players][round];
         bool missing = false;
         for (int seat = 0; seat < players && !missing; ++seat) {
             const std::string path = tamarin::utilityPath(players, round, seat);
-            if (tamarin::usableFile(path, size * sizeof(double))) {
+            if (tamarin::usableTable<double>(path, size, tamarin::utilityEntries)) {
                 std::cout << "Loading table " << path << "!" << std::endl;
-                tables[seat] = store.doubles(path, size).table;
+                const auto loaded = store.doubles(path, size);
+                tables[seat] = {loaded.table, loaded.whole};
                 continue;
             }
             std::cout << "File " << path << " is missing!" << std::endl;
@@ -39,14 +39,18 @@ void EquityTables::loadUtility() {
         const std::string gameName = tamarin::auxiliaryGameName(players, round);
         std::cout << "Loading game " << gameName << "!" << std::endl;
         const tamarin::GamePtr game(loadGame(gameName.c_str()));
+        (void)clusterContents(players, round);
         CFR solver(game.get());
         solver.setEquityTables(this);
-        solver.trainIS(trainingIterations, indexer(round),
+        solver.trainIS(utilityIterations, indexer(round),
                        static_cast<int>(tamarin::lastIndexRound(round)), round);
+        double* filled[utilityPlayers];
         for (int seat = 0; seat < players; ++seat)
-            tables[seat] = new double[size];
-        solver.fillUtility(tables, size, round);
-        for (int seat = 0; seat < players; ++seat)
-            saveDoubleTable(tamarin::utilityPath(players, round, seat).c_str(), tables[seat], size);
+            filled[seat] = new double[size];
+        solver.fillUtility(filled, size, round);
+        for (int seat = 0; seat < players; ++seat) {
+            tables[seat] = {filled[seat], true};
+            saveDoubleTable(tamarin::utilityPath(players, round, seat).c_str(), filled[seat], size);
+        }
     }
 }

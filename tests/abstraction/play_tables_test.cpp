@@ -104,5 +104,22 @@ TEST_F(PlayTables, ThatAreNeededMustBeThere) {
     EXPECT_EQ(errorOf(2), "lookup/holdem_river_2p_1 is missing: make it with 'tamarin tables'");
 }
 
+// Zeros once stood for it, and every hand was played as the weakest.
+TEST_F(PlayTables, ThatAreNeededMustBeReadable) {
+    writeFor(3);
+    for (const std::string& path : {holdemPath(3, 1, 2), equityPath(3, 2)}) {
+        std::filesystem::remove(path);
+        std::filesystem::create_directory(path);
+        SCOPED_TRACE(path);
+        EquityTables three;
+        saidDuring([&] {
+            const std::string refusal = refusalOf([&] { three.loadForPlay(3); });
+            EXPECT_EQ(refusal.find(path), 0U) << refusal;
+        });
+        EquityTables two;
+        saidDuring([&] { EXPECT_EQ(refusalOf([&] { two.loadForPlay(2); }), "not refused"); });
+    }
+}
+
 } // namespace
 } // namespace tamarin::testing
