@@ -51,7 +51,9 @@ Result<bool> clearTheWay(const std::string& path, const Result<TableFileCheck>& 
 } // namespace
 
 Result<TableFileCheck> checkSevenCardFile(const std::string& path) {
-    return checkFile(path, sevenCardBytes, SevenCardTable::ranksSampleHands);
+    return checkFile(path, sevenCardBytes, [](std::span<const int32_t> entries) {
+        return SevenCardTable::staysInside(entries) && SevenCardTable::ranksSampleHands(entries);
+    });
 }
 
 Result<TableFileCheck> compareSevenCardFile(const std::string& path, const SevenCardTable& right) {

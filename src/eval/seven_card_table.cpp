@@ -3,6 +3,7 @@
 #include "eval/hand_value.h"
 #include "support/file.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -48,7 +49,7 @@ Result<SevenCardTable> SevenCardTable::open(const std::string& path) {
     if (!file)
         return Error{file.error() + "; \"tamarin tables --only tpt\" makes the seven-card table"};
     const std::span<const int32_t> entries = file->as<int32_t>();
-    if (!ranksSampleHands(entries))
+    if (!staysInside(entries) || !ranksSampleHands(entries))
         return Error{path + " does not rank hands as the rules do; remove it, and \"tamarin tables "
                             "--only tpt\" makes it anew"};
     auto storage = std::make_unique<Storage>();
@@ -72,8 +73,16 @@ SevenCardTable SevenCardTable::openOrGenerate(const std::string& path) {
     return generate();
 }
 
-// Every step is checked against the table's
-// bounds, so that a file of any contents can be asked.
+// A state's row reaches 52 entries beyond it. Negative entries are large as unsigned ones.
+bool SevenCardTable::staysInside(std::span<const int32_t> entries) {
+    uint32_t greatest = 0;
+    for (const int32_t entry : entries)
+        greatest = std::max(greatest, static_cast<uint32_t>(entry));
+    return entries.size() >= sevenCardRowEntries &&
+           greatest <= entries.size() - sevenCardRowEntries;
+}
+
+// Every step is checked against the table's bounds, so that a file of any contents can be asked.
 bool SevenCardTable::ranksSampleHands(std::span<const int32_t> entries) {
     uint32_t draw = 12345; // a small linear congruential generator: always the same samples
     for (int sample = 0; sample < 64; ++sample) {

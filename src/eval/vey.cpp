@@ -1,12 +1,14 @@
 #include "eval/vey.h"
 
 #include "eval/sampling.h"
-#include "eval/seven_card_generator.h"
+#include "eval/seven_card_table.h"
 #include "game/text.h"
+#include "support/file.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -30,25 +32,18 @@ const std::string handNames[9] = {"High card",       "One pair",       "Two pair
                                   "Three of a kind", "Straight",       "Flush",
                                   "Full house",      "Four of a kind", "Straight flush"};
 
-// size elements from the file and zeros after them. One element more is allocated and stays zero:
-// the self-tests' number 52 steps one entry beyond the row of a state, which may be the table's
-// last.
+// The file's size elements. One that cannot be read or is of another size is not used: the table is
+// all zeros, and one line on standard error says so, as the loaders of support/util.h do. One
+// element more is allocated and stays zero: the self-tests' number 52 steps one entry beyond the
+// row of a state, which may be the table's last.
 template <class T>
 T* loadTable(const char* path, size_t size) {
-    T* table = new T[size + 1]();
-    FILE* file = std::fopen(path, "rb");
-    if (file == nullptr) {
-        std::fprintf(stderr, "ERROR: could not open %s: its table is all zeros\n", path);
-        return table;
-    }
-    const size_t held = std::fread(table, sizeof(T), size, file);
-    if (held != size)
-        std::fprintf(stderr, "ERROR: %s holds %zu elements, not %zu: the others are zeros\n", path,
-                     held, size);
-    else if (std::fgetc(file) != EOF)
-        std::fprintf(stderr, "ERROR: %s holds more than %zu elements: it is another table\n", path,
-                     size);
-    std::fclose(file);
+    T* const table = new T[size + 1]();
+    const auto file = tamarin::MappedFile::open(path, size * sizeof(T));
+    if (file)
+        std::copy_n(file->template as<T>().data(), size, table);
+    else
+        std::fprintf(stderr, "WARNING: %s: the table is all zeros\n", file.error().c_str());
     return table;
 }
 
@@ -57,6 +52,22 @@ int* loadIntTable(const char* path, size_t size) {
 }
 double* loadDoubleTable(const char* path, size_t size) {
     return loadTable<double>(path, size);
+}
+
+// The table that hands are ranked through: no hand may lead outside of it.
+int* loadRankTable(const char* path) {
+    int* const table = loadIntTable(path, tamarin::sevenCardEntries);
+    const std::span<int> entries(table, tamarin::sevenCardEntries);
+    if (!tamarin::SevenCardTable::staysInside(entries)) {
+        std::fprintf(stderr, "WARNING: %s leads outside of itself: the table is all zeros\n", path);
+        std::fill(entries.begin(), entries.end(), 0);
+    }
+    return table;
+}
+
+// A damaged table may name a value that there is not.
+int conversionOf(uint32_t value) {
+    return value < conversionEntries ? twoPlusTwoConversion[value] : 0;
 }
 
 template <int cardCount>
@@ -68,8 +79,9 @@ int walk(const unsigned char* cards) {
 }
 
 // Each of the first count positions changes places with one drawn from the whole deck: a partial
-// shuffle that is deliberately not uniform, like the shared one but from vey_rng.
-void shuffleDeck(unsigned char* deck, int count, int size) {
+// shuffle that is deliberately not uniform, like the shared one (support/rng.h) but from vey_rng.
+// In this file it hides that one.
+void shuffle(unsigned char* deck, int count, int size) {
     for (int i = 0; i < count; ++i) {
         const uint32_t j = genrand_int32(vey_rng) % static_cast<uint32_t>(size);
         std::swap(deck[i], deck[j]);
@@ -78,7 +90,7 @@ void shuffleDeck(unsigned char* deck, int count, int size) {
 
 template <int knownCards>
 double evaluate(const unsigned char* cards, unsigned int players) {
-    return tamarin::sampleWinRate<knownCards>(cards, players, deals, shuffleDeck,
+    return tamarin::sampleWinRate<knownCards>(cards, players, deals, shuffle,
                                               [](unsigned char* hand) { return rankHand7(hand); });
 }
 
@@ -126,7 +138,7 @@ void testRankHand(uint32_t (*rank)(unsigned char*)) {
 } // namespace
 
 void loadLookupTables() {
-    twoPlusTwoTable = loadIntTable("lookup/tpt", tamarin::sevenCardEntries);
+    twoPlusTwoTable = loadRankTable("lookup/tpt");
     twoPlusTwoConversion = loadIntTable("lookup/tpt.indexes", conversionEntries);
     veyIndexes = loadIntTable("lookup/vey.indexes", startingHandEntries);
     veyPreFlop = loadDoubleTable("lookup/vey.preflop", startingHandEntries);
@@ -156,13 +168,13 @@ uint32_t rankHand7(unsigned char* cards) {
 }
 
 int rankHand5C(unsigned char* cards) {
-    return twoPlusTwoConversion[rankHand5(cards)];
+    return conversionOf(rankHand5(cards));
 }
 int rankHand6C(unsigned char* cards) {
-    return twoPlusTwoConversion[rankHand6(cards)];
+    return conversionOf(rankHand6(cards));
 }
 int rankHand7C(unsigned char* cards) {
-    return twoPlusTwoConversion[rankHand7(cards)];
+    return conversionOf(rankHand7(cards));
 }
 
 void testRankHand5() {

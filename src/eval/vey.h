@@ -12,9 +12,9 @@
 
 #include <cstdint>
 
-// Reads the module's seven tables from lookup/. A file that cannot be opened gives zeros, a short
-// one zeros at its end, each with one line on standard error; ranking by such a table means
-// nothing. The five vey.* tables are read by nobody.
+// Reads the module's seven tables from lookup/. A file that cannot be read, is of another size or
+// (lookup/tpt) leads outside of itself gives a table of zeros, with one line on standard error;
+// ranking by such a table means nothing. The five vey.* tables are read by nobody.
 void loadLookupTables();
 // Releases them; once, and nothing may be ranked afterwards.
 void freeLookupTables();
@@ -23,7 +23,8 @@ uint32_t rankHand5(unsigned char* cards);
 uint32_t rankHand6(unsigned char* cards);
 uint32_t rankHand7(unsigned char* cards);
 
-// The substitute rank that lookup/tpt.indexes holds for the value: 1..7462 as generated here.
+// The substitute rank that lookup/tpt.indexes holds for the value: 1..7462 as generated here, 0 for
+// what is no value.
 int rankHand5C(unsigned char* cards);
 int rankHand6C(unsigned char* cards);
 int rankHand7C(unsigned char* cards);

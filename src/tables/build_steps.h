@@ -18,6 +18,10 @@ Status buildClusters(const BuildOptions& options, const Work& work, const Files&
 Status buildUtilities(const BuildOptions& options, const Work& work, const Files& files);
 Status buildHoldem(const BuildOptions& options, const Work& work, const Files& files);
 
+// What a look into a table of the right size finds, as abstraction/table_contents.h says it; empty
+// when nothing is wrong, or when the file cannot be read.
+std::string damageOf(const TableFile& file, const std::string& path, int threads);
+
 // The least memory that buildEquities can do with.
 uint64_t leastEquityMemory();
 

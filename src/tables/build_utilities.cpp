@@ -68,7 +68,8 @@ Result<std::unique_ptr<RoundGame>> openRound(const BuildOptions& options, const 
                                      hands * sizeof(double));
     if (!equities)
         return Error{equities.error()};
-    // A damaged byte must not reach beyond the buckets.
+    // The file has been looked into, but what is trained on is this copy: a byte that changed since
+    // must not reach beyond the buckets.
     if (*std::max_element(clusters->data(), clusters->data() + hands) >= AuxiliaryGame::numBuckets)
         return Error{clusterPath(2, round) + " holds clusters above 100: delete it"};
 

@@ -13,6 +13,7 @@
 #include "tables/build_steps.h"
 
 #include <algorithm>
+#include <set>
 
 namespace tamarin {
 
@@ -89,9 +90,57 @@ Status checkPlaces(const TablePlan& plan) {
     return {};
 }
 
-TablePlan planOf(const BuildOptions& options) {
-    return options.forPlayers != 0 ? planTablesForPlay(options.directory, options.forPlayers)
-                                   : planTables(options.directory, options.groups, options.force);
+TablePlan planOf(const BuildOptions& options, const DamagedTables& damaged) {
+    return options.forPlayers != 0
+               ? planTablesForPlay(options.directory, options.forPlayers, damaged)
+               : planTables(options.directory, options.groups, options.force, damaged);
+}
+
+// Looks into files that are there, and counts those that are damaged among those to be made, with
+// what they are made from. good: files that need no other look; more are added.
+Result<TablePlan> planWithALook(const BuildOptions& options, const Work& work,
+                                std::set<const TableFile*>& good) {
+    const auto asked = [&](const TableFile& file) {
+        const auto& groups = options.groups;
+        const bool wanted = options.forPlayers != 0
+                                ? playReads(file, options.forPlayers)
+                                : groups.empty() || std::find(groups.begin(), groups.end(),
+                                                              file.group) != groups.end();
+        return wanted && std::find(options.lookInto.begin(), options.lookInto.end(), file.group) !=
+                             options.lookInto.end();
+    };
+    DamagedTables damaged;
+    for (;;) {
+        TablePlan plan = planOf(options, damaged);
+        // A damaged one brings its own sources into the plan.
+        std::vector<const TableFile*> unknown;
+        for (const PlannedTable& table : plan.tables) {
+            const auto isSource = [&](const PlannedTable& made) {
+                return made.make && isMadeFrom(*made.file, *table.file);
+            };
+            if (table.state == TableState::good && !table.make && !good.contains(table.file) &&
+                (asked(*table.file) ||
+                 std::any_of(plan.tables.begin(), plan.tables.end(), isSource)))
+                unknown.push_back(table.file);
+        }
+        if (unknown.empty())
+            return plan;
+        for (size_t i = 0; i < unknown.size(); ++i) {
+            if (work.shouldStop())
+                return stopped();
+            if (options.progress)
+                options.progress("Looking into tables", i, unknown.size());
+            const TableFile& file = *unknown[i];
+            std::string problem =
+                damageOf(file, inDirectory(options.directory, file.path), work.threads);
+            if (problem.empty())
+                good.insert(&file);
+            else
+                damaged[&file] = std::move(problem);
+        }
+        if (options.progress)
+            options.progress("Looking into tables", unknown.size(), unknown.size());
+    }
 }
 
 BuildReport reportOf(const TablePlan& plan) {
@@ -108,22 +157,28 @@ std::string tableLockPath(const std::string& lookup) {
 }
 
 Result<BuildReport> buildTables(const BuildOptions& options) {
-    TablePlan plan = planOf(options);
-    if (Status usable = checkPlaces(plan); !usable)
+    Work work;
+    work.threads = options.threads;
+    work.stop = options.stop;
+    std::set<const TableFile*> good;
+    auto looked = planWithALook(options, work, good);
+    if (!looked)
+        return Error{looked.error()};
+    if (Status usable = checkPlaces(*looked); !usable)
         return Error{usable.error()};
-    if (plan.nothingToDo())
-        return reportOf(plan);
-    if (Status enough = checkMemory(options, plan); !enough)
+    if (looked->nothingToDo())
+        return reportOf(*looked);
+    if (Status enough = checkMemory(options, *looked); !enough)
         return Error{enough.error()};
     const auto lock = lockTables(options);
     if (!lock)
         return Error{lock.error()};
     // Another builder may have done it all meanwhile.
-    plan = planOf(options);
+    looked = planWithALook(options, work, good);
+    if (!looked)
+        return Error{looked.error()};
+    const TablePlan& plan = *looked;
 
-    Work work;
-    work.threads = options.threads;
-    work.stop = options.stop;
     BuildReport report = reportOf(plan);
     for (int g = 0; g < tableGroups; ++g) {
         const auto group = static_cast<TableGroup>(g);
@@ -132,8 +187,9 @@ Result<BuildReport> buildTables(const BuildOptions& options) {
             if (table.make && table.file->group == group) {
                 files.push_back(table.file);
                 // The seven-card table's builder sets its own bad files aside.
-                if (table.state == TableState::wrongSize && group != TableGroup::sevenCards)
-                    usableFile(inDirectory(options.directory, table.file->path), table.file->bytes);
+                const std::string path = inDirectory(options.directory, table.file->path);
+                if (group != TableGroup::sevenCards && !table.problem.empty())
+                    setTableAside(path, table.problem.substr(path.size() + 1));
             }
         if (files.empty())
             continue;

@@ -5,7 +5,8 @@
 // stopped, in whatever way, goes on with the file it was at and ends in the same bytes: they depend
 // on the seed (of the utilities, which are sampled) and on nothing else, not even on the number of
 // threads. Builders in one directory wait for each other. A file of the wrong size is moved to
-// NAME.bad and made again.
+// NAME.bad and made again. So is a damaged one (abstraction/table_contents.h), where it is looked
+// into: whatever something is about to be made from always is, other files when asked for.
 //
 // The auxiliary games are read from the directory where they lie there, else they are the built-in
 // ones. A file that may not be read, or something else in a file's place, stops the work before it
@@ -28,9 +29,10 @@ struct BuildOptions {
     std::vector<TableGroup> groups; // wanted; all when empty
     int forPlayers = 0;             // 2 or 3: what play with so many reads, instead of groups
     bool force = false;             // make the wanted ones even when they are there; of groups only
-    int threads = 0;                // 0: all cores
-    uint64_t seed = 1;              // of the utilities
-    uint64_t memory = 0;            // bytes that may be taken; 0: as much as is useful
+    std::vector<TableGroup> lookInto; // those of the wanted whose every entry is looked at
+    int threads = 0;                  // 0: all cores
+    uint64_t seed = 1;                // of the utilities
+    uint64_t memory = 0;              // bytes that may be taken; 0: as much as is useful
     uint64_t trainingIterations = 100'000;
 
     // Told what is going on, on the calling thread; none need be given.

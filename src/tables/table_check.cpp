@@ -4,12 +4,14 @@
 #include "abstraction/quantise.h"
 #include "abstraction/river_sweep.h"
 #include "abstraction/round_indexers.h"
+#include "abstraction/table_contents.h"
 #include "abstraction/table_names.h"
 #include "abstraction/work.h"
 #include "eval/seven_card_files.h"
 #include "eval/seven_card_table.h"
 #include "support/file.h"
 #include "support/parallel_errors.h"
+#include "tables/build_steps.h"
 
 #include <algorithm>
 #include <array>
@@ -26,13 +28,7 @@ namespace {
 // Means of up to 47 equities are compared with one division of exact counts.
 constexpr double tolerance = 1e-12;
 // Nobody can win or lose more than the ante and one raise.
-constexpr double mostUtility = 2;
-
-template <class T>
-bool allWithin(std::span<const T> entries, T least, T most) {
-    return std::all_of(entries.begin(), entries.end(),
-                       [&](T entry) { return entry >= least && entry <= most; });
-}
+constexpr EntryLimits fairUtilities{"utility", -2, 2, "-2..2"};
 
 class Checker {
 public:
@@ -48,9 +44,8 @@ public:
             return clusters(file);
         case TableGroup::utilities: {
             const auto entries = doubles(file.path, file.bytes);
-            return !entries.empty() && allWithin(entries, -mostUtility, mostUtility)
-                       ? ""
-                       : "holds a utility beyond what a hand can win or lose";
+            return entries.empty() ? "cannot be read"
+                                   : problemOfEntries(entries, fairUtilities, options_.threads);
         }
         case TableGroup::holdem:
             return holdem(file);
@@ -73,6 +68,10 @@ private:
     std::span<const double> doubles(const std::string& path, uint64_t size) {
         const auto all = bytes(path, size);
         return {reinterpret_cast<const double*>(all.data()), all.size() / sizeof(double)};
+    }
+    std::span<const uint8_t> classes(const TableFile& file) {
+        const auto all = bytes(file.path, file.bytes);
+        return {reinterpret_cast<const uint8_t*>(all.data()), all.size()};
     }
     std::span<const double> equitiesOf(int players, int round) {
         return doubles(equityPath(players, round),
@@ -108,8 +107,9 @@ private:
         const auto entries = equitiesOf(file.players, file.round);
         if (entries.empty())
             return "cannot be read";
-        if (!allWithin(entries, 0.0, 1.0))
-            return "holds an equity outside 0..1";
+        if (std::string damage = problemOfEntries(entries, equityEntries, options_.threads);
+            !damage.empty())
+            return damage;
         if (file.round == 0)
             return preflop(file, entries);
         const RoundIndexer indexer(file.round);
@@ -192,11 +192,12 @@ private:
     }
 
     std::string clusters(const TableFile& file) {
-        const auto entries = bytes(file.path, file.bytes);
+        const auto entries = classes(file);
         if (entries.empty())
             return "cannot be read";
-        if (!allWithin(entries, std::byte{0}, std::byte{clusterClasses}))
-            return "holds a cluster above 100";
+        if (std::string damage = problemOfEntries(entries, clusterEntries, options_.threads);
+            !damage.empty())
+            return damage;
         const auto equity = equitiesOf(file.players, file.round);
         if (equity.empty())
             return "";
@@ -206,11 +207,12 @@ private:
     }
 
     std::string holdem(const TableFile& file) {
-        const auto entries = bytes(file.path, file.bytes);
+        const auto entries = classes(file);
         if (entries.empty())
             return "cannot be read";
-        if (!allWithin(entries, std::byte{0}, std::byte{holdemBuckets - 1}))
-            return "holds a bucket above 9";
+        if (std::string damage = problemOfEntries(entries, bucketEntries, options_.threads);
+            !damage.empty())
+            return damage;
         const auto equity = equitiesOf(file.players, file.round);
         const std::string utilityFile = utilityPath(2, file.round, utilitySeatOf(file.seat));
         const auto utility = doubles(utilityFile, file.bytes * sizeof(double));
@@ -226,7 +228,7 @@ private:
 
     // What is wrong with a byte table whose entries are cheap to make again: all of them are.
     template <class Remake>
-    std::string firstWrong(std::span<const std::byte> entries, const Remake& remake) const {
+    std::string firstWrong(std::span<const uint8_t> entries, const Remake& remake) const {
         constexpr size_t block = size_t{1} << 16U;
         size_t wrong = entries.size();
         Work work;
@@ -236,7 +238,7 @@ private:
         for (size_t begin = 0; begin < entries.size(); begin += block)
             errors.run([&] {
                 for (size_t i = begin; i < std::min(begin + block, entries.size()); ++i)
-                    if (std::to_integer<int>(entries[i]) != int{remake(i)})
+                    if (int{entries[i]} != int{remake(i)})
                         wrong = std::min(wrong, i);
             });
         errors.rethrow();
@@ -251,6 +253,31 @@ private:
 };
 
 } // namespace
+
+std::string damageOf(const TableFile& file, const std::string& path, int threads) {
+    if (file.group == TableGroup::sevenCards) {
+        const auto check =
+            file.path == sevenCardTablePath ? checkSevenCardFile(path) : checkDenseRankFile(path);
+        return check && check->state == TableFileState::bad ? check->problem.substr(path.size() + 1)
+                                                            : "";
+    }
+    const auto mapped = MappedFile::open(path, file.bytes);
+    if (!mapped)
+        return "";
+    const auto look = [&](const auto entries, const EntryLimits& limits) {
+        return problemOfEntries(entries, limits, threads, [&] { mapped->forgetPages(); });
+    };
+    switch (file.group) {
+    case TableGroup::equities:
+        return look(mapped->as<double>(), equityEntries);
+    case TableGroup::utilities:
+        return look(mapped->as<double>(), utilityEntries);
+    case TableGroup::clusters:
+        return look(mapped->as<uint8_t>(), clusterEntries);
+    default:
+        return look(mapped->as<uint8_t>(), bucketEntries);
+    }
+}
 
 std::vector<CheckedTable> checkTables(const CheckOptions& options) {
     std::vector<CheckedTable> checked;

@@ -99,8 +99,21 @@ PlannedTable lookAt(const std::string& directory, const TableFile& file) {
     return table;
 }
 
-// Whether made is made from source.
-bool needs(const TableFile& made, const TableFile& source) {
+} // namespace
+
+const char* nameOf(TableGroup group) {
+    return factsOf(group).name;
+}
+const char* describe(TableGroup group) {
+    return factsOf(group).what;
+}
+
+const std::vector<TableFile>& allTables() {
+    static const std::vector<TableFile> list = makeList();
+    return list;
+}
+
+bool isMadeFrom(const TableFile& made, const TableFile& source) {
     const bool sameRound = made.round == source.round && made.players == source.players;
     switch (made.group) {
     case TableGroup::sevenCards:
@@ -120,29 +133,21 @@ bool needs(const TableFile& made, const TableFile& source) {
     return false;
 }
 
-} // namespace
-
-const char* nameOf(TableGroup group) {
-    return factsOf(group).name;
-}
-const char* describe(TableGroup group) {
-    return factsOf(group).what;
-}
-
-const std::vector<TableFile>& allTables() {
-    static const std::vector<TableFile> list = makeList();
-    return list;
-}
-
 namespace {
 
 TablePlan planWanted(const std::string& directory,
-                     const std::function<bool(const TableFile&)>& isWanted, bool force) {
+                     const std::function<bool(const TableFile&)>& isWanted, bool force,
+                     const DamagedTables& damaged) {
     const std::vector<TableFile>& files = allTables();
     std::vector<PlannedTable> tables;
     std::vector<bool> wanted;
     for (const TableFile& file : files) {
         PlannedTable table = lookAt(directory, file);
+        if (const auto known = damaged.find(&file);
+            known != damaged.end() && table.state == TableState::good) {
+            table.state = TableState::damaged;
+            table.problem = inDirectory(directory, file.path) + ' ' + known->second;
+        }
         wanted.push_back(isWanted(file));
         table.make = wanted.back() && (force || table.state != TableState::good);
         tables.push_back(table);
@@ -150,7 +155,7 @@ TablePlan planWanted(const std::string& directory,
     // Backwards, so that a need is known before the file it falls on is looked at.
     for (size_t made = files.size(); made-- > 0;)
         for (size_t source = 0; tables[made].make && source < made; ++source)
-            if (needs(files[made], files[source])) {
+            if (isMadeFrom(files[made], files[source])) {
                 wanted[source] = true;
                 tables[source].make =
                     tables[source].make || tables[source].state != TableState::good;
@@ -176,12 +181,12 @@ TablePlan planWanted(const std::string& directory,
 } // namespace
 
 TablePlan planTables(const std::string& directory, const std::vector<TableGroup>& groups,
-                     bool force) {
+                     bool force, const DamagedTables& damaged) {
     const auto isWanted = [&](const TableFile& file) {
         return groups.empty() ||
                std::find(groups.begin(), groups.end(), file.group) != groups.end();
     };
-    return planWanted(directory, isWanted, force);
+    return planWanted(directory, isWanted, force, damaged);
 }
 
 bool playReads(const TableFile& file, int players) {
@@ -189,9 +194,10 @@ bool playReads(const TableFile& file, int players) {
            file.players <= players;
 }
 
-TablePlan planTablesForPlay(const std::string& directory, int players) {
-    return planWanted(
-        directory, [players](const TableFile& file) { return playReads(file, players); }, false);
+TablePlan planTablesForPlay(const std::string& directory, int players,
+                            const DamagedTables& damaged) {
+    const auto isWanted = [players](const TableFile& file) { return playReads(file, players); };
+    return planWanted(directory, isWanted, false, damaged);
 }
 
 uint64_t diskOf(const TablePlan& plan, TableGroup group) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -29,16 +30,19 @@ struct TableFile {
 const std::vector<TableFile>& allTables();
 
 // A file as it lies in a playing directory.
+// damaged: of the right size, but somebody who looked into it found what no table holds.
 // unusable: no file, or one that may not be read. Nothing is made in its place: that is a person's
 // to clear.
-enum class TableState : uint8_t { good, missing, wrongSize, unusable };
+enum class TableState : uint8_t { good, missing, wrongSize, unusable, damaged };
 struct PlannedTable {
     const TableFile* file;
     TableState state;
     uint64_t bytesThere = 0; // of a file of the wrong size
     bool make = false;
-    std::string problem; // of a file of the wrong size or an unusable one, path included
+    std::string problem; // of a wrong size, unusable or damaged, path included
 };
+// What is wrong with tables of the right size: "holds bucket 255 at hand 0 (byte 0), not 0..9".
+using DamagedTables = std::map<const TableFile*, std::string>;
 
 struct TablePlan {
     std::vector<PlannedTable> tables; // those asked for and those they need, in order
@@ -49,15 +53,20 @@ struct TablePlan {
 };
 
 // What would be made. groups: those wanted, all when empty; a file that a missing one is made from
-// is made, too. force: make the wanted ones again. Looks at sizes only and changes nothing.
+// is made, too. force: make the wanted ones again. Looks at sizes only and changes nothing; what is
+// known to be damaged counts as a file of the wrong size does.
 TablePlan planTables(const std::string& directory, const std::vector<TableGroup>& groups,
-                     bool force);
+                     bool force, const DamagedTables& damaged = {});
+
+// Whether made is made from source.
+bool isMadeFrom(const TableFile& made, const TableFile& source);
 
 // Whether play of a game for so many players (2 or 3) reads the file: the buckets that its strategy
 // is keyed by, and the equities for where the strategy has no answer.
 bool playReads(const TableFile& file, int players);
 // What would be made so that such a game can be played; whatever else is missing stays so.
-TablePlan planTablesForPlay(const std::string& directory, int players);
+TablePlan planTablesForPlay(const std::string& directory, int players,
+                            const DamagedTables& damaged = {});
 
 // The same for one group of a plan.
 uint64_t diskOf(const TablePlan& plan, TableGroup group);

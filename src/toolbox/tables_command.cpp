@@ -38,7 +38,7 @@ struct Options {
     bool quiet = false;
 };
 
-constexpr const char* states[] = {"good", "missing", "wrong size", "unusable"};
+constexpr const char* states[] = {"good", "missing", "wrong size", "unusable", "damaged"};
 
 std::string groupNames() {
     std::string names;

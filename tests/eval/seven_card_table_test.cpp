@@ -1,6 +1,7 @@
 #include "eval/seven_card_table.h"
 
 #include "eval/scratch_directory.h"
+#include "eval/seven_card_files.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -68,6 +69,28 @@ TEST(SevenCardTable, RefusesZerosOfTheRightSize) {
     const ScratchDirectory directory;
     EXPECT_NE(refusal(fileOfSize(directory, sevenCardBytes)).find("does not rank hands"),
               std::string::npos);
+}
+
+// A few dozen hands do not come by it; those that did were once led outside the table.
+TEST(SevenCardTable, RefusesAnEntryThatLeadsOutside) {
+    const ScratchDirectory directory;
+    ASSERT_TRUE(SevenCardTable::generate().save(directory.at("tpt")).ok());
+    const auto write = [&](int32_t entry) {
+        std::fstream file(directory.at("tpt"), std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(100'000'000);
+        file.write(reinterpret_cast<const char*>(&entry), sizeof entry);
+    };
+    write(static_cast<int32_t>(sevenCardEntries - 53)); // wrong, but harmless
+    EXPECT_EQ(refusal(directory.at("tpt")), "was opened");
+    for (const int32_t outside :
+         {static_cast<int32_t>(sevenCardEntries - 52), INT32_MAX, -1, INT32_MIN}) {
+        write(outside);
+        EXPECT_NE(refusal(directory.at("tpt")).find("does not rank hands"), std::string::npos)
+            << outside;
+        const auto check = checkSevenCardFile(directory.at("tpt"));
+        ASSERT_TRUE(check.ok());
+        EXPECT_EQ(check->state, TableFileState::bad) << outside;
+    }
 }
 
 TEST(SevenCardTable, RefusesADirectory) {
