@@ -14,7 +14,7 @@ constexpr size_t partBytes = size_t{1} << 26;
 
 std::string textOf(double entry) {
     std::array<char, 32> text;
-    std::snprintf(text.data(), text.size(), "%g", entry);
+    std::snprintf(text.data(), text.size(), "%.17g", entry);
     return text.data();
 }
 

@@ -1,6 +1,7 @@
 #include "abstraction/EquityTables.h"
 #include "abstraction/sparse_tables.h"
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -40,20 +41,74 @@ TEST_F(Clusters, OfNothingButEqualEquitiesAreAllZero) {
         EXPECT_EQ(clusters[i], 0);
 }
 
-TEST_F(Clusters, AllEightComeFromTheirFiles) {
+void writeSmallClusters() {
     for (int players = 2; players <= 3; ++players)
         for (int round = 0; round < holdemRounds; ++round)
-            writeSparse<uint8_t>(clusterPath(players, round),
-                                 roundSizes[static_cast<size_t>(round)], {7, 9, 7});
-    EquityTables tables;
-    ::testing::internal::CaptureStdout();
-    tables.loadCluster();
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(),
-              "pre-flop size: 169\nflop size: 1286792\nturn size: 13960050\n"
-              "river size: 123156254\nloading clusters...\nCluster tables loaded from file!\n");
-    EXPECT_EQ(tables.getCluster(static_cast<unsigned char>(1), 3, 2), 9);
-    EXPECT_EQ(tables.findClusterIndex(9, 2, 3), 1U);
-    EXPECT_EQ(tables.findClusterIndex(0, 2, 3), 3U);
+            writeWhole(clusterPath(players, round), smallBytes(players, round, 0, 100));
+}
+
+TEST_F(Clusters, EachTableComesFromItsOwnFile) {
+    writeSmallClusters();
+    SmallTables tables;
+    const Said said = saidDuring([&] { tables.loadCluster(); });
+    EXPECT_EQ(said.errors, "");
+    EXPECT_EQ(said.output, "pre-flop size: 169\nflop size: 1009\nturn size: 1006\n"
+                           "river size: 1003\nloading clusters...\n"
+                           "Cluster tables loaded from file!\n");
+    for (int players = 2; players <= 3; ++players)
+        for (int round = 0; round < holdemRounds; ++round) {
+            const std::vector<uint8_t> right = smallBytes(players, round, 0, 100);
+            EXPECT_EQ(copyOf(tables.getClusterTable(players, round), right.size()), right);
+            EXPECT_EQ(tables.getCluster(static_cast<unsigned char>(8), players, round), right[8]);
+            const auto first = static_cast<size_t>(
+                std::find(right.begin(), right.end(), right[160]) - right.begin());
+            EXPECT_EQ(tables.findClusterIndex(right[160], players, round), first);
+        }
+}
+
+// From the equities of the same players and round.
+void expectMadeClusters(SmallTables& tables) {
+    for (int players = 2; players <= 3; ++players)
+        for (int round = 0; round < holdemRounds; ++round) {
+            const std::vector<double> equities = smallEquities(players, round);
+            const auto [least, greatest] = std::ranges::minmax(equities);
+            std::vector<uint8_t> right;
+            for (const double equity : equities)
+                right.push_back(
+                    static_cast<uint8_t>(std::round((equity - least) / (greatest - least) * 100)));
+            EXPECT_EQ(copyOf(tables.getClusterTable(players, round), right.size()), right)
+                << players << ' ' << round;
+            EXPECT_EQ(readWhole<uint8_t>(clusterPath(players, round)), right);
+        }
+}
+
+TEST_F(Clusters, OneMissingFileMakesAllEightAnew) {
+    writeSmallEquities();
+    writeSmallClusters();
+    std::filesystem::remove(clusterPath(3, 1));
+    SmallTables tables;
+    EXPECT_EQ(saidDuring([&] { tables.loadCluster(); }).output,
+              "pre-flop size: 169\nflop size: 1009\nturn size: 1006\nriver size: 1003\n"
+              "loading clusters...\n"
+              "generating pre-flop clusters 2p\ngenerating pre-flop clusters 3p\n"
+              "generating flop clusters 2p\ngenerating flop clusters 3p\n"
+              "generating turn clusters 2p\ngenerating turn clusters 3p\n"
+              "generating river clusters 2p\ngenerating river clusters 3p\n");
+    expectMadeClusters(tables);
+}
+
+TEST_F(Clusters, OneDamagedFileMakesAllEightAnew) {
+    writeSmallEquities();
+    writeSmallClusters();
+    std::vector<uint8_t> damaged = smallBytes(2, 3, 0, 100);
+    damaged[1002] = 101;
+    writeWhole(clusterPath(2, 3), damaged);
+    SmallTables tables;
+    EXPECT_EQ(saidDuring([&] { tables.loadCluster(); }).errors,
+              "ERROR: lookup/river_2p_c holds cluster 101 at hand 1002 (byte 1002), not 0..100: "
+              "rebuilding it\n");
+    expectMadeClusters(tables);
+    EXPECT_EQ(readWhole<uint8_t>(clusterPath(2, 3) + ".bad"), damaged);
 }
 
 TEST_F(Clusters, OfAHandIsThatOfItsIndex) {

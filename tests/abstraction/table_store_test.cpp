@@ -44,5 +44,53 @@ TEST_F(TableFiles, UsableMeansThereAndOfItsSize) {
     EXPECT_TRUE(std::filesystem::exists("lookup/t.bad"));
 }
 
+TEST_F(TableFiles, MapSaysWhyNot) {
+    writeSparse<double>("lookup/t", 10, {1.5, 2.5});
+    TableStore store;
+    const auto mapped = store.map<double>("lookup/t", 10);
+    ASSERT_TRUE(mapped.ok());
+    store.forgetPages(*mapped);
+    EXPECT_EQ((*mapped)[1], 2.5);
+    const double other = 0;
+    store.forgetPages(&other); // not from here
+    store.release(*mapped);
+    const auto none = store.map<uint8_t>("lookup/none", 10);
+    ASSERT_FALSE(none.ok());
+    EXPECT_EQ(none.error().find("lookup/none"), 0U) << none.error();
+    EXPECT_FALSE(store.map<double>("lookup/t", 11).ok());
+}
+
+TEST_F(TableFiles, UsableTablesHaveBeenLookedInto) {
+    EXPECT_FALSE(usableTable<uint8_t>("lookup/t", 4, bucketEntries));
+    writeSparse<uint8_t>("lookup/t", 4, {1, 2});
+    EXPECT_TRUE(usableTable<uint8_t>("lookup/t", 4, bucketEntries));
+    writeSparse<uint8_t>("lookup/t", 4, {1, 20});
+    ::testing::internal::CaptureStderr();
+    EXPECT_FALSE(usableTable<uint8_t>("lookup/t", 4, bucketEntries));
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "ERROR: lookup/t holds bucket 20 at hand 1 (byte 1), not 0..9: rebuilding it\n");
+    EXPECT_FALSE(std::filesystem::exists("lookup/t"));
+    EXPECT_EQ(std::filesystem::file_size("lookup/t.bad"), 4U);
+    writeSparse<double>("lookup/t", 4, {0, 0.5, 2});
+    ::testing::internal::CaptureStderr();
+    EXPECT_FALSE(usableTable<double>("lookup/t", 4, equityEntries));
+    EXPECT_FALSE(usableTable<double>("lookup/t", 4, equityEntries)); // moved away
+    ::testing::internal::GetCapturedStderr();
+}
+
+TEST_F(TableFiles, WhereItCannotBeMovedABadFileStaysAndIsNotUsable) {
+    writeSparse<double>("lookup/t", 10);
+    std::filesystem::create_directories("lookup/t.bad/full");
+    for (int twice = 0; twice < 2; ++twice) {
+        ::testing::internal::CaptureStderr();
+        EXPECT_FALSE(usableFile("lookup/t", 88));
+        const std::string said = ::testing::internal::GetCapturedStderr();
+        EXPECT_EQ(
+            said.find("ERROR: lookup/t has 80 bytes, not 88: rebuilding it\nWARNING: lookup/t"), 0U)
+            << said;
+    }
+    EXPECT_TRUE(std::filesystem::exists("lookup/t"));
+}
+
 } // namespace
 } // namespace tamarin::testing
