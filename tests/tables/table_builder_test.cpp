@@ -10,7 +10,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <fstream>
+#include <limits>
 #include <sys/stat.h>
 #include <thread>
 
@@ -150,15 +152,26 @@ TEST_F(Builder, AnExceptionOfACallbackReachesTheCaller) {
 }
 
 TEST_F(Builder, TwoInOneDirectoryTakeTurns) {
-    std::vector<std::string> first;
-    std::vector<std::string> second;
     std::atomic<int> waits{0};
-    options.log = [&](const std::string& line) { waits += line.starts_with("waiting: "); };
-    std::thread other([&] { first = made(buildTables(options)); });
-    second = made(buildTables(options));
+    std::atomic<bool> locked{false};
+    BuildOptions slow = options;
+    slow.log =
+        options.log = [&](const std::string& line) { waits += line.starts_with("waiting: "); };
+    // The first holds the directory until the second has come and said that it waits.
+    slow.begin = [&](const auto&) {
+        locked = true;
+        for (int i = 0; i < 6000 && waits == 0; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    };
+    std::vector<std::string> first;
+    std::thread other([&] { first = made(buildTables(slow)); });
+    while (!locked)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    const std::vector<std::string> second = made(buildTables(options));
     other.join();
-    EXPECT_EQ(first.size() + second.size(), 9U);
-    EXPECT_TRUE(first.empty() || second.empty());
+    EXPECT_EQ(waits, 1);
+    EXPECT_EQ(first.size(), 9U);
+    EXPECT_TRUE(second.empty());
 }
 
 // It was once left as it was, and said to be made, unless it was the only group asked for.
@@ -166,6 +179,11 @@ TEST_F(Builder, ForceMakesTheSevenCardTableBesideOtherGroups) {
     if (availableMemory() < leastEquityMemory() * 2)
         GTEST_SKIP() << "too little memory";
     const std::string ranks = "lookup/tpt.indexes";
+    // A look into them ends at once.
+    for (int players = 2; players <= 3; ++players)
+        for (int round = 1; round < holdemRounds; ++round)
+            writeSparse<double>(equityPath(players, round), roundSizes[static_cast<size_t>(round)],
+                                {2.0});
     std::filesystem::remove("lookup/tpt"); // an empty one
     ASSERT_TRUE(buildSevenCardFiles("lookup", true).ok());
     for (const std::vector<TableGroup>& groups :
@@ -178,7 +196,8 @@ TEST_F(Builder, ForceMakesTheSevenCardTableBesideOtherGroups) {
         // The other groups take long and come after it.
         std::atomic<bool> after{false};
         options.progress = [&](const std::string& step, uint64_t, uint64_t) {
-            after = after || step != "Computing the seven-card table";
+            after = after ||
+                    (step != "Computing the seven-card table" && step != "Looking into tables");
         };
         options.stop = [&] { return after.load(); };
         (void)buildTables(options);
@@ -270,14 +289,109 @@ TEST_F(Builder, RefusesTooLittleMemoryBeforeTheWork) {
     EXPECT_FALSE(std::filesystem::exists(clusterPath(2, 0)));
 }
 
-TEST_F(Builder, DamagedClustersTrainNothing) {
+// Sources of what is missing are looked into, whoever asks. They were once taken as they lay: no
+// numbers among the equities gave buckets without sense, and status 0.
+TEST_F(Builder, DamagedSourcesAreMadeAnew) {
     made(buildTables(options));
+    const std::string good = contents(clusterPath(2, 0));
+    const std::string utilities = preflopUtilities();
+    const std::string buckets = contents(holdemPath(2, 0, 1));
     writeSparse<uint8_t>(clusterPath(2, 0), roundSizes[0], {200});
     std::filesystem::remove(utilityPath(2, 0, 1));
-    const auto refused = buildTables(options);
-    ASSERT_FALSE(refused.ok());
-    EXPECT_EQ(refused.error(), "lookup/preflop_2p_c holds clusters above 100: delete it");
-    EXPECT_FALSE(std::filesystem::exists(utilityPath(2, 0, 1)));
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(made(buildTables(options)),
+              (std::vector<std::string>{clusterPath(2, 0), utilityPath(2, 0, 1)}));
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "ERROR: lookup/preflop_2p_c holds cluster 200 at hand 0 (byte 0), not 0..100: "
+              "rebuilding it\n");
+    EXPECT_EQ(contents(clusterPath(2, 0)), good);
+    EXPECT_EQ(contents(clusterPath(2, 0) + ".bad")[0], static_cast<char>(200));
+    EXPECT_EQ(preflopUtilities(), utilities);
+
+    writeSparse<double>(utilityPath(2, 0, 1), roundSizes[0]);
+    std::filesystem::remove(holdemPath(2, 0, 1));
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(made(buildTables(options)),
+              (std::vector<std::string>{utilityPath(2, 0, 1), holdemPath(2, 0, 1)}));
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "ERROR: lookup/utility_preflop_2p_1 holds nothing but utility 0: rebuilding it\n");
+    EXPECT_EQ(preflopUtilities(), utilities);
+    EXPECT_EQ(contents(holdemPath(2, 0, 1)), buckets);
+}
+
+// Equities are counted from the seven-card table: here the plan alone, and nothing is done.
+TEST_F(Builder, DamagedEquitiesAreCountedAnew) {
+    made(buildTables(options));
+    std::vector<double> equities(roundSizes[0], 0.5);
+    equities[7] = std::numeric_limits<double>::quiet_NaN();
+    writeSparse(equityPath(3, 0), roundSizes[0], equities);
+    std::filesystem::remove(holdemPath(3, 0, 2));
+    std::vector<std::string> begun;
+    options.begin = [&](const std::vector<const TableFile*>& files) {
+        for (const TableFile* file : files)
+            begun.push_back(file->path);
+    };
+    options.memory = std::max(leastEquityMemory(), uint64_t{1} << 30);
+    options.stop = [&] { return !begun.empty(); };
+    ::testing::internal::CaptureStderr();
+    const auto stopped = buildTables(options);
+    const std::string said = ::testing::internal::GetCapturedStderr();
+    ASSERT_FALSE(stopped.ok());
+    // The empty seven-card table is damaged, too.
+    ASSERT_FALSE(begun.empty()) << stopped.error();
+    EXPECT_EQ(begun[0], "lookup/tpt");
+    EXPECT_NE(said.find("ERROR: lookup/tpt does not rank hands as the rules do: rebuilding it\n"),
+              std::string::npos)
+        << said;
+}
+
+TEST_F(Builder, LooksIntoWhatItIsAskedTo) {
+    made(buildTables(options));
+    const std::string good = contents(holdemPath(3, 0, 2));
+    writeSparse<uint8_t>(holdemPath(3, 0, 2), roundSizes[0], {0, 255});
+    EXPECT_TRUE(made(buildTables(options)).empty()); // sizes alone
+    options.groups = {TableGroup::clusters};
+    options.lookInto = {TableGroup::holdem, TableGroup::utilities};
+    EXPECT_TRUE(made(buildTables(options)).empty()); // not wanted
+    options.groups = {TableGroup::holdem};
+    options.lookInto = {TableGroup::utilities};
+    EXPECT_TRUE(made(buildTables(options)).empty()); // another group
+
+    // The later rounds' tables are sparse here: one value, damaged, and gigabytes to make. Their
+    // first entry is enough to be looked at without complaint.
+    for (const TableFile& file : allTables())
+        if (file.group == TableGroup::holdem && file.round > 0)
+            writeSparse<uint8_t>(file.path, file.bytes, {1});
+    options.lookInto = {TableGroup::holdem};
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(made(buildTables(options)), std::vector<std::string>{holdemPath(3, 0, 2)});
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "ERROR: lookup/holdem_preflop_3p_2 holds bucket 255 at hand 1 (byte 1), not 0..9: "
+              "rebuilding it\n");
+    EXPECT_EQ(contents(holdemPath(3, 0, 2)), good);
+    EXPECT_TRUE(std::filesystem::exists(holdemPath(3, 0, 2) + ".bad"));
+    EXPECT_TRUE(made(buildTables(options)).empty());
+    options.stop = [] { return true; };
+    const auto stopped = buildTables(options);
+    ASSERT_FALSE(stopped.ok());
+    EXPECT_EQ(stopped.error(), "stopped");
+}
+
+uint64_t hashOf(const std::string& bytes) { // FNV-1a
+    uint64_t hash = 0xcbf29ce484222325U;
+    for (const char byte : bytes)
+        hash = (hash ^ static_cast<uint8_t>(byte)) * 0x100000001b3U;
+    return hash;
+}
+
+// The same bytes from every compiler, on every machine, for ever.
+TEST_F(Builder, BytesAreTheseForSeedOne) {
+    made(buildTables(options));
+    EXPECT_EQ(hashOf(contents(utilityPath(2, 0, 0))), 14403626931624323594U);
+    EXPECT_EQ(hashOf(contents(utilityPath(2, 0, 1))), 13423882505676637102U);
+    EXPECT_EQ(hashOf(contents(clusterPath(2, 0))), 17746868345063829487U);
+    EXPECT_EQ(hashOf(contents(holdemPath(2, 0, 0))), 16542861836423703701U);
+    EXPECT_EQ(hashOf(contents(holdemPath(2, 0, 1))), 1024739802382261070U);
 }
 
 TEST_F(Builder, ForeignGameIsRefused) {

@@ -4,7 +4,9 @@
 #include "eval/seven_card_files.h"
 #include "eval/seven_card_table.h"
 
+#include <algorithm>
 #include <fstream>
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -67,28 +69,52 @@ TEST_F(Check, ComparesTheWholeSevenCardTable) {
 
 TEST_F(Check, LooksAtRanges) {
     writeClusters(101);
-    EXPECT_EQ(problemOf(clusterPath(2, 0)), "holds a cluster above 100");
+    EXPECT_EQ(problemOf(clusterPath(2, 0)), "holds cluster 101 at hand 0 (byte 0), not 0..100");
     std::vector<double> equities = rising();
     writeSparse(equityPath(3, 0), roundSizes[0], equities);
     EXPECT_EQ(problemOf(equityPath(3, 0)), "");
     equities[7] = 1.5;
     writeSparse(equityPath(3, 0), roundSizes[0], equities);
-    EXPECT_EQ(problemOf(equityPath(3, 0)), "holds an equity outside 0..1");
+    EXPECT_EQ(problemOf(equityPath(3, 0)), "holds equity 1.5 at hand 7 (byte 56), not 0..1");
     writeSparse<double>(utilityPath(2, 0, 1), roundSizes[0], {3.0});
-    EXPECT_EQ(problemOf(utilityPath(2, 0, 1)),
-              "holds a utility beyond what a hand can win or lose");
+    EXPECT_EQ(problemOf(utilityPath(2, 0, 1)), "holds utility 3 at hand 0 (byte 0), not -2..2");
     writeSparse<uint8_t>(holdemPath(2, 0, 1), roundSizes[0], {10});
-    EXPECT_EQ(problemOf(holdemPath(2, 0, 1)), "holds a bucket above 9");
+    EXPECT_EQ(problemOf(holdemPath(2, 0, 1)), "holds bucket 10 at hand 0 (byte 0), not 0..9");
+    writeSparse<uint8_t>(holdemPath(2, 0, 1), roundSizes[0]);
+    EXPECT_EQ(problemOf(holdemPath(2, 0, 1)), "holds nothing but bucket 0");
     writeSparse<uint8_t>(holdemPath(2, 0, 0), 5);
     EXPECT_EQ(problemOf(holdemPath(2, 0, 0)), "has 5 bytes, not 169");
 }
 
 TEST_F(Check, PreflopIsTheMeanOfTheFlop) {
-    writeSparse<double>(equityPath(2, 1), roundSizes[1]);
-    writeSparse<double>(equityPath(2, 0), roundSizes[0]);
+    // One flop of one starting hand counts: hand 0 of the flop's.
+    writeSparse<double>(equityPath(2, 1), roundSizes[1], {1});
+    const RoundIndexer flops(1);
+    const RoundIndexer preflops(0);
+    uint8_t hand[5];
+    ASSERT_TRUE(hand_unindex(flops.get(), 1, 0, hand));
+    const size_t start = hand_index_last(preflops.get(), hand);
+    // How many of the start's flops are that one, by trying all of one pair of hole cards.
+    double same = 0;
+    double all = 0;
+    uint8_t other[5] = {hand[0], hand[1]};
+    for (uint8_t a = 0; a < 52; ++a)
+        for (uint8_t b = 0; b < a; ++b)
+            for (uint8_t c = 0; c < b; ++c) {
+                const uint8_t cards[] = {hand[0], hand[1], a, b, c};
+                if (std::set<uint8_t>(cards, cards + 5).size() < 5)
+                    continue;
+                std::copy_n(cards, 5, other);
+                ++all;
+                same += hand_index_last(flops.get(), other) == 0;
+            }
+    std::vector<double> mean(roundSizes[0]);
+    mean[start] = same / all;
+    writeSparse(equityPath(2, 0), roundSizes[0], mean);
     EXPECT_EQ(problemOf(equityPath(2, 0)), "");
-    writeSparse<double>(equityPath(2, 0), roundSizes[0], {0.5});
-    EXPECT_EQ(problemOf(equityPath(2, 0)), "is wrong at hand 0");
+    mean[168] += 0.5;
+    writeSparse(equityPath(2, 0), roundSizes[0], mean);
+    EXPECT_EQ(problemOf(equityPath(2, 0)), "is wrong at hand 168");
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "tables/later_rounds.h"
 
+#include <algorithm>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -108,6 +109,29 @@ TEST_F(Plan, SeesAWrongSize) {
             EXPECT_TRUE(table.make);
         }
     EXPECT_EQ(std::filesystem::file_size("lookup/turn_3p_c"), 5U);
+}
+
+TEST_F(Plan, CountsADamagedTableAmongThoseToMake) {
+    for (const TableFile& file : allTables())
+        writeSparse<uint8_t>(file.path, file.bytes);
+    const auto at = [](const std::string& path) {
+        return &*std::find_if(allTables().begin(), allTables().end(),
+                              [&](const TableFile& file) { return file.path == path; });
+    };
+    std::filesystem::remove("lookup/turn_3p");
+    const DamagedTables damaged{{at("lookup/holdem_turn_3p_2"), "holds nonsense"},
+                                {at("lookup/turn_3p"), "is not there to be damaged"}};
+    const TablePlan plan = planTables(".", {TableGroup::holdem}, false, damaged);
+    EXPECT_EQ(made(plan), (std::set<std::string>{"lookup/turn_3p", "lookup/holdem_turn_3p_2"}));
+    for (const PlannedTable& table : plan.tables) {
+        if (table.file->path == "lookup/holdem_turn_3p_2") {
+            EXPECT_EQ(table.state, TableState::damaged);
+            EXPECT_EQ(table.problem, "lookup/holdem_turn_3p_2 holds nonsense");
+        }
+        if (table.file->path == "lookup/turn_3p") {
+            EXPECT_EQ(table.state, TableState::missing);
+        }
+    }
 }
 
 } // namespace
