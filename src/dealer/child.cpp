@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -13,9 +12,6 @@
 namespace tamarin {
 
 namespace {
-
-constexpr size_t linesKept = 4;
-constexpr size_t longestOutputLine = 300;
 
 struct Pipe {
     int ends[2] = {-1, -1};
@@ -90,9 +86,8 @@ Result<Child> Child::start(const Command& command) {
     ::setpgid(pid, pid);
     Child child;
     child.pid_ = pid;
-    child.output_ = output.give(0);
-    child.mirror_ = command.mirror;
-    fcntl(child.output_, F_SETFL, O_NONBLOCK);
+    fcntl(output.ends[0], F_SETFL, O_NONBLOCK);
+    child.output_ = PlayerOutput(output.give(0), command.mirror);
 
     ::close(report.give(1));
     char message[1 + sizeof(int)];
@@ -112,22 +107,17 @@ Result<Child> Child::start(const Command& command) {
 }
 
 Child::Child(Child&& other) noexcept
-    : pid_(std::exchange(other.pid_, -1)), output_(std::exchange(other.output_, -1)),
-      ended_(other.ended_), killed_(other.killed_), status_(other.status_),
-      partial_(std::move(other.partial_)), lines_(std::move(other.lines_)),
-      mirror_(std::move(other.mirror_)) {}
+    : pid_(std::exchange(other.pid_, -1)), output_(std::move(other.output_)), ended_(other.ended_),
+      killed_(other.killed_), status_(other.status_) {}
 
 Child& Child::operator=(Child&& other) noexcept {
     if (this != &other) {
         release();
         pid_ = std::exchange(other.pid_, -1);
-        output_ = std::exchange(other.output_, -1);
+        output_ = std::move(other.output_);
         ended_ = other.ended_;
         killed_ = other.killed_;
         status_ = other.status_;
-        partial_ = std::move(other.partial_);
-        lines_ = std::move(other.lines_);
-        mirror_ = std::move(other.mirror_);
     }
     return *this;
 }
@@ -143,52 +133,7 @@ void Child::release() {
         while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
         }
     }
-    if (output_ >= 0)
-        ::close(output_);
-    pid_ = output_ = -1;
-}
-
-void Child::readOutput() {
-    char buffer[4096];
-    while (output_ >= 0) {
-        const ssize_t count = ::read(output_, buffer, sizeof buffer);
-        if (count > 0) {
-            addOutput(buffer, static_cast<size_t>(count));
-        } else if (count < 0 && errno == EINTR) {
-            continue;
-        } else if (count < 0 && errno == EAGAIN) {
-            return;
-        } else {
-            ::close(output_);
-            output_ = -1;
-            if (!partial_.empty())
-                addLine(std::move(partial_));
-            partial_.clear();
-        }
-    }
-}
-
-void Child::addOutput(const char* data, size_t size) {
-    for (size_t i = 0; i < size; ++i) {
-        if (data[i] == '\n') {
-            addLine(std::move(partial_));
-            partial_.clear();
-        } else if (partial_.size() < longestOutputLine) {
-            partial_ += data[i];
-        }
-    }
-}
-
-void Child::addLine(std::string line) {
-    while (!line.empty() && (line.back() == '\r' || line.back() == ' '))
-        line.pop_back();
-    if (!mirror_.empty())
-        std::fprintf(stderr, "%s%s\n", mirror_.c_str(), line.c_str());
-    if (line.empty())
-        return;
-    lines_.push_back(std::move(line));
-    if (lines_.size() > linesKept)
-        lines_.pop_front();
+    pid_ = -1;
 }
 
 bool Child::ended() {
@@ -215,13 +160,14 @@ std::string Child::describe() {
 }
 
 std::string Child::explain() {
-    readOutput();
     std::string text = describe();
-    if (lines_.empty())
+    output_.takeRest(); // what it wrote before it ended is there by now
+    const auto& lines = output_.lastLines();
+    if (lines.empty())
         return text + " and no output";
     text += "; its last output: ";
-    for (size_t i = 0; i < lines_.size(); ++i)
-        text += (i == 0 ? "" : " | ") + lines_[i];
+    for (size_t i = 0; i < lines.size(); ++i)
+        text += (i == 0 ? "" : " | ") + lines[i];
     return text;
 }
 

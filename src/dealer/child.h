@@ -1,14 +1,14 @@
 // A player's process, started and ended by the dealer.
 //
 // Its standard output and error come through one pipe, which the dealer must read so that the
-// player never waits on it; the last lines are kept for the message that explains its end. It runs
-// in a process group of its own, so that a signal reaches what it has started too and Ctrl-C at the
-// terminal reaches the dealer alone; it is told to end when the dealer dies first.
+// player does not wait on it (player_output.h says how far that goes). It runs in a process group
+// of its own, so that a signal reaches what it has started too and Ctrl-C at the terminal reaches
+// the dealer alone; it is told to end when the dealer dies first.
 #pragma once
 
+#include "dealer/player_output.h"
 #include "support/result.h"
 
-#include <deque>
 #include <string>
 #include <sys/types.h>
 #include <utility>
@@ -32,12 +32,11 @@ public:
     Child& operator=(Child&& other) noexcept;
     ~Child(); // kills the group and takes the process off the system's list
 
-    // The descriptor to poll for output, -1 after its end.
-    int outputFd() const { return output_; }
-    // Takes in what has been written, without waiting.
-    void readOutput();
-    // The last lines written, at most a few, oldest first.
-    const std::deque<std::string>& lastLines() const { return lines_; }
+    // The group's number, which is that of the process.
+    pid_t group() const { return pid_; }
+
+    PlayerOutput& output() { return output_; }
+    const PlayerOutput& output() const { return output_; }
 
     // Whether the process has ended; never waits.
     bool ended();
@@ -51,17 +50,12 @@ public:
 private:
     Child() = default;
     void release();
-    void addOutput(const char* data, size_t size);
-    void addLine(std::string line);
 
     pid_t pid_ = -1;
-    int output_ = -1;
+    PlayerOutput output_;
     bool ended_ = false;
     bool killed_ = false; // by a signal
     int status_ = 0;      // the exit status, or the signal
-    std::string partial_; // a line still coming
-    std::deque<std::string> lines_;
-    std::string mirror_;
 };
 
 } // namespace tamarin

@@ -24,11 +24,35 @@ struct Place {
     Duration usedInHand{0};
 };
 
+// The time that a player is charged for one answer. The dealer waits in turns; of each turn the
+// player pays what the dealer meant to wait at the most. What the dealer spends on other things, or
+// sleeps through because somebody has stopped it, is not the player's.
+class ThinkingTime {
+public:
+    explicit ThinkingTime(TimePoint asked) : counted_(asked) {}
+
+    Duration used() const { return used_; }
+    void count(TimePoint now) {
+        used_ += std::min(now - counted_, meant_);
+        counted_ = now;
+    }
+    // How long the turn that begins now is meant to wait.
+    Duration mean(Duration wait) {
+        meant_ = std::min(wait, longestServe);
+        return meant_;
+    }
+
+private:
+    TimePoint counted_;
+    Duration used_{0};
+    Duration meant_ = heldAtMost; // nobody waits before the first turn; sending takes microseconds
+};
+
 class Match {
 public:
     Match(const Game* game, std::vector<Player>& players, const MatchOptions& options,
-          const MatchEvents& events)
-        : game_(game), players_(players), options_(options), events_(events),
+          const MatchEvents& events, const Clock& clock)
+        : game_(game), players_(players), options_(options), events_(events), clock_(clock),
           places_(players.size()),
           result_(Scoreboard(players.size(), options.duplicate ? players.size() : 1)) {
         for (const Player& player : players)
@@ -122,6 +146,8 @@ private:
         Place& place = places_[player];
         const Duration limit =
             std::min(options_.actionLimit, options_.handLimit - place.usedInHand);
+        ThinkingTime time(asked);
+        bool lastLook = false;
         std::string line;
         for (;;) {
             if (!takeUnexpectedLines(player, state.handId))
@@ -130,13 +156,13 @@ private:
             if (!connection)
                 return substitute(player, state, Fault::gone, "");
             const bool answered = connection->nextLine(line);
-            const Duration used = clock_.now() - asked;
+            time.count(clock_.now());
             if (answered && isGivenUp(place, line))
                 continue;
             if (answered) {
-                place.usedInHand += used;
+                place.usedInHand += time.used();
                 place.lateInARow = 0;
-                keepTime(player, used);
+                keepTime(player, time.used());
                 const MatchState view{state, seat};
                 const Verdict verdict = judgeReply(game_, &view, place.sentText, line);
                 if (verdict.fault && !count(player, *verdict.fault, state.handId, line))
@@ -147,15 +173,19 @@ private:
                 leave(player, connection->ending());
                 return substitute(player, state, Fault::gone, departure_);
             }
-            if (used >= limit) {
-                place.usedInHand += used;
+            if (time.used() >= limit && lastLook) {
+                place.usedInHand += time.used();
                 return tooLate(player, state);
             }
-            if (used < heldAtMost) {
-                servePlayers(players_, std::min(limit, heldAtMost) - used);
+            if (time.used() >= limit) {
+                // An answer that is there by now came while the dealer was busy: it is in time.
+                lastLook = true;
+                servePlayers(players_, time.mean(Duration::zero()));
+            } else if (time.used() < heldAtMost) {
+                servePlayers(players_, time.mean(std::min(limit, heldAtMost) - time.used()));
             } else {
                 sendWhatIsHeld();
-                servePlayers(players_, limit - used);
+                servePlayers(players_, time.mean(limit - time.used()));
             }
             if (!keepGoing())
                 return std::nullopt;
@@ -262,7 +292,7 @@ private:
     std::vector<Player>& players_;
     const MatchOptions& options_;
     const MatchEvents& events_;
-    const Clock& clock_ = steadyClock();
+    const Clock& clock_;
     std::vector<Place> places_; // by player
     uint64_t hand_ = 0;
     std::vector<size_t> seats_; // of this hand: the player in each seat
@@ -273,10 +303,10 @@ private:
 } // namespace
 
 MatchResult playMatch(const Game* game, std::vector<Player>& players, const MatchOptions& options,
-                      const MatchEvents& events) {
+                      const MatchEvents& events, const Clock& clock) {
     assert(players.size() == game->numPlayers);
     assert(!options.duplicate || options.hands % players.size() == 0);
-    return Match(game, players, options, events).play();
+    return Match(game, players, options, events, clock).play();
 }
 
 Status checkDealable(const Game* game) {

@@ -4,6 +4,8 @@
 // hand; the player to act answers with that state, ":" and its action. One thread; the dealer waits
 // in poll() and nowhere else. Nothing that a player sends, fails to send or does can end the match
 // before its time or hang it: an answer that is missing or wrong is replaced by a fold or a call.
+// A player is charged for the time in which the dealer waits for it, not for what the dealer does
+// meanwhile or sleeps through when it is stopped, and what has come is read before it is late.
 #pragma once
 
 #include "dealer/player.h"
@@ -83,7 +85,7 @@ struct MatchResult {
 // Plays until all hands are played or something above ends the match. The players stay seated, but
 // a player that is gone has lost its connection.
 MatchResult playMatch(const Game* game, std::vector<Player>& players, const MatchOptions& options,
-                      const MatchEvents& events = {});
+                      const MatchEvents& events = {}, const Clock& clock = steadyClock());
 
 // What the dealer asks of a game beyond a valid definition. No negative blinds or raises and no
 // empty stacks: chips would not sum to zero. No board cards in the first round: in the text of a

@@ -11,7 +11,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr Duration longestWait = 100ms;
 // A player may have statistics to print when the match is over.
 constexpr Duration ownEndLimit = 5s;
 constexpr Duration askedEndLimit = 2s;
@@ -67,26 +66,26 @@ void servePlayers(std::span<Player> players, Duration atMost, std::span<const in
                 fd = connection->fd();
         }
         add(fd, events);
-        add(player.child ? player.child->outputFd() : -1, POLLIN);
+        add(player.child ? player.child->output().fdToPoll() : -1, POLLIN);
     }
     for (const int fd : extra)
         add(fd, POLLIN);
 
-    const Duration wait = std::clamp<Duration>(atMost, Duration::zero(), longestWait);
+    const Duration wait = std::clamp<Duration>(atMost, Duration::zero(), longestServe);
     const timespec limit{static_cast<time_t>(wait.count() / 1'000'000'000),
                          static_cast<long>(wait.count() % 1'000'000'000)};
     if (::ppoll(fds, count, &limit, nullptr) <= 0)
         return;
     for (size_t i = 0; i < players.size(); ++i) {
         const pollfd& socket = fds[2 * i];
-        const pollfd& output = fds[2 * i + 1];
         if (socket.revents & POLLOUT)
             players[i].connection->flush();
         if (socket.revents & (POLLIN | POLLHUP | POLLERR))
             players[i].connection->receive();
-        if (output.revents != 0)
-            players[i].child->readOutput();
     }
+    for (size_t i = 0; i < players.size(); ++i)
+        if (fds[2 * i + 1].revents != 0)
+            players[i].child->output().take();
 }
 
 void dismissPlayers(std::vector<Player>& players, bool hurry) {
@@ -101,8 +100,8 @@ void dismissPlayers(std::vector<Player>& players, bool hurry) {
     waitForEnds(players, askedEndLimit);
     for (Player& player : players)
         if (player.child)
-            player.child->readOutput(); // its last words, written just before it ended
-    players.clear();                    // kills and collects those that are left
+            player.child->output().takeRest(); // its last words, written just before it ended
+    players.clear();                           // kills and collects those that are left
 }
 
 } // namespace tamarin

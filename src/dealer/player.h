@@ -19,9 +19,12 @@ struct Player {
     std::optional<Connection> connection; // none once the player is gone
 };
 
-// Waits until something happens at one of the players, at most for the time given (and at most a
-// tenth of a second, so that whoever waits in a loop notices a signal), then reads and writes all
-// that can be without waiting. extra descriptors only end the wait when they become readable.
+// The longest that servePlayers() waits, so that whoever calls it in a loop notices a signal.
+inline constexpr Duration longestServe = std::chrono::milliseconds(100);
+
+// Waits until something happens at one of the players, at most for the time given and longestServe,
+// then reads and writes what can be without waiting: of what a player prints its share, and that
+// after everybody's answers. extra descriptors only end the wait when they become readable.
 void servePlayers(std::span<Player> players, Duration atMost, std::span<const int> extra = {});
 
 // Ends a match in good order: tells every player that nothing more comes, gives those that run here

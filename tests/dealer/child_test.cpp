@@ -22,7 +22,7 @@ Child::Command shell(const std::string& script) {
 
 bool waitForEnd(Child& child) {
     for (int i = 0; i < 5000 && !child.ended(); ++i) {
-        child.readOutput();
+        child.output().take();
         pause(1);
     }
     return child.ended();
@@ -30,8 +30,8 @@ bool waitForEnd(Child& child) {
 
 bool waitForLine(Child& child, const std::string& line) {
     for (int i = 0; i < 5000; ++i) {
-        child.readOutput();
-        if (!child.lastLines().empty() && child.lastLines().back() == line)
+        child.output().take();
+        if (!child.output().lastLines().empty() && child.output().lastLines().back() == line)
             return true;
         pause(1);
     }
@@ -55,12 +55,26 @@ TEST(Child, KeepsTheLastLines) {
 }
 
 TEST(Child, ThatWritesALotNeverWaits) {
-    auto child = Child::start(shell("head -c 3000000 /dev/zero | tr '\\0' x; echo; echo end"));
+    // More than the pipe holds, and less than a player may print at once.
+    auto child = Child::start(shell("head -c 900000 /dev/zero | tr '\\0' x; echo; echo end"));
     ASSERT_TRUE(waitForEnd(*child));
-    child->readOutput();
-    ASSERT_EQ(child->lastLines().size(), 2U);
-    EXPECT_LT(child->lastLines().front().size(), 1000U);
-    EXPECT_EQ(child->lastLines().back(), "end");
+    child->output().takeRest();
+    ASSERT_EQ(child->output().lastLines().size(), 2U);
+    EXPECT_LT(child->output().lastLines().front().size(), 1000U);
+    EXPECT_EQ(child->output().lastLines().back(), "end");
+}
+
+// Two processes that write without end, one of which nobody would ever have been done with.
+TEST(Child, ThatWritesWithoutEndIsExplained) {
+    auto child = Child::start(shell("yes & exec yes no"));
+    ASSERT_TRUE(child.ok());
+    const TimePoint start = steadyClock().now();
+    for (int i = 0; i < 1000 && child->output().lastLines().empty(); ++i) {
+        child->output().take();
+        pause(1);
+    }
+    EXPECT_TRUE(child->explain().starts_with("is running; its last output: "));
+    EXPECT_LT(steadyClock().now() - start, std::chrono::seconds(5));
 }
 
 TEST(Child, RunsInItsDirectoryWithThePathInFront) {
@@ -92,7 +106,7 @@ TEST(Child, IsKilledWithEverythingItStarted) {
             Child::start(shell("trap '' TERM; sleep 1000 & echo $!; echo ready; wait; wait"));
         ASSERT_TRUE(child.ok());
         ASSERT_TRUE(waitForLine(*child, "ready"));
-        grandchild = static_cast<pid_t>(std::stol(child->lastLines().front()));
+        grandchild = static_cast<pid_t>(std::stol(child->output().lastLines().front()));
         EXPECT_FALSE(child->ended());
         EXPECT_EQ(child->describe(), "is running");
         EXPECT_EQ(::kill(grandchild, 0), 0);

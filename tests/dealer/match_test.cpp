@@ -294,6 +294,52 @@ TEST(Match, LateAnswerBecomesCallOrFold) {
     EXPECT_FALSE(result.players[0].gone);
 }
 
+namespace {
+
+// The machine's clock, which a test can push on.
+class PushedClock : public Clock {
+public:
+    TimePoint now() const override { return steadyClock().now() + pushed; }
+    Duration pushed{0};
+};
+
+} // namespace
+
+// A dealer that was stopped for a while charged the player to act with its own sleep.
+TEST(Match, ThePauseOfAStoppedDealerIsNobodysTime) {
+    OddMatch match([](Client& client, const std::string& line, int) {
+        pause(20);
+        client.send(line + ":c\r\n");
+    });
+    PushedClock clock;
+    match.options.actionLimit = 1s;
+    match.options.handLimit = 2s;
+    match.events.keepPlaying = [&] { return clock.pushed += 10s, true; };
+    const MatchResult result =
+        playMatch(match.game.get(), match.table.players, match.options, match.events, clock);
+    EXPECT_EQ(result.board.hands(), 6U);
+    EXPECT_EQ(allFaults(result), 0U);
+    EXPECT_LT(result.players[0].latency.longest(), 1s);
+    EXPECT_GE(result.players[0].latency.longest(), 15ms);
+}
+
+// The time in which the dealer is busy with something else counts as a wait that it meant, and the
+// answer that came meanwhile is read before the player is late.
+TEST(Match, AnAnswerThatHasComeIsReadBeforeItIsLate) {
+    OddMatch match([](Client& client, const std::string& line, int) {
+        pause(20);
+        client.send(line + ":c\r\n");
+    });
+    match.options.actionLimit = 1ms;
+    match.events.keepPlaying = [&] {
+        if (match.table.countStates(0) > 0)
+            pause(60);
+        return true;
+    };
+    match.options.hands = 1;
+    EXPECT_EQ(allFaults(match.play()), 0U);
+}
+
 TEST(Match, PlayerThatNeverAnswersIsGivenUp) {
     OddMatch match([](Client&, const std::string&, int) {});
     match.options.actionLimit = 20ms;

@@ -30,7 +30,8 @@ Duration timeOf(const std::function<void()>& work) {
 
 void waitForOutput(Player& player, const std::string& line) {
     for (int i = 0; i < 1000; ++i) {
-        if (!player.child->lastLines().empty() && player.child->lastLines().back() == line)
+        if (!player.child->output().lastLines().empty() &&
+            player.child->output().lastLines().back() == line)
             return;
         servePlayers({&player, 1}, 10ms);
     }
