@@ -1,10 +1,15 @@
 #include "dealer/hand_log.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
+#include <string_view>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -13,6 +18,7 @@ namespace tamarin {
 namespace {
 
 constexpr size_t longestLine = size_t{64} << 10;
+constexpr std::string_view logHead = "# tamarin match "; // how every log begins
 
 std::string formatChips(double chips) {
     char text[40];
@@ -110,46 +116,124 @@ Status readHandLog(const Game* game, const std::string& path,
 
 struct HandLog::Output {
     std::string path;
-    FILE* file = nullptr;
+    std::function<bool()> keepWaiting;
+    FileSystem& files;
+    int fd = -1;
+    bool regular = false;
     bool fresh = false; // there was no such file
     bool begun = false;
+
+    ~Output() {
+        // The name goes before the lock does, so that nobody takes up a file that is going.
+        if (fresh && !begun)
+            files.unlink(path.c_str());
+        if (fd >= 0)
+            files.close(fd);
+    }
+
+    Error failure() const { return Error{"could not write " + path + ": " + std::strerror(errno)}; }
+
+    Status open();
+    Status lock();
+    Status checkContents();
+    Status write(std::string_view text);
 };
 
+// Opens the path without waiting, as opening a pipe that nobody reads would.
+Status HandLog::Output::open() {
+    constexpr mode_t mode = 0666;
+    constexpr int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK;
+    fd = files.open(path.c_str(), flags | O_EXCL, mode);
+    const bool made = fd >= 0;
+    if (fd < 0 && errno == EEXIST)
+        fd = files.open(path.c_str(), flags, mode);
+    if (fd < 0 && errno == ENXIO)
+        return Error{"could not write " + path +
+                     ": nobody reads this pipe; start its reader first"};
+    if (fd < 0)
+        return failure();
+    struct stat status = {};
+    if (files.fstat(fd, &status) != 0)
+        return failure();
+    regular = S_ISREG(status.st_mode);
+    if (!regular)
+        return {};
+    if (Status locked = lock(); !locked)
+        return locked;
+    fresh = made;
+    return checkContents();
+}
+
+// Two matches in one file would be two halves of none.
+Status HandLog::Output::lock() {
+    if (files.flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EWOULDBLOCK)
+            return Error{"could not write " + path + ": another match is writing it"};
+        return {}; // a file system without locks
+    }
+    struct stat held = {};
+    struct stat named = {};
+    if (files.fstat(fd, &held) != 0 || files.stat(path.c_str(), &named) != 0 ||
+        held.st_dev != named.st_dev || held.st_ino != named.st_ino)
+        return Error{"could not write " + path + ": it was taken away just now; try again"};
+    return {};
+}
+
+// An older log may be replaced; anything else that has contents is somebody's work.
+Status HandLog::Output::checkContents() {
+    struct stat status = {};
+    if (files.fstat(fd, &status) != 0)
+        return failure();
+    if (status.st_size == 0)
+        return {};
+    char head[logHead.size()];
+    ssize_t size = -1;
+    const int reader = files.open(path.c_str(), O_RDONLY | O_CLOEXEC, 0);
+    if (reader >= 0) {
+        do
+            size = files.read(reader, head, sizeof head);
+        while (size < 0 && errno == EINTR);
+        files.close(reader);
+    }
+    const std::string_view begins(head, static_cast<size_t>(std::max<ssize_t>(size, 0)));
+    if (begins == logHead || begins.starts_with("STATE:"))
+        return {};
+    return Error{path + " holds something else than a match log; name another file, or remove it"};
+}
+
+// The whole text, however slowly a pipe's reader takes it.
+Status HandLog::Output::write(std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = files.write(fd, text.data(), text.size());
+        if (written >= 0) {
+            text.remove_prefix(static_cast<size_t>(written));
+        } else if (errno == EAGAIN) {
+            if (!keepWaiting())
+                return Error{"stopped while nobody reads " + path};
+            pollfd waiting{fd, POLLOUT, 0};
+            ::poll(&waiting, 1, 100);
+        } else if (errno != EINTR) {
+            return failure();
+        }
+    }
+    return {};
+}
+
 void HandLog::Finish::operator()(Output* output) const {
-    if (output->file)
-        std::fclose(output->file);
-    if (output->fresh && !output->begun)
-        unlink(output->path.c_str());
     delete output;
 }
 
-Result<HandLog> HandLog::create(const std::string& path) {
-    const auto failed = [&] {
-        return Error{"could not write " + path + ": " + std::strerror(errno)};
-    };
-    constexpr mode_t mode = 0666;
-    constexpr int flags = O_WRONLY | O_CREAT | O_CLOEXEC;
-    bool fresh = true;
-    int fd = open(path.c_str(), flags | O_EXCL, mode);
-    if (fd < 0 && errno == EEXIST) {
-        fresh = false;
-        fd = open(path.c_str(), flags, mode);
-    }
-    if (fd < 0)
-        return failed();
-    FILE* const file = fdopen(fd, "w"); // which does not cut a file that is open
-    if (!file) {
-        const Error error = failed();
-        ::close(fd);
-        return error;
-    }
+Result<HandLog> HandLog::create(const std::string& path, std::function<bool()> keepWaiting,
+                                FileSystem& files) {
     HandLog log;
-    log.output_.reset(new Output{path, file, fresh, false});
+    log.output_.reset(new Output{path, std::move(keepWaiting), files});
+    if (Status status = log.output_->open(); !status)
+        return Error{status.error()};
     return log;
 }
 
-Status HandLog::comment(const std::string& text) {
-    return writeLine(std::string{"# "}.append(text));
+Status HandLog::begin(const std::string& match) {
+    return writeLine(std::string(logHead) + match);
 }
 
 Status HandLog::add(const Game* game, const LoggedHand& hand) {
@@ -157,19 +241,17 @@ Status HandLog::add(const Game* game, const LoggedHand& hand) {
 }
 
 Status HandLog::writeLine(const std::string& line) {
-    FILE* const file = output_->file;
     // A pipe or a device cannot be cut, and need not be.
-    if (!output_->begun && ftruncate(fileno(file), 0) != 0 && errno != EINVAL)
-        return Error{"could not write " + output_->path + ": " + std::strerror(errno)};
+    if (!output_->begun && output_->regular && ::ftruncate(output_->fd, 0) != 0)
+        return output_->failure();
     output_->begun = true;
-    if (std::fprintf(file, "%s\n", line.c_str()) < 0 || std::fflush(file) != 0)
-        return Error{"could not write " + output_->path + ": " + std::strerror(errno)};
-    return {};
+    return output_->write(line + "\n");
 }
 
 Status HandLog::close() {
-    if (std::fclose(std::exchange(output_->file, nullptr)) != 0)
-        return Error{"could not write " + output_->path + ": " + std::strerror(errno)};
+    // Some file systems, those on other machines above all, tell only now what they could not keep.
+    if (output_->files.close(std::exchange(output_->fd, -1)) != 0 && errno != EINTR)
+        return output_->failure();
     return {};
 }
 

@@ -9,9 +9,9 @@
 #pragma once
 
 #include "game/game.h"
+#include "support/file.h"
 #include "support/result.h"
 
-#include <cstdio>
 #include <functional>
 #include <memory>
 #include <span>
@@ -40,10 +40,16 @@ Status readHandLog(const Game* game, const std::string& path,
 // reader sees the match as it goes and a kill costs at most the hand in play.
 class HandLog {
 public:
-    // Finds out whether the file can be written. An older one loses its contents with the first
-    // line and not before; a new one that has none by the end goes away.
-    static Result<HandLog> create(const std::string& path);
-    Status comment(const std::string& text);
+    // Finds out whether the file can be written, without waiting for anything. A file that holds
+    // something else than a match log is refused, and so is one that another match is writing. An
+    // older log loses its contents with the first line and not before; a new one that has none by
+    // the end goes away. A pipe must have its reader; one that reads slowly is waited for, as long
+    // as keepWaiting, asked some ten times a second, says so.
+    static Result<HandLog> create(
+        const std::string& path, std::function<bool()> keepWaiting = [] { return true; },
+        FileSystem& files = systemFiles());
+    // The first line, a comment which says what match this is.
+    Status begin(const std::string& match);
     Status add(const Game* game, const LoggedHand& hand);
     // Tells whether everything was written.
     Status close();

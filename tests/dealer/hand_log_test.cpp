@@ -3,8 +3,12 @@
 #include "game/games.h"
 #include "game/random_hand.h"
 
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -80,7 +84,7 @@ TEST_F(HandLogFile, IsReadWhileItIsWritten) {
     const GamePtr game = loadGameFile("kuhn.limit.3p.game");
     auto log = HandLog::create(path);
     ASSERT_TRUE(log.ok());
-    ASSERT_TRUE(log->comment("two words").ok());
+    ASSERT_TRUE(log->begin("two words").ok());
     std::vector<LoggedHand> hands;
     for (uint32_t seed = 0; seed < 20; ++seed) {
         hands.push_back(randomHand(*game, seed));
@@ -93,7 +97,7 @@ TEST_F(HandLogFile, IsReadWhileItIsWritten) {
         EXPECT_EQ(count, hands.size());
     }
     EXPECT_TRUE(log->close().ok());
-    EXPECT_TRUE(contents(path).starts_with("# two words\nSTATE:0:"));
+    EXPECT_TRUE(contents(path).starts_with("# tamarin match two words\nSTATE:0:"));
 }
 
 TEST_F(HandLogFile, ReplacesAnOlderOneWithItsFirstLine) {
@@ -103,16 +107,17 @@ TEST_F(HandLogFile, ReplacesAnOlderOneWithItsFirstLine) {
         EXPECT_TRUE(std::filesystem::exists(path));
     }
     EXPECT_FALSE(std::filesystem::exists(path)) << "nothing was written";
-    std::ofstream(path) << "an older and longer match\n";
+    const std::string older = "# tamarin match that was longer than the new one\n";
+    std::ofstream(path) << older;
     {
         auto log = HandLog::create(path);
         ASSERT_TRUE(log.ok());
     }
-    EXPECT_EQ(contents(path), "an older and longer match\n");
+    EXPECT_EQ(contents(path), older);
     auto log = HandLog::create(path);
     ASSERT_TRUE(log.ok());
-    ASSERT_TRUE(log->comment("new").ok());
-    EXPECT_EQ(contents(path), "# new\n");
+    ASSERT_TRUE(log->begin("new").ok());
+    EXPECT_EQ(contents(path), "# tamarin match new\n");
     EXPECT_TRUE(log->close().ok());
 }
 
@@ -137,7 +142,143 @@ TEST(HandLogErrors, AreReported) {
     EXPECT_FALSE(HandLog::create("/nonexistent/log").ok());
     auto full = HandLog::create("/dev/full");
     ASSERT_TRUE(full.ok());
-    const Status status = full->comment("x");
+    const Status status = full->begin("x");
     ASSERT_FALSE(status.ok());
     EXPECT_EQ(status.error(), "could not write /dev/full: No space left on device");
+}
+
+// A log was once written over whatever the path held.
+TEST_F(HandLogFile, RefusesWhatIsNoLog) {
+    for (const std::string& text :
+         {std::string("GAMEDEF\nlimit\n"), std::string("# tamarin matc"), std::string("\0", 1),
+          std::string("# a note\n# tamarin match kuhn\n"), std::string("STAT")}) {
+        std::ofstream(path) << text;
+        const auto log = HandLog::create(path);
+        ASSERT_FALSE(log.ok()) << text;
+        EXPECT_EQ(log.error(), path + " holds something else than a match log; name another file, "
+                                      "or remove it");
+        EXPECT_EQ(contents(path), text);
+    }
+    for (const char* text : {"", "STATE:7:crff:Qs|Ks|As:-1|2|-1:a|b|c\n", "# tamarin match "}) {
+        std::ofstream(path) << text;
+        EXPECT_TRUE(HandLog::create(path).ok()) << text;
+        EXPECT_EQ(contents(path), text);
+    }
+}
+
+// Two matches once wrote into one file.
+TEST_F(HandLogFile, BelongsToOneMatch) {
+    auto first = HandLog::create(path);
+    ASSERT_TRUE(first.ok());
+    const auto refused = [&] { return HandLog::create(path).error(); };
+    EXPECT_EQ(refused(), "could not write " + path + ": another match is writing it");
+    EXPECT_TRUE(std::filesystem::exists(path)) << "it is not the second's to remove";
+    ASSERT_TRUE(first->begin("one").ok());
+    EXPECT_EQ(refused(), "could not write " + path + ": another match is writing it");
+    EXPECT_EQ(contents(path), "# tamarin match one\n");
+    EXPECT_TRUE(first->close().ok());
+    EXPECT_TRUE(HandLog::create(path).ok());
+}
+
+// Opening a pipe waits for its reader, and no signal ended the wait.
+TEST_F(HandLogFile, APipeMustHaveItsReader) {
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    EXPECT_EQ(HandLog::create(path).error(),
+              "could not write " + path + ": nobody reads this pipe; start its reader first");
+    EXPECT_TRUE(std::filesystem::exists(path));
+    const int reader = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    auto log = HandLog::create(path);
+    ASSERT_TRUE(log.ok()) << log.error();
+    ASSERT_TRUE(log->begin("x").ok());
+    char text[64];
+    EXPECT_EQ(::read(reader, text, sizeof text), 18);
+    EXPECT_EQ(std::string(text, 18), "# tamarin match x\n");
+    EXPECT_TRUE(log->close().ok());
+    ::close(reader);
+}
+
+TEST_F(HandLogFile, ASlowReaderIsWaitedForAsLongAsOneLikes) {
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    const int reader = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    int asked = 0;
+    bool wait = false;
+    const std::string line(100000, 'x'); // more than a pipe holds
+    auto log = HandLog::create(path, [&] { return ++asked < 3 || wait; });
+    ASSERT_TRUE(log.ok());
+    EXPECT_EQ(log->begin(line).error(), "stopped while nobody reads " + path);
+    EXPECT_EQ(asked, 3);
+
+    wait = true;
+    std::string heard;
+    std::thread slow([&] {
+        char text[4096];
+        for (ssize_t size; heard.size() < 65536 + 100017 &&
+                           ((size = ::read(reader, text, sizeof text)) > 0 || errno == EAGAIN);)
+            heard.append(text, static_cast<size_t>(std::max<ssize_t>(size, 0)));
+    });
+    EXPECT_TRUE(log->begin(line).ok());
+    slow.join();
+    EXPECT_TRUE(heard.ends_with("# tamarin match " + line + "\n"));
+    ::close(reader);
+}
+
+namespace {
+
+// A disk with troubles of its own.
+class BadDisk : public FileSystem {
+public:
+    ssize_t write(int fd, const void* buffer, size_t size) override {
+        if (++writes % 2 == 1) {
+            errno = EINTR;
+            return -1;
+        }
+        return FileSystem::write(fd, buffer, std::min<size_t>(size, 3));
+    }
+    int close(int fd) override {
+        FileSystem::close(fd);
+        errno = closeError;
+        return closeError == 0 ? 0 : -1;
+    }
+    int flock(int fd, int operation) override {
+        if (lockError == 0)
+            return FileSystem::flock(fd, operation);
+        errno = lockError;
+        return -1;
+    }
+    int writes = 0;
+    int closeError = 0;
+    int lockError = 0;
+};
+
+} // namespace
+
+TEST_F(HandLogFile, LosesNothingToInterruptedAndShortWrites) {
+    BadDisk disk;
+    auto log = HandLog::create(
+        path, [] { return true; }, disk);
+    ASSERT_TRUE(log.ok());
+    ASSERT_TRUE(log->begin("of many pieces").ok());
+    EXPECT_EQ(contents(path), "# tamarin match of many pieces\n");
+    EXPECT_GT(disk.writes, 10);
+}
+
+TEST_F(HandLogFile, TellsWhatClosingFinds) {
+    BadDisk disk;
+    auto log = HandLog::create(
+        path, [] { return true; }, disk);
+    ASSERT_TRUE(log->begin("x").ok());
+    disk.closeError = EIO;
+    EXPECT_EQ(log->close().error(), "could not write " + path + ": Input/output error");
+    auto interrupted = HandLog::create(
+        path, [] { return true; }, disk);
+    disk.closeError = EINTR; // the descriptor is closed all the same
+    EXPECT_TRUE(interrupted->close().ok());
+}
+
+TEST_F(HandLogFile, DoesWithoutALockWhereThereAreNone) {
+    BadDisk disk;
+    disk.lockError = ENOLCK;
+    EXPECT_TRUE(HandLog::create(
+                    path, [] { return true; }, disk)
+                    .ok());
 }
