@@ -22,7 +22,8 @@ public:
 
 class RandomBot : public SimpleBot {
 public:
-    RandomBot(const char* gameFile, uint64_t seed) : SimpleBot(gameFile) {
+    RandomBot(const char* gameFile, uint64_t seed, SocketCalls& calls)
+        : SimpleBot(gameFile, calls) {
         uint32_t key[] = {static_cast<uint32_t>(seed), static_cast<uint32_t>(seed >> 32)};
         init_by_array(&generator_, key, 2);
     }
@@ -59,15 +60,16 @@ std::string botNames() {
     return names;
 }
 
-std::unique_ptr<PokerAgent> makeBot(const std::string& kind, const char* gameFile, uint64_t seed) {
+std::unique_ptr<PokerAgent> makeBot(const std::string& kind, const char* gameFile, uint64_t seed,
+                                    SocketCalls& calls) {
     if (kind == "call")
-        return std::make_unique<CallBot>(gameFile);
+        return std::make_unique<CallBot>(gameFile, calls);
     if (kind == "raise")
-        return std::make_unique<RaiseBot>(gameFile);
+        return std::make_unique<RaiseBot>(gameFile, calls);
     if (kind == "random")
-        return std::make_unique<RandomBot>(gameFile, seed);
+        return std::make_unique<RandomBot>(gameFile, seed, calls);
     if (kind == "rule")
-        return std::make_unique<RuleBot>(gameFile);
+        return std::make_unique<RuleBot>(gameFile, calls);
     return nullptr;
 }
 

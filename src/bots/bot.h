@@ -35,7 +35,9 @@ const std::vector<BotKind>& botKinds();
 std::string botNames();
 
 // A bot of that kind, not connected yet; null when there is no such kind. The seed is that of its
-// random numbers. A game file that cannot be read ends the process, as with every agent.
-std::unique_ptr<PokerAgent> makeBot(const std::string& kind, const char* gameFile, uint64_t seed);
+// random numbers. A game file that cannot be read ends the process, as with every agent; calls
+// carries the match and must outlive the bot.
+std::unique_ptr<PokerAgent> makeBot(const std::string& kind, const char* gameFile, uint64_t seed,
+                                    SocketCalls& calls = systemSockets());
 
 } // namespace tamarin

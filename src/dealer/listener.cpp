@@ -1,11 +1,8 @@
 #include "dealer/listener.h"
 
-#include "support/net.h"
-
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -13,33 +10,33 @@
 
 namespace tamarin {
 
-Result<Listener> Listener::local() {
+Result<Listener> Listener::at(const std::string& address, uint16_t port) {
+    // Those who connect without meaning to play must not keep the player out of the queue.
+    constexpr int queueLength = 1024;
+    const auto failed = [&] {
+        return Error{"could not listen on " + address + ":" + std::to_string(port) + ": " +
+                     std::strerror(errno)};
+    };
     const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (fd < 0)
-        return Error{std::string{"could not open a socket: "} + std::strerror(errno)};
-    Listener listener(fd, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = 0;
-    socklen_t length = sizeof address;
-    if (::bind(fd, reinterpret_cast<sockaddr*>(&address), length) != 0 || ::listen(fd, 8) != 0 ||
-        ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) != 0)
-        return Error{std::string{"could not listen on the loopback interface: "} +
-                     std::strerror(errno)};
-    listener.port_ = ntohs(address.sin_port);
+        return failed();
+    Listener listener(fd, port);
+    // A port whose connections of an earlier match still linger is free all the same.
+    const int yes = 1;
+    if (port != 0)
+        ::setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_port = htons(port);
+    if (::inet_pton(AF_INET, address.c_str(), &place.sin_addr) != 1)
+        return Error{"'" + address + "' is no IPv4 address"};
+    socklen_t length = sizeof place;
+    if (::bind(fd, reinterpret_cast<sockaddr*>(&place), length) != 0 ||
+        ::listen(fd, queueLength) != 0 ||
+        ::getsockname(fd, reinterpret_cast<sockaddr*>(&place), &length) != 0)
+        return failed();
+    listener.port_ = ntohs(place.sin_port);
     return listener;
-}
-
-Result<Listener> Listener::everywhere(uint16_t port) {
-    const uint16_t wanted = port;
-    const int fd = getListenSocket(&port);
-    if (fd < 0)
-        return Error{"could not listen on port " + std::to_string(wanted) + ": " +
-                     std::strerror(errno)};
-    fcntl(fd, F_SETFD, FD_CLOEXEC);
-    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
-    return Listener(fd, port);
 }
 
 Listener::Listener(Listener&& other) noexcept
@@ -68,7 +65,7 @@ std::optional<Listener::Visitor> Listener::accept() {
         return std::nullopt;
     char text[INET_ADDRSTRLEN] = "?";
     ::inet_ntop(AF_INET, &address.sin_addr, text, sizeof text);
-    return Visitor{fd, std::string{text} + ":" + std::to_string(ntohs(address.sin_port))};
+    return Visitor{fd, text, ntohs(address.sin_port)};
 }
 
 } // namespace tamarin

@@ -9,12 +9,14 @@
 
 namespace tamarin {
 
+inline constexpr const char* loopbackAddress = "127.0.0.1";
+
 class Listener {
 public:
-    // A free port that only this machine can reach.
-    static Result<Listener> local();
-    // The given port on all interfaces; 0 picks one.
-    static Result<Listener> everywhere(uint16_t port);
+    // A port of one IPv4 address of this machine, or of all with "0.0.0.0"; port 0 picks a free
+    // one. On the loopback address only this machine can reach it.
+    static Result<Listener> at(const std::string& address, uint16_t port);
+    static Result<Listener> local() { return at(loopbackAddress, 0); }
 
     Listener(Listener&& other) noexcept;
     Listener& operator=(Listener&& other) noexcept;
@@ -25,7 +27,8 @@ public:
 
     struct Visitor {
         int fd; // close-on-exec; the caller's to close
-        std::string address;
+        std::string host;
+        uint16_t port;
     };
     // Somebody who has connected, without waiting.
     std::optional<Visitor> accept();

@@ -45,7 +45,7 @@ void waitForEnds(std::vector<Player>& players, Duration limit) {
 } // namespace
 
 void servePlayers(std::span<Player> players, Duration atMost, std::span<const int> extra) {
-    constexpr size_t mostFds = 128;
+    constexpr size_t mostFds = 256;
     pollfd fds[mostFds];
     nfds_t count = 0;
     const auto add = [&](int fd, short events) {

@@ -1,5 +1,8 @@
 #include "dealer/seat.h"
 
+#include "dealer/listener.h"
+
+#include <arpa/inet.h>
 #include <charconv>
 #include <string_view>
 
@@ -38,7 +41,14 @@ Result<Seat> parseSeat(const std::string& text) {
     }
     if (what.starts_with("listen:")) {
         seat.kind = SeatKind::listen;
-        const char* begin = what.data() + 7;
+        const size_t colon = what.rfind(':');
+        seat.address = colon == 6 ? loopbackAddress : what.substr(7, colon - 7);
+        in_addr address{};
+        if (::inet_pton(AF_INET, seat.address.c_str(), &address) != 1)
+            return Error{"seat '" + text +
+                         "': write listen:PORT or listen:ADDRESS:PORT with an IPv4 address, "
+                         "0.0.0.0 for all"};
+        const char* begin = what.data() + colon + 1;
         const char* end = what.data() + what.size();
         const auto [rest, error] = std::from_chars(begin, end, seat.port);
         if (error != std::errc{} || rest != end)

@@ -3,7 +3,10 @@
 //   NAME=COMMAND        a player started here: a shell command, run in the playing directory with
 //                       the game, host and port appended
 //   NAME=bot:KIND       a simple opponent in a process of its own
-//   NAME=listen:PORT    a player from elsewhere that the dealer waits for; port 0 picks one
+//   NAME=listen:[ADDRESS:]PORT
+//                       a player that somebody else starts and the dealer waits for, at an IPv4
+//                       address of this machine: on this machine alone when none is given, from
+//                       everywhere with 0.0.0.0; port 0 picks one
 #pragma once
 
 #include "support/result.h"
@@ -20,6 +23,7 @@ struct Seat {
     SeatKind kind = SeatKind::command;
     std::string command; // of a command
     std::string bot;     // kind of a bot
+    std::string address; // of a listening seat
     uint16_t port = 0;   // of a listening seat
 };
 

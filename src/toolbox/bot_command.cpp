@@ -1,7 +1,9 @@
 // tamarin bot: plays a match as a simple opponent, against any dealer of the protocol.
 #include "bots/bot.h"
+#include "bots/token_greeting.h"
 #include "toolbox/commands.h"
 #include "toolbox/playing_directory.h"
+#include "toolbox/token_option.h"
 
 #include <csignal>
 #include <random>
@@ -16,6 +18,7 @@ struct Options {
     std::string host;
     uint16_t port = 0;
     uint64_t seed = 0;
+    TokenOption token;
 };
 
 int play(const Options& options, bool seeded) {
@@ -26,7 +29,8 @@ int play(const Options& options, bool seeded) {
     if (!gameFile)
         return fail(gameFile.error());
     const uint64_t seed = seeded ? options.seed : std::random_device{}();
-    const auto bot = makeBot(options.kind, gameFile->c_str(), seed);
+    TokenGreeting calls(readToken(options.token));
+    const auto bot = makeBot(options.kind, gameFile->c_str(), seed, calls);
     if (!bot)
         throw UsageError(fmt::format("there is no bot '{}', only {}", options.kind, botNames()));
     if (!bot->connect(options.host.c_str(), options.port))
@@ -53,6 +57,7 @@ void addBotCommand(CLI::App& app, int& status) {
     CLI::Option* seed = addSeedOption(command, options->seed)
                             ->description("Seed of the bot's draws; from the system when not given")
                             ->default_str("");
+    addTokenOptions(command, options->token, "What to say to a dealer that asks for a token");
     command.callback([options, seed, &status] { status = play(*options, seed->count() > 0); });
 }
 

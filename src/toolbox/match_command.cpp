@@ -9,6 +9,7 @@
 #include "toolbox/commands.h"
 #include "toolbox/match_report.h"
 #include "toolbox/playing_directory.h"
+#include "toolbox/token_option.h"
 
 #include <cmath>
 #include <filesystem>
@@ -21,6 +22,7 @@ namespace {
 struct Options {
     std::string game;
     std::vector<std::string> seats;
+    TokenOption token;
     uint64_t hands = 1000;
     uint64_t seed = 1;
     bool duplicate = false;
@@ -80,7 +82,10 @@ Result<std::vector<SeatPlan>> planSeats(const Options& options, const std::vecto
         const Seat& seat = seats[i];
         SeatPlan plan;
         plan.name = seat.name;
-        plan.port = seat.port;
+        if (seat.kind == SeatKind::listen) {
+            plan.address = seat.address;
+            plan.port = seat.port;
+        }
         if (seat.kind != SeatKind::listen) {
             Child::Command command;
             if (options.verbose)
@@ -157,9 +162,15 @@ int match(const Options& options) {
                  seats.size());
     }
 
+    SeatingOptions seating;
+    seating.token = readToken(options.token);
+    if (!seating.token.empty() &&
+        std::ranges::none_of(seats, [](const Seat& seat) { return seat.kind == SeatKind::listen; }))
+        throw UsageError("a token is for seats NAME=listen:PORT, and there is none");
+
     std::optional<HandLog> log;
     if (!options.log.empty()) {
-        auto created = HandLog::create(options.log);
+        auto created = HandLog::create(options.log, [] { return !interrupted(); });
         if (!created)
             return fail(created.error());
         log = std::move(*created);
@@ -168,7 +179,6 @@ int match(const Options& options) {
     const auto plans = planSeats(options, seats, *gameFile);
     if (!plans)
         return fail(plans.error());
-    SeatingOptions seating;
     seating.startLimit = fromSeconds(options.startLimit);
     seating.notice = [](const std::string& text) { complain(text); };
     seating.keepWaiting = [] { return !interrupted(); };
@@ -179,8 +189,8 @@ int match(const Options& options) {
     }
 
     if (log)
-        if (Status status = log->comment(
-                fmt::format("tamarin match {} seed {} {}", bareName(*gameFile), options.seed,
+        if (Status status = log->begin(
+                fmt::format("{} seed {} {}", bareName(*gameFile), options.seed,
                             options.duplicate ? "duplicate"
                                               : (options.fixedSeats ? "fixed seats" : "rotated")));
             !status)
@@ -239,7 +249,9 @@ void addMatchCommand(CLI::App& app, int& status) {
         "A seat is NAME=COMMAND (a shell command, run in --dir with the game, host and port\n"
         "appended; programs beside tamarin are found first), NAME=bot:KIND (" +
             botNames() +
-            ")\nor NAME=listen:PORT (a player from elsewhere, waited for on all interfaces).\n"
+            ")\nor NAME=listen:[ADDRESS:]PORT (a player that somebody else starts; on this machine "
+            "alone\n"
+            "unless an address is given, 0.0.0.0 for all).\n"
             "Players move on by one seat every hand unless --fixed-seats is given. Chips per hand\n"
             "and milli-big-blinds per hand (mbb, of the largest blind) come with 95 % intervals.\n"
             "After Ctrl-C the result so far is reported.");
@@ -252,6 +264,8 @@ void addMatchCommand(CLI::App& app, int& status) {
         ->type_name("NAME=PLAYER")
         ->default_str("")
         ->required();
+    addTokenOptions(command, options->token,
+                    "What players must say on the ports of NAME=listen seats");
     command.add_option("--hands", options->hands, "Hands to play")
         ->check(CLI::Range(uint64_t{1}, uint64_t{UINT32_MAX}))
         ->type_name("N");

@@ -27,8 +27,15 @@ class Client {
 public:
     static constexpr int patience = 10000; // milliseconds; a test that waits longer has failed
 
-    explicit Client(uint16_t port) : fd_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    // from is the loopback address to connect from: each stands for another machine.
+    explicit Client(uint16_t port, uint32_t from = INADDR_LOOPBACK)
+        : fd_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
         sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(from);
+        if (from != INADDR_LOOPBACK)
+            ::bind(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address);
+        address = {};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         address.sin_port = htons(port);
@@ -71,6 +78,12 @@ public:
                 return {};
             received_.append(buffer, static_cast<size_t>(n));
         }
+    }
+
+    // Whether the other side has closed, without waiting.
+    bool closedByPeer() const {
+        char byte;
+        return ::recv(fd_, &byte, 1, MSG_DONTWAIT | MSG_PEEK) == 0;
     }
 
     // Lines read so far that ended with "\r\n".

@@ -25,6 +25,21 @@ TEST(BotCommand, PlaysUntilTheDealerCloses) {
     EXPECT_EQ(bot.out() + bot.err(), "");
 }
 
+TEST(BotCommand, SaysItsToken) {
+    const Scratch scratch;
+    LoopbackDealer dealer;
+    Process bot(tamarinCommand({"bot", "call", kuhn, "127.0.0.1", std::to_string(dealer.port()),
+                                "--token", "s3cret"}),
+                scratch.path());
+    ASSERT_TRUE(dealer.accept());
+    EXPECT_EQ(dealer.readLine(), "#token s3cret\n");
+    EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
+    dealer.send("MATCHSTATE:0:0::As||\r\n");
+    EXPECT_EQ(dealer.readLine(), "MATCHSTATE:0:0::As||:c\r\n");
+    dealer.hangUp();
+    EXPECT_EQ(bot.wait(), 0);
+}
+
 TEST(BotCommand, DiesOfASignalAtOnce) {
     const Scratch scratch;
     LoopbackDealer dealer;

@@ -187,13 +187,81 @@ TEST(MatchCommand, FarPlayersAreWaitedFor) {
         pause(10);
         notice = dealer.err();
     }
-    ASSERT_TRUE(notice.starts_with("tamarin: waiting for far on port ")) << notice;
+    ASSERT_TRUE(notice.starts_with("tamarin: waiting for far on 127.0.0.1 port ")) << notice;
     const Scratch elsewhere;
     const std::string port =
         notice.substr(notice.rfind(' ') + 1, notice.size() - notice.rfind(' ') - 2);
     EXPECT_EQ(runTamarin({"bot", "call", kuhn, "localhost", port}, elsewhere.path()).status, 0);
     EXPECT_EQ(dealer.wait(), 0);
     EXPECT_EQ(nlohmann::json::parse(dealer.out())["hands"], 10);
+}
+
+TEST(MatchCommand, ATokenKeepsOthersFromTheSeat) {
+    const Scratch scratch;
+    std::ofstream(scratch / "token") << "s3cret\n";
+    Process dealer(tamarinCommand(match({"--hands", "10", "--quiet", "--json", "--seat",
+                                         "far=listen:127.0.0.1:0", "--token-file", "token",
+                                         "--seat", "a=bot:call", "--seat", "b=bot:call"})),
+                   scratch.path());
+    std::string notice;
+    for (int i = 0; i < 500 && countLines(notice) == 0; ++i) {
+        pause(10);
+        notice = dealer.err();
+    }
+    const std::string port =
+        notice.substr(notice.rfind(' ') + 1, notice.size() - notice.rfind(' ') - 2);
+    const auto bot = [&](const std::vector<std::string>& more) {
+        return runTamarin(std::vector<std::string>{"bot", "call", kuhn, "localhost", port} + more,
+                          scratch.path())
+            .status;
+    };
+    EXPECT_EQ(bot({}), 0); // the dealer closes, and the match is over for it
+    EXPECT_EQ(bot({"--token", "secret"}), 0);
+    EXPECT_EQ(countLines(dealer.err()), 3) << dealer.err();
+    EXPECT_EQ(bot({"--token-file", "token"}), 0);
+    EXPECT_EQ(dealer.wait(), 0);
+    EXPECT_EQ(nlohmann::json::parse(dealer.out())["hands"], 10);
+    EXPECT_NE(dealer.err().find(", which gives no token\n"), std::string::npos);
+    EXPECT_NE(dealer.err().find(", which gives a wrong token\n"), std::string::npos);
+    EXPECT_EQ(dealer.err().find("cret"), std::string::npos);
+}
+
+// A player that floods its output once held the match up, and with --verbose everybody's terminal.
+TEST(MatchCommand, APlayerThatPrintsWithoutEndDisturbsNobody) {
+    const Ended run = runTamarin(
+        match({"--hands", "300", "--json", "--quiet", "--verbose", "--seat",
+               "a=yes & tamarin bot call", "--seat", "b=bot:rule", "--seat", "c=bot:random"}));
+    EXPECT_EQ(run.status, 0) << run.err.substr(0, 1000);
+    const auto json = nlohmann::json::parse(run.out);
+    EXPECT_EQ(json["hands"], 300);
+    for (const auto& player : json["players"])
+        for (const auto& [name, count] : player["faults"].items())
+            EXPECT_EQ(count, 0) << name;
+    EXPECT_LT(run.err.size(), 200000U);
+    EXPECT_NE(run.err.find("[a] (further output passed over: "), std::string::npos);
+}
+
+// A dealer that was stopped charged the player to act with its own sleep.
+TEST(MatchCommand, AStoppedDealerChargesNobody) {
+    const Scratch scratch;
+    Process dealer(tamarinCommand(match({"--hands", "1000000", "--action-limit", "0.3", "--json",
+                                         "--quiet", "--log", "log"}) +
+                                  threeBots),
+                   scratch.path());
+    for (int i = 0; i < 1000 && countLines(contents(scratch / "log")) < 100; ++i)
+        pause(10);
+    for (int i = 0; i < 3; ++i) {
+        kill(dealer.pid(), SIGSTOP);
+        pause(500);
+        kill(dealer.pid(), SIGCONT);
+        pause(20);
+    }
+    kill(dealer.pid(), SIGINT);
+    EXPECT_EQ(dealer.wait(), 130);
+    const auto json = nlohmann::json::parse(dealer.out());
+    for (const auto& player : json["players"])
+        for (const auto& [name, count] : player["faults"].items())
+            EXPECT_EQ(count, 0) << name;
 }
 
 TEST(MatchCommand, InterruptGivesTheResultSoFar) {
@@ -300,6 +368,8 @@ TEST(MatchCommand, WrongUsage) {
                      "--hands: Value 0 not in range 1 to 4294967295");
     expectUsageError(match({"--duplicate", "--fixed-seats"}) + threeBots,
                      "--duplicate excludes --fixed-seats");
+    expectUsageError(match({"--token", "s3cret"}) + threeBots,
+                     "a token is for seats NAME=listen:PORT, and there is none");
     expectUsageError(match({"--dir", "/nonexistent"}) + threeBots,
                      "--dir: Directory does not exist: /nonexistent");
 }
@@ -318,9 +388,10 @@ TEST(MatchCommand, KeepsAnOldLogUntilTheFirstHand) {
     const Scratch scratch;
     const std::vector<std::string> seats = {"--seat",     "a=exit 1", "--seat",
                                             "b=bot:call", "--seat",   "c=bot:call"};
-    std::ofstream(scratch / "log") << "an older match\n";
+    const std::string older = "# tamarin match before\n";
+    std::ofstream(scratch / "log") << older;
     EXPECT_EQ(runTamarin(match({"--log", "log"}) + seats, scratch.path()).status, 1);
-    EXPECT_EQ(contents(scratch / "log"), "an older match\n");
+    EXPECT_EQ(contents(scratch / "log"), older);
     EXPECT_EQ(runTamarin(match({"--log", "new"}) + seats, scratch.path()).status, 1);
     EXPECT_FALSE(std::filesystem::exists(scratch / "new"));
     EXPECT_EQ(
@@ -328,6 +399,35 @@ TEST(MatchCommand, KeepsAnOldLogUntilTheFirstHand) {
             .status,
         0);
     EXPECT_TRUE(contents(scratch / "log").starts_with("# tamarin match kuhn.limit.3p"));
+}
+
+TEST(MatchCommand, RefusesToWriteOverSomethingElse) {
+    const Scratch scratch;
+    std::ofstream(scratch / "my.game") << "GAMEDEF\n";
+    const Ended run = runTamarin(match({"--log", "my.game"}) + threeBots, scratch.path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "tamarin: my.game holds something else than a match log; name another "
+                       "file, or remove it\n");
+    EXPECT_EQ(contents(scratch / "my.game"), "GAMEDEF\n");
+}
+
+// What a file system tells when the file is closed once got lost. The library makes close() fail
+// for a file of this name.
+TEST(MatchCommand, LogThatCannotBeClosedIsAFailure) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "a sanitizer must be the first library";
+#endif
+    const Scratch scratch;
+    std::vector<std::string> command = {"/usr/bin/env", "LD_PRELOAD=" TAMARIN_FAILING_CLOSE};
+    Process process(command + tamarinCommand(match({"--hands", "30", "--quiet", "--json", "--log",
+                                                    "unclosable.log"}) +
+                                             threeBots),
+                    scratch.path());
+    EXPECT_EQ(process.wait(), 1);
+    EXPECT_EQ(process.err(), "tamarin: could not write unclosable.log: Input/output error\n");
+    const auto json = nlohmann::json::parse(process.out());
+    EXPECT_EQ(json["hands"], 30);
+    EXPECT_EQ(json["failure"], "could not write unclosable.log: Input/output error");
 }
 
 TEST(MatchCommand, LogThatCannotBeWrittenEndsTheMatch) {
