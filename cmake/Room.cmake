@@ -32,7 +32,7 @@ set(TAMARIN_TEST_ENVIRONMENT
 # "threads": ./check --tsan builds (as the target threaded_tests) and runs these alone.
 function(tamarin_test name)
     cmake_parse_arguments(TEST "SLOW;THREADS" "" "SOURCES;USES;LINKS" ${ARGN})
-    add_executable(test_${name} ${TEST_SOURCES})
+    add_executable(test_${name} ${TEST_SOURCES} $<TARGET_OBJECTS:tamarin_heard_signals>)
     target_link_libraries(test_${name} PRIVATE tamarin_flags GTest::gtest_main ${TEST_LINKS})
     if(NOT TEST_SLOW)
         # The work is done in the rooms, which keep their -O3; this compiles a fifth faster.

@@ -1,14 +1,29 @@
 #include "support/interrupt.h"
 
 #include <atomic>
+#include <cstdint>
 #include <initializer_list>
 #include <signal.h>
+#include <time.h>
 
 namespace tamarin {
 namespace {
 
+// One request to stop may come as several signals: timeout(1) sends its own to the process and then
+// to the process's group, a terminal and a script may both pass theirs on.
+constexpr int64_t sameRequest = 500'000'000; // nanoseconds
+
 std::atomic<int> firstSignal{0};
-static_assert(std::atomic<int>::is_always_lock_free, "the handler may touch nothing that locks");
+std::atomic<int64_t> firstTime{0};
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<int64_t>::is_always_lock_free,
+              "the handler may touch nothing that locks");
+
+// Nanoseconds by the steady clock, which a handler may read; never 0.
+int64_t steadyTime() {
+    timespec time = {};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec + 1;
+}
 
 // The second signal, of whichever kind, gets the action it would have had without us, so that the
 // parent sees a death by signal. The signal is blocked while its handler runs: unblock it first.
@@ -24,8 +39,11 @@ void endAtOnce(int signal) {
 }
 
 void handle(int signal) {
-    int none = 0;
-    if (!firstSignal.compare_exchange_strong(none, signal))
+    const int64_t now = steadyTime();
+    int64_t first = 0;
+    if (firstTime.compare_exchange_strong(first, now))
+        firstSignal.store(signal);
+    else if (now - first >= sameRequest)
         endAtOnce(signal);
 }
 

@@ -1,8 +1,9 @@
 // Stopping long work when a person or a system asks for it.
 //
 // The first SIGINT, SIGTERM or SIGHUP sets a flag that long work asks for at safe points; the work
-// saves what it has and returns, and the program exits with 128 + the signal's number. A second
-// signal ends the process at once.
+// saves what it has and returns, and the program exits with 128 + the signal's number. A signal
+// that comes half a second later or more ends the process at once; one that comes sooner is taken
+// for the same request.
 #pragma once
 
 namespace tamarin {

@@ -3,11 +3,13 @@
 #include "support/child_process.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <poll.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/time.h>
 #include <unistd.h>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -32,44 +34,43 @@ TEST(Interrupts, TheFirstSetsAFlag) {
     }
 }
 
-TEST(Interrupts, TheSecondEndsTheProcessAsItWouldHaveEnded) {
+// timeout(1) sends its signal to the process and to the process's group: that is one request, and
+// the process was once ended by the second half of it, its report unwritten.
+TEST(Interrupts, TwoAtOnceAreOne) {
     for (const int first : {SIGINT, SIGTERM, SIGHUP})
         for (const int second : {SIGINT, SIGTERM, SIGHUP}) {
             const ChildOutcome outcome = runInChild([=] {
                 handleInterrupts();
                 raise(first);
                 raise(second);
-                return 0;
+                usleep(100'000); // the time that a report takes
+                raise(second);
+                return interruptStatus();
             });
-            EXPECT_TRUE(outcome.killedBy(second)) << first << ' ' << second;
+            EXPECT_TRUE(outcome.exited(128 + first)) << first << ' ' << second;
         }
 }
 
 // The second one comes while the work that the first one asked to stop is still busy.
-TEST(Interrupts, TheSecondFromOutsideEndsABusyProcess) {
-    int ready[2];
-    ASSERT_EQ(pipe(ready), 0);
-    const pid_t child = startChild([&] {
-        handleInterrupts();
-        char byte = 1;
-        if (write(ready[1], &byte, 1) != 1)
-            return 1;
-        while (!interrupted())
-            usleep(1000);
-        if (write(ready[1], &byte, 1) != 1)
-            return 1;
-        for (;;)
-            usleep(1000);
-    });
-    char byte;
-    ASSERT_EQ(read(ready[0], &byte, 1), 1);
-    kill(child, SIGINT);
-    ASSERT_EQ(read(ready[0], &byte, 1), 1);
-    kill(child, SIGINT);
-    const int status = waitForChild(child);
-    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT);
-    close(ready[0]);
-    close(ready[1]);
+TEST(Interrupts, ALaterOneEndsTheProcessAsItWouldHaveEnded) {
+    struct Stopping {
+        int second;
+        pid_t child;
+    };
+    std::vector<Stopping> all; // at once: each takes a second
+    for (const int first : {SIGINT, SIGTERM, SIGHUP})
+        for (const int second : {SIGINT, SIGTERM, SIGHUP})
+            all.push_back({second, startChild([=] {
+                               handleInterrupts();
+                               raise(first);
+                               usleep(1'000'000);
+                               raise(second);
+                               return 0;
+                           })});
+    for (const Stopping& stopping : all) {
+        const int status = waitForChild(stopping.child);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == stopping.second) << status;
+    }
 }
 
 TEST(Interrupts, WakeAWaitingProcess) {
@@ -98,6 +99,21 @@ TEST(Interrupts, LeaveIgnoredSignalsIgnored) {
         return interrupted() ? 1 : 0;
     });
     EXPECT_TRUE(outcome.exited(0));
+}
+
+// A script's background jobs ignore SIGINT, and what they start inherits that. Tests that stop a
+// program by it would wait for ever.
+TEST(Interrupts, ReachTestsThatWereStartedDeaf) {
+    const pid_t child = startChild([] {
+        for (const int ignored : {SIGINT, SIGTERM, SIGHUP, SIGCHLD})
+            signal(ignored, SIG_IGN);
+        if (std::freopen("/dev/null", "w", stdout) == nullptr)
+            return 1;
+        return execl("/proc/self/exe", "test_support",
+                     "--gtest_filter=Interrupts.TheFirstSetsAFlag", nullptr);
+    });
+    const int status = waitForChild(child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
 }
 
 TEST(BrokenPipes, AreErrorsOfACall) {

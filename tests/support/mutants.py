@@ -62,6 +62,8 @@ MUTANTS = [
     ("SIGXFSZ not ignored", "interrupt.cpp", "ignore(SIGXFSZ);", "", "BrokenPipes*:" + FILES),
     ("second signal swallowed", "interrupt.cpp", "        endAtOnce(signal);", "        {}",
      "Interrupts*", "void endAtOnce", "[[maybe_unused]] void endAtOnce"),
+    ("one request taken for two", "interrupt.cpp", "now - first >= sameRequest", "now >= first",
+     "Interrupts*", "constexpr int64_t sameRequest", "[[maybe_unused]] constexpr int64_t sameRequest"),
     ("lock skipped", "lock.cpp",
      "flock(fd, LOCK_EX | LOCK_NB) != 0", "fd < 0", "FileLock*"),
     ("replaced lock file trusted", "lock.cpp", "!stillNamed(fd, path)", "false", "FileLock*",
