@@ -96,7 +96,7 @@ template bool usableTable<uint8_t>(const std::string&, size_t, const EntryLimits
 
 void setTableAside(const std::string& path, const std::string& problem) {
     std::fprintf(stderr, "ERROR: %s %s: rebuilding it\n", path.c_str(), problem.c_str());
-    if (const Status moved = setAsideBadFile(path); !moved)
+    if (const auto moved = setAsideBadFile(path); !moved)
         std::fprintf(stderr, "WARNING: %s\n", moved.error().c_str());
 }
 

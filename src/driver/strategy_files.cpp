@@ -12,7 +12,7 @@ namespace tamarin {
 namespace {
 
 void keepAside(const std::string& path) {
-    const Status moved = setAsideBadFile(path);
+    const auto moved = setAsideBadFile(path);
     std::fprintf(stderr, "ERROR: %s is no strategy of this game: %s\n", path.c_str(),
                  moved ? "rebuilding it, the bad file is kept beside it as .bad"
                        : moved.error().c_str());

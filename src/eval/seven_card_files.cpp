@@ -42,7 +42,7 @@ Result<bool> clearTheWay(const std::string& path, const Result<TableFileCheck>& 
         return Error{check.error()};
     if (check->state == TableFileState::bad) {
         std::fprintf(stderr, "ERROR: %s: rebuilding it\n", check->problem.c_str());
-        if (Status moved = setAsideBadFile(path); !moved)
+        if (const auto moved = setAsideBadFile(path); !moved)
             return Error{moved.error()};
     }
     return force || check->state != TableFileState::good;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/mman.h>
@@ -215,11 +216,50 @@ Status makeDirectories(const std::string& path, FileSystem& files) {
     }
 }
 
-Status setAsideBadFile(const std::string& path) {
-    const std::string aside = path + ".bad";
-    if (::rename(path.c_str(), aside.c_str()) != 0)
-        return failure(path, ("move it to " + aside).c_str(), errno);
-    return {};
+namespace {
+
+// Gives the file the first name of PATH.bad, PATH.bad.2, ... that is free. take(name) is a call
+// that fails with EEXIST where it is not.
+template <class Take>
+Result<std::string> asBadFile(const std::string& path, const Take& take) {
+    for (int number = 1;; ++number) {
+        std::string name = path + ".bad";
+        if (number > 1)
+            name += "." + std::to_string(number);
+        if (take(name.c_str()) == 0)
+            return name;
+        if (errno != EEXIST)
+            return failure(path, ("move it to " + name).c_str(), errno);
+    }
+}
+
+// rename() that replaces nothing, which some file systems cannot do in one step.
+int moveToFreeName(const char* from, const char* to) {
+    if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0)
+        return 0;
+    if (errno != EINVAL && errno != ENOSYS)
+        return -1;
+    struct stat about = {};
+    if (::lstat(to, &about) == 0) {
+        errno = EEXIST;
+        return -1;
+    }
+    return ::rename(from, to);
+}
+
+} // namespace
+
+Result<std::string> setAsideBadFile(const std::string& path) {
+    return asBadFile(path, [&](const char* name) { return moveToFreeName(path.c_str(), name); });
+}
+
+Result<std::string> keepBeside(const std::string& path) {
+    return asBadFile(path, [&](const char* name) {
+        // A link is followed: the file behind it is what will be replaced.
+        if (::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0)
+            return 0;
+        return errno == EEXIST || errno == ENOENT ? -1 : moveToFreeName(path.c_str(), name);
+    });
 }
 
 } // namespace tamarin

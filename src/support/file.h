@@ -133,7 +133,13 @@ private:
 // Makes a directory and those above it; an existing one is success.
 Status makeDirectories(const std::string& path, FileSystem& files = systemFiles());
 
-// Moves a bad file out of the way, to PATH.bad (replacing an older one), for a person to look at.
-Status setAsideBadFile(const std::string& path);
+// Moves a bad file out of the way, for a person to look at, and returns its new name: PATH.bad, or
+// PATH.bad.2, PATH.bad.3 and so on. Nothing is ever replaced: what is bad to one program may be
+// what a person wants back.
+Result<std::string> setAsideBadFile(const std::string& path);
+
+// The same for a file that is about to be replaced: it gets the new name and keeps its own until
+// then, so that a stop in between loses nothing. Where there are no hard links it is moved.
+Result<std::string> keepBeside(const std::string& path);
 
 } // namespace tamarin

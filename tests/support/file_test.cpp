@@ -284,13 +284,61 @@ TEST(MakeDirectories, SaysWhatIsInTheWay) {
 TEST(SetAsideBadFile, KeepsTheFileForAPerson) {
     const TempDirectory directory;
     putContents(directory.file("table"), "bad");
-    putContents(directory.file("table.bad"), "older");
-    ASSERT_TRUE(setAsideBadFile(directory.file("table")).ok());
+    const auto aside = setAsideBadFile(directory.file("table"));
+    ASSERT_TRUE(aside.ok()) << aside.error();
+    EXPECT_EQ(*aside, directory.file("table.bad"));
     EXPECT_EQ(directory.names(), std::set<std::string>{"table.bad"});
     EXPECT_EQ(contentsOf(directory.file("table.bad")), "bad");
-    const Status status = setAsideBadFile(directory.file("table"));
-    ASSERT_FALSE(status.ok());
-    EXPECT_TRUE(contains(status.error(), directory.file("table")));
+    const auto gone = setAsideBadFile(directory.file("table"));
+    ASSERT_FALSE(gone.ok());
+    EXPECT_TRUE(contains(gone.error(), directory.file("table")));
+}
+
+// A second bad file once replaced the first, which had been good.
+TEST(SetAsideBadFile, ReplacesNothing) {
+    const TempDirectory directory;
+    const std::vector<std::string> names = {"table.bad", "table.bad.2", "table.bad.3"};
+    for (const std::string& name : names) {
+        putContents(directory.file("table"), "for " + name);
+        const auto aside = setAsideBadFile(directory.file("table"));
+        ASSERT_TRUE(aside.ok()) << aside.error();
+        EXPECT_EQ(*aside, directory.file(name));
+    }
+    EXPECT_EQ(directory.names(), (std::set<std::string>(names.begin(), names.end())));
+    for (const std::string& name : names)
+        EXPECT_EQ(contentsOf(directory.file(name)), "for " + name);
+    // Nor what a name points to, though there is nothing.
+    ASSERT_EQ(symlink("nowhere", directory.file("other.bad").c_str()), 0);
+    putContents(directory.file("other"), "bad");
+    EXPECT_EQ(*setAsideBadFile(directory.file("other")), directory.file("other.bad.2"));
+}
+
+TEST(KeepBeside, LeavesTheFileInPlaceUntilItIsReplaced) {
+    const TempDirectory directory;
+    const std::string path = directory.file("strategy");
+    putContents(path, "old");
+    putContents(path + ".bad", "older");
+    const auto kept = keepBeside(path);
+    ASSERT_TRUE(kept.ok()) << kept.error();
+    EXPECT_EQ(*kept, path + ".bad.2");
+    EXPECT_EQ(contentsOf(path), "old");
+    ASSERT_TRUE(writeWholeFile(path, "new").ok());
+    EXPECT_EQ(contentsOf(path), "new");
+    EXPECT_EQ(contentsOf(path + ".bad.2"), "old");
+    EXPECT_EQ(contentsOf(path + ".bad"), "older");
+    const auto absent = keepBeside(directory.file("absent"));
+    ASSERT_FALSE(absent.ok());
+    EXPECT_TRUE(contains(absent.error(), directory.file("absent")));
+}
+
+TEST(KeepBeside, KeepsWhatALinkLeadsTo) {
+    const TempDirectory directory;
+    putContents(directory.file("far"), "old");
+    ASSERT_EQ(symlink("far", directory.file("strategy").c_str()), 0);
+    ASSERT_TRUE(keepBeside(directory.file("strategy")).ok());
+    ASSERT_TRUE(writeWholeFile(directory.file("strategy"), "new").ok()); // behind the link
+    EXPECT_EQ(contentsOf(directory.file("far")), "new");
+    EXPECT_EQ(contentsOf(directory.file("strategy.bad")), "old");
 }
 
 } // namespace
