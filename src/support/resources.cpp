@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 namespace tamarin {
 
@@ -20,31 +21,46 @@ uint64_t machineMemory() {
     return 0;
 }
 
-// Where the process stands among the groups of version 2: the line "0::PATH"; empty without any.
-std::string ownGroup() {
-    std::ifstream file("/proc/self/cgroup");
-    for (std::string line; std::getline(file, line);)
-        if (line.starts_with("0::/"))
-            return line.substr(3);
-    return "";
-}
+// How a version of the control groups names what is asked of it.
+struct GroupFiles {
+    const char* limit;
+    const char* used;
+    // Pages of files that can be dropped, those of the groups below included, as the use includes
+    // them.
+    const char* activeFiles;
+    const char* inactiveFiles;
+};
+constexpr GroupFiles versions[] = {
+    {"memory.max", "memory.current", "active_file", "inactive_file"},
+    {"memory.limit_in_bytes", "memory.usage_in_bytes", "total_active_file", "total_inactive_file"},
+};
 
 // Of one group alone.
 uint64_t leftIn(const std::filesystem::path& group) {
-    uint64_t limit = 0;
-    uint64_t used = 0;
-    // No limit is the word "max".
-    if (!(std::ifstream(group / "memory.max") >> limit) ||
-        !(std::ifstream(group / "memory.current") >> used))
-        return UINT64_MAX;
-    std::ifstream statistics(group / "memory.stat");
-    std::string label;
-    uint64_t droppable = 0;
-    for (uint64_t bytes = 0; statistics >> label >> bytes;)
-        if (label == "active_file" || label == "inactive_file")
-            droppable += bytes;
-    used -= std::min(used, droppable);
-    return limit - std::min(limit, used);
+    for (const GroupFiles& files : versions) {
+        uint64_t limit = 0;
+        uint64_t used = 0;
+        // No limit is the word "max", and in the first version a number beyond any memory.
+        if (!(std::ifstream(group / files.limit) >> limit) ||
+            !(std::ifstream(group / files.used) >> used))
+            continue;
+        if (limit >= uint64_t{1} << 62)
+            continue;
+        std::ifstream statistics(group / "memory.stat");
+        std::string label;
+        uint64_t droppable = 0;
+        for (uint64_t bytes = 0; statistics >> label >> bytes;)
+            if (label == files.activeFiles || label == files.inactiveFiles)
+                droppable += bytes;
+        used -= std::min(used, droppable);
+        return limit - std::min(limit, used);
+    }
+    return UINT64_MAX;
+}
+
+// Whether "cpu,memory" names the memory.
+bool namesMemory(const std::string& controllers) {
+    return ("," + controllers + ",").find(",memory,") != std::string::npos;
 }
 
 } // namespace
@@ -60,12 +76,29 @@ uint64_t memoryLeftInGroup(const std::string& mount, const std::string& group) {
     return left;
 }
 
+uint64_t memoryLeftInGroups(const std::string& mounts, const std::string& membership) {
+    uint64_t left = UINT64_MAX;
+    std::istringstream lines(membership);
+    for (std::string line; std::getline(lines, line);) {
+        const size_t first = line.find(':');
+        const size_t second = line.find(':', first == std::string::npos ? first : first + 1);
+        if (second == std::string::npos)
+            continue;
+        const std::string controllers = line.substr(first + 1, second - first - 1);
+        const std::string group = line.substr(second + 1);
+        if (controllers.empty())
+            left = std::min(left, memoryLeftInGroup(mounts, group));
+        else if (namesMemory(controllers))
+            left = std::min(left, memoryLeftInGroup(mounts + "/" + controllers, group));
+    }
+    return left;
+}
+
 uint64_t availableMemory() {
     const uint64_t machine = machineMemory();
-    const std::string group = ownGroup();
-    if (group.empty())
-        return machine;
-    const uint64_t left = memoryLeftInGroup("/sys/fs/cgroup", group);
+    std::ostringstream membership;
+    membership << std::ifstream("/proc/self/cgroup").rdbuf();
+    const uint64_t left = memoryLeftInGroups("/sys/fs/cgroup", membership.str());
     if (machine == 0)
         return left == UINT64_MAX ? 0 : left;
     // 0 would mean that nothing is known.

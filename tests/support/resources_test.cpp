@@ -17,30 +17,73 @@ TEST(Resources, KnowsWhatTheMachineHas) {
     EXPECT_GT(freeDisk("/tmp/there/is/no/such/path"), 0U);
 }
 
+namespace {
+
+// The files of control groups, in a directory of their own.
+class Groups {
+public:
+    const std::string& mount() const { return directory_.path(); }
+    void write(const std::string& group, const char* name, const std::string& text) const {
+        std::filesystem::create_directories(mount() + group);
+        std::ofstream(mount() + group + "/" + name) << text << "\n";
+    }
+
+private:
+    test::TempDirectory directory_;
+};
+
+} // namespace
+
 // The limits of containers were once not looked at.
 TEST(Resources, TakesTheSmallestLimitOfTheControlGroups) {
-    const test::TempDirectory directory;
-    const std::string mount = directory.path();
-    const auto write = [&](const std::string& group, const char* name, const std::string& text) {
-        std::filesystem::create_directories(mount + group);
-        std::ofstream(mount + group + "/" + name) << text << "\n";
-    };
-    write("/outer/inner", "memory.max", "max");
+    const Groups groups;
+    const std::string& mount = groups.mount();
+    groups.write("/outer/inner", "memory.max", "max");
     EXPECT_EQ(memoryLeftInGroup(mount, "/outer/inner"), UINT64_MAX);
-    write("/outer", "memory.max", "1000");
-    write("/outer", "memory.current", "700");
+    groups.write("/outer", "memory.max", "1000");
+    groups.write("/outer", "memory.current", "700");
     EXPECT_EQ(memoryLeftInGroup(mount, "/outer/inner"), 300U);
     EXPECT_EQ(memoryLeftInGroup(mount, "/"), UINT64_MAX);
     // File pages give way.
-    write("/outer", "memory.stat", "anon 500\nactive_file 150\ninactive_file 50");
+    groups.write("/outer", "memory.stat", "anon 500\nactive_file 150\ninactive_file 50");
     EXPECT_EQ(memoryLeftInGroup(mount, "/outer/inner"), 500U);
-    write("/outer/inner", "memory.max", "100");
-    write("/outer/inner", "memory.current", "120");
+    groups.write("/outer/inner", "memory.max", "100");
+    groups.write("/outer/inner", "memory.current", "120");
     EXPECT_EQ(memoryLeftInGroup(mount, "/outer/inner"), 0U);
     // A container sees its own group as the root.
-    write("", "memory.max", "90");
-    write("", "memory.current", "40");
+    groups.write("", "memory.max", "90");
+    groups.write("", "memory.current", "40");
     EXPECT_EQ(memoryLeftInGroup(mount, "/"), 50U);
+}
+
+// Older systems, and containers on them, have the first version, which was once not looked at.
+TEST(Resources, ReadsTheFirstVersionOfTheControlGroups) {
+    const Groups groups;
+    const std::string& mount = groups.mount();
+    groups.write("/job", "memory.limit_in_bytes", "9223372036854771712"); // no limit
+    groups.write("/job", "memory.usage_in_bytes", "700");
+    EXPECT_EQ(memoryLeftInGroup(mount, "/job"), UINT64_MAX);
+    groups.write("/job", "memory.limit_in_bytes", "1000");
+    groups.write("/job", "memory.stat",
+                 "active_file 7\ninactive_file 11\ntotal_active_file 150\ntotal_inactive_file 50");
+    EXPECT_EQ(memoryLeftInGroup(mount, "/job"), 500U);
+}
+
+TEST(Resources, FindsTheGroupsThatAProcessIsIn) {
+    const Groups groups;
+    const std::string& mount = groups.mount();
+    EXPECT_EQ(memoryLeftInGroups(mount, ""), UINT64_MAX);
+    EXPECT_EQ(memoryLeftInGroups(mount, "nonsense\n:\n::\n"), UINT64_MAX);
+    groups.write("/memory/a", "memory.limit_in_bytes", "1000");
+    groups.write("/memory/a", "memory.usage_in_bytes", "1");
+    groups.write("/cpu,memory/c:d", "memory.limit_in_bytes", "500");
+    groups.write("/cpu,memory/c:d", "memory.usage_in_bytes", "2");
+    groups.write("/b", "memory.max", "100");
+    groups.write("/b", "memory.current", "3");
+    EXPECT_EQ(memoryLeftInGroups(mount, "9:cpu:/a\n5:memory:/a\n0::/\n"), 999U);
+    EXPECT_EQ(memoryLeftInGroups(mount, "5:cpu,memory:/c:d\n"), 498U);
+    EXPECT_EQ(memoryLeftInGroups(mount, "5:memory:/a\n0::/b\n"), 97U);
+    EXPECT_EQ(memoryLeftInGroups(mount, "4:memoryhog:/a\n1:name=systemd:/b\n"), UINT64_MAX);
 }
 
 TEST(Resources, RefusesWithTheFigures) {
