@@ -95,14 +95,18 @@ Result<EquityAnswer> answerEquity(const EquityQuestion& question, const EquityOp
             return Error{"an exact answer takes at most two random opponents, not " +
                          std::to_string(question.randomOpponents) + "; sample with --deals N"};
         if (possible) {
-            const Result<std::vector<Matchup>> all = matchups(question.players, question.board);
+            // Where nobody insists, looking for match-ups ends when they are clearly too many.
+            const double each = secondsPerMatchup(question.players.size(), question.board,
+                                                  question.randomOpponents);
+            const size_t most = options.method == EquityMethod::exact
+                                    ? SIZE_MAX
+                                    : static_cast<size_t>(patience / each) + 1;
+            const Result<std::vector<Matchup>> all =
+                matchups(question.players, question.board, most);
             if (!all && options.method == EquityMethod::exact)
                 return Error{all.error()};
             if (all && (options.method == EquityMethod::exact ||
-                        static_cast<double>(all->size()) *
-                                secondsPerMatchup(question.players.size(), question.board,
-                                                  question.randomOpponents) <=
-                            patience))
+                        static_cast<double>(all->size()) * each <= patience))
                 return answerExactly(question, options, *all);
         }
     }

@@ -47,7 +47,8 @@ bool forEachCombination(std::span<const HandRange> ranges, std::vector<CardSet>&
 
 } // namespace
 
-Result<std::vector<Matchup>> matchups(std::span<const HandRange> ranges, CardSet board) {
+Result<std::vector<Matchup>> matchups(std::span<const HandRange> ranges, CardSet board,
+                                      size_t most) {
     uint64_t combinations = 1;
     for (const HandRange& range : ranges) {
         combinations *= range.hands.size();
@@ -70,8 +71,10 @@ Result<std::vector<Matchup>> matchups(std::span<const HandRange> ranges, CardSet
                 least = renamed;
         }
         ++found[least];
-        return true;
+        return found.size() <= most;
     });
+    if (found.size() > most)
+        return Error{"the hands meet in more than " + std::to_string(most) + " different ways"};
     std::vector<Matchup> result;
     result.reserve(found.size());
     for (const auto& [lineUp, times] : found)

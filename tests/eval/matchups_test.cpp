@@ -3,6 +3,8 @@
 #include "eval/exact_equity.h"
 #include "eval/plain_equity.h"
 
+#include <chrono>
+
 #include <gtest/gtest.h>
 
 using namespace tamarin;
@@ -36,6 +38,21 @@ TEST(Matchups, TwoHandsUpToSuits) {
     for (const Matchup& matchup : *found)
         times += matchup.times;
     EXPECT_EQ(times, 1326U * 1225U);
+}
+
+// Whoever can use only so many need not wait for the rest: 1.6 million combinations here.
+TEST(Matchups, GiveUpAtTheFirstOneTooMany) {
+    const auto ranges = rangesOf({"random", "random"});
+    const size_t all = matchups(ranges, 0)->size();
+    EXPECT_EQ(matchups(ranges, 0, all)->size(), all);
+    const auto refused = matchups(ranges, 0, all - 1);
+    ASSERT_FALSE(refused.ok());
+    EXPECT_EQ(refused.error(),
+              "the hands meet in more than " + std::to_string(all - 1) + " different ways");
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 100; ++i) // a second each if all were looked for
+        EXPECT_FALSE(matchups(ranges, 0, 1000).ok());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 // Counted by matchups and hand by hand is the same, on a board that leaves two suits alike.
