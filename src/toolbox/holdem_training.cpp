@@ -174,7 +174,7 @@ private:
         if (Status read = trainer_.readCheckpoint(checkpoint_); !read) {
             if (options_.resume)
                 return read;
-            if (Status aside = setAsideBadFile(checkpoint_); !aside)
+            if (const auto aside = setAsideBadFile(checkpoint_); !aside)
                 return aside;
             complain("{}; starting over, it is kept as {}.bad", read.error(), checkpoint_);
             return {};

@@ -80,7 +80,7 @@ Result<Contents> contentsToChange(const std::string& path) {
     auto contents = readManifest(path);
     if (contents)
         return contents;
-    if (Status aside = setAsideBadFile(path); !aside)
+    if (const auto aside = setAsideBadFile(path); !aside)
         return Error{aside.error()};
     complain("{} could not be read as a manifest: it is kept as {}.bad, and a new one begun", path,
              path);

@@ -46,7 +46,7 @@ Result<bool> goodStrategiesIn(const NamedGame& game, const std::string& strategi
         if (const Status checked = checkStrategyFile(*game.small, path); !checked) {
             whole = false;
             complain("{}: making it anew, the old one is kept as {}.bad", checked.error(), path);
-            if (Status aside = setAsideBadFile(path); !aside)
+            if (const auto aside = setAsideBadFile(path); !aside)
                 return Error{aside.error()};
         }
     }
@@ -85,7 +85,7 @@ Result<bool> goodHoldemStrategy(const HoldemGame& game, const std::string& direc
     complain("{} was trained for \"{}\", not \"{}\": training anew, the old one is kept as "
              "{}.bad",
              path, recorded, wanted, path);
-    if (Status aside = setAsideBadFile(path); !aside)
+    if (const auto aside = setAsideBadFile(path); !aside)
         return Error{aside.error()};
     return false;
 }
