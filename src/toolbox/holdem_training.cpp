@@ -174,9 +174,10 @@ private:
         if (Status read = trainer_.readCheckpoint(checkpoint_); !read) {
             if (options_.resume)
                 return read;
-            if (const auto aside = setAsideBadFile(checkpoint_); !aside)
-                return aside;
-            complain("{}; starting over, it is kept as {}.bad", read.error(), checkpoint_);
+            const auto aside = setAsideBadFile(checkpoint_);
+            if (!aside)
+                return Error{aside.error()};
+            complain("{}; starting over, it is kept as {}", read.error(), *aside);
             return {};
         }
         resumed = true;
