@@ -168,9 +168,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
 
     MatchOptions options;
-    options.hands = 2 * game.numPlayers;
     options.seed = data[1];
     options.duplicate = data[1] & 2;
+    options.hands = options.duplicate ? game.numPlayers : 3;
     options.fixedSeats = data[1] & 4;
     options.actionLimit = options.handLimit = std::chrono::hours(1);
     MatchEvents events;

@@ -210,15 +210,16 @@ TEST(MatchCommand, ATokenKeepsOthersFromTheSeat) {
     }
     const std::string port =
         notice.substr(notice.rfind(' ') + 1, notice.size() - notice.rfind(' ') - 2);
+    const Scratch elsewhere;
     const auto bot = [&](const std::vector<std::string>& more) {
         return runTamarin(std::vector<std::string>{"bot", "call", kuhn, "localhost", port} + more,
-                          scratch.path())
+                          elsewhere.path())
             .status;
     };
     EXPECT_EQ(bot({}), 0); // the dealer closes, and the match is over for it
     EXPECT_EQ(bot({"--token", "secret"}), 0);
     EXPECT_EQ(countLines(dealer.err()), 3) << dealer.err();
-    EXPECT_EQ(bot({"--token-file", "token"}), 0);
+    EXPECT_EQ(bot({"--token-file", scratch / "token"}), 0);
     EXPECT_EQ(dealer.wait(), 0);
     EXPECT_EQ(nlohmann::json::parse(dealer.out())["hands"], 10);
     EXPECT_NE(dealer.err().find(", which gives no token\n"), std::string::npos);

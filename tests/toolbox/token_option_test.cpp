@@ -48,5 +48,5 @@ TEST(TokenOption, WrongUsage) {
                   "tamarin: --token: a token is 1 to 200 printable ASCII characters without a "
                   "space; try 'tamarin bot --help'\n");
     EXPECT_EQ(usageErrorOf({"--token", "a", "--token-file", "b"}),
-              "tamarin: --token-file excludes --token; try 'tamarin bot --help'\n");
+              "tamarin: --token excludes --token-file; try 'tamarin bot --help'\n");
 }
