@@ -33,6 +33,7 @@ bool allWithin(std::span<const T> part, T least, T most, int threads) {
     [[maybe_unused]] const int team = size < 100'000 ? 1
                                       : threads > 0  ? threads
                                                      : omp_get_max_threads();
+    // Nothing in here throws.
 #pragma omp parallel for simd reduction(| : wrong) num_threads(team)
     for (size_t i = 0; i < size; ++i)
         wrong |= static_cast<uint8_t>(!isWithin(entries[i], least, most));

@@ -6,11 +6,12 @@
 
 namespace tamarin {
 
-TableHands::TableHands(std::unique_ptr<EquityTables> tables)
-    : tables_(std::move(tables)), buckets_(*tables_) {}
+TableHands::TableHands(std::unique_ptr<EquityTables> tables) : tables_(std::move(tables)) {}
 
 uint8_t TableHands::bucket(int players, int round, int seat, const uint8_t* cards) const {
-    return buckets_.bucket(players, round, seat, cards);
+    // The tables only read the cards, but have always asked for them like this.
+    return static_cast<uint8_t>(
+        tables_->holdemTableIndex(players, round, seat, const_cast<uint8_t*>(cards)));
 }
 
 double TableHands::equity(int players, int round, const uint8_t* cards) const {

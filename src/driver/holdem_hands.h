@@ -17,7 +17,9 @@ public:
     virtual double equity(int players, int round, const uint8_t* cards) const = 0;
 };
 
-// The tables below lookup/; buckets and equities that are not loaded must not be asked for.
+// The tables below lookup/; buckets and equities that are not loaded must not be asked for. Unlike
+// TableBuckets it does not read them through, which would keep the dealer waiting: a damaged
+// table's bucket that cannot be is none that a strategy holds.
 class TableHands : public HoldemHands {
 public:
     explicit TableHands(std::unique_ptr<EquityTables> tables);
@@ -27,7 +29,6 @@ public:
 
 private:
     std::unique_ptr<EquityTables> tables_;
-    TableBuckets buckets_;
 };
 
 } // namespace tamarin

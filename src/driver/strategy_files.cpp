@@ -12,10 +12,10 @@ namespace tamarin {
 namespace {
 
 void keepAside(const std::string& path) {
-    const auto moved = setAsideBadFile(path);
+    const Result<std::string> aside = setAsideBadFile(path);
     std::fprintf(stderr, "ERROR: %s is no strategy of this game: %s\n", path.c_str(),
-                 moved ? "rebuilding it, the bad file is kept beside it as .bad"
-                       : moved.error().c_str());
+                 aside ? ("rebuilding it, the bad file is kept as " + *aside).c_str()
+                       : aside.error().c_str());
 }
 
 } // namespace

@@ -174,13 +174,15 @@ TEST(KuhnAgent, DamagedFilesAreKeptAsideAndReplaced) {
     for (const std::string& bad :
          {std::string(), good.substr(0, good.size() - 1), good.substr(0, 3), repeated, unterminated,
           hugeCount, noNodes, otherKeys, badSum, random}) {
+        std::filesystem::remove(strategy(1) + ".bad");
         PlayingDirectory::write(strategy(1), bad);
         testing::internal::CaptureStderr();
         const std::string printed = trainQuietly({1, 200});
         const std::string error = testing::internal::GetCapturedStderr();
-        EXPECT_EQ(error, "ERROR: " + strategy(1) +
-                             " is no strategy of this game: rebuilding it, the bad file is kept "
-                             "beside it as .bad\n");
+        EXPECT_EQ(error,
+                  "ERROR: " + strategy(1) +
+                      " is no strategy of this game: rebuilding it, the bad file is kept as " +
+                      strategy(1) + ".bad\n");
         EXPECT_NE(printed.find("Training kuhn agent"), std::string::npos);
         EXPECT_EQ(PlayingDirectory::read(strategy(1) + ".bad"), bad);
         EXPECT_EQ(PlayingDirectory::read(strategy(1)).size(), good.size());

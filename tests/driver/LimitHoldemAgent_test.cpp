@@ -116,7 +116,8 @@ TEST(LimitHoldemAgent, SetsADamagedStrategyAsideAndTrainsAnew) {
         EXPECT_NE(printed.find("Warning: could not load strategy"), std::string::npos);
         EXPECT_EQ(errors, "ERROR: " + file +
                               " is no strategy of this game: rebuilding it, the bad file is kept "
-                              "beside it as .bad\n");
+                              "as " +
+                              file + ".bad\n");
         EXPECT_EQ(PlayingDirectory::read(file + ".bad"), damaged);
         EXPECT_EQ(std::filesystem::file_size(file), 2U * 4 * 4 + 63780 * 108);
     }

@@ -1,5 +1,6 @@
-// A playing directory whose hold'em tables are all there and empty: sparse files of the right
-// sizes, so every hand has bucket 0 and equity 0 until a test writes other ones.
+// A playing directory whose hold'em tables are all there and all but empty: sparse files of the
+// right sizes, so every hand has bucket 0 and equity 0 until a test writes other ones. Of buckets
+// and equities the last hand's differ, for a table of one value alone counts as damaged.
 #pragma once
 
 #include "abstraction/table_names.h"
@@ -22,6 +23,10 @@ public:
         for (const TableFile& file : allTables()) {
             std::ofstream(file.path, std::ios::binary).flush();
             std::filesystem::resize_file(file.path, file.bytes);
+            if (file.group == TableGroup::holdem)
+                writeEntry<uint8_t>(file.path, file.bytes - 1, 9);
+            else if (file.group == TableGroup::equities)
+                writeEntry(file.path, file.bytes / sizeof(double) - 1, 0.5);
         }
     }
 

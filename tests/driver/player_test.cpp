@@ -139,7 +139,8 @@ TEST(Player, AnnouncesTheTrainingOfEachGame) {
             << game;
         EXPECT_EQ(player->err(), "ERROR: " + file +
                                      " is no strategy of this game: rebuilding it, the bad file is "
-                                     "kept beside it as .bad\n");
+                                     "kept as " +
+                                     file + ".bad\n");
     }
 }
 
@@ -379,9 +380,9 @@ TEST(Player, SaysThatMemoryIsTooLittle) {
         GTEST_SKIP() << "so little does not do for the start: a sanitiser";
     Process player({"/bin/sh", "-c", limited + " " + game + " localhost 1"}, directory.path());
     EXPECT_EQ(player.wait(), 1);
-    EXPECT_EQ(player.err(), "ERROR: " + game +
-                                ": out of memory: end other programs, or raise the limit "
-                                "(ulimit -v), and start again\n");
+    const std::string err = player.err();
+    EXPECT_TRUE(err.starts_with("ERROR: " + game + ": lookup/")) << err;
+    EXPECT_TRUE(err.ends_with(": could not map: Cannot allocate memory\n")) << err;
 }
 
 // A dealer that says nothing is waited for, without work, until somebody ends the player.
