@@ -1,16 +1,17 @@
 // A number for many bytes, so that a long result can be pinned in a line.
 #pragma once
 
+#include "support/fnv.h"
+
 #include <cstdint>
 #include <string_view>
 
 namespace tamarin {
 
 inline uint64_t fnv1a(std::string_view bytes) {
-    uint64_t hash = 0xCBF29CE484222325U;
-    for (const char byte : bytes)
-        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3U;
-    return hash;
+    Fnv1a hash;
+    hash.add(bytes);
+    return hash.value();
 }
 
 } // namespace tamarin
