@@ -48,10 +48,13 @@ const char* strategyFileOf(const Game& game) {
 
 // What play of the game reads and is missing is made exactly, in minutes; EquityTables by itself
 // would sample it for most of a day. Without tables there is no play: a failure ends the process
-// with status 1.
-void makeMissingTables(const Game& game) {
+// with status 1. Before training the buckets are looked through, too, and damaged ones made anew;
+// that reads whole files, and play does without.
+void makeMissingTables(const Game& game, bool training) {
     tamarin::BuildOptions build;
     build.forPlayers = game.numPlayers;
+    if (training)
+        build.lookInto = {tamarin::TableGroup::holdem};
     const auto built = [&] {
         tamarin::StepProgress progress(false, stdout);
         build.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
@@ -66,8 +69,8 @@ void makeMissingTables(const Game& game) {
     }
 }
 
-std::unique_ptr<tamarin::TableHands> loadTables(const Game& game) {
-    makeMissingTables(game);
+std::unique_ptr<tamarin::TableHands> loadTables(const Game& game, bool training) {
+    makeMissingTables(game, training);
     auto tables = std::make_unique<EquityTables>();
     tables->loadForPlay(game.numPlayers);
     return std::make_unique<tamarin::TableHands>(std::move(tables));
@@ -89,7 +92,7 @@ LimitHoldemAgent::LimitHoldemAgent(const char* gameFile, unsigned long long iter
                   << " iterations for each information set!" << std::endl;
         tamarin::makeDirectoryOf(file);
     }
-    auto tableHands = loadTables(*game);
+    auto tableHands = loadTables(*game, !loaded);
     solver->setEquityTables(&tableHands->tables());
     hands = std::move(tableHands);
     if (loaded)

@@ -249,7 +249,9 @@ bool fillConfigurations(hand_indexer_t* indexer, unsigned round,
     return true;
 }
 
-// Fills the permutation tables of every round; false when memory runs out.
+// Fills the permutation tables of every round; false when memory runs out. permutation_to_order and
+// permutation_to_configuration are the record's: indexing goes by the plan, where the configuration
+// stands beside what follows from the order, and reads neither.
 bool fillPermutations(hand_indexer_t* indexer,
                       const std::array<std::vector<Configuration>, maxRounds>& configurations) {
     const auto rounds = static_cast<unsigned>(indexer->rounds);

@@ -99,6 +99,7 @@ Status makeMissingTables(const std::string& directory, int threads, bool quiet) 
     BuildOptions build;
     build.directory = directory;
     build.threads = threads;
+    build.lookInto = {TableGroup::holdem}; // they are about to be trained on
     build.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
         progress.at(step, done, total);
     };

@@ -202,6 +202,8 @@ int makeTables(const Options& options) {
     build.stop = [] { return interrupted(); };
     const std::string lookup = inDirectory(options.directory, "lookup");
     keepManifest(build);
+    for (int g = 0; g < tableGroups; ++g)
+        build.lookInto.push_back(static_cast<TableGroup>(g));
     const TimePoint start = steadyClock().now();
     const auto built = buildTables(build);
     if (!built) {
@@ -239,8 +241,9 @@ void addTablesCommand(CLI::App& app, int& status) {
         app, "tables", "Make the tables below lookup/ that are missing",
         "tamarin tables --dir run\n"
         "  tamarin tables --only equity,clusters --dry-run\n\n"
-        "A file that is there is left alone, unless it is of the wrong size: that one is kept as\n"
-        "NAME.bad and made anew. Every file appears whole or not at all, so a run that was "
+        "A file that is there is left alone, unless it is of the wrong size or damaged: that one "
+        "is\n"
+        "kept as NAME.bad and made anew. Every file appears whole or not at all, so a run that was "
         "stopped\n"
         "goes on where it was. What a wanted table is made from is made, too.");
     command

@@ -1,7 +1,9 @@
 #include "index/hand_index.h"
 
+#include "index/hand_index_tables.h"
 #include "index/random_hand.h"
 #include "index/slow_index.h"
+#include "index/suit_configurations.h"
 
 #include <algorithm>
 #include <array>
@@ -428,4 +430,44 @@ TEST_F(HandIndexDeathTest, SuitOfTooManyRankSets) {
     const uint8_t thirteens[] = {13, 13, 13, 13};
     EXPECT_DEATH((void)hand_indexer_init(4, thirteens, &indexer),
                  R"(hand_index.*`size\+4-1 < 0x100000')");
+}
+
+// What the record promises of every way that cards can fall on suits: the configuration it has once
+// the suits are sorted, and the ordering that sorts them, equal suits in their own order.
+TEST(HandIndexer, PermutationTablesSortTheSuits) {
+    for (const Structure& structure : {Structure{2}, {2, 3}, {2, 5}, {2, 3, 1, 1}}) {
+        const OwnedIndexer owned(structure);
+        const hand_indexer_t& indexer = owned.indexer;
+        std::vector<Splits> splits;
+        uint32_t permutations = 1;
+        for (const uint8_t cards : structure) {
+            splits.emplace_back(cards);
+            const uint32_t count = splits.back().count();
+            splits.back().scale(permutations);
+            permutations *= count;
+        }
+        std::vector<uint64_t> seen(structure.size());
+        forEachPermutation(
+            structure, splits, [&](unsigned round, uint32_t permutation, const SuitWords& words) {
+                ASSERT_LT(permutation, indexer.permutations[round]);
+                const uint32_t configuration =
+                    indexer.permutation_to_configuration[round][permutation];
+                ASSERT_LT(configuration, indexer.configurations[round]);
+                const uint8_t order = indexer.permutation_to_order[round][permutation];
+                ASSERT_LT(order, 24U);
+                const auto& suits = handIndexTables.suit_permutations[order];
+                for (unsigned i = 0; i < 4; ++i) {
+                    EXPECT_EQ(words[suits[i]], indexer.configuration[round][configuration][i]);
+                    EXPECT_TRUE(
+                        i == 0 || words[suits[i - 1]] > words[suits[i]] ||
+                        (words[suits[i - 1]] == words[suits[i]] && suits[i - 1] < suits[i]));
+                }
+                ++seen[round];
+            });
+        EXPECT_EQ(seen.back(), structure.size() == 4   ? 3200U
+                               : structure.back() == 5 ? 560U
+                               : structure.back() == 3 ? 200U
+                                                       : 10U)
+            << show(structure);
+    }
 }
