@@ -1,4 +1,5 @@
 #include "abstraction/EquityTables.h"
+#include "abstraction/refused_moves.h"
 #include "abstraction/sparse_tables.h"
 #include "eval/hand_table.h"
 #include "eval/seven_card_table.h"
@@ -212,7 +213,7 @@ TEST_F(EquityLoad, FileOfTheWrongSizeIsNotUsedWhereItCannotBeMoved) {
     writeSmallEquities();
     const std::string path = equityPath(2, 1);
     std::filesystem::resize_file(path, 80);
-    std::filesystem::create_directories(path + ".bad/full");
+    const RefusedMoves refused;
     SmallTables tables;
     const Said said = saidDuring([&] { tables.load(); });
     EXPECT_EQ(said.errors.find("ERROR: lookup/flop_2p has 80 bytes, not 8072: rebuilding it\n"

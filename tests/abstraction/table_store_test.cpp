@@ -1,5 +1,6 @@
 #include "abstraction/table_store.h"
 
+#include "abstraction/refused_moves.h"
 #include "abstraction/sparse_tables.h"
 
 #include <gtest/gtest.h>
@@ -80,7 +81,7 @@ TEST_F(TableFiles, UsableTablesHaveBeenLookedInto) {
 
 TEST_F(TableFiles, WhereItCannotBeMovedABadFileStaysAndIsNotUsable) {
     writeSparse<double>("lookup/t", 10);
-    std::filesystem::create_directories("lookup/t.bad/full");
+    const RefusedMoves refused;
     for (int twice = 0; twice < 2; ++twice) {
         ::testing::internal::CaptureStderr();
         EXPECT_FALSE(usableFile("lookup/t", 88));

@@ -1,0 +1,15 @@
+// While one lives, the system refuses to move a file to a free name, as a full or foreign disk
+// does.
+#pragma once
+
+namespace tamarin::testing {
+
+class RefusedMoves {
+public:
+    RefusedMoves();
+    ~RefusedMoves();
+    RefusedMoves(const RefusedMoves&) = delete;
+    RefusedMoves& operator=(const RefusedMoves&) = delete;
+};
+
+} // namespace tamarin::testing
