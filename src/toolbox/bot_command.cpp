@@ -2,6 +2,7 @@
 #include "bots/bot.h"
 #include "bots/token_greeting.h"
 #include "toolbox/commands.h"
+#include "toolbox/numbers.h"
 #include "toolbox/playing_directory.h"
 #include "toolbox/token_option.h"
 
@@ -53,7 +54,7 @@ void addBotCommand(CLI::App& app, int& status) {
         .add_option("GAME", options->game, "Game definition: a path, or a name here or in games/")
         ->required();
     command.add_option("HOST", options->host, "The dealer's host")->required();
-    command.add_option("PORT", options->port, "The dealer's port")->required();
+    addWholeNumber(command, "PORT", options->port, 1, 65535, "The dealer's port")->required();
     CLI::Option* seed = addSeedOption(command, options->seed)
                             ->description("Seed of the bot's draws; from the system when not given")
                             ->default_str("");

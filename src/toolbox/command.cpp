@@ -1,8 +1,11 @@
 #include "toolbox/command.h"
 
 #include "support/exception_text.h"
+#include "toolbox/json.h"
+#include "toolbox/numbers.h"
 
 #include <cstdio>
+#include <iostream>
 
 namespace tamarin {
 
@@ -26,9 +29,13 @@ std::string oneLine(std::string text) {
     return text;
 }
 
-} // namespace
+// Whether all that was printed has left the program.
+bool outputWritten() {
+    std::cout.flush();
+    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
+}
 
-int runToolbox(int argc, const char* const* argv, const std::vector<AddCommand>& commands) {
+int parseAndRun(int argc, const char* const* argv, const std::vector<AddCommand>& commands) {
     CLI::App app{"A poker player's toolbox: matches, training, tables and measurement."};
     app.name(programName);
     app.set_version_flag("--version", std::string{programName} + " " + TAMARIN_VERSION);
@@ -58,12 +65,18 @@ int runToolbox(int argc, const char* const* argv, const std::vector<AddCommand>&
         complain("{}; try '{}{} --help'", oneLine(error.what()), programName, reachedCommand(app));
         return exitUsage;
     } catch (...) {
-        return fail(describeException());
+        // fmt throws what standard output refuses; that is told below.
+        return std::ferror(stdout) != 0 ? exitFailed : fail(describeException());
     }
-    // A result that could not be written is no result.
-    if (std::fflush(stdout) != 0 && status == exitDone)
-        return fail("could not write the result to standard output");
     return status;
+}
+
+} // namespace
+
+int runToolbox(int argc, const char* const* argv, const std::vector<AddCommand>& commands) {
+    const int status = parseAndRun(argc, argv, commands);
+    // A result that could not be written is no result, even that of work that a signal ended.
+    return outputWritten() ? status : fail("could not write the result to standard output");
 }
 
 CLI::App& addCommand(CLI::App& app, const std::string& name, const std::string& description,
@@ -72,6 +85,10 @@ CLI::App& addCommand(CLI::App& app, const std::string& name, const std::string& 
     command->footer("Example:\n  " + example);
     command->option_defaults()->always_capture_default();
     return *command;
+}
+
+void remark(const std::string& message) {
+    std::fprintf(stderr, "%s\n", message.c_str());
 }
 
 void complain(const std::string& message) {
@@ -84,10 +101,7 @@ int fail(const std::string& message) {
 }
 
 void printJson(const nlohmann::ordered_json& value) {
-    // Names come from the command line and may hold any byte.
-    const std::string text =
-        value.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
-    std::printf("%s\n", text.c_str());
+    fmt::print("{}\n", jsonText(value));
 }
 
 CLI::Option* addJsonOption(CLI::App& command, bool& json) {
@@ -95,13 +109,13 @@ CLI::Option* addJsonOption(CLI::App& command, bool& json) {
 }
 
 CLI::Option* addSeedOption(CLI::App& command, uint64_t& seed) {
-    return command.add_option("--seed", seed, "Seed of everything drawn at random")->type_name("N");
+    return addWholeNumber(command, "--seed", seed, 0, UINT64_MAX,
+                          "Seed of everything drawn at random");
 }
 
 CLI::Option* addThreadsOption(CLI::App& command, int& threads) {
-    return command.add_option("--threads", threads, "Threads to use; 0 for all cores")
-        ->check(CLI::Range(0, 1024))
-        ->type_name("N");
+    return addWholeNumber(command, "--threads", threads, 0, mostThreads,
+                          "Threads to use; 0 for all cores");
 }
 
 CLI::Option* addDirectoryOption(CLI::App& command, std::string& directory) {

@@ -58,6 +58,13 @@ void complain(fmt::format_string<Args...> format, Args&&... args) {
     complain(fmt::format(format, std::forward<Args>(args)...));
 }
 
+// The same without "tamarin: ", for what is no complaint. Neither fails where nobody can read it.
+void remark(const std::string& message);
+template <class... Args>
+void remark(fmt::format_string<Args...> format, Args&&... args) {
+    remark(fmt::format(format, std::forward<Args>(args)...));
+}
+
 // "tamarin: MESSAGE", and exitFailed to return.
 int fail(const std::string& message);
 
@@ -68,6 +75,7 @@ void printJson(const nlohmann::ordered_json& value);
 CLI::Option* addJsonOption(CLI::App& command, bool& json);      // --json
 CLI::Option* addSeedOption(CLI::App& command, uint64_t& seed);  // --seed N
 CLI::Option* addThreadsOption(CLI::App& command, int& threads); // --threads N, 0: all cores
+inline constexpr uint64_t mostThreads = 1024;
 CLI::Option* addDirectoryOption(CLI::App& command, std::string& directory); // --dir DIR
 CLI::Option* addQuietOption(CLI::App& command, bool& quiet);                // --quiet
 

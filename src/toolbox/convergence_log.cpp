@@ -1,10 +1,9 @@
 #include "toolbox/convergence_log.h"
 
 #include "support/file.h"
+#include "toolbox/json.h"
 
 #include <sstream>
-
-#include <nlohmann/json.hpp>
 
 namespace tamarin {
 
@@ -16,7 +15,7 @@ std::string linesUpTo(const std::string& text, uint64_t iteration) {
     std::istringstream lines(text);
     std::string kept;
     for (std::string line; std::getline(lines, line);) {
-        const auto step = nlohmann::json::parse(line, nullptr, false);
+        const auto step = readJson(line);
         if (step.is_object() && step.contains("iteration") &&
             step["iteration"].is_number_unsigned() &&
             step["iteration"].get<uint64_t>() <= iteration)

@@ -4,6 +4,7 @@
 #include "support/interrupt.h"
 #include "support/progress.h"
 #include "toolbox/commands.h"
+#include "toolbox/numbers.h"
 
 #include <algorithm>
 #include <memory>
@@ -153,17 +154,13 @@ void addEquityCommand(CLI::App& app, int& status) {
         ->take_all()
         ->expected(1)
         ->type_name("HAND");
-    command
-        .add_option("--players", options->players,
-                    "Players in all; those without a hand get random cards")
-        ->check(CLI::Range(2, 10))
-        ->type_name("N")
+    addWholeNumber(command, "--players", options->players, 2, 10,
+                   "Players in all; those without a hand get random cards")
         ->default_str("2, or as many as have hands");
     CLI::Option* exact =
         command.add_flag("--exact", options->exact, "Count every deal, however long that takes");
-    command.add_option("--deals", options->deals, "Sample this many deals (rounded up to 1,024s)")
-        ->check(CLI::Range(uint64_t{1}, uint64_t{1} << 50))
-        ->type_name("N")
+    addWholeNumber(command, "--deals", options->deals, 1, uint64_t{1} << 50,
+                   "Sample this many deals (rounded up to 1,024s)")
         ->default_str("1000000 where it is not exact")
         ->excludes(exact);
     addSeedOption(command, options->seed);

@@ -8,6 +8,7 @@
 #include "support/progress.h"
 #include "toolbox/commands.h"
 #include "toolbox/match_report.h"
+#include "toolbox/numbers.h"
 #include "toolbox/playing_directory.h"
 #include "toolbox/token_option.h"
 
@@ -266,9 +267,7 @@ void addMatchCommand(CLI::App& app, int& status) {
         ->required();
     addTokenOptions(command, options->token,
                     "What players must say on the ports of NAME=listen seats");
-    command.add_option("--hands", options->hands, "Hands to play")
-        ->check(CLI::Range(uint64_t{1}, uint64_t{UINT32_MAX}))
-        ->type_name("N");
+    addWholeNumber(command, "--hands", options->hands, 1, UINT32_MAX, "Hands to play");
     addSeedOption(command, options->seed)
         ->description("Seed of the cards and of the bots: the same seed gives the same deals");
     command.add_flag("--duplicate", options->duplicate,
@@ -278,13 +277,11 @@ void addMatchCommand(CLI::App& app, int& status) {
     addDirectoryOption(command, options->directory);
     command.add_option("--log", options->log, "Write a line for every finished hand")
         ->type_name("FILE");
-    const auto addLimit = [&](const char* name, double& value, const char* what) {
-        command.add_option(name, value, what)->check(CLI::Range(0.001, 1e6))->type_name("SECONDS");
-    };
-    addLimit("--action-limit", options->actionLimit, "Time for one answer");
-    addLimit("--hand-limit", options->handLimit, "Time for all answers of a player in one hand");
-    addLimit("--start-limit", options->startLimit,
-             "Time for the players to connect; a player may train first");
+    addSeconds(command, "--action-limit", options->actionLimit, "Time for one answer");
+    addSeconds(command, "--hand-limit", options->handLimit,
+               "Time for all answers of a player in one hand");
+    addSeconds(command, "--start-limit", options->startLimit,
+               "Time for the players to connect; a player may train first");
     command
         .add_option("--on-fault", options->onFault,
                     "A player that is late, gone or answers nonsense folds (or calls when nothing "

@@ -7,6 +7,7 @@
 #include "toolbox/commands.h"
 #include "toolbox/holdem_training.h"
 #include "toolbox/manifest.h"
+#include "toolbox/numbers.h"
 #include "toolbox/playing_directory.h"
 #include "toolbox/strategies.h"
 #include "training/strategy_check.h"
@@ -22,7 +23,7 @@ namespace {
 // Strategies that need no work: a hundredth of a milli-chip is below what any match can show.
 constexpr double goodEnough = 1e-6;
 constexpr double aim = 1e-7;
-constexpr double mostSeconds = 60.0;
+constexpr double longest = 60.0; // seconds
 
 struct Options {
     std::string game;
@@ -157,7 +158,7 @@ int prepare(const Options& options) {
     const auto trainer = makeTrainer(*game->small, config);
     TrainingGoal goal;
     goal.nashConv = aim;
-    goal.seconds = mostSeconds;
+    goal.seconds = longest;
     TrainingStep last{};
     std::optional<Progress> progress;
     if (!options.quiet)
@@ -198,8 +199,8 @@ void addPrepareCommand(CLI::App& app, int& status) {
         ->required();
     command.add_flag("--force", options->force, "Make it again where it is good already");
     command.add_flag("--dry-run", options->dryRun, "Hold'em: print what it would take");
-    command.add_option("--seconds", options->seconds, "Hold'em: train for so long instead")
-        ->check(CLI::PositiveNumber);
+    addSeconds(command, "--seconds", options->seconds, "Hold'em: train for so long instead")
+        ->default_str("");
     addDirectoryOption(command, options->directory);
     addQuietOption(command, options->quiet);
     command.callback([options, &status] { status = prepare(*options); });

@@ -6,6 +6,7 @@
 #include "toolbox/holdem.h"
 #include "toolbox/holdem_chart.h"
 #include "toolbox/manifest.h"
+#include "toolbox/output_place.h"
 #include "toolbox/playing_directory.h"
 #include "toolbox/strategies.h"
 #include "toolbox/strategy_page.h"
@@ -152,6 +153,8 @@ int showHoldem(const HoldemGame& game, const Options& options) {
 }
 
 int show(const Options& options) {
+    if (Status free = checkOutputPlace(options.html, "<!doctype html>", "a page", "--html"); !free)
+        return fail(free.error());
     if (const TableFile* table = tableNamed(options.what)) {
         const bool here = options.directory == "." || std::filesystem::exists(options.what);
         return showTable(*table, here ? options.what : inDirectory(options.directory, options.what),

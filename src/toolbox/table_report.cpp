@@ -39,7 +39,7 @@ int reportFiles(const ReportOptions& options) {
     check.seed = options.seed;
     check.threads = options.threads;
     if (!options.quiet)
-        check.progress = [](const std::string& step) { fmt::print(stderr, "checking {}\n", step); };
+        check.progress = [](const std::string& step) { remark("checking {}", step); };
 
     auto files = nlohmann::ordered_json::array();
     size_t wrong = 0;

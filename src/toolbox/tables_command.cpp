@@ -267,6 +267,9 @@ void addTablesCommand(CLI::App& app, int& status) {
                   "a day, which --dry-run measures")
         ->excludes(verify);
     command.add_option("--memory", options->memory, "Memory to take at most, such as 1GB")
+        ->check([](const std::string& text) {
+            return std::string(text.empty() ? "give a size such as 2GB" : "");
+        })
         ->type_name("SIZE");
     addSeedOption(command, options->seed);
     addThreadsOption(command, options->threads);

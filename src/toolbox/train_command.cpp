@@ -7,6 +7,8 @@
 #include "toolbox/commands.h"
 #include "toolbox/convergence_log.h"
 #include "toolbox/holdem_training.h"
+#include "toolbox/json.h"
+#include "toolbox/numbers.h"
 #include "toolbox/strategies.h"
 #include "training/checkpoint.h"
 #include "training/training_run.h"
@@ -52,7 +54,7 @@ const char* reason(TrainingEnd end) {
 }
 
 nlohmann::ordered_json asJson(const Options& options, const TrainingStep& last, TrainingEnd end) {
-    nlohmann::ordered_json json = nlohmann::ordered_json::parse(stepAsJson(last));
+    nlohmann::ordered_json json = readJson(stepAsJson(last));
     json["algorithm"] = options.algorithm;
     json["end"] = reason(end);
     json["directory"] = options.out;
@@ -169,7 +171,7 @@ int train(Options options, bool anyGoal) {
             return fail(state.error());
         trainer->restore(*state);
         if (!options.quiet)
-            fmt::print(stderr, "going on after iteration {}\n", describeCount(state->iteration));
+            remark("going on after iteration {}", describeCount(state->iteration));
     }
 
     TrainingGoal goal;
@@ -256,17 +258,20 @@ void addTrainCommand(CLI::App& app, int& status) {
                     "cfr, cfr+, lcfr, dcfr, pcfr+ (not for hold'em), or the player's own: player; "
                     "lcfr for three-player hold'em and dcfr for all else when not given")
         ->check(CLI::IsMember({"cfr", "cfr+", "lcfr", "dcfr", "pcfr+", "player"}));
-    const CLI::Option* iterations =
-        command.add_option("--iterations", options->iterations, "Goal: iterations in all")
-            ->check(CLI::PositiveNumber);
+    const CLI::Option* iterations = addWholeNumber(command, "--iterations", options->iterations, 1,
+                                                   largestCount, "Goal: iterations in all")
+                                        ->default_str("");
     const CLI::Option* time =
-        command.add_option("--seconds", options->seconds, "Goal: seconds of this run")
-            ->check(CLI::PositiveNumber);
+        addSeconds(command, "--seconds", options->seconds, "Goal: seconds of this run")
+            ->default_str("");
     const CLI::Option* nashConv =
         command.add_option("--until-nashconv", options->nashConv, "Goal: NashConv, chips a hand")
-            ->check(CLI::PositiveNumber);
-    command.add_option("--sampled-deals", options->sampledDeals,
-                       "Deals drawn for each iteration; all of them when not given");
+            ->transform(decimalNumber(1e-300, 1e9))
+            ->type_name("CHIPS")
+            ->default_str("");
+    addWholeNumber(command, "--sampled-deals", options->sampledDeals, 1, 1'000'000,
+                   "Deals drawn for each iteration; all of them when not given")
+        ->default_str("");
     command.add_option(
         "--out", options->out,
         "Where the results go; DIR/strategies/GAME, and where `player` looks for hold'em");
@@ -274,18 +279,16 @@ void addTrainCommand(CLI::App& app, int& status) {
         command.add_flag("--resume", options->resume, "Go on from the newest checkpoint");
     command.add_flag("--fresh", options->fresh, "Start over where checkpoints are")
         ->excludes(resume);
-    command.add_option("--checkpoint-every", options->checkpointEvery,
-                       "Iterations between checkpoints; one at the end when not given, and for "
-                       "hold'em one every ten minutes too");
+    addWholeNumber(command, "--checkpoint-every", options->checkpointEvery, 1, largestCount,
+                   "Iterations between checkpoints; one at the end when not given, and for "
+                   "hold'em one every ten minutes too")
+        ->default_str("");
     command.add_flag("--dry-run", options->dryRun, "Print what it would take");
     addDirectoryOption(command, options->directory);
     addSeedOption(command, options->seed);
-    command
-        .add_option("--threads", options->threads,
-                    "Threads to use, 0 for all cores; 1 for small games and all for hold'em "
-                    "when not given. The results do not depend on it")
-        ->check(CLI::Range(0, 1024))
-        ->type_name("N");
+    addWholeNumber(command, "--threads", options->threads, 0, mostThreads,
+                   "Threads to use, 0 for all cores; 1 for small games and all for hold'em "
+                   "when not given. The results do not depend on it");
     addJsonOption(command, options->json);
     addQuietOption(command, options->quiet);
     command.callback([=, &status] {

@@ -100,6 +100,40 @@ TEST(Toolbox, JsonTakesAnyBytes) {
     EXPECT_EQ(out, "{\n  \"name\": \"\xEF\xBF\xBD\"\n}\n");
 }
 
+TEST(Program, HelpThatCannotBeWrittenIsAFailure) {
+    const Scratch scratch;
+    for (const std::string asked :
+         {"--help", "--version", "match --help", "rank AsKsQsJsTs", "rank AsKsQsJsTs --json",
+          "index --sizes", "equity AA --vs KK", "tables --dry-run", "verify --quiet",
+          "prepare kuhn.limit.3p.game --quiet", "show kuhn.limit.3p.game",
+          "show kuhn.limit.3p.game --json", "exploit kuhn.limit.3p.game",
+          "train kuhn.limit.3p.game --dry-run"}) {
+        for (const std::string nowhere : {" >/dev/full", " >&-"}) {
+            Process process(
+                {"/bin/sh", "-c", "exec " + tamarinCommand({})[0] + " " + asked + nowhere},
+                scratch.path());
+            EXPECT_EQ(process.wait(), exitFailed) << asked;
+            EXPECT_TRUE(
+                process.err().ends_with("tamarin: could not write the result to standard output\n"))
+                << asked << nowhere << ": " << process.err();
+        }
+    }
+}
+
+// Progress that nobody can read is no reason to end the work.
+TEST(Program, RemarksThatCannotBeWrittenAreNoFailure) {
+    const Scratch scratch;
+    for (const std::string asked :
+         {"prepare kuhn.limit.3p.game", "train kuhn.limit.3p.game --iterations 100 --fresh",
+          "train kuhn.limit.3p.game --iterations 200 --resume", "prepare kuhn.limit.3p.game",
+          "verify"}) {
+        Process process(
+            {"/bin/sh", "-c", "exec " + tamarinCommand({})[0] + " " + asked + " 2>/dev/full"},
+            scratch.path());
+        EXPECT_EQ(process.wait(), exitDone) << asked;
+    }
+}
+
 TEST(Program, ResultThatCannotBeWrittenIsAFailure) {
     const Scratch scratch;
     Process process({"/bin/sh", "-c",

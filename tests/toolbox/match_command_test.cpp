@@ -284,6 +284,22 @@ TEST(MatchCommand, InterruptGivesTheResultSoFar) {
     }
 }
 
+// As timeout(1) sends its signal, to the process and then to its group.
+TEST(MatchCommand, TwoSignalsAtOnceGiveTheResultTheSame) {
+    const Scratch scratch;
+    Process dealer(
+        tamarinCommand(match({"--hands", "100000000", "--quiet", "--json", "--log", "log"}) +
+                       threeBots),
+        scratch.path());
+    for (int i = 0; i < 1000 && countLines(contents(scratch / "log")) < 100; ++i)
+        pause(10);
+    kill(dealer.pid(), SIGTERM);
+    kill(dealer.pid(), SIGINT);
+    const int status = dealer.wait();
+    EXPECT_TRUE(status == 143 || status == 130) << status; // the system may turn them round
+    EXPECT_EQ(nlohmann::json::parse(dealer.out())["stopped"], true);
+}
+
 TEST(MatchCommand, InterruptWhileWaitingEndsThePlayers) {
     const Scratch scratch;
     Process dealer(tamarinCommand(match({"--seat", "a=echo $$ >pid; exec sh -c 'exec sleep 1000'",
@@ -366,7 +382,7 @@ TEST(MatchCommand, WrongUsage) {
     expectUsageError(match({"--seat", "a=bot:call", "--seat", "a=bot:call"}),
                      "two seats are named 'a'");
     expectUsageError(match({"--hands", "0"}) + threeBots,
-                     "--hands: Value 0 not in range 1 to 4294967295");
+                     "--hands: '0' is not a whole number from 1 to 4294967295");
     expectUsageError(match({"--duplicate", "--fixed-seats"}) + threeBots,
                      "--duplicate excludes --fixed-seats");
     expectUsageError(match({"--token", "s3cret"}) + threeBots,

@@ -73,6 +73,18 @@ TEST_F(Show, WritesAPageThatNeedsNothingElse) {
     EXPECT_EQ(countOf(page, "<div class=end>"), 13U);
 }
 
+// "--html" and a strategy's name once was the end of the strategy.
+TEST_F(Show, WritesPagesOverPagesOnly) {
+    ASSERT_EQ(run({"show", game, "--html", "page.html"}).status, 0);
+    EXPECT_EQ(run({"show", game, "--html", "page.html"}).status, 0);
+    const std::string strategy = contentsOf(directory / file);
+    const Outcome outcome = run({"show", game, "--html", file});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, "tamarin: " + file + " is there and is not a page: give --html another "
+                                                "name, or move the file away\n");
+    EXPECT_EQ(contentsOf(directory / file), strategy);
+}
+
 TEST_F(Show, RefusesWhatIsNoStrategy) {
     writeFile(directory / file, "rubbish");
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"show", file},

@@ -1,0 +1,17 @@
+// Files that a person names for a command to write.
+#pragma once
+
+#include "support/result.h"
+
+#include <string>
+
+namespace tamarin {
+
+// A command may write where nothing is, or over an older result of its own kind, which begins with
+// start; a pipe or a device keeps nothing. Whatever else lies there was not meant: one slip of the
+// completion key, and a strategy or a game would be gone. kind and option are for the message: "a
+// page", "--html".
+Status checkOutputPlace(const std::string& path, const std::string& start, const std::string& kind,
+                        const std::string& option);
+
+} // namespace tamarin
