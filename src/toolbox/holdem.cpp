@@ -8,6 +8,7 @@
 #include "support/step_progress.h"
 #include "tables/table_builder.h"
 #include "toolbox/command.h"
+#include "toolbox/json.h"
 #include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"
 #include "toolbox/table_manifest.h"
@@ -26,7 +27,10 @@ public:
     explicit InDirectory(const std::string& directory) : before_(std::filesystem::current_path()) {
         std::filesystem::current_path(directory);
     }
-    ~InDirectory() { std::filesystem::current_path(before_); }
+    ~InDirectory() {
+        std::error_code gone; // then there is no way back, and this is no place to say so
+        std::filesystem::current_path(before_, gone);
+    }
     InDirectory(const InDirectory&) = delete;
     InDirectory& operator=(const InDirectory&) = delete;
 
@@ -68,9 +72,15 @@ std::string holdemStrategyPath(const std::string& directory, const HoldemGame& g
     return inDirectory(directory, files[game.rules->numPlayers]);
 }
 
+bool isHoldemStrategy(const std::string& name) {
+    return name == holdemStrategyName;
+}
+
 std::string strategySource(const HoldemGame& game, const HoldemBuckets& buckets) {
-    return fmt::format("{}, definition {}, buckets {:016x}", game.name,
-                       hashOfText(gameAsText(*game.rules)), fingerprintOf(*game.rules, buckets));
+    // As it will come back from the manifest, where a name of other bytes could not be kept.
+    return asJsonText(fmt::format("{}, definition {}, buckets {:016x}", game.name,
+                                  hashOfText(gameAsText(*game.rules)),
+                                  fingerprintOf(*game.rules, buckets)));
 }
 
 HoldemTables::HoldemTables() = default;
@@ -79,12 +89,16 @@ HoldemTables& HoldemTables::operator=(HoldemTables&&) noexcept = default;
 HoldemTables::~HoldemTables() = default;
 
 Result<HoldemTables> HoldemTables::open(const std::string& directory) {
-    for (const PlannedTable& table : planTables(directory, {TableGroup::holdem}, false).tables)
-        if (table.file->group == TableGroup::holdem && table.state != TableState::good)
-            return Error{
-                inDirectory(directory, table.file->path) +
-                (table.state == TableState::missing ? " is missing" : " has the wrong size") +
-                "; 'tamarin tables --dir " + directory + "' makes it"};
+    for (const PlannedTable& table : planTables(directory, {TableGroup::holdem}, false).tables) {
+        if (table.file->group != TableGroup::holdem || table.state == TableState::good)
+            continue;
+        if (table.state == TableState::unusable)
+            return Error{table.problem};
+        return Error{(table.state == TableState::missing
+                          ? inDirectory(directory, table.file->path) + " is missing"
+                          : table.problem) +
+                     "; 'tamarin tables --dir " + directory + "' makes it"};
+    }
     const SilentOutput silent;
     const InDirectory there(directory);
     HoldemTables tables;
@@ -92,6 +106,26 @@ Result<HoldemTables> HoldemTables::open(const std::string& directory) {
     tables.tables_->loadHoldemTables();
     tables.buckets_ = std::make_unique<TableBuckets>(*tables.tables_);
     return tables;
+}
+
+Status checkTablesByManifest(const std::string& directory, int players) {
+    const std::string lookup = inDirectory(directory, "lookup");
+    const auto read = [&](const std::string& name) {
+        return std::any_of(allTables().begin(), allTables().end(), [&](const TableFile& file) {
+            return file.group == TableGroup::holdem && file.players <= players &&
+                   bareName(file.path) == name;
+        });
+    };
+    const auto compared = compareWithManifest(lookup, read);
+    if (!compared)
+        return Error{compared.error()};
+    if (compared->differences.empty())
+        return {};
+    const auto& [name, problem, unread] = compared->differences.front();
+    return Error{
+        lookup + "/" + name + ": " + problem +
+        (unread ? ""
+                : "; move it away, and 'tamarin tables --dir " + directory + "' makes it anew")};
 }
 
 Status makeMissingTables(const std::string& directory, int threads, bool quiet) {

@@ -35,6 +35,10 @@ Result<std::unique_ptr<HoldemGame>> openHoldem(const std::string& name,
 // that `player` does not know by its name, a file by the game's name.
 std::string holdemStrategyPath(const std::string& directory, const HoldemGame& game);
 
+// The last component of that path, and whether a name is it.
+inline constexpr const char* holdemStrategyName = "strategy";
+bool isHoldemStrategy(const std::string& name);
+
 // What a strategy was trained from, for the manifest: the game's name, and hashes of its definition
 // and of the buckets.
 std::string strategySource(const HoldemGame& game, const HoldemBuckets& buckets);
@@ -55,6 +59,11 @@ private:
     std::unique_ptr<EquityTables> tables_;
     std::unique_ptr<TableBuckets> buckets_;
 };
+
+// Refuses the tables that games of so many players are trained and valued on when they are no
+// longer what DIR/lookup/manifest.json says: a damaged table trains a junk strategy that looks like
+// any other. Of a table that no manifest knows there is nothing to say.
+Status checkTablesByManifest(const std::string& directory, int players);
 
 // Makes the tables that are missing below DIR/lookup, with progress on standard error, and records
 // them. Refuses what there is too little memory or disk for; "stopped" after a signal.

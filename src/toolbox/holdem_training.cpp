@@ -8,6 +8,8 @@
 #include "support/resources.h"
 #include "toolbox/command.h"
 #include "toolbox/convergence_log.h"
+#include "toolbox/json.h"
+#include "toolbox/kept_files.h"
 #include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"
 
@@ -171,6 +173,9 @@ private:
         if (!options_.resume && !options_.resumeIfThere)
             return Error{options_.out + " holds a checkpoint of an earlier run: --resume goes on " +
                          "from it, --fresh starts over"};
+        // One that cannot be read at all may be a good one.
+        if (const auto readable = MappedFile::open(checkpoint_); !readable)
+            return Error{readable.error()};
         if (Status read = trainer_.readCheckpoint(checkpoint_); !read) {
             if (options_.resume)
                 return read;
@@ -182,7 +187,7 @@ private:
         }
         resumed = true;
         if (!options_.quiet)
-            fmt::print(stderr, "going on after iteration {}\n", describeCount(trainer_.deals()));
+            remark("going on after iteration {}", describeCount(trainer_.deals()));
         return {};
     }
 
@@ -206,8 +211,20 @@ private:
             complain(saved_.error());
     }
 
+    Status keepOther(const std::string& path, KeptFiles& kept) const {
+        if (!exists(path))
+            return {};
+        const auto compared = compareWithManifest(options_.out, isHoldemStrategy);
+        if (!compared)
+            return Error{compared.error()};
+        const auto* whole = compared->find(holdemStrategyName);
+        if (whole && whole->from == strategySource(game_, buckets_))
+            return {};
+        return kept.keep(path);
+    }
+
     int finish(HoldemEnd end) {
-        const std::string path = options_.out + "/strategy";
+        const std::string path = options_.out + "/" + holdemStrategyName;
         if (end == HoldemEnd::stopped) {
             if (saved_)
                 complain("stopped; {} holds all {} iterations, --resume goes on from it, and {} is "
@@ -215,17 +232,22 @@ private:
                          checkpoint_, describeCount(trainer_.deals()), path);
             return interruptStatus();
         }
+        KeptFiles kept;
+        if (options_.keepOther)
+            if (Status safe = keepOther(path, kept); !safe)
+                return fail(safe.error());
         if (Status written = saveStrategy(game_, trainer_, path, options_.quiet); !written)
             return interrupted() ? interruptStatus() : fail(written.error());
+        kept.replaced();
         const std::string made = fmt::format("{}, {} with seed {}, {} iterations", options_.made,
                                              algorithmName(options_.config.algorithm),
                                              options_.config.seed, trainer_.deals());
-        if (Status noted =
-                recordFiles(options_.out, {{"strategy", made, strategySource(game_, buckets_)}});
+        if (Status noted = recordFiles(
+                options_.out, {{holdemStrategyName, made, strategySource(game_, buckets_)}});
             !noted)
             return fail(noted.error());
         if (options_.json) {
-            nlohmann::ordered_json json = nlohmann::ordered_json::parse(stepAsJson(last_));
+            nlohmann::ordered_json json = readJson(stepAsJson(last_));
             json["algorithm"] = algorithmName(options_.config.algorithm);
             json["end"] = reason(end);
             json["strategy"] = path;
@@ -303,6 +325,8 @@ int trainHoldemGame(const HoldemGame& game, const HoldemTraining& given) {
                 makeMissingTables(options.directory, options.config.threads, options.quiet);
             !made)
             return interrupted() ? interruptStatus() : fail(made.error());
+        if (Status known = checkTablesByManifest(options.directory, game.rules->numPlayers); !known)
+            return fail(known.error());
     }
     const auto tables = HoldemTables::open(options.directory);
     if (!tables)
@@ -314,11 +338,10 @@ int trainHoldemGame(const HoldemGame& game, const HoldemTraining& given) {
     if (Status enough = checkResources(cost.memory, cost.disk(), options.out); !enough)
         return fail(enough.error());
     if (!options.quiet)
-        fmt::print(stderr, "{} information sets; up to {} of memory, a strategy file of {}, {}\n",
-                   describeCount(cost.sets), describeBytes(cost.memory),
-                   describeBytes(cost.strategy),
-                   options.goal.seconds ? "for " + describeDuration(*options.goal.seconds)
-                                        : "to the iterations wanted");
+        remark("{} information sets; up to {} of memory, a strategy file of {}, {}",
+               describeCount(cost.sets), describeBytes(cost.memory), describeBytes(cost.strategy),
+               options.goal.seconds ? "for " + describeDuration(*options.goal.seconds)
+                                    : "to the iterations wanted");
     return Run(game, tables->buckets(), options, trainer).run();
 }
 

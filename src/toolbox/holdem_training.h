@@ -24,6 +24,9 @@ struct HoldemTraining {
     bool dryRun = false;
     bool json = false;
     bool quiet = false;
+    // Keep the strategy that is replaced as strategy.bad, unless the manifest knows it for a whole
+    // one of the same game and tables.
+    bool keepOther = false;
     std::string made = "tamarin train"; // the command, for the manifest
 };
 

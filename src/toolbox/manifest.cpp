@@ -1,19 +1,21 @@
 #include "toolbox/manifest.h"
 
 #include "support/file.h"
-#include "support/util.h"
 #include "toolbox/command.h"
+#include "toolbox/manifest_text.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <ctime>
 #include <memory>
 #include <new>
+#include <set>
 #include <sys/stat.h>
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 #include <xxhash.h>
 
 namespace tamarin {
@@ -32,8 +34,8 @@ std::string asHex(XXH64_hash_t hash) {
 std::string hashOf(const MappedFile& file) {
     constexpr size_t pieceSize = size_t{64} << 20U;
     const std::span<const std::byte> bytes = file.bytes();
-    const std::unique_ptr<XXH3_state_t, XXH_errorcode (*)(XXH3_state_t*)> state(
-        XXH3_createState(), XXH3_freeState);
+    const std::unique_ptr<XXH3_state_t, XXH_errorcode (*)(XXH3_state_t*)> state(XXH3_createState(),
+                                                                                XXH3_freeState);
     if (!state)
         throw std::bad_alloc();
     XXH3_64bits_reset(state.get());
@@ -44,74 +46,64 @@ std::string hashOf(const MappedFile& file) {
     return asHex(XXH3_64bits_digest(state.get()));
 }
 
-struct Contents {
-    Json files = Json::array();
-    Json begun = Json::array();
-};
-
 std::string manifestOf(const std::string& directory) {
     return directory + "/manifest.json";
 }
 
-// A member's text; empty where there is no such text.
-std::string textOf(const Json& record, const char* member) {
-    const auto at = record.is_object() ? record.find(member) : record.end();
-    return at != record.end() && at->is_string() ? at->get<std::string>() : "";
-}
+struct ReadManifest {
+    ManifestState state = ManifestState::absent;
+    ManifestText text;
+};
 
-// An error for a manifest that is there and makes no sense.
-Result<Contents> readManifest(const std::string& path) {
+// An error for one that cannot be read: what it says, nobody knows.
+Result<ReadManifest> readManifest(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) {
+        if (errno == ENOENT)
+            return ReadManifest{};
+        return Error{path + ": could not examine: " + std::strerror(errno)};
+    }
     const auto text = readWholeFile(path, largestManifest);
     if (!text)
         return Error{text.error()};
-    const Json manifest = Json::parse(*text, nullptr, false);
-    if (!manifest.is_object() || !manifest.contains("files") || !manifest["files"].is_array())
-        return Error{path + " is no manifest: delete it"};
-    Contents contents{manifest["files"], Json::array()};
-    if (manifest.contains("begun") && manifest["begun"].is_array())
-        contents.begun = manifest["begun"];
-    return contents;
+    auto parsed = parseManifest(*text);
+    if (!parsed)
+        return ReadManifest{ManifestState::nonsense, {}};
+    return ReadManifest{ManifestState::read, std::move(*parsed)};
 }
 
-// For a change: without a manifest nothing, and one that makes no sense is put aside.
-Result<Contents> contentsToChange(const std::string& path) {
-    if (!file_exist(path))
-        return Contents{};
-    auto contents = readManifest(path);
-    if (contents)
-        return contents;
-    if (const auto aside = setAsideBadFile(path); !aside)
-        return Error{aside.error()};
-    complain("{} could not be read as a manifest: it is kept as {}.bad, and a new one begun", path,
-             path);
-    return Contents{};
+// For a change: without a manifest nothing, and one that makes no sense is put aside. One that
+// cannot be read may be a good one, whatever kept it from being read, and stays.
+Result<ManifestText> manifestToChange(const std::string& path) {
+    auto manifest = readManifest(path);
+    if (!manifest)
+        return Error{manifest.error()};
+    if (manifest->state == ManifestState::nonsense) {
+        const auto aside = setAsideBadFile(path);
+        if (!aside)
+            return Error{aside.error()};
+        complain("{} makes no sense as a manifest: it is kept as {}, and a new one begun", path,
+                 *aside);
+    }
+    return std::move(manifest->text);
 }
 
-Status writeManifest(const std::string& path, const Contents& contents) {
-    Json manifest = {{"files", contents.files}};
-    if (!contents.begun.empty())
-        manifest["begun"] = contents.begun;
-    return writeWholeFile(path, manifest.dump(2) + '\n');
+Status writeManifest(const std::string& path, const ManifestText& manifest) {
+    return writeWholeFile(path, printManifest(manifest));
 }
 
-Json::iterator find(Json& records, const std::string& name) {
-    return std::find_if(records.begin(), records.end(),
-                        [&](const Json& record) { return textOf(record, "name") == name; });
-}
-
-Status enter(Contents& contents, const std::string& directory, const ManifestEntry& entry) {
+Status enter(ManifestText& manifest, const std::string& directory, const ManifestEntry& entry) {
     const auto file = MappedFile::open(directory + '/' + entry.name);
     if (!file)
         return Error{file.error()};
     const std::string now = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::time(nullptr)));
-    const Json record = {{"name", entry.name}, {"size", file->size()}, {"xxh3", hashOf(*file)},
-                         {"made", entry.made}, {"from", entry.from},   {"when", now}};
-    if (const auto old = find(contents.files, entry.name); old != contents.files.end())
-        *old = record;
-    else
-        contents.files.push_back(record);
-    if (const auto begun = find(contents.begun, entry.name); begun != contents.begun.end())
-        contents.begun.erase(begun);
+    putRecord(manifest.files, {{"name", entry.name},
+                               {"size", file->size()},
+                               {"xxh3", hashOf(*file)},
+                               {"made", entry.made},
+                               {"from", entry.from},
+                               {"when", now}});
+    removeRecord(manifest.begun, entry.name);
     return {};
 }
 
@@ -123,6 +115,11 @@ int64_t changeOf(const std::string& path) {
     return int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
 }
 
+// Whether an announced file has been written since.
+bool writtenSince(const std::string& directory, const ManifestRecord& begun) {
+    return begun.since && changeOf(directory + '/' + begun.name) >= *begun.since;
+}
+
 int64_t now() {
     timespec time = {};
     // The clock that stamps files, which ticks more coarsely than others.
@@ -130,17 +127,15 @@ int64_t now() {
     return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
-Status enterAnnounced(Contents& contents, const std::string& directory) {
-    for (const Json& begun : Json(contents.begun)) {
-        const ManifestEntry entry{textOf(begun, "name"), textOf(begun, "made"),
-                                  textOf(begun, "from")};
-        if (entry.name.empty() || !begun.contains("since") || !begun["since"].is_number_integer() ||
-            changeOf(directory + '/' + entry.name) < begun["since"].get<int64_t>())
+Status enterAnnounced(ManifestText& manifest, const std::string& directory) {
+    for (const ManifestRecord& begun : recordsIn(manifest.begun)) {
+        if (!writtenSince(directory, begun))
             continue;
-        if (Status entered = enter(contents, directory, entry); !entered)
+        if (Status entered = enter(manifest, directory, {begun.name, begun.made, begun.from});
+            !entered)
             return entered;
     }
-    contents.begun = Json::array();
+    manifest.begun = Json::array();
     return {};
 }
 
@@ -159,83 +154,81 @@ Result<std::string> hashOfFile(const std::string& path) {
 
 Status recordFiles(const std::string& directory, const std::vector<ManifestEntry>& entries) {
     const std::string path = manifestOf(directory);
-    auto contents = contentsToChange(path);
-    if (!contents)
-        return Error{contents.error()};
+    auto manifest = manifestToChange(path);
+    if (!manifest)
+        return Error{manifest.error()};
     for (const ManifestEntry& entry : entries)
-        if (Status entered = enter(*contents, directory, entry); !entered)
+        if (Status entered = enter(*manifest, directory, entry); !entered)
             return entered;
-    return writeManifest(path, *contents);
+    return writeManifest(path, *manifest);
 }
 
 Status announceFiles(const std::string& directory, const std::vector<ManifestEntry>& entries) {
     const std::string path = manifestOf(directory);
-    auto contents = contentsToChange(path);
-    if (!contents)
-        return Error{contents.error()};
-    if (Status entered = enterAnnounced(*contents, directory); !entered)
+    auto manifest = manifestToChange(path);
+    if (!manifest)
+        return Error{manifest.error()};
+    if (Status entered = enterAnnounced(*manifest, directory); !entered)
         return entered;
     for (const ManifestEntry& entry : entries)
-        contents->begun.push_back(
+        manifest->begun.push_back(
             {{"name", entry.name}, {"made", entry.made}, {"from", entry.from}, {"since", now()}});
-    return writeManifest(path, *contents);
+    return writeManifest(path, *manifest);
 }
 
 Status recordAnnounced(const std::string& directory) {
     const std::string path = manifestOf(directory);
-    auto contents = contentsToChange(path);
-    if (!contents)
-        return Error{contents.error()};
-    if (contents->begun.empty())
+    auto manifest = manifestToChange(path);
+    if (!manifest)
+        return Error{manifest.error()};
+    if (manifest->begun.empty())
         return {};
-    if (Status entered = enterAnnounced(*contents, directory); !entered)
+    if (Status entered = enterAnnounced(*manifest, directory); !entered)
         return entered;
-    return writeManifest(path, *contents);
+    return writeManifest(path, *manifest);
 }
 
-std::string recordedSource(const std::string& directory, const std::string& name) {
-    auto contents = readManifest(manifestOf(directory));
-    if (!contents)
-        return "";
-    const auto record = find(contents->files, name);
-    return record != contents->files.end() ? textOf(*record, "from") : "";
+const ManifestComparison::Good* ManifestComparison::find(const std::string& name) const {
+    const auto at =
+        std::find_if(good.begin(), good.end(), [&](const Good& file) { return file.name == name; });
+    return at != good.end() ? &*at : nullptr;
 }
 
-Result<std::vector<Difference>>
-compareWithManifest(const std::string& directory, std::vector<std::string>& good,
+Result<ManifestComparison>
+compareWithManifest(const std::string& directory,
                     const std::function<bool(const std::string&)>& wanted) {
-    const std::string path = manifestOf(directory);
-    if (!file_exist(path))
-        return Error{"there is no " + path};
-    const auto contents = readManifest(path);
-    if (!contents)
-        return Error{contents.error()};
-    std::vector<Difference> differences;
-    for (const Json& record : contents->files) {
-        const std::string name = textOf(record, "name");
-        const std::string file = directory + '/' + name;
-        if (name.empty() || (wanted && !wanted(name)) || !file_exist(file))
-            continue;
+    const auto manifest = readManifest(manifestOf(directory));
+    if (!manifest)
+        return Error{manifest.error()};
+    ManifestComparison comparison;
+    comparison.state = manifest->state;
+    std::set<std::string> notEntered;
+    for (const ManifestRecord& begun : recordsIn(manifest->text.begun))
+        if (writtenSince(directory, begun))
+            notEntered.insert(begun.name);
+    for (const ManifestRecord& record : recordsIn(manifest->text.files)) {
+        const std::string file = directory + '/' + record.name;
         struct stat status = {};
-        const auto size = record.find("size");
-        if (size != record.end() && size->is_number_unsigned() &&
-            stat(file.c_str(), &status) == 0 &&
-            static_cast<uint64_t>(status.st_size) != size->get<uint64_t>()) {
-            differences.push_back({name, fmt::format("it has {} bytes, not {} as in the manifest",
-                                                     status.st_size, size->get<uint64_t>())});
+        if ((wanted && !wanted(record.name)) || notEntered.contains(record.name) ||
+            stat(file.c_str(), &status) != 0)
+            continue;
+        const auto differs = [&](const std::string& problem, bool unread = false) {
+            comparison.differences.push_back({record.name, problem, unread});
+        };
+        if (record.size && static_cast<uint64_t>(status.st_size) != *record.size) {
+            differs(fmt::format("it has {} bytes, not {} as in the manifest", status.st_size,
+                                *record.size));
             continue;
         }
         const auto hash = hashOfFile(file);
-        const std::string recorded = textOf(record, "xxh3");
         if (!hash)
-            differences.push_back({name, "cannot be read: " + hash.error()});
-        else if (*hash != recorded)
-            differences.push_back(
-                {name, fmt::format("its hash is {}, not {} as in the manifest", *hash, recorded)});
+            differs("cannot be read: " + hash.error(), true);
+        else if (*hash != record.hash)
+            differs(fmt::format("its hash is {}, not {} as in the manifest", *hash, record.hash));
         else
-            good.push_back(name);
+            comparison.good.push_back({record.name, record.from});
     }
-    return differences;
+    return comparison;
 }
 
 } // namespace tamarin

@@ -27,8 +27,9 @@ struct ManifestEntry {
 };
 
 // Adds or replaces the entries, taking sizes and hashes from the files, and takes them off the
-// announced ones. A manifest that cannot be read is kept as manifest.json.bad, with a line on
-// standard error, and a new one begun; so by the next two.
+// announced ones. A manifest that makes no sense is kept as manifest.json.bad, with a line on
+// standard error, and a new one begun; one that cannot be read is left alone, and an error. So by
+// the next two.
 Status recordFiles(const std::string& directory, const std::vector<ManifestEntry>& entries);
 
 // Says that these files are about to be made; first records what was announced before.
@@ -38,20 +39,32 @@ Status announceFiles(const std::string& directory, const std::vector<ManifestEnt
 // no error.
 Status recordAnnounced(const std::string& directory);
 
-struct Difference {
-    std::string name;    // of the file
-    std::string problem; // "its hash is 0123456789abcdef, not ... as in the manifest"
+enum class ManifestState { absent, nonsense, read };
+
+struct ManifestComparison {
+    struct Difference {
+        std::string name;    // of the file
+        std::string problem; // "its hash is 0123456789abcdef, not ... as in the manifest"
+        bool unread = false; // the file could not be read, so nobody knows
+    };
+    struct Good {
+        std::string name;
+        std::string from; // what it was made from, as it was entered
+    };
+    ManifestState state = ManifestState::absent;
+    std::vector<Difference> differences;
+    std::vector<Good> good;
+
+    // A good one; null where that file is not among them.
+    const Good* find(const std::string& name) const;
 };
 
-// What differs from the manifest; the names of the files that do not differ go to
-// good. Files that are not there any more are left out. An error when there is no manifest, or none
-// that makes sense. wanted: the names to look at; all when not given.
-Result<std::vector<Difference>>
-compareWithManifest(const std::string& directory, std::vector<std::string>& good,
+// What differs from the manifest and what does not; files that are not there any more, or were made
+// anew and not yet entered, are in neither list. An error when the manifest is there and cannot be
+// read. wanted: the names to look at; all when not given.
+Result<ManifestComparison>
+compareWithManifest(const std::string& directory,
                     const std::function<bool(const std::string& name)>& wanted = {});
-
-// What a file of the manifest was made from; empty where the manifest does not say.
-std::string recordedSource(const std::string& directory, const std::string& name);
 
 // The XXH3 hash of a file's bytes, or of a text's, 16 hexadecimal digits.
 Result<std::string> hashOfFile(const std::string& path);

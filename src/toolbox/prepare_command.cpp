@@ -6,6 +6,7 @@
 #include "toolbox/command.h"
 #include "toolbox/commands.h"
 #include "toolbox/holdem_training.h"
+#include "toolbox/kept_files.h"
 #include "toolbox/manifest.h"
 #include "toolbox/numbers.h"
 #include "toolbox/playing_directory.h"
@@ -13,7 +14,6 @@
 #include "training/strategy_check.h"
 #include "training/training_run.h"
 
-#include <algorithm>
 #include <filesystem>
 
 namespace tamarin {
@@ -34,21 +34,24 @@ struct Options {
     double seconds = 0.0;
 };
 
-// Whether all seats have good strategies. Damaged files are set aside, with a line each.
-Result<bool> goodStrategiesIn(const NamedGame& game, const std::string& strategies) {
+// Whether all seats have good strategies. Damaged files are named, with a line each; one that
+// cannot be read at all may be a good one, and is an error.
+Result<bool> goodStrategiesIn(const NamedGame& game, const std::string& strategies,
+                              std::vector<std::string>& damaged) {
     bool whole = true;
     for (size_t seat = 0; seat < game.rules->numPlayers; ++seat) {
         const std::string path = strategyPath(strategies, seat);
-        struct stat there {};
-        if (::stat(path.c_str(), &there) != 0) {
+        std::error_code error;
+        if (!std::filesystem::exists(path, error) && !error) {
             whole = false;
             continue;
         }
+        if (const auto readable = MappedFile::open(path); !readable)
+            return Error{readable.error()};
         if (const Status checked = checkStrategyFile(*game.small, path); !checked) {
             whole = false;
-            complain("{}: making it anew, the old one is kept as {}.bad", checked.error(), path);
-            if (const auto aside = setAsideBadFile(path); !aside)
-                return Error{aside.error()};
+            complain("{}: making it anew", checked.error());
+            damaged.push_back(path);
         }
     }
     if (!whole)
@@ -62,32 +65,30 @@ Result<bool> goodStrategiesIn(const NamedGame& game, const std::string& strategi
                    game.rules->numPlayers, nashConv);
         return true;
     }
-    fmt::print(stderr, "the strategies in {} have NashConv {:.2e}: training better ones\n",
-               strategies, nashConv);
+    remark("the strategies in {} have NashConv {:.2e}: training better ones", strategies, nashConv);
     return false;
 }
 
-// Whether prepare or train has left a whole strategy, by the manifest. What the player trained for
-// itself is none. A whole one for another definition or over other tables is set aside.
+// Whether prepare or train has left a whole strategy for this definition over these tables, by the
+// manifest. What the player trained for itself is none.
 Result<bool> goodHoldemStrategy(const HoldemGame& game, const std::string& directory,
                                 const std::string& path) {
-    const std::string out = std::filesystem::path(path).parent_path().string();
-    std::vector<std::string> good;
-    const auto differences = compareWithManifest(out, good);
-    if (!differences || std::find(good.begin(), good.end(), "strategy") == good.end())
+    const auto compared =
+        compareWithManifest(std::filesystem::path(path).parent_path().string(), isHoldemStrategy);
+    if (!compared)
+        return Error{compared.error()};
+    if (Status known = checkTablesByManifest(directory, game.rules->numPlayers); !known)
+        return Error{known.error()};
+    const auto* whole = compared->find(holdemStrategyName);
+    if (!whole)
         return false;
     const auto tables = HoldemTables::open(directory);
     if (!tables)
         return Error{tables.error()};
-    const std::string recorded = recordedSource(out, "strategy");
     const std::string wanted = strategySource(game, tables->buckets());
-    if (recorded == wanted)
+    if (whole->from == wanted)
         return true;
-    complain("{} was trained for \"{}\", not \"{}\": training anew, the old one is kept as "
-             "{}.bad",
-             path, recorded, wanted, path);
-    if (const auto aside = setAsideBadFile(path); !aside)
-        return Error{aside.error()};
+    complain("{} was trained for \"{}\", not \"{}\": training anew", path, whole->from, wanted);
     return false;
 }
 
@@ -108,6 +109,7 @@ int prepareHoldem(const HoldemGame& game, const Options& options) {
     training.fresh = options.force;
     training.dryRun = options.dryRun;
     training.quiet = options.quiet;
+    training.keepOther = true;
     training.made = "tamarin prepare";
     if (!options.force && !options.dryRun) {
         if (Status made = makeMissingTables(options.directory, 0, options.quiet); !made)
@@ -141,18 +143,20 @@ int prepare(const Options& options) {
     if (const auto placed = placeGameFile(game->path, options.directory); !placed)
         return fail(placed.error());
     const std::string strategies = strategyDirectory(options.directory, game->name);
-    if (Status made = makeDirectories(strategies); !made)
-        return fail(made.error());
-    const auto lock = FileLock::take(strategies + "/train.lock");
-    if (!lock)
-        return fail(lock.error());
+    std::vector<std::string> damaged;
     if (!options.force) {
-        const auto good = goodStrategiesIn(*game, strategies);
+        // Without the lock: where all is there nothing is written, and nothing need be writable.
+        const auto good = goodStrategiesIn(*game, strategies, damaged);
         if (!good)
             return fail(good.error());
         if (*good)
             return exitDone;
     }
+    if (Status made = makeDirectories(strategies); !made)
+        return fail(made.error());
+    const auto lock = FileLock::take(strategies + "/train.lock");
+    if (!lock)
+        return fail(lock.error());
 
     const TrainerConfig config;
     const auto trainer = makeTrainer(*game->small, config);
@@ -177,9 +181,14 @@ int prepare(const Options& options) {
     }
     const std::string made = fmt::format("tamarin prepare, {} for {} iterations",
                                          algorithmName(config.algorithm), trainer->iteration());
+    KeptFiles kept;
+    for (const std::string& path : damaged)
+        if (Status safe = kept.keep(path); !safe)
+            return fail(safe.error());
     if (Status written = writeStrategies(*game->small, *trainer, strategies, made, game->name);
         !written)
         return fail(written.error());
+    kept.replaced();
     fmt::print("{} has strategies for all {} seats, made in {}\n{}", strategies,
                game->rules->numPlayers, describeDuration(last.seconds),
                valueTable(*game->rules, last.value));

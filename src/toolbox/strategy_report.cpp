@@ -46,24 +46,25 @@ size_t reportStrategies(const std::string& directory, bool json, nlohmann::order
     for (const std::string& game : namesIn(all, [](const std::string&) { return true; })) {
         const std::string place = all + '/' + game;
         const std::set<std::string> strategies = namesIn(place, isStrategy);
-        if (!fs::exists(place + "/manifest.json")) {
+        const auto compared = compareWithManifest(place);
+        if (compared && compared->state == ManifestState::absent) {
             for (const std::string& name : strategies)
                 tell(place + '/' + name, true,
                      "no manifest to compare with; what the player trains itself has none", false);
             continue;
         }
-        std::vector<std::string> good;
-        const auto differences = compareWithManifest(place, good);
-        if (!differences) {
-            const std::string& error = differences.error(); // which begins with the file
+        if (!compared || compared->state == ManifestState::nonsense) {
             tell(place + "/manifest.json", false,
-                 error.substr(place.size() + std::string("/manifest.json ").size()), false);
+                 compared ? "is no manifest: delete it" : "cannot be read: " + compared.error(),
+                 false);
             continue;
         }
-        std::set<std::string> told(good.begin(), good.end());
-        for (const std::string& name : good)
-            tell(place + '/' + name, true, "good, as the manifest says", true);
-        for (const Difference& difference : *differences) {
+        std::set<std::string> told;
+        for (const auto& file : compared->good) {
+            told.insert(file.name);
+            tell(place + '/' + file.name, true, "good, as the manifest says", true);
+        }
+        for (const auto& difference : compared->differences) {
             told.insert(difference.name);
             tell(place + '/' + difference.name, false, difference.problem, false);
         }

@@ -25,14 +25,25 @@ bool isAskedFor(const std::vector<TableGroup>& groups, const std::string& name) 
            });
 }
 
+// Why there are no hashes; empty where there are.
+std::string whyUnknown(const Result<ManifestComparison>& compared, const std::string& lookup) {
+    if (!compared)
+        return compared.error();
+    if (compared->state == ManifestState::absent)
+        return "there is no " + lookup + "/manifest.json";
+    return compared->state == ManifestState::nonsense
+               ? lookup + "/manifest.json is no manifest: delete it"
+               : "";
+}
+
 } // namespace
 
 int reportFiles(const ReportOptions& options) {
     const bool json = options.json;
     const std::string lookup = inDirectory(options.directory, "lookup");
-    std::vector<std::string> hashed;
     const auto compared = compareWithManifest(
-        lookup, hashed, [&](const std::string& name) { return isAskedFor(options.groups, name); });
+        lookup, [&](const std::string& name) { return isAskedFor(options.groups, name); });
+    const std::string unknown = whyUnknown(compared, lookup);
     CheckOptions check;
     check.directory = options.directory;
     check.groups = options.groups;
@@ -46,7 +57,7 @@ int reportFiles(const ReportOptions& options) {
     for (const CheckedTable& table : checkTables(check)) {
         const std::string path = inDirectory(options.directory, table.file->path);
         const std::string name = nameOf(*table.file);
-        const bool hashKnown = std::find(hashed.begin(), hashed.end(), name) != hashed.end();
+        const bool hashKnown = compared && compared->find(name) != nullptr;
         std::string result = "good";
         if (table.state == TableState::missing)
             result = "missing";
@@ -62,8 +73,8 @@ int reportFiles(const ReportOptions& options) {
             fmt::print("{}: {}{}\n", path, result, hashKnown ? ", as the manifest says" : "");
     }
     auto differences = nlohmann::ordered_json::array();
-    if (compared)
-        for (const Difference& difference : *compared) {
+    if (unknown.empty())
+        for (const auto& difference : compared->differences) {
             ++wrong;
             const std::string line = lookup + '/' + difference.name + ": " + difference.problem;
             differences.push_back(line);
@@ -71,9 +82,9 @@ int reportFiles(const ReportOptions& options) {
                 fmt::print("{}\n", line);
         }
     else {
-        wrong += std::filesystem::exists(lookup + "/manifest.json");
+        wrong += !compared || compared->state != ManifestState::absent;
         if (!json)
-            fmt::print("no hashes to compare with: {}\n", compared.error());
+            fmt::print("no hashes to compare with: {}\n", unknown);
     }
     auto strategies = nlohmann::ordered_json::array();
     if (options.strategies)
@@ -83,7 +94,7 @@ int reportFiles(const ReportOptions& options) {
                                          {"wrong", wrong},
                                          {"tables", files},
                                          {"differences", differences},
-                                         {"manifest", compared ? "read" : compared.error()}};
+                                         {"manifest", unknown.empty() ? "read" : unknown}};
         if (options.strategies)
             report["strategies"] = strategies;
         printJson(report);

@@ -1,11 +1,14 @@
 #include "solver/strategy_record.h"
 #include "support/lock.h"
 #include "tables/table_plan.h"
+#include "toolbox/manifest.h"
 #include "toolbox/program.h"
+#include "toolbox/tamarin_process.h"
 
 #include <algorithm>
 #include <cstring>
 #include <random>
+#include <sys/resource.h>
 #include <thread>
 
 #include <nlohmann/json.hpp>
@@ -38,6 +41,28 @@ protected:
     }
     fs::path strategies() const { return directory / "strategies/holdem.limit.2p"; }
     fs::path strategy() const { return strategies() / "strategy"; }
+    // Enters these tables in the manifest, as their builder does.
+    void record(const std::vector<std::string>& tables) {
+        std::vector<ManifestEntry> entries;
+        for (const std::string& table : tables)
+            entries.push_back({table, "cut into 10 buckets", "the utilities and equities"});
+        ASSERT_TRUE(recordFiles((directory / "lookup").string(), entries).ok());
+    }
+    // Other buckets in a table.
+    void change(const std::string& table) {
+        std::string buckets = contentsOf(directory / "lookup" / table);
+        for (char& bucket : buckets)
+            bucket = static_cast<char>(9 - bucket);
+        writeFile(directory / "lookup" / table, buckets);
+    }
+    // What lies in the directory that a program has put aside.
+    std::vector<std::string> putAside() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::recursive_directory_iterator(directory))
+            if (entry.path().filename().string().find(".bad") != std::string::npos)
+                names.push_back(entry.path().filename().string());
+        return names;
+    }
 };
 
 TEST_F(Holdem, TrainLeavesTheFileThatThePlayerReads) {
@@ -141,28 +166,144 @@ TEST_F(Holdem, PrepareKnowsWhatAStrategyWasTrainedFor) {
     const fs::path home = directory / "strategies/holdem.nolimit.2p";
     const std::string first = contentsOf(home / "strategy");
     // Other tables: the same game over other buckets.
-    const fs::path flop = directory / "lookup/holdem_flop_2p_0";
-    std::string buckets = contentsOf(flop);
-    for (char& bucket : buckets)
-        bucket = static_cast<char>(9 - bucket);
-    writeFile(flop, buckets);
+    change("holdem_flop_2p_0");
     Outcome outcome = run({"prepare", noLimit, "--seconds", "0.1", "--quiet"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_NE(outcome.err.find("was trained for"), std::string::npos) << outcome.err;
     EXPECT_TRUE(contentsOf(home / "strategy.bad") == first);
+    EXPECT_NE(outcome.err.find("strategy that was there is kept as "
+                               "strategies/holdem.nolimit.2p/strategy.bad\n"),
+              std::string::npos)
+        << outcome.err;
     // The checkpoint is the other tables', too, and is not gone on from.
     EXPECT_NE(outcome.err.find("starting over"), std::string::npos) << outcome.err;
     EXPECT_TRUE(fs::exists(home / "training.checkpoint.bad"));
-    // Another definition has a place of its own.
+    // Another definition has a place of its own, whatever its name.
+    const std::string dear = "d\xe9"
+                             "ar.game";
     std::string definition = contentsOf(directory / noLimit);
     definition.replace(definition.find("100 50"), 6, "300 150");
-    writeFile(directory / "dear.game", definition);
+    writeFile(directory / dear, definition);
     const std::string second = contentsOf(home / "strategy");
-    ASSERT_EQ(run({"prepare", "dear.game", "--seconds", "0.1", "--quiet"}).status, 0);
-    EXPECT_TRUE(fs::exists(directory / "strategies/dear/strategy"));
+    ASSERT_EQ(run({"prepare", dear, "--seconds", "0.1", "--quiet"}).status, 0);
+    EXPECT_TRUE(fs::exists(directory / "strategies/d\xe9"
+                                       "ar/strategy"));
     EXPECT_TRUE(contentsOf(home / "strategy") == second);
-    outcome = run({"show", "dear.game"});
+    outcome = run({"show", dear});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
+    outcome = run({"prepare", dear, "--quiet"});
+    EXPECT_NE(outcome.out.find("is there and whole"), std::string::npos) << outcome.err;
+}
+
+// It once went before the lock was taken and long before there was another.
+TEST_F(Holdem, AStrategyOfOtherTablesStaysUntilItIsReplaced) {
+    ASSERT_EQ(run({"prepare", noLimit, "--seconds", "0.1", "--quiet"}).status, 0);
+    const fs::path home = directory / "strategies/holdem.nolimit.2p";
+    const std::string first = contentsOf(home / "strategy");
+    change("holdem_flop_2p_0");
+    {
+        const auto lock = FileLock::take((home / "train.lock").string());
+        ASSERT_TRUE(lock.ok());
+        const Outcome outcome = run({"prepare", noLimit, "--quiet"});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_NE(outcome.err.find("locked by process"), std::string::npos) << outcome.err;
+    }
+    EXPECT_TRUE(contentsOf(home / "strategy") == first);
+    EXPECT_EQ(putAside(), std::vector<std::string>());
+    fs::remove(home / "convergence.jsonl");
+    const pid_t child = start({"prepare", noLimit, "--seconds", "120", "--quiet"});
+    for (int i = 0; i < 1000 && contentsOf(home / "convergence.jsonl").empty(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_TRUE(contentsOf(home / "strategy") == first);
+    kill(child, SIGINT);
+    EXPECT_EQ(finish(child).status, 130);
+    EXPECT_TRUE(contentsOf(home / "strategy") == first);
+    EXPECT_EQ(putAside(), std::vector<std::string>{"training.checkpoint.bad"});
+}
+
+// A table that was damaged after it was made once trained a junk strategy, and the good one went.
+TEST_F(Holdem, TablesThatAreNotWhatTheManifestSaysAreRefused) {
+    record({"holdem_preflop_2p_0", "holdem_flop_2p_0", "holdem_flop_3p_2"});
+    ASSERT_EQ(run({"prepare", noLimit, "--seconds", "0.1", "--quiet"}).status, 0);
+    const fs::path home = directory / "strategies/holdem.nolimit.2p";
+    const std::string strategy = contentsOf(home / "strategy");
+    const std::string checkpoint = contentsOf(home / "training.checkpoint");
+    // Two players do not look at the tables of three.
+    change("holdem_flop_3p_2");
+    const auto expectRefused = [&](const std::vector<std::string>& arguments,
+                                   const std::string& table) {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_TRUE(outcome.err.starts_with("tamarin: lookup/" + table + ": its hash is "))
+            << outcome.err;
+        EXPECT_TRUE(outcome.err.ends_with("as in the manifest; move it away, and 'tamarin tables "
+                                          "--dir .' makes it anew\n"))
+            << outcome.err;
+    };
+    const std::string three = "holdem.limit.3p.game";
+    EXPECT_EQ(run({"prepare", noLimit, "--quiet"}).status, 0);
+    EXPECT_EQ(run({"exploit", noLimit, "--deals", "9", "--response-deals", "9"}).status, 0);
+    expectRefused({"train", three, "--seconds", "1", "--quiet"}, "holdem_flop_3p_2");
+    change("holdem_flop_3p_2"); // back to what it was
+    change("holdem_flop_2p_0");
+    expectRefused({"prepare", noLimit, "--quiet"}, "holdem_flop_2p_0");
+    expectRefused({"prepare", noLimit, "--force", "--quiet"}, "holdem_flop_2p_0");
+    expectRefused({"train", noLimit, "--fresh", "--quiet"}, "holdem_flop_2p_0");
+    expectRefused({"train", three, "--seconds", "1", "--quiet"}, "holdem_flop_2p_0");
+    expectRefused({"exploit", noLimit}, "holdem_flop_2p_0");
+    EXPECT_TRUE(contentsOf(home / "strategy") == strategy);
+    EXPECT_TRUE(contentsOf(home / "training.checkpoint") == checkpoint);
+    EXPECT_EQ(putAside(), std::vector<std::string>());
+}
+
+// Whatever a process may not open, it must not take for nonsense.
+TEST_F(Holdem, TooFewDescriptorsLoseNothing) {
+    record({"holdem_preflop_2p_0", "holdem_flop_2p_0", "holdem_turn_2p_1"});
+    ASSERT_EQ(run({"prepare", noLimit, "--seconds", "0.1", "--quiet"}).status, 0);
+    const fs::path home = directory / "strategies/holdem.nolimit.2p";
+    const std::string manifest = contentsOf(directory / "lookup/manifest.json");
+    const std::string strategies = contentsOf(home / "manifest.json");
+    const std::string strategy = contentsOf(home / "strategy");
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    int done = 0;
+    for (rlim_t files = 3; files < 10; ++files) {
+        const rlimit few{files, before.rlim_max};
+        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+        const pid_t child = start({"prepare", noLimit, "--quiet"});
+        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+        const Outcome outcome = finish(child);
+        done += outcome.status == 0;
+        EXPECT_TRUE(outcome.status == 0 || outcome.status == 1 || outcome.status == 127);
+        EXPECT_TRUE(contentsOf(directory / "lookup/manifest.json") == manifest) << files;
+        EXPECT_TRUE(contentsOf(home / "manifest.json") == strategies) << files;
+        EXPECT_TRUE(contentsOf(home / "strategy") == strategy) << files << outcome.err;
+        EXPECT_EQ(putAside(), std::vector<std::string>()) << files;
+    }
+    EXPECT_LT(done, 7);
+}
+
+TEST_F(Holdem, PrepareSaysThatAllIsThereWhereNothingCanBeWritten) {
+    ASSERT_EQ(run({"prepare", noLimit, "--seconds", "0.1", "--quiet"}).status, 0);
+    const auto ended = test::runOnReadOnly(
+        directory.string(), {"prepare", noLimit, "--quiet", "--dir", directory.string()});
+    if (!ended)
+        GTEST_SKIP() << "may not mount a directory read-only";
+    EXPECT_EQ(ended->status, 0) << ended->err;
+    EXPECT_EQ(ended->err, "");
+    EXPECT_NE(ended->out.find("is there and whole"), std::string::npos);
+}
+
+// Nor a checkpoint that cannot be read for one that makes no sense.
+TEST_F(Holdem, PrepareRefusesACheckpointThatItCannotRead) {
+    const fs::path checkpoint = directory / "strategies/holdem.nolimit.2p/training.checkpoint";
+    fs::create_directories(checkpoint);
+    const Outcome outcome = run({"prepare", noLimit, "--seconds", "0.1", "--quiet"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_TRUE(outcome.err.ends_with("tamarin: strategies/holdem.nolimit.2p/training.checkpoint: "
+                                      "not a regular file\n"))
+        << outcome.err;
+    EXPECT_TRUE(fs::exists(checkpoint));
 }
 
 TEST_F(Holdem, PrepareKeepsTheCheckpointOfAnotherTraining) {
@@ -284,10 +425,20 @@ TEST_F(Holdem, SaysWhatIsWrong) {
     writeFile(strategy(), std::string(1000, '\0'));
     EXPECT_EQ(run({"exploit", limit}).status, 1);
     EXPECT_EQ(run({"show", limit}).status, 1);
-    fs::remove(directory / "lookup/holdem_turn_2p_0");
+    const fs::path turn = directory / "lookup/holdem_turn_2p_0";
+    fs::resize_file(turn, 5);
+    outcome = run({"show", limit});
+    EXPECT_NE(outcome.err.find("lookup/holdem_turn_2p_0 has 5 bytes, not 13960050; 'tamarin"),
+              std::string::npos)
+        << outcome.err;
+    fs::remove(turn);
     outcome = run({"show", limit});
     EXPECT_NE(outcome.err.find("lookup/holdem_turn_2p_0 is missing"), std::string::npos)
         << outcome.err;
+    fs::create_directory(turn);
+    outcome = run({"show", limit});
+    EXPECT_EQ(outcome.err, "tamarin: lookup/holdem_turn_2p_0 is a directory: move it away, a table "
+                           "belongs there\n");
 }
 
 } // namespace

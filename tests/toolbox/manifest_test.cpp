@@ -3,6 +3,7 @@
 #include "toolbox/program.h"
 
 #include <chrono>
+#include <sys/resource.h>
 
 #include <nlohmann/json.hpp>
 
@@ -43,19 +44,85 @@ TEST_F(Manifest, ReplacesEntriesAndKeepsOthers) {
 TEST_F(Manifest, StartsAnewWhereItMakesNoSense) {
     writeFile(directory / "a", "1");
     const std::string path = (directory / "manifest.json").string();
+    std::string kept = path + ".bad";
+    int number = 1;
     for (const char* nonsense : {"", "{", "[]", "{\"files\":3}"}) {
         writeFile(path, nonsense);
         ::testing::internal::CaptureStderr();
         ASSERT_TRUE(recordFiles(directory.string(), {{"a", "x", "y"}}).ok()) << nonsense;
         EXPECT_EQ(::testing::internal::GetCapturedStderr(),
-                  "tamarin: " + path + " could not be read as a manifest: it is kept as " + path +
-                      ".bad, and a new one begun\n");
+                  "tamarin: " + path + " makes no sense as a manifest: it is kept as " + kept +
+                      ", and a new one begun\n");
         EXPECT_EQ(files().back()["name"], "a");
-        EXPECT_EQ(contentsOf(path + ".bad"), nonsense);
+        EXPECT_EQ(contentsOf(kept), nonsense);
+        kept = path + ".bad." + std::to_string(++number);
     }
     writeFile(path, "{\"files\":[3]}");
     ASSERT_TRUE(recordFiles(directory.string(), {{"a", "x", "y"}}).ok());
     EXPECT_EQ(files().back()["name"], "a");
+}
+
+// A good manifest was once put aside, all hashes with it, when a process could open no more files.
+TEST_F(Manifest, ThatCannotBeReadIsLeftAlone) {
+    const std::string place = directory.string();
+    const std::string path = place + "/manifest.json";
+    writeFile(directory / "a", "1");
+    const auto expectLeft = [&](const std::string& cause) {
+        for (const Status& status :
+             {recordFiles(place, {{"a", "x", "y"}}), announceFiles(place, {{"a", "x", "y"}}),
+              recordAnnounced(place)}) {
+            ASSERT_FALSE(status.ok());
+            EXPECT_EQ(status.error(), path + ": " + cause);
+        }
+        EXPECT_EQ(compareWithManifest(place).error(), path + ": " + cause);
+        EXPECT_FALSE(std::filesystem::exists(path + ".bad"));
+    };
+    writeFile(path, "{\"files\": []}");
+    std::filesystem::resize_file(path, (size_t{16} << 20) + 1);
+    expectLeft("more than 16777216 bytes");
+    std::filesystem::remove(path);
+    std::filesystem::create_directory(path);
+    expectLeft("not a regular file");
+    std::filesystem::remove(path);
+    std::filesystem::create_symlink("manifest.json", path);
+    expectLeft("could not examine: Too many levels of symbolic links");
+    std::filesystem::remove(path);
+    ASSERT_TRUE(recordFiles(place, {{"a", "x", "y"}}).ok());
+    const rlimit before = [] {
+        rlimit limit{};
+        getrlimit(RLIMIT_NOFILE, &limit);
+        return limit;
+    }();
+    const rlimit none{0, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    const Status status = recordFiles(place, {{"a", "x", "y"}});
+    setrlimit(RLIMIT_NOFILE, &before);
+    ASSERT_FALSE(status.ok());
+    EXPECT_EQ(status.error(), path + ": could not open: Too many open files");
+    EXPECT_EQ(files().size(), 1U);
+}
+
+// The new file is there, and the process that made it was killed before it could say so.
+TEST_F(Manifest, DoesNotJudgeWhatWasMadeSince) {
+    const std::string place = directory.string();
+    writeFile(directory / "a", "1");
+    writeFile(directory / "b", "1");
+    ASSERT_TRUE(recordFiles(place, {{"a", "x", "y"}, {"b", "x", "y"}}).ok());
+    std::filesystem::last_write_time(
+        directory / "b", std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+    ASSERT_TRUE(announceFiles(place, {{"a", "x", "y"}, {"b", "x", "y"}}).ok());
+    writeFile(directory / "a", "2");
+    const auto compared = compareWithManifest(place);
+    ASSERT_TRUE(compared.ok());
+    EXPECT_TRUE(compared->differences.empty());
+    ASSERT_EQ(compared->good.size(), 1U);
+    EXPECT_EQ(compared->good[0].name, "b");
+}
+
+TEST_F(Manifest, TakesNamesOfAnyBytes) {
+    writeFile(directory / "a", "1");
+    ASSERT_TRUE(recordFiles(directory.string(), {{"a", "x", "k\xff.game"}}).ok());
+    EXPECT_EQ(files()[0]["from"], "k\xEF\xBF\xBD.game");
 }
 
 TEST_F(Manifest, NeedsTheFiles) {
@@ -92,33 +159,45 @@ TEST_F(Manifest, EntersWhatWasAnnouncedAndWrittenSince) {
 
 TEST_F(Manifest, ComparesAndSaysWhyNot) {
     const std::string place = directory.string();
-    std::vector<std::string> good;
-    EXPECT_EQ(compareWithManifest(place, good).error(), "there is no " + place + "/manifest.json");
+    EXPECT_EQ(compareWithManifest(place)->state, ManifestState::absent);
     writeFile(directory / "manifest.json", "[]");
-    EXPECT_EQ(compareWithManifest(place, good).error(),
-              place + "/manifest.json is no manifest: delete it");
+    EXPECT_EQ(compareWithManifest(place)->state, ManifestState::nonsense);
     writeFile(directory / "manifest.json", R"({"files": [3, {"name": 4}, {"name": "absent"}]})");
-    const auto none = compareWithManifest(place, good);
+    const auto none = compareWithManifest(place);
     ASSERT_TRUE(none.ok());
-    EXPECT_TRUE(none->empty());
+    EXPECT_EQ(none->state, ManifestState::read);
+    EXPECT_TRUE(none->differences.empty());
+    EXPECT_TRUE(none->good.empty());
     writeFile(directory / "a", "1");
     writeFile(directory / "b", "2");
     ASSERT_TRUE(recordFiles(place, {{"a", "x", "y"}, {"b", "x", "y"}}).ok());
     writeFile(directory / "b", "3");
-    const auto one = compareWithManifest(place, good);
+    const auto one = compareWithManifest(place);
     ASSERT_TRUE(one.ok());
-    EXPECT_EQ(one->size(), 1U);
-    EXPECT_EQ(good, std::vector<std::string>{"a"});
+    ASSERT_EQ(one->differences.size(), 1U);
+    EXPECT_EQ(one->differences[0].name, "b");
+    EXPECT_FALSE(one->differences[0].unread);
+    ASSERT_EQ(one->good.size(), 1U);
+    ASSERT_NE(one->find("a"), nullptr);
+    EXPECT_EQ(one->find("a")->from, "y");
+    EXPECT_EQ(one->find("b"), nullptr);
     const auto others =
-        compareWithManifest(place, good, [](const std::string& name) { return name != "b"; });
+        compareWithManifest(place, [](const std::string& name) { return name != "b"; });
     ASSERT_TRUE(others.ok());
-    EXPECT_TRUE(others->empty());
+    EXPECT_TRUE(others->differences.empty());
     writeFile(directory / "b", "longer");
-    const auto longer = compareWithManifest(place, good);
+    const auto longer = compareWithManifest(place);
     ASSERT_TRUE(longer.ok());
-    ASSERT_EQ(longer->size(), 1U);
-    EXPECT_EQ(longer->front().name, "b");
-    EXPECT_EQ(longer->front().problem, "it has 6 bytes, not 1 as in the manifest");
+    ASSERT_EQ(longer->differences.size(), 1U);
+    EXPECT_EQ(longer->differences[0].name, "b");
+    EXPECT_EQ(longer->differences[0].problem, "it has 6 bytes, not 1 as in the manifest");
+    writeFile(directory / "manifest.json", R"({"files": [{"name": "sub"}, {"name": "../a"}]})");
+    std::filesystem::create_directory(directory / "sub");
+    const auto unread = compareWithManifest(place);
+    ASSERT_EQ(unread->differences.size(), 1U);
+    EXPECT_TRUE(unread->differences[0].unread);
+    EXPECT_EQ(unread->differences[0].problem,
+              "cannot be read: " + place + "/sub: not a regular file");
 }
 
 } // namespace

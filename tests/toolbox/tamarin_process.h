@@ -5,6 +5,7 @@
 #include "support/tree_paths.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -52,6 +53,29 @@ inline Ended runTamarin(const std::vector<std::string>& arguments, const std::st
 inline Ended runTamarin(const std::vector<std::string>& arguments) {
     const Scratch scratch;
     return runTamarin(arguments, scratch.path());
+}
+
+// The same on a directory that nobody can write to, root included; nothing where the system does
+// not let a test mount one.
+inline std::optional<Ended> runOnReadOnly(const std::string& directory,
+                                          const std::vector<std::string>& arguments) {
+    const Scratch scratch;
+    const auto mounted = [&](const std::vector<std::string>& command) {
+        std::vector<std::string> all = {
+            "unshare",
+            "-rm",
+            "sh",
+            "-c",
+            R"(mount --bind "$0" "$0" && mount -o remount,bind,ro "$0" && exec "$@")",
+            directory};
+        all.insert(all.end(), command.begin(), command.end());
+        Process process(all, scratch.path());
+        const int status = process.wait();
+        return Ended{status, process.out(), process.err()};
+    };
+    if (mounted({"sh", "-c", R"(test ! -w "$1")", "sh", directory}).status != 0)
+        return std::nullopt;
+    return mounted(tamarinCommand(arguments));
 }
 
 } // namespace tamarin::test

@@ -1,0 +1,48 @@
+#include "toolbox/kept_files.h"
+
+#include "support/file.h"
+#include "toolbox/program.h"
+
+namespace tamarin::testing {
+namespace {
+
+using KeptFilesTest = ProgramTest;
+
+TEST_F(KeptFilesTest, AreThereUnderBothNamesUntilTheyAreReplaced) {
+    const std::string path = (directory / "strategy").string();
+    writeFile(path, "old");
+    KeptFiles kept;
+    ASSERT_TRUE(kept.keep(path).ok());
+    EXPECT_EQ(contentsOf(path), "old");
+    ASSERT_TRUE(writeWholeFile(path, "new").ok());
+    ::testing::internal::CaptureStderr();
+    kept.replaced();
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "tamarin: the " + path + " that was there is kept as " + path + ".bad\n");
+    EXPECT_EQ(contentsOf(path + ".bad"), "old");
+    EXPECT_FALSE(kept.keep((directory / "absent").string()).ok());
+}
+
+TEST_F(KeptFilesTest, GoBackWhenNothingReplacesThem) {
+    const std::string path = (directory / "strategy").string();
+    writeFile(path, "old");
+    writeFile(path + ".bad", "older");
+    {
+        KeptFiles kept;
+        ASSERT_TRUE(kept.keep(path).ok());
+        EXPECT_EQ(contentsOf(path + ".bad.2"), "old");
+    }
+    EXPECT_FALSE(std::filesystem::exists(path + ".bad.2"));
+    EXPECT_EQ(contentsOf(path), "old");
+    EXPECT_EQ(contentsOf(path + ".bad"), "older");
+    { // as where there are no hard links
+        KeptFiles kept;
+        ASSERT_TRUE(kept.keep(path).ok());
+        std::filesystem::remove(path);
+    }
+    EXPECT_EQ(contentsOf(path), "old");
+    EXPECT_FALSE(std::filesystem::exists(path + ".bad.2"));
+}
+
+} // namespace
+} // namespace tamarin::testing
