@@ -40,8 +40,6 @@ function(tamarin_test name)
     endif()
     target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
     target_link_libraries(test_${name} PRIVATE tamarin_test_paths)
-    target_compile_definitions(test_${name} PRIVATE
-        TAMARIN_SOURCE_DIR="${CMAKE_SOURCE_DIR}" TAMARIN_BINARY_DIR="${CMAKE_BINARY_DIR}")
     foreach(used IN LISTS TEST_USES)
         target_link_libraries(test_${name} PRIVATE tamarin_${used})
     endforeach()

@@ -8,6 +8,7 @@
 #include "driver/process.h"
 #include "driver/small_holdem.h"
 #include "game/games.h"
+#include "support/tree_paths.h"
 
 #include <memory>
 #include <string>
@@ -19,7 +20,7 @@
 namespace tamarin::test {
 namespace {
 
-const std::string program = TAMARIN_BINARY_DIR "/bin/player";
+const std::string program = inBuild("bin/player");
 
 struct Session {
     std::string good; // a state that asks for an answer

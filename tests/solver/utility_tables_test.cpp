@@ -1,6 +1,7 @@
 #include "abstraction/sparse_tables.h"
 #include "solver/auxiliary_fixture.h"
 #include "support/rng.h"
+#include "support/tree_paths.h"
 
 #include <algorithm>
 #include <regex>
@@ -32,7 +33,7 @@ TEST_F(UtilityTables, EachComesFromItsOwnFile) {
 
 void copyGame(int round) {
     const std::string name = auxiliaryGameName(2, round);
-    std::filesystem::copy_file(TAMARIN_SOURCE_DIR "/games/" + name, name,
+    std::filesystem::copy_file(test::inTree("games/" + name), name,
                                std::filesystem::copy_options::overwrite_existing);
 }
 

@@ -1,6 +1,7 @@
 #include "toolbox/commands.h"
 
 #include "support/file.h"
+#include "support/tree_paths.h"
 #include "toolbox/tamarin_process.h"
 
 #include <algorithm>
@@ -64,12 +65,13 @@ TEST(Program, TellsItsVersion) {
 TEST(Program, KeepsItsFilesApartFromClosedStreams) {
     const Scratch scratch;
     const auto match = [&](const std::string& closed) {
-        Process process({"/bin/sh", "-c",
-                         "exec " TAMARIN_BINARY_DIR
-                         "/bin/tamarin match kuhn.limit.3p.game --hands 20 --seed 1 --verbose "
-                         "--log m.log --seat a=bot:rule --seat b=bot:call --seat c=bot:random " +
-                             closed},
-                        scratch.path());
+        Process process(
+            {"/bin/sh", "-c",
+             "exec " + inBuild("bin/tamarin") +
+                 " match kuhn.limit.3p.game --hands 20 --seed 1 --verbose "
+                 "--log m.log --seat a=bot:rule --seat b=bot:call --seat c=bot:random " +
+                 closed},
+            scratch.path());
         (void)process.wait();
         const Result<std::string> log = readWholeFile(scratch / "m.log");
         return log ? *log : log.error();

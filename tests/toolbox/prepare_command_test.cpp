@@ -1,4 +1,5 @@
 #include "support/lock.h"
+#include "support/tree_paths.h"
 #include "toolbox/program.h"
 #include "toolbox/tamarin_process.h"
 
@@ -112,7 +113,7 @@ TEST_F(Prepare, SaysThatAllIsThereWhereNothingCanBeWritten) {
 // The strategies were once written, and then the program ended for the sake of the manifest.
 TEST_F(Prepare, TakesAGamesNameOfAnyBytes) {
     const std::string name = "k\xff.game";
-    fs::copy_file(fs::path(TAMARIN_SOURCE_DIR) / "games" / game, directory / name);
+    fs::copy_file(tamarin::test::inTree("games/" + game), directory / name);
     for (const std::string command : {"prepare", "exploit", "show"}) {
         const Outcome outcome = run({command, name});
         EXPECT_EQ(outcome.status, 0) << command << ": " << outcome.err;
