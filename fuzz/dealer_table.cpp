@@ -63,12 +63,7 @@ public:
             coming_.pop_back();
             state_ = std::move(coming_);
             coming_.clear();
-            MatchState state{};
-            expect(readMatchState(state_.c_str(), &game_, &state) ==
-                       static_cast<int>(state_.size()),
-                   "every state that is sent can be read");
-            turn_ =
-                !state.state.finished && currentPlayer(&game_, &state.state) == state.viewingPlayer;
+            answered_ = false;
         }
         return static_cast<ssize_t>(size);
     }
@@ -76,6 +71,16 @@ public:
     std::string said;
 
 private:
+    // Whether the last state waits for this player.
+    bool hasItsTurn() const {
+        if (answered_)
+            return false;
+        MatchState state{};
+        expect(readMatchState(state_.c_str(), &game_, &state) == static_cast<int>(state_.size()),
+               "a state that is sent can be read");
+        return !state.state.finished && currentPlayer(&game_, &state.state) == state.viewingPlayer;
+    }
+
     bool takeNextPiece() {
         constexpr int patience = 64;
         if (pauses_) { // between two pieces there is nothing for a moment
@@ -85,13 +90,13 @@ private:
         if (next_ == pieces_.size())
             return false;
         const std::string& piece = pieces_[next_];
-        if (piece.starts_with('\1') && !turn_) {
+        if (piece.starts_with('\1') && !hasItsTurn()) {
             if (++waited_ > patience)
                 next_ = pieces_.size(); // its turn does not come any more
             return false;
         }
         waited_ = 0;
-        turn_ = turn_ && !piece.starts_with('\1');
+        answered_ = answered_ || piece.starts_with('\1');
         for (const char c : piece)
             if (c == '\1')
                 rest_ += state_;
@@ -107,8 +112,8 @@ private:
     size_t next_ = 0;
     std::string rest_; // of a piece
     std::string state_;
-    std::string coming_; // of a line still being sent
-    bool turn_ = false;
+    std::string coming_;   // of a line still being sent
+    bool answered_ = true; // what was sent last, if anything
     bool pauses_ = false;
     int waited_ = 0;
 };
