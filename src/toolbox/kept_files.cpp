@@ -10,9 +10,9 @@ namespace tamarin {
 KeptFiles::~KeptFiles() {
     std::error_code failed; // then it stays under both names, or under its second
     for (const Kept& file : files_)
-        if (std::filesystem::exists(file.path, failed))
+        if (std::filesystem::equivalent(file.path, file.beside, failed))
             std::filesystem::remove(file.beside, failed);
-        else
+        else if (!std::filesystem::exists(file.path, failed))
             std::filesystem::rename(file.beside, file.path, failed);
 }
 

@@ -10,7 +10,7 @@ namespace tamarin {
 
 // Each gets a second name (keepBeside() of support/file.h) just before its replacement is written,
 // so that at every moment there is one under its own name. Without a call of replaced() the
-// destructor takes the second names back.
+// destructor takes back the second names of those that have not been replaced.
 class KeptFiles {
 public:
     KeptFiles() = default;

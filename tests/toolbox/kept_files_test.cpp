@@ -35,6 +35,14 @@ TEST_F(KeptFilesTest, GoBackWhenNothingReplacesThem) {
     EXPECT_FALSE(std::filesystem::exists(path + ".bad.2"));
     EXPECT_EQ(contentsOf(path), "old");
     EXPECT_EQ(contentsOf(path + ".bad"), "older");
+    { // one of several, before the writing failed
+        KeptFiles kept;
+        ASSERT_TRUE(kept.keep(path).ok());
+        ASSERT_TRUE(writeWholeFile(path, "new").ok());
+    }
+    EXPECT_EQ(contentsOf(path), "new");
+    EXPECT_EQ(contentsOf(path + ".bad.2"), "old");
+    std::filesystem::rename(path + ".bad.2", path);
     { // as where there are no hard links
         KeptFiles kept;
         ASSERT_TRUE(kept.keep(path).ok());

@@ -80,8 +80,9 @@ TEST_F(Show, WritesPagesOverPagesOnly) {
     const std::string strategy = contentsOf(directory / file);
     const Outcome outcome = run({"show", game, "--html", file});
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err, "tamarin: " + file + " is there and is not a page: give --html another "
-                                                "name, or move the file away\n");
+    EXPECT_EQ(outcome.err, "tamarin: " + file +
+                               " is there and is not a page: give --html another "
+                               "name, or move the file away\n");
     EXPECT_EQ(contentsOf(directory / file), strategy);
 }
 
