@@ -320,6 +320,29 @@ TEST_F(PrivateSeatTest, AFloodOfStrangersNeitherStarvesThePlayerNorGrows) {
         << notices[5];
 }
 
+// While others are still awaited nobody can knock any more at a seat that is taken.
+TEST_F(PrivateSeatTest, ThePortIsClosedOnceThePlayerIsSeated) {
+    SeatPlan soon = shellSeat("a", "echo $2 >port.new; mv port.new port; exec 3<>/dev/tcp/$1/$2; "
+                                   "echo VERSION:2.0.0 >&3; cat <&3");
+    SeatPlan late =
+        shellSeat("b", "while [ ! -e go ]; do sleep 0.01; done; " + saying("VERSION:2.0.0\\n"));
+    soon.command->directory = late.command->directory = folder;
+    bool closed = false;
+    std::thread people([&] {
+        const auto port = static_cast<uint16_t>(std::stoi(waitFor("port")));
+        for (int i = 0; i < 500 && !closed; ++i) {
+            closed = !Client(port).connected();
+            pause(10);
+        }
+        std::ofstream(folder + "/go") << "go";
+    });
+    auto players = seatPlayers({soon, late}, options);
+    people.join();
+    ASSERT_TRUE(players.ok()) << players.error();
+    EXPECT_TRUE(closed);
+    dismissPlayers(*players, true);
+}
+
 TEST_F(PrivateSeatTest, ThePlayerMayBeAGrandchildInAGroupOfItsOwn) {
     for (const char* start : {"bash -c ", "setsid bash -c ", "set -m; bash -c "}) {
         seat([](uint16_t) {},
@@ -405,6 +428,7 @@ TEST_F(SeatingTest, SilenceDoesNotKeepThePlayerOut) {
     EXPECT_LT(steadyClock().now() - start, 5s);
     (*players)[0].connection->send("welcome\n");
     EXPECT_EQ(player->readLine(), "welcome");
+    ASSERT_GE(notices.size(), 2U);
     EXPECT_TRUE(notices[1].ends_with(", which made way for others")) << notices[1];
 }
 
@@ -431,9 +455,11 @@ TEST_F(SeatingTest, NumbersFromOneHostDoNotDriveOutAnother) {
         });
     };
     auto players = seatPlayers({listeningSeat("far")}, options);
-    ASSERT_TRUE(players.ok()) << players.error();
-    (*players)[0].connection->send("welcome\n");
+    if (players.ok())
+        (*players)[0].connection->send("welcome\n");
     people.join();
+    ASSERT_TRUE(players.ok()) << players.error();
+    ASSERT_GE(notices.size(), 2U);
     EXPECT_TRUE(notices[1].starts_with("far: turned away 127.0.0.2:")) << notices[1];
 }
 
