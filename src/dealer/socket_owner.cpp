@@ -187,8 +187,7 @@ std::optional<Process> readProcess(const std::string& proc, const char* pid) {
     return process;
 }
 
-// The members of the group and whoever descends from its leader; empty when the leader is not
-// listed, so that these lists are of other processes than ours.
+// The members of the group, and whoever descends from its leader.
 std::vector<pid_t> membersOf(pid_t group, const std::string& proc) {
     std::map<pid_t, Process> processes;
     const Directory directory(::opendir(proc.c_str()));
@@ -201,8 +200,6 @@ std::vector<pid_t> membersOf(pid_t group, const std::string& proc) {
             processes[pid] = *process;
     }
     std::vector<pid_t> members;
-    if (!processes.contains(group))
-        return members;
     for (const auto& [pid, process] : processes) {
         bool member = process.group == group;
         pid_t ancestor = pid;
