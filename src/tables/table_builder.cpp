@@ -97,7 +97,8 @@ TablePlan planOf(const BuildOptions& options, const DamagedTables& damaged) {
 }
 
 // Looks into files that are there, and counts those that are damaged among those to be made, with
-// what they are made from. good: files that need no other look; more are added.
+// what they are made from. good: files that need no other look; more are added. An error when
+// something that is no file, or may not be read, is in a table's place.
 Result<TablePlan> planWithALook(const BuildOptions& options, const Work& work,
                                 std::set<const TableFile*>& good) {
     const auto asked = [&](const TableFile& file) {
@@ -112,6 +113,8 @@ Result<TablePlan> planWithALook(const BuildOptions& options, const Work& work,
     DamagedTables damaged;
     for (;;) {
         TablePlan plan = planOf(options, damaged);
+        if (Status usable = checkPlaces(plan); !usable)
+            return Error{usable.error()};
         // A damaged one brings its own sources into the plan.
         std::vector<const TableFile*> unknown;
         for (const PlannedTable& table : plan.tables) {
@@ -164,8 +167,6 @@ Result<BuildReport> buildTables(const BuildOptions& options) {
     auto looked = planWithALook(options, work, good);
     if (!looked)
         return Error{looked.error()};
-    if (Status usable = checkPlaces(*looked); !usable)
-        return Error{usable.error()};
     if (looked->nothingToDo())
         return reportOf(*looked);
     if (Status enough = checkMemory(options, *looked); !enough)
