@@ -10,9 +10,9 @@
 namespace tamarin {
 
 // Loads the solver from the file. A file that is there but does not load, or that fits(solver) does
-// not accept, is put aside (PATH.bad, .bad.2, ...), with a line on standard error, so that nothing is lost when a
-// new strategy is written in its place. Says "Warning: could not load strategy from disk!" on
-// standard output and returns false unless the strategy is loaded.
+// not accept, is put aside (PATH.bad, .bad.2, ...), with a line on standard error, so that nothing
+// is lost when a new strategy is written in its place. Says "Warning: could not load strategy from
+// disk!" on standard output and returns false unless the strategy is loaded.
 bool loadStrategy(CFR& solver, const std::string& path,
                   const std::function<bool(CFR&)>& fits = nullptr);
 
