@@ -369,6 +369,20 @@ TEST(Match, HandLimitCountsAllAnswersOfAHand) {
     EXPECT_EQ(faultsOf(result, 1, Fault::late), 0U);
 }
 
+// Answers that never come use up the time of the hand as well.
+TEST(Match, HandLimitCountsWhatWasWaitedForInVain) {
+    const GamePtr game = loadGameFile("holdem.limit.2p.reverse_blinds.game");
+    FakeTable table(game.get(), {[](Client&, const std::string&, int) {}, answers("c")});
+    MatchOptions options;
+    options.hands = 1;
+    options.actionLimit = 200ms;
+    options.handLimit = 250ms;
+    const MatchResult result = playMatch(game.get(), table.players, options);
+    EXPECT_EQ(faultsOf(result, 0, Fault::late), 4U); // an answer a round
+    EXPECT_GE(result.seconds, 0.25);
+    EXPECT_LT(result.seconds, 0.6); // four times 200 ms would be 0.8 s
+}
+
 TEST(Match, PlayerThatLeavesIsPlayedFor) {
     OddMatch match([](Client& client, const std::string& line, int turn) {
         if (turn == 2)
