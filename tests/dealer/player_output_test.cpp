@@ -130,6 +130,38 @@ TEST(PlayerOutput, TheRestIsTakenWhateverTheShare) {
     EXPECT_EQ(player.output.fdToPoll(), -1);
 }
 
+namespace {
+
+// Asked for the time as a line is shown, it makes the player print another.
+class PrintingClock : public tamarin::Clock {
+public:
+    TimePoint now() const override {
+        if (writer >= 0 && printed < 1000 && ::write(writer, "again\n", 6) == 6)
+            ++printed;
+        return {};
+    }
+    int writer = -1;
+    mutable int printed = 0;
+};
+
+} // namespace
+
+// Somebody who prints as fast as it is read would be read for ever.
+TEST(PlayerOutput, TheRestIsWhatWasThereWhenItWasAskedFor) {
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
+    PrintingClock clock;
+    MemoryStream shown;
+    PlayerOutput output(ends[0], "[a] ", shown.stream(), clock);
+    ASSERT_EQ(::write(ends[1], "one\ntwo\n", 8), 8);
+    clock.writer = ends[1];
+    output.takeRest();
+    clock.writer = -1;
+    EXPECT_EQ(output.lastLines(), (std::deque<std::string>{"one", "two"}));
+    EXPECT_EQ(clock.printed, 2);
+    ::close(ends[1]);
+}
+
 TEST(PlayerOutput, ShowsEveryLineOfATalkativePlayer) {
     Printing player("[a] ");
     player.print("one\n\ntwo\n");
