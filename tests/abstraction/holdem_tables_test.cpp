@@ -230,6 +230,8 @@ TEST_F(HoldemTables, DamagedOnesAreNotForTraining) {
     std::filesystem::remove(holdemPath(2, 1, 0));
     std::filesystem::create_directory(holdemPath(2, 1, 0));
     EXPECT_EQ(refused(2).find("lookup/holdem_flop_2p_0"), 0U) << refused(2);
+    // The directory itself, and not the zeros that stand for it.
+    EXPECT_EQ(refused(2).find("holds nothing"), std::string::npos) << refused(2);
 }
 
 TEST_F(HoldemTables, ForTrainingComeFromTheirFilesWhenTheyAreNotLoaded) {
