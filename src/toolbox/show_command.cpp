@@ -47,6 +47,9 @@ Result<Shown> find(const Options& options) {
     }
     if (!options.game.empty())
         return Shown{options.game, options.what, {options.what}};
+    // Of a file that is not there the directory's name would be taken for the game's, and missed.
+    if (!std::filesystem::exists(options.what))
+        return Error{options.what + " is not there; name a file, or a game as NAME.game"};
     const auto path = std::filesystem::absolute(options.what).lexically_normal();
     return Shown{path.parent_path().filename().string() + ".game", options.what, {options.what}};
 }

@@ -100,5 +100,12 @@ TEST_F(Show, RefusesWhatIsNoStrategy) {
     EXPECT_FALSE(fs::exists(directory / "page.html"));
 }
 
+// It once said that there is no game of the directory's name.
+TEST_F(Show, NamesTheFileThatIsNotThere) {
+    const Outcome outcome = run({"show", "absent"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, "tamarin: absent is not there; name a file, or a game as NAME.game\n");
+}
+
 } // namespace
 } // namespace tamarin::testing
