@@ -129,7 +129,8 @@ public:
     // tree is as ready as it was before, so a fresh solver stays unusable. Never takes more memory
     // than the file's true size asks for. Trailing bytes are ignored; checkStrategyFile() is
     // stricter. A large file (see setMapLimits) stays where it is and is looked up there; what
-    // makes a file bad is the same, but a bad one then leaves the solver's nodes as they were.
+    // makes a file bad is the same, but a bad one then leaves the solver's nodes as they were. Of
+    // one larger still, some keys are looked at and not all: MappedStrategy::Look.
     bool load(const std::string& path);
 
     // Up to where nodes are kept in the maps: files to load by the bytes of their sections, trees
@@ -138,6 +139,7 @@ public:
     struct MapLimits {
         size_t fileBytes = size_t{64} << 20U;
         size_t informationSets = 2'000'000;
+        size_t everyKeyBytes = size_t{1} << 30U; // larger files are not read through to be played
     };
     void setMapLimits(const MapLimits& limits) { mapLimits = limits; }
 

@@ -164,9 +164,11 @@ bool CFR::load(const std::string& path) {
     const tamarin::Result<tamarin::MappedFile> file = tamarin::MappedFile::open(path);
     if (!file)
         return false;
-    if (sectionBytes(file->bytes(), numMaps()) > mapLimits.fileBytes) {
-        tamarin::Result<tamarin::MappedStrategy> strategy =
-            tamarin::MappedStrategy::open(path, numMaps());
+    const size_t bytes = sectionBytes(file->bytes(), numMaps());
+    if (bytes > mapLimits.fileBytes) {
+        using Look = tamarin::MappedStrategy::Look;
+        tamarin::Result<tamarin::MappedStrategy> strategy = tamarin::MappedStrategy::open(
+            path, numMaps(), bytes > mapLimits.everyKeyBytes ? Look::someKeys : Look::everyKey);
         if (!strategy)
             return false;
         store = std::make_unique<tamarin::MappedStrategy>(std::move(*strategy));

@@ -38,6 +38,11 @@ private:
     std::filesystem::path before_;
 };
 
+// Whether a game for so many players takes buckets from the table.
+bool givesBuckets(const TableFile& file, int players) {
+    return file.group == TableGroup::holdem && file.players <= players;
+}
+
 } // namespace
 
 bool isHoldem(const Game& game) {
@@ -88,9 +93,9 @@ HoldemTables::HoldemTables(HoldemTables&&) noexcept = default;
 HoldemTables& HoldemTables::operator=(HoldemTables&&) noexcept = default;
 HoldemTables::~HoldemTables() = default;
 
-Result<HoldemTables> HoldemTables::open(const std::string& directory) {
+Result<HoldemTables> HoldemTables::open(const std::string& directory, int players) {
     for (const PlannedTable& table : planTables(directory, {TableGroup::holdem}, false).tables) {
-        if (table.file->group != TableGroup::holdem || table.state == TableState::good)
+        if (!givesBuckets(*table.file, players) || table.state == TableState::good)
             continue;
         if (table.state == TableState::unusable)
             return Error{table.problem};
@@ -103,8 +108,7 @@ Result<HoldemTables> HoldemTables::open(const std::string& directory) {
     const InDirectory there(directory);
     HoldemTables tables;
     tables.tables_ = std::make_unique<EquityTables>();
-    tables.tables_->loadHoldemTables();
-    tables.buckets_ = std::make_unique<TableBuckets>(*tables.tables_);
+    tables.buckets_ = std::make_unique<TableBuckets>(*tables.tables_, players);
     return tables;
 }
 
@@ -112,8 +116,7 @@ Status checkTablesByManifest(const std::string& directory, int players) {
     const std::string lookup = inDirectory(directory, "lookup");
     const auto read = [&](const std::string& name) {
         return std::any_of(allTables().begin(), allTables().end(), [&](const TableFile& file) {
-            return file.group == TableGroup::holdem && file.players <= players &&
-                   bareName(file.path) == name;
+            return givesBuckets(file, players) && bareName(file.path) == name;
         });
     };
     const auto compared = compareWithManifest(lookup, read);
@@ -128,10 +131,11 @@ Status checkTablesByManifest(const std::string& directory, int players) {
                 : "; move it away, and 'tamarin tables --dir " + directory + "' makes it anew")};
 }
 
-Status makeMissingTables(const std::string& directory, int threads, bool quiet) {
+Status makeMissingTables(const std::string& directory, int players, int threads, bool quiet) {
     StepProgress progress(quiet);
     BuildOptions build;
     build.directory = directory;
+    build.forPlayers = players;
     build.threads = threads;
     build.lookInto = {TableGroup::holdem}; // they are about to be trained on
     build.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
@@ -144,8 +148,8 @@ Status makeMissingTables(const std::string& directory, int threads, bool quiet) 
     return built ? Status() : Error{built.error()};
 }
 
-std::string missingTablesCost(const std::string& directory) {
-    const TablePlan plan = planTables(directory, {}, false);
+std::string missingTablesCost(const std::string& directory, int players) {
+    const TablePlan plan = planTablesForPlay(directory, players);
     return plan.nothingToDo() ? ""
                               : fmt::format("{} of disk, {} of memory, about {} on two cores",
                                             describeBytes(plan.disk), describeBytes(plan.memory),

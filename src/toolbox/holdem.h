@@ -43,16 +43,16 @@ bool isHoldemStrategy(const std::string& name);
 // and of the buckets.
 std::string strategySource(const HoldemGame& game, const HoldemBuckets& buckets);
 
-// The buckets of the tables below DIR/lookup, mapped. Refuses, naming it, a table that is missing.
+// The buckets of a game for 2 or 3 players, out of the tables below DIR/lookup, mapped. Refuses,
+// naming it, a table of these that is missing or damaged; the other game's may be absent.
 class HoldemTables {
 public:
-    static Result<HoldemTables> open(const std::string& directory);
+    static Result<HoldemTables> open(const std::string& directory, int players);
     HoldemTables(HoldemTables&&) noexcept;
     HoldemTables& operator=(HoldemTables&&) noexcept;
     ~HoldemTables();
 
     const HoldemBuckets& buckets() const { return *buckets_; }
-    EquityTables& equities() const { return *tables_; }
 
 private:
     HoldemTables();
@@ -65,12 +65,12 @@ private:
 // any other. Of a table that no manifest knows there is nothing to say.
 Status checkTablesByManifest(const std::string& directory, int players);
 
-// Makes the tables that are missing below DIR/lookup, with progress on standard error, and records
-// them. Refuses what there is too little memory or disk for; "stopped" after a signal.
-Status makeMissingTables(const std::string& directory, int threads, bool quiet);
+// Makes what games for so many players need and DIR/lookup lacks, with progress on standard error,
+// and records it. Refuses what there is too little memory or disk for; "stopped" after a signal.
+Status makeMissingTables(const std::string& directory, int players, int threads, bool quiet);
 
-// "1.2 GB of disk, ... of memory, about 2 min 1 s on two cores", or empty when all tables are
-// there.
-std::string missingTablesCost(const std::string& directory);
+// What that takes: "1.2 GB of disk, ... of memory, about 2 min 1 s on two cores", or empty when
+// nothing is missing.
+std::string missingTablesCost(const std::string& directory, int players);
 
 } // namespace tamarin

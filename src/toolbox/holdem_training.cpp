@@ -73,7 +73,7 @@ std::string describeGoal(const HoldemGoal& goal, double rate, uint64_t done) {
 
 int dryRun(const HoldemGame& game, const HoldemTraining& options, HoldemTrainer& trainer) {
     const Cost cost = costOf(trainer.sets(), *game.rules);
-    const std::string tables = missingTablesCost(options.directory);
+    const std::string tables = missingTablesCost(options.directory, game.rules->numPlayers);
     fmt::print("{} decision nodes, {} information sets\n",
                describeCount(trainer.sets().tree().nodes().size()), describeCount(cost.sets));
     fmt::print("memory up to {} ({} can be had), each checkpoint {}, the strategy file {}; {} of "
@@ -303,7 +303,7 @@ int trainHoldemGame(const HoldemGame& game, const HoldemTraining& given) {
         options.out = std::filesystem::path(holdemStrategyPath(options.directory, game))
                           .parent_path()
                           .string();
-    if (options.dryRun && !missingTablesCost(options.directory).empty()) {
+    if (options.dryRun && !missingTablesCost(options.directory, game.rules->numPlayers).empty()) {
         // No buckets yet, and none needed for counting.
         class NoBuckets : public HoldemBuckets {
             uint8_t bucket(int, int, int, const uint8_t*) const override { return 0; }
@@ -321,14 +321,14 @@ int trainHoldemGame(const HoldemGame& game, const HoldemTraining& given) {
         if (!taken)
             return fail(taken.error());
         lock.emplace(std::move(*taken));
-        if (Status made =
-                makeMissingTables(options.directory, options.config.threads, options.quiet);
+        if (Status made = makeMissingTables(options.directory, game.rules->numPlayers,
+                                            options.config.threads, options.quiet);
             !made)
             return interrupted() ? interruptStatus() : fail(made.error());
         if (Status known = checkTablesByManifest(options.directory, game.rules->numPlayers); !known)
             return fail(known.error());
     }
-    const auto tables = HoldemTables::open(options.directory);
+    const auto tables = HoldemTables::open(options.directory, game.rules->numPlayers);
     if (!tables)
         return fail(tables.error());
     HoldemTrainer trainer(*game.rules, tables->buckets(), options.config);

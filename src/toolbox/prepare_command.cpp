@@ -82,7 +82,7 @@ Result<bool> goodHoldemStrategy(const HoldemGame& game, const std::string& direc
     const auto* whole = compared->find(holdemStrategyName);
     if (!whole)
         return false;
-    const auto tables = HoldemTables::open(directory);
+    const auto tables = HoldemTables::open(directory, game.rules->numPlayers);
     if (!tables)
         return Error{tables.error()};
     const std::string wanted = strategySource(game, tables->buckets());
@@ -112,7 +112,9 @@ int prepareHoldem(const HoldemGame& game, const Options& options) {
     training.keepOther = true;
     training.made = "tamarin prepare";
     if (!options.force && !options.dryRun) {
-        if (Status made = makeMissingTables(options.directory, 0, options.quiet); !made)
+        if (Status made =
+                makeMissingTables(options.directory, game.rules->numPlayers, 0, options.quiet);
+            !made)
             return interrupted() ? interruptStatus() : fail(made.error());
         const std::string strategy = holdemStrategyPath(options.directory, game);
         const auto good = goodHoldemStrategy(game, options.directory, strategy);

@@ -125,7 +125,7 @@ int showHoldem(const HoldemGame& game, const Options& options) {
     if (!std::filesystem::exists(path))
         return fail("there is no strategy " + path + "; 'tamarin prepare " + game.name +
                     "' makes it");
-    const auto tables = HoldemTables::open(options.directory);
+    const auto tables = HoldemTables::open(options.directory, game.rules->numPlayers);
     if (!tables)
         return fail(tables.error());
     const auto strategy =

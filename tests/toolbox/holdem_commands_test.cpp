@@ -82,6 +82,32 @@ TEST_F(Holdem, TrainLeavesTheFileThatThePlayerReads) {
               std::string::npos);
 }
 
+// Twelve of the 46 files are enough, and no other is made or missed.
+TEST_F(Holdem, ATwoPlayerGameNeedsTheTablesThatItsPlayReads) {
+    int needed = 0;
+    for (const TableFile& file : allTables())
+        if (playReads(file, 2))
+            ++needed;
+        else
+            fs::remove(directory / file.path);
+    EXPECT_EQ(needed, 12);
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"train", limit, "--iterations", "64", "--quiet"},
+          std::vector<std::string>{"prepare", limit, "--quiet"},
+          std::vector<std::string>{"exploit", limit, "--deals", "100", "--response-deals", "100"},
+          std::vector<std::string>{"show", limit}}) {
+        const Outcome outcome = run(command);
+        EXPECT_EQ(outcome.status, 0) << command[0] << ": " << outcome.err;
+    }
+    for (const TableFile& file : allTables())
+        EXPECT_EQ(fs::exists(directory / file.path), playReads(file, 2)) << file.path;
+    fs::remove(directory / "lookup/holdem_turn_2p_1");
+    const Outcome missing = run({"show", limit});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_NE(missing.err.find("lookup/holdem_turn_2p_1 is missing"), std::string::npos)
+        << missing.err;
+}
+
 TEST_F(Holdem, TrainLeavesADirectoryAloneThatAnotherRunHolds) {
     fs::create_directories(strategies());
     const auto held = FileLock::take((strategies() / "train.lock").string());
