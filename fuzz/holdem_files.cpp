@@ -5,6 +5,7 @@
 #include "fuzz/memory_file.h"
 #include "game/definition.h"
 #include "solver/mapped_strategy.h"
+#include "solver/holdem_strategy.h"
 #include "solver/strategy_file.h"
 #include "training/holdem_trainer.h"
 

@@ -7,8 +7,9 @@
 #pragma once
 
 #include "solver/compiled_tree.h"
-#include "solver/information_sets.h"
+#include "solver/node_maps.h"
 #include "solver/payoffs.h"
+#include "solver/set_numbers.h"
 
 #include <array>
 #include <cstdint>

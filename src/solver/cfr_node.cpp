@@ -5,8 +5,6 @@
 #include <cmath>
 #include <ostream>
 
-const char* const abstractedActionNames[numAbstractedActions] = {"fold", "call", "raise"};
-
 CFRNode::CFRNode() {}
 
 CFRNode::CFRNode(bool* valid) {

@@ -5,13 +5,10 @@
 // strategy files. Single-threaded.
 #pragma once
 
+#include "solver/abstracted_actions.h"
+
 #include <iosfwd>
 #include <limits>
-
-inline constexpr int numAbstractedActions = 3;
-
-// "fold", "call", "raise".
-extern const char* const abstractedActionNames[numAbstractedActions];
 
 class CFRNode {
 public:

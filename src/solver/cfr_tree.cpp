@@ -1,8 +1,8 @@
 // Building the abstracted tree, and taking hopeless actions out of it.
 
+#include "solver/card_rank_solving.h"
 #include "solver/cfr.h"
 #include "solver/combinator.h"
-#include "solver/compiled_game.h"
 #include "solver/deck.h"
 #include "solver/equity_seam.h"
 

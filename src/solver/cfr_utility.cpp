@@ -1,8 +1,8 @@
 // What a strategy is worth.
 
+#include "solver/card_rank_solving.h"
 #include "solver/cfr.h"
 #include "solver/combinator.h"
-#include "solver/compiled_game.h"
 #include "solver/deck.h"
 
 #include <algorithm>

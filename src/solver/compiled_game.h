@@ -2,7 +2,6 @@
 #pragma once
 
 #include "solver/compiled_tree.h"
-#include "solver/information_sets.h"
 #include "solver/payoffs.h"
 
 namespace tamarin {
@@ -18,14 +17,5 @@ public:
     CompiledTree tree;
     Payoffs payoffs;
 };
-
-// Adds to the node maps what CFR::createAbstractedGameTree leaves after every deal: a zeroed node
-// for each decision node and each card field of the deck.
-void addCardRankNodes(const CompiledTree& tree, const Game& game, NodeMap* nodeMaps);
-
-// What CFR::calcUtility computes, to the bit: the value to each seat over all deals when everybody
-// plays the average strategy of sets.
-void averageValues(const Game& game, CompiledGame& compiled, const InformationSets& sets,
-                   double* result);
 
 } // namespace tamarin

@@ -12,7 +12,7 @@
 #pragma once
 
 #include "game/game.h"
-#include "solver/cfr_node.h"
+#include "solver/abstracted_actions.h"
 
 #include <array>
 #include <cstddef>

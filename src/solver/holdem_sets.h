@@ -7,8 +7,8 @@
 #pragma once
 
 #include "solver/compiled_tree.h"
-#include "solver/information_sets.h"
 #include "solver/node_store.h"
+#include "solver/set_numbers.h"
 
 #include <cstdlib>
 #include <memory>

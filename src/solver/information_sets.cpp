@@ -8,11 +8,6 @@ namespace tamarin {
 
 namespace {
 
-std::string keyOf(const CompiledTree::Node& node, int field, const std::string& sequence) {
-    return std::to_string(node.player) + ':' + std::to_string(node.round) + ':' +
-           std::to_string(field) + ':' + sequence;
-}
-
 // The valid actions' numbers, or nothing when an action leads nowhere or a number is not finite.
 std::optional<SetActions> readNode(const CompiledTree::Node& at, const CFRNode& node,
                                    SetNumbers& numbers) {
@@ -32,15 +27,6 @@ std::optional<SetActions> readNode(const CompiledTree::Node& at, const CFRNode& 
 
 } // namespace
 
-std::string cardRankKey(const CompiledTree& tree, int32_t node, int field) {
-    return keyOf(tree.nodes()[static_cast<size_t>(node)], field, tree.sequence(node));
-}
-
-SetLayout cardRankLayout(const CompiledTree& tree, const Game& game) {
-    return SetLayout(tree, std::vector<uint32_t>(tree.slots().size(),
-                                                 static_cast<uint32_t>(numCardFields(game))));
-}
-
 InformationSets::InformationSets(const CompiledTree& tree, const Game& game)
     : layout_(cardRankLayout(tree, game)), numbers_(layout_.numSets()), actions_(layout_.numSets()),
       nodes_(layout_.numSets()) {}
@@ -54,7 +40,7 @@ std::optional<InformationSets> InformationSets::read(const CompiledTree& tree, c
         const NodeMap& map = nodeMaps[at.round + at.player * game.numRounds];
         const std::string sequence = tree.sequence(static_cast<int32_t>(n));
         for (int field = 0; field < fields; ++field) {
-            const auto found = map.find(keyOf(at, field, sequence));
+            const auto found = map.find(cardRankKey(at, field, sequence));
             if (found == map.end())
                 return std::nullopt;
             const size_t set = sets.layout_.index(at, static_cast<uint64_t>(field));

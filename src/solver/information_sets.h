@@ -5,26 +5,15 @@
 // because elimination leaves many sets with one or two.
 #pragma once
 
-#include "solver/cfr.h"
+#include "solver/card_rank_keys.h"
 #include "solver/compiled_tree.h"
+#include "solver/node_maps.h"
+#include "solver/set_numbers.h"
 
-#include <cstdint>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace tamarin {
-
-struct SetNumbers {
-    double regret[numAbstractedActions];   // of the valid actions, in order
-    double strategy[numAbstractedActions]; // likewise
-};
-
-// A set's valid actions.
-struct SetActions {
-    uint8_t count = 0;
-    uint8_t action[numAbstractedActions] = {}; // ascending
-};
 
 class InformationSets {
 public:
@@ -50,11 +39,5 @@ private:
     std::vector<SetActions> actions_;
     std::vector<CFRNode*> nodes_;
 };
-
-// The key of a card-rank information set.
-std::string cardRankKey(const CompiledTree& tree, int32_t node, int field);
-
-// The layout of a card-rank tree: every slot has one bucket for each card field.
-SetLayout cardRankLayout(const CompiledTree& tree, const Game& game);
 
 } // namespace tamarin

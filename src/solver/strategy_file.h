@@ -9,8 +9,6 @@
 
 namespace tamarin {
 
-class HoldemSets;
-
 // Writes all nodes of a store with so many maps (players * rounds) beside the file's place, whole
 // and on the disk, for commit() to put there: several strategies, each written before the first is
 // put in its place, are all new or all old but for a failure of the renames themselves. An error
@@ -25,9 +23,5 @@ Result<AtomicFile> stageStrategyFile(const std::string& path, int numMaps, const
 Status writeStrategyFile(const std::string& path, int numMaps, const NodeStore& nodes,
                          const std::function<bool(uint64_t done)>& goOn = nullptr,
                          FileSystem& files = systemFiles());
-
-// Reads a whole strategy into sets, which must be of the same game. An error says which record does
-// not belong to the game, or what is missing.
-Status readStrategyFile(const std::string& path, HoldemSets& sets);
 
 } // namespace tamarin

@@ -1,4 +1,5 @@
 // tamarin show: a strategy as text, as JSON or as a page.
+#include "solver/card_rank_keys.h"
 #include "solver/mapped_strategy.h"
 #include "support/file.h"
 #include "toolbox/command.h"

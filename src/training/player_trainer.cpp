@@ -1,5 +1,6 @@
 #include "training/player_trainer.h"
 
+#include "solver/card_rank_keys.h"
 #include "support/rng.h"
 #include "support/silent_output.h"
 

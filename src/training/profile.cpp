@@ -1,5 +1,6 @@
 #include "training/profile.h"
 
+#include "solver/card_rank_keys.h"
 #include "solver/deck.h"
 
 #include <cmath>

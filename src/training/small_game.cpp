@@ -1,5 +1,6 @@
 #include "training/small_game.h"
 
+#include "solver/card_rank_keys.h"
 #include "solver/deck.h"
 #include "support/progress.h"
 

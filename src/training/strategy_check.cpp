@@ -1,5 +1,6 @@
 #include "training/strategy_check.h"
 
+#include "solver/card_rank_keys.h"
 #include "solver/strategy_record.h"
 
 #include <cmath>

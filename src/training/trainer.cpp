@@ -1,5 +1,6 @@
 #include "training/trainer.h"
 
+#include "solver/card_rank_keys.h"
 #include "training/equilibrium.h"
 #include "training/player_trainer.h"
 

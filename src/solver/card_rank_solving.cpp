@@ -1,4 +1,4 @@
-#include "solver/compiled_game.h"
+#include "solver/card_rank_solving.h"
 
 #include "solver/deck.h"
 
