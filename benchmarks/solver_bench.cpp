@@ -5,9 +5,9 @@
 // are iterations. The ratio of two in one run is what the compiled tree is worth.
 // trainToEquilibrium is one algorithm each; items are iterations over all 24 deals, and after the
 // run NashConv says how far a second's work comes.
+#include "holdem/buckets.h"
+#include "holdem/sets.h"
 #include "solver/cfr.h"
-#include "solver/holdem_buckets.h"
-#include "solver/holdem_sets.h"
 #include "training/best_response.h"
 #include "training/trainer.h"
 

@@ -4,9 +4,9 @@
 #include "fuzz/fuzz.h"
 #include "fuzz/memory_file.h"
 #include "game/definition.h"
-#include "solver/mapped_strategy.h"
-#include "solver/holdem_strategy.h"
-#include "solver/strategy_file.h"
+#include "holdem/read_strategy.h"
+#include "strategy/mapped_strategy.h"
+#include "strategy/strategy_file.h"
 #include "training/holdem_trainer.h"
 
 #include <cmath>

@@ -13,8 +13,8 @@
 //
 // Files that are there are mapped, not read: a table got from one must not be written to. What is
 // missing is computed by the plain road, which for the equities means sampling, most of a
-// day; tables/table_builder.h makes every file exactly and in minutes, and whoever wants to play
-// runs it first. A file of the wrong size is never used (table_store.h).
+// day; table_builder/table_builder.h makes every file exactly and in minutes, and whoever wants to
+// play runs it first. A file of the wrong size is never used (table_store.h).
 //
 // Nothing is ever derived from a table without contents, nor from a damaged one (table_contents.h):
 // where one is needed that load() left empty, or that could not be read, the file is read;

@@ -3,7 +3,7 @@
 #include "driver/strategy_files.h"
 #include "driver/strategy_fit.h"
 #include "support/step_progress.h"
-#include "tables/table_builder.h"
+#include "table_builder/table_builder.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "abstraction/EquityTables.h"
-#include "solver/holdem_buckets.h"
+#include "holdem/buckets.h"
 
 #include <cstdint>
 #include <memory>

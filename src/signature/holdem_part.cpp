@@ -1,12 +1,12 @@
 // Hold'em training over made-up buckets, for two and three, and sampled values.
+#include "holdem/buckets.h"
+#include "holdem/deals.h"
+#include "holdem/values.h"
 #include "signature/games.h"
 #include "signature/nodes.h"
 #include "signature/parts.h"
-#include "solver/holdem_buckets.h"
 #include "support/rng.h"
-#include "training/holdem_deals.h"
 #include "training/holdem_trainer.h"
-#include "training/holdem_values.h"
 
 #include <cassert>
 

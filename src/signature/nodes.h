@@ -3,7 +3,7 @@
 #pragma once
 
 #include "solver/cfr.h"
-#include "solver/node_store.h"
+#include "strategy/node_store.h"
 #include "support/fnv.h"
 
 namespace tamarin::signature {

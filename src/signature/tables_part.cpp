@@ -9,12 +9,12 @@
 #include "eval/equity_question.h"
 #include "eval/exact_equity.h"
 #include "eval/hand_table.h"
+#include "holdem/auxiliary_deals.h"
+#include "holdem/auxiliary_game.h"
 #include "signature/parts.h"
-#include "solver/auxiliary_deals.h"
-#include "solver/auxiliary_game.h"
 #include "support/rng.h"
 #include "support/util.h"
-#include "tables/built_in_games.h"
+#include "table_builder/built_in_games.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "solver/card_rank_solving.h"
 
-#include "solver/deck.h"
+#include "tree/deck.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // What a solver does with the nodes of a small game on its compiled tree, besides training.
 #pragma once
 
-#include "solver/compiled_game.h"
 #include "solver/information_sets.h"
+#include "tree/compiled_game.h"
 
 namespace tamarin {
 

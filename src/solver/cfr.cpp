@@ -2,10 +2,10 @@
 
 #include "solver/cfr.h"
 
-#include "solver/compiled_game.h"
-#include "solver/deck.h"
-#include "solver/holdem_sets.h"
-#include "solver/node_store.h"
+#include "holdem/sets.h"
+#include "strategy/node_store.h"
+#include "tree/compiled_game.h"
+#include "tree/deck.h"
 
 #include <stdexcept>
 #include <typeinfo>

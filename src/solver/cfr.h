@@ -10,7 +10,7 @@
 // rule; the trainers of training/equilibrium.h have the published weights.
 //
 // The strings and maps are the plain form. train and calcUtility walk a compiled tree instead
-// (solver/compiled_tree.h) and leave the same bits; trainPlain and calcUtilityPlain are the plain
+// (tree/compiled_tree.h) and leave the same bits; trainPlain and calcUtilityPlain are the plain
 // form, for tests and for derived classes that key their states in another way.
 //
 // Nodes are objects in node maps, or, where they would not fit there, numbers elsewhere (a
@@ -24,8 +24,8 @@
 #pragma once
 
 #include "game/game.h"
-#include "solver/cfr_node.h"
-#include "solver/node_maps.h"
+#include "strategy/cfr_node.h"
+#include "strategy/node_maps.h"
 
 #include <cstdint>
 #include <iosfwd>

@@ -2,11 +2,11 @@
 
 #include "abstraction/EquityTables.h"
 #include "abstraction/boards.h"
-#include "solver/auxiliary_deals.h"
+#include "holdem/auxiliary_deals.h"
 #include "solver/cfr.h"
-#include "solver/deck.h"
-#include "solver/flag_guard.h"
 #include "solver/training_progress.h"
+#include "support/flag_guard.h"
+#include "tree/deck.h"
 
 #include <algorithm>
 #include <iostream>

@@ -1,9 +1,9 @@
 // A solver's strategy file.
 
 #include "solver/cfr.h"
-#include "solver/mapped_strategy.h"
-#include "solver/strategy_file.h"
-#include "solver/strategy_record.h"
+#include "strategy/mapped_strategy.h"
+#include "strategy/strategy_file.h"
+#include "strategy/strategy_record.h"
 #include "support/file.h"
 
 #include <cstring>

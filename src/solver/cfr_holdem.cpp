@@ -1,13 +1,13 @@
 // Hold'em training: buckets from the hold'em tables, random deals, the player's own update rule.
 
+#include "holdem/buckets.h"
+#include "holdem/sets.h"
+#include "holdem/walk.h"
 #include "solver/cfr.h"
-#include "solver/deck.h"
-#include "solver/fast_draws.h"
-#include "solver/flag_guard.h"
-#include "solver/holdem_buckets.h"
-#include "solver/holdem_sets.h"
-#include "solver/holdem_walk.h"
 #include "solver/training_progress.h"
+#include "support/fast_draws.h"
+#include "support/flag_guard.h"
+#include "tree/deck.h"
 
 #include <algorithm>
 #include <iostream>

@@ -1,11 +1,11 @@
 // Training on random deals, and the plain recursion that says what a visit does.
 
 #include "solver/cfr.h"
-#include "solver/compiled_game.h"
 #include "solver/compiled_training.h"
-#include "solver/deck.h"
 #include "solver/equity_seam.h"
 #include "solver/training_progress.h"
+#include "tree/compiled_game.h"
+#include "tree/deck.h"
 
 #include <algorithm>
 #include <ctime>

@@ -3,8 +3,8 @@
 #include "solver/card_rank_solving.h"
 #include "solver/cfr.h"
 #include "solver/combinator.h"
-#include "solver/deck.h"
 #include "solver/equity_seam.h"
+#include "tree/deck.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -3,7 +3,7 @@
 #include "solver/card_rank_solving.h"
 #include "solver/cfr.h"
 #include "solver/combinator.h"
-#include "solver/deck.h"
+#include "tree/deck.h"
 
 #include <algorithm>
 #include <vector>

@@ -1,7 +1,7 @@
 #include "solver/compiled_training.h"
 
-#include "solver/deck.h"
-#include "solver/fast_draws.h"
+#include "support/fast_draws.h"
+#include "tree/deck.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,6 +1,6 @@
 #include "solver/deal_programs.h"
 
-#include "solver/deck.h"
+#include "tree/deck.h"
 
 #include <algorithm>
 

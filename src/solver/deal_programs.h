@@ -9,7 +9,7 @@
 #pragma once
 
 #include "solver/information_sets.h"
-#include "solver/payoffs.h"
+#include "tree/payoffs.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "solver/information_sets.h"
 
-#include "solver/deck.h"
+#include "tree/deck.h"
 
 #include <cmath>
 

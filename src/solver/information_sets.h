@@ -5,10 +5,10 @@
 // because elimination leaves many sets with one or two.
 #pragma once
 
-#include "solver/card_rank_keys.h"
-#include "solver/compiled_tree.h"
-#include "solver/node_maps.h"
-#include "solver/set_numbers.h"
+#include "strategy/node_maps.h"
+#include "tree/card_rank_keys.h"
+#include "tree/compiled_tree.h"
+#include "tree/set_numbers.h"
 
 #include <optional>
 #include <vector>

@@ -3,16 +3,16 @@
 #include "abstraction/EquityTables.h"
 #include "driver/LimitHoldemAgent.h"
 #include "driver/player.h"
+#include "holdem/deals.h"
 #include "support/interrupt.h"
 #include "support/silent_output.h"
 #include "support/step_progress.h"
-#include "tables/table_builder.h"
+#include "table_builder/table_builder.h"
 #include "toolbox/command.h"
 #include "toolbox/json.h"
 #include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"
 #include "toolbox/table_manifest.h"
-#include "training/holdem_deals.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "game/definition.h"
-#include "solver/holdem_buckets.h"
+#include "holdem/buckets.h"
 #include "support/result.h"
 
 #include <cstdint>

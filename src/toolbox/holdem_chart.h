@@ -1,8 +1,8 @@
 // The first decisions of a hold'em strategy: by bucket, and as the grid of the 169 starting hands.
 #pragma once
 
-#include "solver/cfr_node.h"
-#include "solver/node_store.h"
+#include "strategy/cfr_node.h"
+#include "strategy/node_store.h"
 #include "toolbox/holdem.h"
 
 #include <array>

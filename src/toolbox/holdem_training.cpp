@@ -1,6 +1,6 @@
 #include "toolbox/holdem_training.h"
 
-#include "solver/strategy_file.h"
+#include "strategy/strategy_file.h"
 #include "support/file.h"
 #include "support/interrupt.h"
 #include "support/lock.h"

@@ -1,6 +1,5 @@
 // tamarin show: a strategy as text, as JSON or as a page.
-#include "solver/card_rank_keys.h"
-#include "solver/mapped_strategy.h"
+#include "strategy/mapped_strategy.h"
 #include "support/file.h"
 #include "toolbox/command.h"
 #include "toolbox/commands.h"
@@ -13,6 +12,7 @@
 #include "toolbox/strategy_page.h"
 #include "toolbox/table_look.h"
 #include "training/line_reach.h"
+#include "tree/card_rank_keys.h"
 
 #include <filesystem>
 #include <iostream>

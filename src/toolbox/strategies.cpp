@@ -1,6 +1,6 @@
 #include "toolbox/strategies.h"
 
-#include "solver/strategy_file.h"
+#include "strategy/strategy_file.h"
 #include "support/file.h"
 #include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"

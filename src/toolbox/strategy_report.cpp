@@ -1,6 +1,6 @@
 #include "toolbox/strategy_report.h"
 
-#include "tables/table_plan.h"
+#include "table_builder/table_plan.h"
 #include "toolbox/command.h"
 #include "toolbox/manifest.h"
 

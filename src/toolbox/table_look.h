@@ -1,7 +1,7 @@
 // A table below lookup/ as text or JSON; `show` calls it, table_page.h makes the page.
 #pragma once
 
-#include "tables/table_summary.h"
+#include "table_builder/table_summary.h"
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
 // What the manifest of lookup/ says of the tables that a builder makes.
 #pragma once
 
-#include "tables/table_builder.h"
+#include "table_builder/table_builder.h"
 
 namespace tamarin {
 

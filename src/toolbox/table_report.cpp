@@ -1,6 +1,6 @@
 #include "toolbox/table_report.h"
 
-#include "tables/table_check.h"
+#include "table_builder/table_check.h"
 #include "toolbox/command.h"
 #include "toolbox/manifest.h"
 #include "toolbox/strategy_report.h"

@@ -2,7 +2,7 @@
 // `verify`.
 #pragma once
 
-#include "tables/table_plan.h"
+#include "table_builder/table_plan.h"
 
 #include <cstdint>
 #include <string>
@@ -20,9 +20,9 @@ struct ReportOptions {
     bool quiet = false;
 };
 
-// Checks the tables (tables/table_check.h) and compares hashes with the manifest, and so with the
-// strategies where they are wanted; prints one line a file, or JSON. exitDone when nothing is
-// wrong.
+// Checks the tables (table_builder/table_check.h) and compares hashes with the manifest, and so
+// with the strategies where they are wanted; prints one line a file, or JSON. exitDone when nothing
+// is wrong.
 int reportFiles(const ReportOptions& options);
 
 } // namespace tamarin

@@ -1,7 +1,7 @@
 #include "training/equilibrium.h"
 
-#include "solver/deck.h"
 #include "support/parallel_errors.h"
+#include "tree/deck.h"
 
 #include <algorithm>
 #include <cassert>

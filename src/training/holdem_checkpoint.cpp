@@ -14,7 +14,7 @@
 //
 // Three-player limit hold'em has 4.7 GB of numbers, so that they are written from and read into
 // their place, and the checksum runs at memory speed.
-#include "training/holdem_deals.h"
+#include "holdem/deals.h"
 #include "training/holdem_trainer.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "training/holdem_trainer.h"
 
-#include "training/holdem_deals.h"
+#include "holdem/deals.h"
 
 #include <algorithm>
 #include <cassert>

@@ -1,6 +1,6 @@
 // Hold'em training towards an equilibrium of the ten-bucket game, by sampled deals.
 //
-// Every deal is walked whole with counterfactual weights (holdem_walk.h). What becomes of regrets
+// Every deal is walked whole with counterfactual weights (holdem/walk.h). What becomes of regrets
 // and averages are the algorithms of training/equilibrium.h in a form that suits single deals:
 //
 //   player  the player's own rule; with batches of one deal, that of CFR::trainHoldem
@@ -12,15 +12,15 @@
 //
 // With two players the average approaches an equilibrium of the abstract game, not of hold'em. The
 // cards of deal t depend on the seed and t alone, and deals are walked in batches
-// (training/holdem_batch.h), so the numbers depend on the game, the buckets and the configuration;
+// (holdem/batch.h), so the numbers depend on the game, the buckets and the configuration;
 // not on the number of threads, and not on how the deals are divided over calls, checkpoints and
 // processes.
 #pragma once
 
-#include "solver/holdem_buckets.h"
-#include "solver/holdem_sets.h"
+#include "holdem/batch.h"
+#include "holdem/buckets.h"
+#include "holdem/sets.h"
 #include "support/file.h"
-#include "training/holdem_batch.h"
 #include "training/trainer.h"
 
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "training/player_trainer.h"
 
-#include "solver/card_rank_keys.h"
 #include "support/rng.h"
 #include "support/silent_output.h"
+#include "tree/card_rank_keys.h"
 
 #include <sstream>
 

@@ -1,7 +1,7 @@
 #include "training/profile.h"
 
-#include "solver/card_rank_keys.h"
-#include "solver/deck.h"
+#include "tree/card_rank_keys.h"
+#include "tree/deck.h"
 
 #include <cmath>
 

@@ -1,8 +1,8 @@
 #include "training/small_game.h"
 
-#include "solver/card_rank_keys.h"
-#include "solver/deck.h"
 #include "support/progress.h"
+#include "tree/card_rank_keys.h"
+#include "tree/deck.h"
 
 #include <algorithm>
 #include <stdexcept>

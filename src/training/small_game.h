@@ -2,8 +2,8 @@
 // player's card-rank keys, and its deals, with what each seat knows of them.
 #pragma once
 
-#include "solver/compiled_game.h"
 #include "support/result.h"
+#include "tree/compiled_game.h"
 
 #include <cstdint>
 #include <memory>

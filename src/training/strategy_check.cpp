@@ -1,7 +1,7 @@
 #include "training/strategy_check.h"
 
-#include "solver/card_rank_keys.h"
-#include "solver/strategy_record.h"
+#include "strategy/strategy_record.h"
+#include "tree/card_rank_keys.h"
 
 #include <cmath>
 #include <cstring>

@@ -1,8 +1,8 @@
 #include "training/trainer.h"
 
-#include "solver/card_rank_keys.h"
 #include "training/equilibrium.h"
 #include "training/player_trainer.h"
+#include "tree/card_rank_keys.h"
 
 namespace tamarin {
 

@@ -6,7 +6,7 @@
 #include "abstraction/table_names.h"
 #include "driver/scratch.h"
 #include "index/hand_index.h"
-#include "tables/table_plan.h"
+#include "table_builder/table_plan.h"
 
 #include <cstdint>
 #include <cstring>

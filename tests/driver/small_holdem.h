@@ -4,7 +4,7 @@
 
 #include "driver/holdem_hands.h"
 #include "solver/cfr.h"
-#include "solver/strategy_record.h"
+#include "strategy/strategy_record.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "solver/cfr.h"
-#include "solver/deck.h"
 #include "solver/games.h"
+#include "tree/deck.h"
 
 #include <algorithm>
 #include <cmath>

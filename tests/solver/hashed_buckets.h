@@ -1,8 +1,8 @@
 // Buckets for tests without any table.
 #pragma once
 
-#include "solver/holdem_buckets.h"
-#include "solver/holdem_sets.h"
+#include "holdem/buckets.h"
+#include "holdem/sets.h"
 
 #include <cstdint>
 

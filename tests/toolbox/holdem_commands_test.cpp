@@ -1,6 +1,6 @@
-#include "solver/strategy_record.h"
+#include "strategy/strategy_record.h"
 #include "support/lock.h"
-#include "tables/table_plan.h"
+#include "table_builder/table_plan.h"
 #include "toolbox/manifest.h"
 #include "toolbox/program.h"
 #include "toolbox/tamarin_process.h"

@@ -2,7 +2,7 @@
 // name, and a run afterwards that puts everything right. The program itself runs, in directories
 // that have all tables but the quick ones.
 #include "support/lock.h"
-#include "tables/later_rounds.h"
+#include "table_builder/later_rounds.h"
 #include "toolbox/manifest.h"
 #include "toolbox/tamarin_process.h"
 

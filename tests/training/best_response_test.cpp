@@ -1,8 +1,8 @@
 #include "training/best_response.h"
 
-#include "solver/deck.h"
 #include "solver/games.h"
 #include "training/trainer.h"
+#include "tree/deck.h"
 
 #include <map>
 

@@ -1,11 +1,11 @@
 // Memory that runs out on a worker reaches the caller, as it would from a plain loop: an exception
 // that leaves a parallel region's body ends the process.
 #include "game/games.h"
+#include "holdem/deals.h"
+#include "holdem/values.h"
 #include "solver/games.h"
 #include "solver/hashed_buckets.h"
 #include "training/best_response.h"
-#include "training/holdem_deals.h"
-#include "training/holdem_values.h"
 #include "training/trainer.h"
 
 #include <atomic>

@@ -1,0 +1,67 @@
+// Exact equities of all rounds at once.
+
+#include "abstraction/equity_files.h"
+#include "eval/seven_card_files.h"
+#include "support/progress.h"
+#include "table_builder/build_steps.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tamarin {
+
+namespace {
+
+constexpr uint64_t leastWindow = uint64_t{32} << 20;
+constexpr uint64_t otherMemory = uint64_t{64} << 20;
+
+} // namespace
+
+uint64_t leastEquityMemory() {
+    return EquityCounts::memoryBytes() + leastWindow + otherMemory;
+}
+
+Status buildEquities(const BuildOptions& options, const Work& work, const Files& files) {
+    const std::string sevenCards = inDirectory(options.directory, sevenCardTablePath);
+    // One wrong entry would be in every table of equities.
+    if (Status right = mendSevenCardFile(sevenCards, work.threads); !right)
+        return right;
+    auto table = SevenCardTable::open(sevenCards);
+    if (!table)
+        return Error{table.error()};
+    Work counting = work;
+    counting.progress = [&](uint64_t done, uint64_t total) {
+        if (options.progress)
+            options.progress("Ranking river boards", done, total);
+    };
+    auto counts = EquityCounts::compute(*table, counting);
+    if (!counts)
+        return Error{counts.error()};
+
+    const uint64_t window =
+        options.memory == 0
+            ? uint64_t{1} << 30
+            : std::max(leastWindow, options.memory - EquityCounts::memoryBytes() - otherMemory);
+    for (int round = 0; round < holdemRounds; ++round) {
+        std::array<std::string, 2> paths;
+        for (const TableFile* file : files)
+            if (file->round == round)
+                paths[static_cast<size_t>(file->players - 2)] =
+                    inDirectory(options.directory, file->path);
+        if (paths[0].empty() && paths[1].empty())
+            continue;
+        Work writing = work;
+        writing.progress = [&](uint64_t done, uint64_t total) {
+            if (options.progress)
+                options.progress("Writing " + std::string(roundNames[static_cast<size_t>(round)]) +
+                                     " equities",
+                                 done, total);
+        };
+        if (Status written = writeEquityFiles(*counts, round, paths[0], paths[1], window, writing);
+            !written)
+            return written;
+    }
+    return {};
+}
+
+} // namespace tamarin

@@ -1,0 +1,28 @@
+// The builder's steps; table_builder.cpp calls them in order.
+#pragma once
+
+#include "abstraction/work.h"
+#include "support/result.h"
+#include "table_builder/table_builder.h"
+
+#include <string>
+#include <vector>
+
+namespace tamarin {
+
+using Files = std::vector<const TableFile*>;
+
+// Makes the files, all of one group. Their sources are there.
+Status buildEquities(const BuildOptions& options, const Work& work, const Files& files);
+Status buildClusters(const BuildOptions& options, const Work& work, const Files& files);
+Status buildUtilities(const BuildOptions& options, const Work& work, const Files& files);
+Status buildHoldem(const BuildOptions& options, const Work& work, const Files& files);
+
+// What a look into a table of the right size finds, as abstraction/table_contents.h says it; empty
+// when nothing is wrong, or when the file cannot be read.
+std::string damageOf(const TableFile& file, const std::string& path, int threads);
+
+// The least memory that buildEquities can do with.
+uint64_t leastEquityMemory();
+
+} // namespace tamarin
