@@ -1,6 +1,6 @@
 // A table as a page of its own, without scripts and without anything from elsewhere: its range, its
-// histogram, and for pre-flop the coloured squares of starting hands, of all pre-flop tables that
-// lie there.
+// histogram, and for pre-flop the coloured grids of starting hands, of all pre-flop tables that lie
+// there.
 #pragma once
 
 #include "toolbox/table_look.h"
