@@ -11,14 +11,14 @@
 //   hold'em   byte      0..9: 5 x (utility in the upper half) + quarter of the equity range, for
 //                       2 and 3 players, each seat
 //
-// Files that are there are mapped, not read: a table got from one must not be written to. What is
-// missing is computed by the plain road, which for the equities means sampling, most of a
-// day; table_builder/table_builder.h makes every file exactly and in minutes, and whoever wants to
-// play runs it first. A file of the wrong size is never used (table_store.h).
+// Files that are there are mapped, not read: a table that comes from one must not be written to.
+// What is missing is computed in the plain form, which for the equities means sampling for most of
+// a day. The table builder makes every file exactly and in minutes, so a player runs it first. A
+// file of the wrong size is never used (table_store.h).
 //
-// Nothing is ever derived from a table without contents, nor from a damaged one (table_contents.h):
-// where one is needed that load() left empty, or that could not be read, the file is read;
-// std::runtime_error, with one line that says what to do, when there is none or it is damaged.
+// Nothing is ever made from a table without contents, nor from a damaged one (table_contents.h).
+// Where a table is needed that load() left empty, or that could not be read, its file is read; when
+// the file is missing or damaged, that is a std::runtime_error with one line that says what to do.
 // Play looks at a few bytes of a table and does not read it through first: a bucket that no
 // strategy holds is played by the agents' rule. Single-threaded.
 #pragma once
@@ -53,18 +53,18 @@ public:
     // river tables that have both their files are left allocated without contents.
     void load();
     // Fills what play of a game for so many players (2 or 3) reads, out of files alone and at once:
-    // the equity and hold'em tables of two players and, for three, of three. The others of these
-    // are taken, too, where they are there, and left alone where they are not. Says what load() and
-    // loadHoldemTables() say. std::runtime_error when a file that is needed is not there, has the
-    // wrong size or cannot be read. For tables that hold nothing yet.
+    // the equity and hold'em tables of two players and, for three, of three. The other equity and
+    // hold'em tables are taken where their files are there. Says what load() and loadHoldemTables()
+    // say. std::runtime_error when a file that is needed is not there, has the wrong size or cannot
+    // be read. For tables that hold nothing yet.
     void loadForPlay(int players);
-    // Releases the equity tables. Until then a pointer that getEquityTable gave stays valid, even
-    // where another table has taken its place since.
+    // Releases the equity tables. Until then a pointer from getEquityTable stays valid, even when
+    // another table has taken its place.
     void free();
 
     // Hands of round 0..3; 0 for any other.
     size_t getRoundSize(int round);
-    // For players 2 and 3 and round 0..3; null for any others, and before there is a table.
+    // For players 2 and 3 and round 0..3; null for any others, and while there is no table.
     double* getEquityTable(int players, int round);
     unsigned char* getClusterTable(int players, int round);
     // Keep the pointer (an array made with new[]), without releasing what was there; ignored for
@@ -87,8 +87,8 @@ public:
     int equityToCluster(double equity, int players, int round);
     // The first hand of the cluster; only for clusters that occur.
     size_t findClusterIndex(unsigned char cluster, int players, int round);
-    // Leaves in cards the hole cards that the indexer's first round has at the last of the
-    // cluster's indices that it knows; returns 0.
+    // Writes to cards the hole cards of the last of the cluster's indices that the indexer's first
+    // round knows; returns 0.
     int findClusterIndexHand(unsigned char cluster, int players, int round, unsigned char* cards);
 
     // Fills the two-player utility tables, each round from its files or by solving its auxiliary
@@ -119,8 +119,8 @@ public:
     hand_indexer_t turn_indexer{};
     hand_indexer_t river_indexer{};
 
-    // Training iterations of each auxiliary game that loadUtility() solves; fewer make other tables
-    // and are for trying things out.
+    // Training iterations of each auxiliary game that loadUtility() solves. Another number makes
+    // other tables; a smaller one is for experiments.
     unsigned long long utilityIterations = 100'000;
 
 private:
@@ -140,8 +140,8 @@ private:
     void printSizes();
     void generateEquities(const bool (&usable)[2][tamarin::holdemRounds]);
     void sampleRound(int round, int* sevenCardTable);
-    // A table's entries, fit to make something from: out of its file where it has no contents, and
-    // looked at once. loader: what a caller may call instead of making the file.
+    // A table's entries, good to make something from: taken from its file where the table has no
+    // contents, and checked once. loader: what a caller may call instead of making the file.
     template <class T>
     std::span<const T> contents(Table<T>& known, const std::string& path, int round,
                                 const tamarin::EntryLimits& limits, const char* loader);

@@ -1,7 +1,8 @@
 // Large arrays that come and go whole.
 //
 // Taken from the system as zero pages and, where it offers them, as huge ones: tables are filled by
-// index, all over the place, and small pages would cost more in address translation than the work.
+// index, in no order, and with small pages the translation of addresses would cost more than the
+// work.
 #pragma once
 
 #include "support/result.h"

@@ -1,8 +1,8 @@
 // Equities and utilities cut into classes by where they lie in their table's range.
 //
 // All of it runs over whole tables on all cores, and gives the same with any number of them.
-// Classes are rounded to the nearest, halves upwards. Where a range is empty (all entries equal, or
-// none) and for entries that are no numbers the class is 0.
+// Classes are rounded to the nearest, halves upwards. The class is 0 where the range is empty (all
+// entries are equal, or there are none) and for an entry that is NaN.
 #pragma once
 
 #include <cfloat>
@@ -12,8 +12,7 @@
 namespace tamarin {
 
 // A table's least and greatest entry. The greatest starts from the smallest positive normal number,
-// not from the smallest of all, so a table of nothing but negative entries reaches up to (nearly)
-// 0.
+// not from the least number, so the range of a table with only negative entries ends just above 0.
 struct TableRange {
     double min = DBL_MAX;
     double max = DBL_MIN;

@@ -2,8 +2,8 @@
 //
 // The files have no checksum. A table in which one entry is impossible, or in which all are the
 // same (a file of zeros), is damaged, and nothing may be made from it or trained on it: a bucket
-// beyond the last would lead outside the strategy, and no number would spread to every class. One
-// pass finds it, on all cores, in less time than a disk takes to read the file.
+// beyond the last would lead outside the strategy, and a NaN would spread to every bucket. One pass
+// finds it, on all cores, in less time than a disk takes to read the file.
 #pragma once
 
 #include "abstraction/quantise.h"
@@ -28,8 +28,8 @@ inline constexpr EntryLimits clusterEntries{"cluster", 0, clusterClasses, "0..10
 inline constexpr EntryLimits bucketEntries{"bucket", 0, holdemBuckets - 1, "0..9"};
 
 // Empty for a good table, else the rest of a sentence that begins with its name: "holds bucket 255
-// at hand 7 (byte 7), not 0..9", "holds nothing but bucket 0". partDone, where given, is called
-// after each part of some megabytes: the caller may give the pages back.
+// at hand 7 (byte 7), not 0..9", "holds nothing but bucket 0". partDone, if given, is called after
+// each part of some megabytes, so that the caller can give the pages back.
 std::string problemOfEntries(std::span<const double> table, const EntryLimits& limits,
                              int threads = 0, const std::function<void()>& partDone = {});
 std::string problemOfEntries(std::span<const uint8_t> table, const EntryLimits& limits,

@@ -28,12 +28,12 @@ public:
     Loaded<double> doubles(const std::string& path, size_t count);
     Loaded<uint8_t> bytes(const std::string& path, size_t count);
 
-    // The same, or why not, for whoever has no use for zeros. T is double or uint8_t.
+    // The same, but an error instead of zeros. T is double or uint8_t.
     template <class T>
     Result<T*> map(const std::string& path, size_t count);
 
-    // Gives the pages of a table from here back to the system, which reads them again when asked;
-    // any other table is left alone.
+    // Gives the pages of a table from here back to the system, which reads them again when needed;
+    // does nothing for any other table.
     void forgetPages(const void* table) const;
 
     // Gives up a table from here, or one made with new[]; null is harmless.
@@ -51,12 +51,12 @@ private:
 
 // Whether there is a file at path, and of the right size. One of the wrong size is never used: it
 // is moved to PATH.bad after "ERROR: PATH has N bytes, not M: rebuilding it" on standard error.
-// Where it cannot be moved a line says so, and it stays; the answer is false all the same, so
-// whoever asks must not ask the file system again.
+// Where it cannot be moved, a line says so and it stays. The answer is false all the same, so the
+// caller must go by it and not look for the file again.
 bool usableFile(const std::string& path, size_t bytes);
 
-// The same, and its entries are looked at: one that holds what no table holds is moved away in the
-// same manner. A file that cannot be read is nothing to judge, and passes. T is double or uint8_t.
+// The same, and its entries are checked: a damaged file is moved away in the same manner. A file
+// that cannot be read passes, since it cannot be judged. T is double or uint8_t.
 template <class T>
 bool usableTable(const std::string& path, size_t count, const EntryLimits& limits);
 

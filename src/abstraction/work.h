@@ -15,7 +15,7 @@ struct Work {
     int threads = 0; // 0: as many as there are cores
     // Told now and then how much of the step is done; on the thread that started the work.
     std::function<void(uint64_t done, uint64_t total)> progress;
-    // Asked often, on any thread; true ends the work as soon as may be, with the error stopped().
+    // Asked often, on any thread; true ends the work as soon as possible, with the error stopped().
     std::function<bool()> stop;
 
     int threadCount() const { return threads > 0 ? threads : omp_get_max_threads(); }

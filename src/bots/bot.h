@@ -2,7 +2,7 @@
 //
 // A bot is an agent like any other: it connects to a dealer and plays by the states it is sent. How
 // it chooses is a function of the state alone (and of the random numbers it draws), kept apart from
-// the agent so that it can be tried without a dealer.
+// the agent so that it can be tested without a dealer.
 #pragma once
 
 #include "driver/PokerAgent.h"

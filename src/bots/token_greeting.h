@@ -11,7 +11,7 @@ namespace tamarin {
 // The real calls, but for the first line that is sent. One object serves one connection.
 class TokenGreeting : public SocketCalls {
 public:
-    // An empty token says nothing.
+    // With an empty token nothing is said.
     explicit TokenGreeting(const std::string& token)
         : left_(token.empty() ? "" : "#token " + token + "\n") {}
 

@@ -30,7 +30,7 @@ public:
 
     Child(Child&& other) noexcept;
     Child& operator=(Child&& other) noexcept;
-    ~Child(); // kills the group and takes the process off the system's list
+    ~Child(); // kills the group and reaps the process
 
     // The group's number, which is that of the process.
     pid_t group() const { return pid_; }

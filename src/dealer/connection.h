@@ -38,7 +38,7 @@ public:
     void receive();
 
     // The next whole line, without "\n" or "\r\n"; false when none has come. Text after the last
-    // line end of a connection that the peer has closed is no line.
+    // line end of a closed connection is dropped.
     bool nextLine(std::string& line);
 
     // No more will come, though lines may be left to take.

@@ -5,7 +5,7 @@
 // The state text with all cards, then what each seat won in chips, then who sat there; the three
 // parts in seat order with "|" between the seats. A fraction of a chip, from a pot that was split,
 // is written so that it reads back as the same number. Lines that begin with "#" are comments. A
-// last line without its line end was cut off when the dealer was killed, and is no hand.
+// last line without its line end was cut off when the dealer was killed, and does not count.
 #pragma once
 
 #include "game/game.h"
@@ -32,7 +32,7 @@ std::string formatHand(const Game* game, const LoggedHand& hand);
 // are those of its state is checked.
 Result<LoggedHand> parseHand(const Game* game, const std::string& line);
 
-// Hands each one to the receiver, in order. Errors name the file and the line.
+// Calls receive for each hand, in order. Errors name the file and the line.
 Status readHandLog(const Game* game, const std::string& path,
                    const std::function<void(const LoggedHand&)>& receive);
 
@@ -41,10 +41,10 @@ Status readHandLog(const Game* game, const std::string& path,
 class HandLog {
 public:
     // Finds out whether the file can be written, without waiting for anything. A file that holds
-    // something else than a match log is refused, and so is one that another match is writing. An
-    // older log loses its contents with the first line and not before; a new one that has none by
-    // the end goes away. A pipe must have its reader; one that reads slowly is waited for, as long
-    // as keepWaiting, asked some ten times a second, says so.
+    // something other than a match log is refused, and so is one that another match is writing. An
+    // older log loses its contents with the first line and not before; a new one that is still
+    // empty at the end is removed. A pipe must have its reader; one that reads slowly is waited
+    // for, as long as keepWaiting, asked some ten times a second, says so.
     static Result<HandLog> create(
         const std::string& path, std::function<bool()> keepWaiting = [] { return true; },
         FileSystem& files = systemFiles());

@@ -3,9 +3,10 @@
 // Every player is sent every state, as its seat sees it, after every change and at the end of the
 // hand; the player to act answers with that state, ":" and its action. One thread; the dealer waits
 // in poll() and nowhere else. Nothing that a player sends, fails to send or does can end the match
-// before its time or hang it: an answer that is missing or wrong is replaced by a fold or a call.
-// A player is charged for the time in which the dealer waits for it, not for what the dealer does
-// meanwhile or sleeps through when it is stopped, and what has come is read before it is late.
+// before its time or hang it: an answer that is missing or wrong is replaced by a fold or a call. A
+// player is charged for the time in which the dealer waits for it, not for what the dealer does
+// meanwhile or sleeps through when it is stopped; and what has come is read before an answer is
+// called late.
 #pragma once
 
 #include "dealer/player.h"
@@ -36,8 +37,8 @@ struct MatchOptions {
     bool stopOnFault = false; // a fault ends the match; otherwise it is counted
 };
 
-// A player that has been late so many times in a row is taken to be gone: it would otherwise cost
-// every hand its limits.
+// A player that is late this many times in a row is taken to be gone: otherwise it would use up the
+// time limit of every hand.
 inline constexpr int lateAnswersTaken = 5;
 
 struct FinishedHand {
@@ -89,8 +90,8 @@ MatchResult playMatch(const Game* game, std::vector<Player>& players, const Matc
 
 // What the dealer asks of a game beyond a valid definition. No negative blinds or raises and no
 // empty stacks: chips would not sum to zero. No board cards in the first round: in the text of a
-// state nothing parts them from the last seat's hole cards, so where these are unknown the text
-// cannot be read back and every answer would be waited for in vain.
+// state nothing separates them from the last seat's hole cards, so where these are unknown the text
+// cannot be read back and no player could answer.
 Status checkDealable(const Game* game);
 
 // The cards of one deal: a function of the seed and the deal's number alone.

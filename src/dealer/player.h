@@ -23,8 +23,8 @@ struct Player {
 inline constexpr Duration longestServe = std::chrono::milliseconds(100);
 
 // Waits until something happens at one of the players, at most for the time given and longestServe,
-// then reads and writes what can be without waiting: of what a player prints its share, and that
-// after everybody's answers. extra descriptors only end the wait when they become readable.
+// then reads and writes what is possible without waiting: everybody's answers first, then of what
+// each player prints its share. extra descriptors only end the wait when they become readable.
 void servePlayers(std::span<Player> players, Duration atMost, std::span<const int> extra = {});
 
 // Ends a match in good order: tells every player that nothing more comes, gives those that run here

@@ -27,7 +27,8 @@ struct Verdict {
     std::optional<Fault> fault;
 };
 
-// What a player does that does not answer properly: fold when something is owed, else call.
+// What is played for a player that does not answer properly: fold when something is owed, else
+// call.
 Action substituteAction(const Game* game, const State* state);
 
 // sent: the state as the player to act was sent it; sentText: its text without the line end. The

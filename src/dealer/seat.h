@@ -27,7 +27,7 @@ struct Seat {
     uint16_t port = 0;   // of a listening seat
 };
 
-// Reads one of the three forms above. Whether a kind of bot exists is the caller's to know.
+// Reads one of the three forms above. Whether the kind of bot exists is for the caller to check.
 Result<Seat> parseSeat(const std::string& text);
 
 } // namespace tamarin

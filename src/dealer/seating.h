@@ -4,9 +4,10 @@
 // the dealer starts finds its port on the loopback interface, one from elsewhere on the address
 // that its plan names. A player is seated when it has greeted as greeting.h says.
 //
-// The port of a player that is started here is that player's alone: who else connects, whatever
-// user it runs as and whatever it says, is turned away, and the wait goes on. Where the system does
-// not tell whose a connection is, one notice says so, and whoever greets first has the seat.
+// The port of a player that is started here is that player's alone: anybody else who connects is
+// turned away, whatever user it runs as and whatever it says, and the wait goes on. Where the
+// system does not tell whose a connection is, one notice says so, and whoever greets first has the
+// seat.
 #pragma once
 
 #include "dealer/listener.h"
@@ -44,9 +45,9 @@ struct SeatingOptions {
     std::string processes = systemProcesses; // where they are listed
 };
 
-// All players, seated, in the order of the plans; or why not. When this fails every process that
-// was started has been ended. A player that the dealer started must greet properly at once;
-// strangers are turned away, however many come.
+// All players, seated, in the order of the plans; or an error, and then every process that was
+// started has been ended. A player that the dealer started must greet properly at once; strangers
+// are turned away, however many come.
 Result<std::vector<Player>> seatPlayers(const std::vector<SeatPlan>& plans,
                                         const SeatingOptions& options);
 

@@ -1,9 +1,9 @@
-// Whose the other end of a connection is, when it lies on this machine.
+// Who owns the other end of a connection, when it lies on this machine.
 //
 // Linux tells the inode of every TCP socket, when asked for one (sock_diag(7)) or in the lists
 // /proc/net/tcp and, of an IPv6 socket that talks IPv4, tcp6; and it lists every process's open
 // sockets in /proc/PID/fd. Together they tell a player that the dealer has started from everybody
-// else who finds its port, whatever user they run as.
+// else who finds its port, whatever user that runs as.
 #pragma once
 
 #include <span>

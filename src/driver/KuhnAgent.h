@@ -38,7 +38,7 @@ public:
         unsigned long long iterations = 1000000;
     };
 
-    // Loads strategies/kuhn.limit.3p/strategy0..2, or trains and writes them. A file that is no
+    // Loads strategies/kuhn.limit.3p/strategy0..2, or trains and writes them. A file that is not a
     // strategy of this game is kept as NAME.bad.
     explicit KuhnAgent(const char* gameFile) : KuhnAgent(gameFile, Training{}) {}
     KuhnAgent(const char* gameFile, Training training,

@@ -16,23 +16,22 @@
 
 // By number of players, 0..3; "n/a" where there is no such game.
 extern const char* const HoldemStrategyFiles[4];
-extern const char* const NoLimiHoldemStrategyFiles[4]; // the name has lost a letter, and keeps it
+extern const char* const NoLimiHoldemStrategyFiles[4]; // misspelt, and fixed as it is
 
 class LimitHoldemAgent : public PokerAgent {
 public:
     // Iterations of the training when there is no strategy.
     static constexpr unsigned long long trainingIterations = 100000;
 
-    // Loads the game's strategy, or trains one and writes it; makes first what is missing of the
-    // tables that play reads, and no others. A file that is no strategy of this game is kept as
-    // NAME.bad. A game of other shape than hold'em with two or three players ends the process with
-    // status 1.
+    // Loads the game's strategy, or trains one and writes it. Before that it makes those tables
+    // that play reads and that are missing. A file that is not a strategy of this game is kept as
+    // NAME.bad. A game that is not hold'em for two or three players ends the process with status 1.
     explicit LimitHoldemAgent(const char* gameFile)
         : LimitHoldemAgent(gameFile, trainingIterations) {}
     LimitHoldemAgent(const char* gameFile, unsigned long long iterations,
                      tamarin::SocketCalls& calls = tamarin::systemSockets());
-    // Plays a strategy, over hands, that somebody else has got ready: no file but the definition is
-    // touched. The solver's own game must outlive the agent.
+    // Plays a strategy and hands that the caller has prepared: of all files it reads the definition
+    // only. The solver's own game must outlive the agent.
     LimitHoldemAgent(const char* gameFile, std::unique_ptr<CFR> solver,
                      std::unique_ptr<tamarin::HoldemHands> hands,
                      tamarin::SocketCalls& calls = tamarin::systemSockets());

@@ -29,8 +29,8 @@ public:
     virtual void holeCards(unsigned char* cards, unsigned char player) = 0;
     // The agent is to act, and its cards are known: fill in the action.
     virtual void getAction(Action& action) = 0;
-    // An action was seen. When the state has just entered a round there is none to tell, and the
-    // action is an actionInvalid of size 0.
+    // An action was seen. When the state has just entered a round, there has been no action in it
+    // yet: the action is then an actionInvalid of size 0.
     virtual void actionEvent(unsigned char player, Action action) = 0;
     // A betting round has begun. A round that passes between two lines is not announced, nor are
     // those after it.
@@ -51,7 +51,7 @@ public:
     bool isConnected() const { return socket_ != 0; }
 
     // Plays until the dealer closes the connection or it breaks: true, in mid-hand too. False when
-    // an answer could not be sent. A line that is no state of this game, or one that cannot be
+    // an answer could not be sent. A line that is not a state of this game, or an impossible one
     // (possible_state.h), is reported on standard error and passed over.
     bool play();
 

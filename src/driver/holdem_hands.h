@@ -17,9 +17,9 @@ public:
     virtual double equity(int players, int round, const uint8_t* cards) const = 0;
 };
 
-// The tables below lookup/; buckets and equities that are not loaded must not be asked for. Unlike
-// TableBuckets it does not read them through, which would keep the dealer waiting: a damaged
-// table's bucket that cannot be is none that a strategy holds.
+// The tables below lookup/; ask only for buckets and equities that are loaded. Unlike TableBuckets
+// this does not read them through first, which would keep the dealer waiting. A damaged table may
+// give an impossible bucket; no strategy holds such a one.
 class TableHands : public HoldemHands {
 public:
     explicit TableHands(std::unique_ptr<EquityTables> tables);

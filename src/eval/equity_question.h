@@ -24,7 +24,7 @@ struct EquityQuestion {
 
 enum class EquityMethod {
     automatic, // exact where that takes a few seconds at most, else sampled
-    exact,     // refused where it would not end: three or more random opponents, very wide ranges
+    exact,     // refused for three or more random opponents and for very wide ranges
     sampled,
 };
 
@@ -43,8 +43,8 @@ struct EquityAnswer {
     bool exact = false;
 };
 
-// Errors: cards held twice, hands that cannot be held together, a board of another size, too many
-// players, an exact answer out of reach, an interrupt.
+// Errors: a card held twice, hands that cannot be held together, a board of another size, too many
+// players, an exact answer that would take too long, an interrupt.
 Result<EquityAnswer> answerEquity(const EquityQuestion& question, const EquityOptions& options);
 
 } // namespace tamarin

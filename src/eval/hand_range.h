@@ -28,7 +28,7 @@ struct HandRange {
 // The error names the part of the list that is wrong, and how.
 Result<HandRange> parseHandRange(const std::string& text);
 
-// Different cards, written one after the other, with spaces or commas between them where one likes:
+// Different cards, written one after the other, with or without spaces or commas between them:
 // "Qs8h3d", "Qs 8h 3d". In the order written.
 Result<std::vector<uint8_t>> parseCards(const std::string& text);
 

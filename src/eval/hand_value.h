@@ -30,11 +30,11 @@ inline constexpr std::array<uint32_t, handCategories> categorySizes{1277, 2860, 
 // Index 0 is a high card: "High card", "One pair", ... "Straight flush".
 extern const std::array<const char*, handCategories> categoryNames;
 
-// The value of a hand of five to seven cards from its showdown rank (0..12115); 0 for a rank that
-// no such hand has.
+// The value of a hand of five to seven cards from its showdown rank (0..12115); 0 when no such hand
+// has this rank.
 uint32_t handValueOfRank(int showdownRank);
 
-// 1..7462 in the order of the values; 0 for a number that is no hand's value.
+// 1..7462 in the order of the values; 0 when no hand has this value.
 uint32_t denseRankOfValue(uint32_t value);
 
 // Ranks a hand of five to seven cards by the rules engine, on this scale.

@@ -10,8 +10,8 @@
 //   t * t - sum over c of t[c]^2 + t        pairs of tied hands
 //
 // since the sum counts a pair once for each card in common, and a hand has two cards in common with
-// itself. Cards that stand for each other (same rank, suit of no matter) are counted once, with a
-// multiplicity.
+// itself. Cards that are interchangeable (the same rank, where the suit does not matter) are
+// counted once, with a multiplicity.
 #pragma once
 
 #include "eval/equity.h"
@@ -49,8 +49,8 @@ inline uint64_t opponentDeals(uint64_t unknownCards, int opponents) {
 }
 
 // Counts a board, or `times` boards alike, on which our hand is best among the known hands and tied
-// with alreadyTied of them. Deals are left to the caller, since boards that are lost to a known
-// hand have them as well.
+// with alreadyTied of them. The caller counts the deals, since those on boards that are lost to a
+// known hand count as well.
 inline void countBoard(DealCounts& counts, const OpponentTally& tally, int opponents,
                        size_t alreadyTied, uint64_t times) {
     uint64_t* best = &counts.best[alreadyTied];

@@ -1,14 +1,13 @@
 // Exact pre-flop equity by classes of boards.
 //
-// Of the 2,118,760 boards that two hole cards leave, suits matter only where three or more board
-// cards share one; all others rank by their ranks alone. So boards are counted in classes:
+// Two hole cards leave 2,118,760 boards. Suits matter only where three or more board cards share
+// one; all other boards rank by their ranks alone. So boards are counted in classes:
 //
-//   - ranks alone: 6,175 multisets of five ranks, each standing for the boards of those ranks on
-//     which no suit appears three times;
-//   - per flush suit, the board's ranks in that suit (three to five of 13) and the ranks of its
-//   other
-//     cards: at most 36,608 classes a suit, of which suits that look alike to the known hands need
-//     be walked only once.
+//   - Ranks alone: 6,175 multisets of five ranks. Each stands for the boards of these ranks that
+//     have no suit three times.
+//   - Ranks and one flush suit: the ranks of the board's cards in that suit (three to five) and the
+//     ranks of the other cards, at most 36,608 classes a suit. Of suits that look alike to the
+//     known hands, one is walked for all.
 //
 // On a board of a class, random opponents are counted by rank and by whether a card is of the flush
 // suit, 91 pairs of ranks in place of 990 hands; opponent_tally.h does the rest.

@@ -18,7 +18,7 @@
 namespace tamarin {
 
 // cards: knownCards (2, 5, 6 or 7) different card bytes, hole cards first. players counts the hand
-// itself; with nobody to beat the answer is 1 and nothing is drawn. shuffleDeck(deck, count, size)
+// itself; without opponents the answer is 1 and nothing is drawn. shuffleDeck(deck, count, size)
 // shuffles count positions of the deck; rankSeven(cards) ranks seven cards, larger is better.
 // Returns wins / deals.
 template <int knownCards, class ShuffleDeck, class RankSeven>

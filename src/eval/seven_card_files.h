@@ -13,7 +13,7 @@ namespace tamarin {
 enum class TableFileState {
     good,
     missing,
-    bad, // of the wrong size, or with contents that are not the table's
+    bad, // wrong size or wrong contents
 };
 
 struct TableFileCheck {
@@ -21,11 +21,11 @@ struct TableFileCheck {
     std::string problem; // of a bad one: "lookup/tpt has 12 bytes, not 129951336"
 };
 
-// Looks at a file without changing it. An error is a file about which nothing can be said: it
-// cannot be read, or is no regular file.
+// Looks at a file without changing it. An error means that the file cannot be judged: it cannot be
+// read, or it is not a regular file.
 Result<TableFileCheck> checkSevenCardFile(const std::string& path);
-// The same of every entry, where checkSevenCardFile looks at a few dozen hands: right is a table
-// that was generated. Half a second of reading, and as much before for generating.
+// Compares every entry with right, a table that was just generated; checkSevenCardFile looks at a
+// few dozen hands. It takes half a second, and generating takes as much before.
 Result<TableFileCheck> compareSevenCardFile(const std::string& path, const SevenCardTable& right);
 Result<TableFileCheck> checkDenseRankFile(const std::string& path);
 
@@ -34,10 +34,10 @@ struct SevenCardBuild {
     bool madeRanks = false; // lookup/tpt.indexes
 };
 
-// Makes DIRECTORY/tpt and DIRECTORY/tpt.indexes where they are missing or bad, or in any case with
-// force; the directory too. A bad file is announced on standard error ("ERROR: ...: rebuilding it")
-// and kept as NAME.bad. Each file appears whole or not at all. An interrupt before the writing is
-// an error. done is that of generateSevenCardTable.
+// Makes DIRECTORY/tpt and DIRECTORY/tpt.indexes where they are missing or bad, and with force
+// always; makes the directory too. A bad file is announced on standard error ("ERROR: ...:
+// rebuilding it") and kept as NAME.bad. Each file appears whole or not at all. An interrupt before
+// the writing is an error. For done see generateSevenCardTable.
 Result<SevenCardBuild> buildSevenCardFiles(const std::string& directory, bool force = false,
                                            int threads = 0,
                                            const std::function<void(uint64_t)>& done = {});

@@ -23,9 +23,9 @@ inline constexpr char denseRankTablePath[] = "lookup/tpt.indexes";
 class SevenCardTable {
 public:
     // Maps the file read-only. Refused with one line: a file that is missing, unreadable or of the
-    // wrong size, one with an entry that leads outside of it, and one that does not rank a few
-    // dozen sample hands as the rules do. So a table that is opened may rank hands wrongly (whoever
-    // builds on every entry compares them: mendSevenCardFile), but no hand leads outside of it.
+    // wrong size, one with an entry that leads outside the table, and one that does not rank a few
+    // dozen sample hands as the rules do. So a table that opens may still rank some hands wrongly,
+    // but no hand leads outside it; work that builds on every entry calls mendSevenCardFile first.
     // Reads the whole file: some 30 ms once it is in memory.
     static Result<SevenCardTable> open(const std::string& path = sevenCardTablePath);
 
@@ -53,8 +53,8 @@ public:
 
     // Whether entries, of any contents, rank a few dozen sample hands as the rules do.
     static bool ranksSampleHands(std::span<const int32_t> entries);
-    // Whether every entry can be a state: none leads outside, whichever cards are looked up in
-    // whichever order. Hand values can, too, since they are small.
+    // Whether no look-up leads outside, for any cards in any order: every entry is small enough to
+    // be the start of a row. Hand values are.
     static bool staysInside(std::span<const int32_t> entries);
 
     // Writes the entries to a file, atomically.

@@ -14,7 +14,7 @@
 
 // Reads the module's seven tables from lookup/. A file that cannot be read, is of another size or
 // (lookup/tpt) leads outside of itself gives a table of zeros, with one line on standard error;
-// ranking by such a table means nothing. The five vey.* tables are read by nobody.
+// ranking by such a table means nothing. Nothing uses the five vey.* tables.
 void loadLookupTables();
 // Releases them; once, and nothing may be ranked afterwards.
 void freeLookupTables();
@@ -23,16 +23,16 @@ uint32_t rankHand5(unsigned char* cards);
 uint32_t rankHand6(unsigned char* cards);
 uint32_t rankHand7(unsigned char* cards);
 
-// The substitute rank that lookup/tpt.indexes holds for the value: 1..7462 as generated here, 0 for
-// what is no value.
+// The substitute rank that lookup/tpt.indexes holds for the value: 1..7462 as generated here, 0
+// where there is no such value.
 int rankHand5C(unsigned char* cards);
 int rankHand6C(unsigned char* cards);
 int rankHand7C(unsigned char* cards);
 
 // Rank every strictly increasing tuple of the numbers 1..52 and print the least and greatest value,
 // the number of tuples and the hands of each category. The ranking functions add one to each number
-// themselves, so these tuples deliberately lie one card too high, and those with a 52 name no card:
-// what the table holds there is counted as a tuple, and in a category only if it is of one.
+// themselves, so these tuples deliberately lie one card too high, and a 52 is not a card. Such a
+// tuple is counted, but in a category only if the table's entry belongs to one.
 void testRankHand5();
 void testRankHand6();
 void testRankHand7();

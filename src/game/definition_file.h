@@ -6,8 +6,8 @@
 namespace tamarin {
 
 // Null after one line on standard error: "ERROR: could not open game PATH" or "ERROR: could not
-// read game PATH" (then behind the line that says which value is wrong). Never waits: what is no
-// regular file, such as a pipe that nobody writes or a device without an end, is not read.
+// read game PATH" (after the line that says which value is wrong). Never waits: it reads regular
+// files only, since a pipe may have no writer and a device no end.
 GamePtr readDefinitionFile(const char* path);
 
 } // namespace tamarin

@@ -1,7 +1,7 @@
 // Showdown ranking: one integer a hand, the larger the better, for any number of cards.
 //
 // The cards become four rank masks, one a suit, and a handful of small tables do the rest, so short
-// decks and hands of fewer than five cards rank by the same rules. Within a class, hands are
+// decks and hands of fewer than five cards rank by the same rules. Within a category, hands are
 // ordered by the colexicographic index of the ranks that decide them.
 #pragma once
 
@@ -18,8 +18,8 @@ inline CardSet cardBit(uint8_t card) {
 // The hand's rank, 0..12115; larger is better, equal is a tie.
 int rankCardSet(CardSet cards);
 
-// The first rank of each class. Some values between and inside the classes stand for no hand: a
-// class is numbered as if its deciding ranks could be any, which keeps the arithmetic to one sum.
+// The first rank of each category. Not every value is that of a hand: a category is numbered as if
+// its deciding ranks could be any, which keeps the arithmetic to one sum.
 inline constexpr int onePairRank = 1287;                   // 13 choose 5 high cards lie below
 inline constexpr int twoPairRank = onePairRank + 13 * 286; // 13 choose 3 kickers a pair
 inline constexpr int threeOfAKindRank = 8606;

@@ -71,14 +71,14 @@ uint8_t numActingPlayers(const Game* game, const State* state);
 // standard error when a round's action list is nearly full.
 int raiseIsValid(const Game* game, const State* state, int32_t* minSize, int32_t* maxSize);
 
-// Whether the action is legal now. A size where none belongs is set to 0 with a warning on standard
-// error; with fixSize, a no-limit raise of a wrong size is moved to the nearest legal one, with a
-// warning, instead of being refused.
+// Whether the action is legal now. An action that takes no size has its size set to 0, with a
+// warning on standard error. With fixSize, a no-limit raise of a wrong size is moved to the nearest
+// legal one, with a warning, instead of being refused.
 int isValidAction(const Game* game, const State* state, int fixSize, Action* action);
 
 // Applies a legal action, and ends the round or the hand when it was the last one.
 void doAction(const Game* game, const Action* action, State* state);
 
-// Chips that the seat wins (positive) or loses in a finished hand. Pots are split exactly: there is
-// no odd-chip rule.
+// Chips that the seat wins (positive) or loses in a finished hand. Pots are split exactly, without
+// a rule for the odd chip.
 double valueOfState(const Game* game, const State* state, uint8_t player);

@@ -10,9 +10,8 @@
 //
 // Readers take terminated text, return the characters consumed, or -1 on a syntax or rule error,
 // and never run past the terminator; they replay the betting, so an illegal sequence is refused,
-// and a number that does not fit its field is, too. Cards that the text leaves out stay as they
-// were. Writers return the characters written, or -1 when the buffer is too small (it then holds a
-// part).
+// and so is a number that does not fit its field. Cards that the text leaves out stay as they were.
+// Writers return the characters written, or -1 when the buffer is too small (it then holds a part).
 #pragma once
 
 #include "game/state.h"
@@ -27,14 +26,15 @@ extern const std::array<ActionType, 256> charToAction;
 
 // One card; 2 or -1. Either case is read.
 int readCard(const char* string, uint8_t* card);
-// Up to maxCards cards, stopping quietly at the first pair that is none; returns how many.
+// Up to maxCards cards, stopping quietly at the first two characters that are not a card; returns
+// how many.
 int readCards(const char* string, int maxCards, uint8_t* cards, int* consumed);
-// 2; needs maxLen >= 3. A byte that is no card gives -1.
+// 2; needs maxLen >= 3. A byte that is not a card gives -1.
 int printCard(uint8_t card, int maxLen, char* string);
 int printCards(int numCards, const uint8_t* cards, int maxLen, char* string);
 
-// An unknown letter, the terminator of an empty text among them, is read as an actionInvalid one
-// character long. The rules refuse that action: whoever goes on behind it has checked it first.
+// An unknown letter is read as an actionInvalid of one character, and so is the terminator of an
+// empty text. Check the action before you read on behind it: the rules refuse an actionInvalid.
 int readAction(const char* string, const Game* game, Action* action);
 int printAction(const Game* game, const Action* action, int maxLen, char* string);
 

@@ -9,14 +9,14 @@
 //
 // Files hold one entry an index, in index order, so neither the order of the configurations nor the
 // way in which suit indices are combined may ever change:
-//   - how many cards of each round each suit holds, packed into one word a suit and the suits
-//   sorted
-//     by falling word, is the hand's configuration; the configurations of a round lie one behind
-//     the other in ascending order of their four words;
-//   - a suit's index counts its rank sets round by round, the first round fastest, each set by its
-//     colexicographic number among the ranks still free in the suit;
-//   - suits with equal words are interchangeable: m of them are a multiset of m suit indices, which
-//     counts as one digit of C(size + m - 1, m) values; the first such group is the fastest digit.
+//
+//   - The configuration of a hand is how many cards of each round each suit holds: one word a suit,
+//     the four words in falling order. The configurations of a round lie one behind the other, in
+//     ascending order of their words.
+//   - The index of a suit counts its rank sets round by round, the first round fastest, each set by
+//     its colexicographic number among the ranks still free in the suit.
+//   - Suits with equal words are interchangeable: m of them are a multiset of m suit indices, which
+//     counts as one digit of C(size + m - 1, m) values. The first such group is the fastest digit.
 //
 // Source: Waugh, "A Fast and Optimal Hand Isomorphism Algorithm", 2013.
 //

@@ -1,5 +1,4 @@
-// The constant tables of the hand indexer: rank sets and their numbers, and the orderings of the
-// suits.
+// The constant tables of the hand indexer: rank sets, their numbers, the orderings of the suits.
 //
 // Built once before main, ahead of every ordinary static initialiser, and read-only afterwards:
 // about 0.2 MB and a fraction of a millisecond. Rank sets are 13-bit masks, bit 0 the deuce.
@@ -37,7 +36,7 @@ struct HandIndexTables {
     std::array<uint16_t, indexRanks + 1> rank_set_row;
 
     // By card: its bit in the rank sets side by side, and the bits of its suit's lower ranks. Zero
-    // for bytes that are no card, so that a set of too few ranks gives them away.
+    // for bytes that are not cards, which shows later as a set of too few ranks.
     std::array<uint64_t, 256> cardBit;
     std::array<uint64_t, 256> lowerRanks;
 

@@ -17,8 +17,8 @@ bool outgrowsSuits(std::span<const uint8_t> cardsPerRound);
 // Read-only once made; any number of threads may use it at once.
 class HandIndexer {
 public:
-    // Nothing when there are no rounds or more than four, more than 52 cards, a suit of too many
-    // rank sets, more hands than 64 bits number, or too little memory.
+    // Empty when there are no rounds or more than four, more than 52 cards, a suit of too many rank
+    // sets, more hands than 64 bits number, or too little memory.
     static std::optional<HandIndexer> make(std::span<const uint8_t> cardsPerRound);
 
     HandIndexer(HandIndexer&& other) noexcept : indexer_(other.indexer_) { other.indexer_ = {}; }
@@ -36,7 +36,7 @@ public:
 
     // Index in that round of a hand with at least the cards of the rounds up to it.
     hand_index_t index(unsigned round, const uint8_t cards[]) const;
-    // A hand with that index, or nothing when there is none.
+    // A hand with that index; empty when the round has no such index.
     std::optional<std::vector<uint8_t>> unindex(unsigned round, hand_index_t index) const;
 
 private:

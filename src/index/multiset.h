@@ -1,5 +1,4 @@
-// Multisets of up to four numbers, ranked densely: the contents of a group of interchangeable
-// suits.
+// Multisets of up to four numbers, ranked densely. A group of interchangeable suits is one.
 //
 // m numbers below size, their order forgotten, can be chosen in C(size + m - 1, m) ways; the
 // multiset x1 <= x2 <= ... <= xm has rank x1 + C(x2 + 1, 2) + C(x3 + 2, 3) + C(x4 + 3, 4). Sizes
@@ -16,8 +15,7 @@ namespace tamarin {
 // Sizes, with room for the group above them, lie below this bound.
 inline constexpr uint64_t maxGroupIndex = 0x100000;
 
-// C(n, k) modulo 2^64, for n below maxGroupIndex and k up to 4; exact below k = 4, and where it
-// fits.
+// C(n, k) modulo 2^64, for n below maxGroupIndex and k up to 4. For k below 4 it is always exact.
 constexpr uint64_t groupBinomial(uint64_t n, unsigned k) {
     __extension__ using Wide = unsigned __int128;
     // Dividing by 3 exactly is multiplying by its inverse modulo 2^64; a real division of the
@@ -45,7 +43,7 @@ constexpr uint64_t groupBinomial(uint64_t n, unsigned k) {
     }
 }
 
-// Reads like the table of binomials for groups, nCr_groups[n][k], and holds nothing.
+// Reads like a table of binomials for groups, nCr_groups[n][k], but stores nothing.
 struct GroupBinomials {
     struct Row {
         uint64_t n;

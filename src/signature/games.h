@@ -1,4 +1,4 @@
-// The games that the signature is taken of. A program may stand where no game file is.
+// The games of the signature, built in: a program may run where there are no game files.
 #pragma once
 
 #include "game/definition.h"

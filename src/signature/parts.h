@@ -1,5 +1,5 @@
-// The parts of the signature, a file each. Each seeds what it draws from, so that the parts can be
-// computed in any order and alone.
+// The parts of the signature, a file each. Each seeds what it draws from, so that a part can be
+// computed alone, and all in any order.
 #pragma once
 
 #include "eval/seven_card_table.h"

@@ -27,7 +27,7 @@ class Signature {
 public:
     explicit Signature(std::vector<SignaturePart> parts) : parts_(std::move(parts)) {}
 
-    // So that a difference can be told apart: each depends on no other.
+    // They show where a difference lies: no part depends on another.
     const std::vector<SignaturePart>& parts() const { return parts_; }
     // Over all parts.
     uint64_t whole() const;
@@ -38,8 +38,8 @@ private:
     std::vector<SignaturePart> parts_;
 };
 
-// threads 0: all cores; the result does not depend on it. stop is asked between parts; true gives
-// nothing.
+// threads 0: all cores; the result does not depend on it. stop is asked between parts; true ends
+// the work without a result.
 std::optional<Signature> computeSignature(int threads = 0, const std::function<bool()>& stop = {});
 
 // What every build gives.

@@ -1,7 +1,7 @@
 // Time that only goes forward.
 //
-// Deadlines and durations are taken from the steady clock alone; nobody's match is lost because the
-// wall clock was set. Tests put a clock of their own in its place.
+// Deadlines and durations come from the steady clock alone, so setting the wall clock cannot cost
+// anybody a match. Tests put a clock of their own in its place.
 #pragma once
 
 #include <chrono>

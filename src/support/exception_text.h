@@ -5,8 +5,8 @@
 
 namespace tamarin {
 
-// One line, without its end, on the exception that is being handled; for a catch (...) block. The
-// solver throws plain character strings, everybody else what derives from std::exception.
+// One line about the exception that is being handled, without a line end; to be called in a catch
+// (...) block. The solver throws plain character strings, all else is derived from std::exception.
 std::string describeException();
 
 } // namespace tamarin

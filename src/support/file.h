@@ -112,8 +112,8 @@ public:
     std::span<const std::byte> bytes() const { return {data_, size_}; }
     size_t size() const { return size_; }
 
-    // Gives the pages read so far back to the system, which reads them again when asked: whoever
-    // goes through a large file once does not hold all of it in memory. The bytes stay valid.
+    // Gives the pages read so far back to the system, so that going through a large file once does
+    // not keep all of it in memory. The bytes stay valid; the system reads them again when needed.
     void forgetPages() const;
 
     // The contents as an array of T; the size must be a multiple of T's.

@@ -1,8 +1,8 @@
-// Assertions whose words are a promise to whoever watches for them.
+// Assertions with fixed messages, because other programs watch for them.
 //
-// The text and the file in the message stay as they are, wherever the code has moved and however
-// the condition is written by now: watchers look for `text' and for the source that the promise
-// names. Such an assertion prints and aborts exactly as assert() does, in every build.
+// The text and the file name in the message stay the same, wherever the code moves and however the
+// condition is written. Such an assertion prints and aborts exactly as assert() does, in every
+// build.
 #pragma once
 
 #include <cassert>

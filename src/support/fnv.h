@@ -1,5 +1,5 @@
 // FNV-1a with 64 bits (Fowler, Noll and Vo): tells values and files apart, quickly and the same on
-// every machine. No protection against somebody who wants two things to look alike.
+// every machine. It does not protect against somebody who makes two things look alike on purpose.
 //
 // Numbers count as their bytes, the least significant first. A double counts as its bits, so that 0
 // and -0 are two values; every NaN is one value, since the bits of a NaN differ from one compiler

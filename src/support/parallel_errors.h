@@ -35,7 +35,7 @@ public:
     // Whether there is one, for bodies that are long or wait for each other. Any thread.
     bool met() const noexcept { return met_.load(std::memory_order_relaxed); }
 
-    // Throws the exception kept, if there is one. To be called behind the region.
+    // Throws the exception kept, if there is one. To be called after the region.
     void rethrow() const {
         if (first_)
             std::rethrow_exception(first_);

@@ -8,8 +8,8 @@
 
 namespace tamarin {
 
-// Bytes of memory that can be had without swapping, by the machine and by the limits of the control
-// groups that this process is in (containers are such); 0 when the system does not say.
+// Bytes of memory that are available without swapping, on the machine and within the limits of this
+// process's control groups (a container has some); 0 when the system does not say.
 uint64_t availableMemory();
 
 // What the limits of a control group (of either version) and of those above it leave: limit less

@@ -7,8 +7,8 @@
 //
 // They return the number of characters consumed, white space included, or -1 with the value
 // untouched when there is no number at the front, or one that does not fit (-0 fits everywhere).
-// Any bytes may follow; nothing past the first character that does not belong to the number is
-// looked at. The text ends with a zero.
+// Any bytes may follow: nothing is read past the first character that does not belong to the
+// number. The text ends with a zero.
 #pragma once
 
 #include <concepts>

@@ -1,7 +1,7 @@
 // Nothing on std::cout for as long as the object lives.
 //
-// Training and loaders of the player's own interface say what they do on standard output, which
-// belongs to the results of whoever calls them from within something larger. One thread.
+// Training and loaders of the fixed interface say on standard output what they do. A command that
+// calls them needs standard output for its own results. One thread.
 #pragma once
 
 #include <iostream>

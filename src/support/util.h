@@ -1,7 +1,7 @@
 // Raw table files, string splitting and k-means.
 //
-// A raw table file is a bare array in native byte order: no header, no count, no checksum. Whoever
-// reads one knows its element count.
+// A raw table file is a bare array in native byte order: no header, no count, no checksum. The
+// reader has to know the number of elements.
 #pragma once
 
 #include "support/file.h"
@@ -13,7 +13,7 @@
 
 // A new array of size elements (released with delete[]) holding the file's elements, followed by
 // zeros when the file is shorter. A file that cannot be opened gives all zeros and one line on
-// standard error, so that nobody plays from an empty table unawares.
+// standard error, so that an empty table does not go unnoticed.
 int* loadIntTable(const char* path, size_t size);
 uint8_t* loadByteTable(const char* path, size_t size);
 double* loadDoubleTable(const char* path, size_t size);
@@ -26,7 +26,7 @@ void saveDoubleTable(const char* path, double* arr, size_t size);
 
 namespace tamarin {
 
-// What the three above do before they judge: the bytes, atomically, or an error that says why not.
+// The writing that the three above share: writes the bytes atomically, or says why not.
 Status saveTable(const char* path, const void* elements, size_t bytes,
                  FileSystem& files = systemFiles());
 
@@ -35,8 +35,8 @@ Status saveTable(const char* path, const void* elements, size_t bytes,
 // Whether the file system knows name, whatever kind of file it is (a directory counts).
 bool file_exist(const std::string& name);
 
-// The pieces of s between occurrences of delim. Adjacent delimiters give an empty piece; one at the
-// very end adds none after it; an empty string has no pieces.
+// The pieces of s between occurrences of delim. Adjacent delimiters give an empty piece; a
+// delimiter at the very end does not add one; an empty string has no pieces.
 std::vector<std::string>& split(const std::string& s, char delim, std::vector<std::string>& elems);
 std::vector<std::string> split(const std::string& s, char delim);
 

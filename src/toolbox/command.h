@@ -58,7 +58,8 @@ void complain(fmt::format_string<Args...> format, Args&&... args) {
     complain(fmt::format(format, std::forward<Args>(args)...));
 }
 
-// The same without "tamarin: ", for what is no complaint. Neither fails where nobody can read it.
+// The same without "tamarin: ", for what is not a complaint. Neither fails when standard error
+// cannot be written.
 void remark(const std::string& message);
 template <class... Args>
 void remark(fmt::format_string<Args...> format, Args&&... args) {

@@ -11,8 +11,8 @@ namespace tamarin {
 
 class ConvergenceLog {
 public:
-    // A new log; or the one that is there, less the lines after the iteration from which a run goes
-    // on, which it will come to again.
+    // A new log; or, for a run that goes on from an iteration, the log that is there without the
+    // lines after it: the run will write these again.
     ConvergenceLog(const std::string& directory, std::optional<uint64_t> resumedAt);
     ~ConvergenceLog();
     ConvergenceLog(const ConvergenceLog&) = delete;

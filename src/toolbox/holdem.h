@@ -43,8 +43,8 @@ bool isHoldemStrategy(const std::string& name);
 // and of the buckets.
 std::string strategySource(const HoldemGame& game, const HoldemBuckets& buckets);
 
-// The buckets of a game for 2 or 3 players, out of the tables below DIR/lookup, mapped. Refuses,
-// naming it, a table of these that is missing or damaged; the other game's may be absent.
+// The buckets of a game for 2 or 3 players, out of the tables below DIR/lookup, mapped. Refuses a
+// table that is missing or damaged, and names it. For two players, those of three may be absent.
 class HoldemTables {
 public:
     static Result<HoldemTables> open(const std::string& directory, int players);
@@ -62,15 +62,16 @@ private:
 
 // Refuses the tables that games of so many players are trained and valued on when they are no
 // longer what DIR/lookup/manifest.json says: a damaged table trains a junk strategy that looks like
-// any other. Of a table that no manifest knows there is nothing to say.
+// any other. A table that is in no manifest passes.
 Status checkTablesByManifest(const std::string& directory, int players);
 
-// Makes what games for so many players need and DIR/lookup lacks, with progress on standard error,
-// and records it. Refuses what there is too little memory or disk for; "stopped" after a signal.
+// Makes the tables that games for so many players need and that DIR/lookup lacks, with progress on
+// standard error, and records them. An error when there is too little memory or disk; "stopped"
+// after a signal.
 Status makeMissingTables(const std::string& directory, int players, int threads, bool quiet);
 
-// What that takes: "1.2 GB of disk, ... of memory, about 2 min 1 s on two cores", or empty when
-// nothing is missing.
+// What makeMissingTables() takes: "1.2 GB of disk, ... of memory, about 2 min 1 s on two cores", or
+// empty when nothing is missing.
 std::string missingTablesCost(const std::string& directory, int players);
 
 } // namespace tamarin

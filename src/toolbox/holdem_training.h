@@ -24,13 +24,13 @@ struct HoldemTraining {
     bool dryRun = false;
     bool json = false;
     bool quiet = false;
-    // Keep the strategy that is replaced as strategy.bad, unless the manifest knows it for a whole
-    // one of the same game and tables.
+    // Keep the strategy that is replaced as strategy.bad, unless the manifest says that it is whole
+    // and of the same game and tables.
     bool keepOther = false;
     std::string made = "tamarin train"; // the command, for the manifest
 };
 
-// What is used where a person says nothing: measured, see docs/holdem-training.md.
+// The defaults, by measurement: see docs/holdem-training.md.
 HoldemTrainerConfig defaultHoldemConfig(const Game& game);
 HoldemGoal defaultHoldemGoal(const Game& game);
 

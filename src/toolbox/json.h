@@ -8,14 +8,14 @@
 
 namespace tamarin {
 
-// Nothing that the toolbox writes is nested as deeply. Values are copied, printed and destroyed by
-// functions that call themselves, so a file of a million brackets may not become one.
+// Deeper than anything that the toolbox writes. Values are copied, printed and destroyed by
+// functions that call themselves, so a file of a million brackets must not become a value.
 inline constexpr int deepestJson = 32; // arrays and objects around each other
 
-// The value of a text; a discarded one (is_discarded()) when it is no JSON or too deep.
+// The value of a text; a discarded one (is_discarded()) when the text is not JSON or too deep.
 nlohmann::ordered_json readJson(const std::string& text);
 
-// Indented by two. Bytes that are no UTF-8, which names of files may hold, become U+FFFD.
+// Indented by two. Bytes that are not UTF-8, which names of files may hold, become U+FFFD.
 std::string jsonText(const nlohmann::ordered_json& value);
 
 // The text as it comes back after being written so.

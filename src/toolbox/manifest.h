@@ -8,8 +8,8 @@
 // announces its files first, as "begun": [{"name", "made", "from", "since"}, ...] with the time in
 // nanoseconds since 1970, and the next run enters those that have been written since.
 //
-// Changes are read, made and written back: callers lock the directory where two might do so at
-// once.
+// A change reads the file, edits it and writes it back: callers lock the directory where two might
+// do so at once.
 #pragma once
 
 #include "support/result.h"
@@ -28,15 +28,15 @@ struct ManifestEntry {
 
 // Adds or replaces the entries, taking sizes and hashes from the files, and takes them off the
 // announced ones. A manifest that makes no sense is kept as manifest.json.bad, with a line on
-// standard error, and a new one begun; one that cannot be read is left alone, and an error. So by
-// the next two.
+// standard error, and a new one is begun; one that cannot be read is left alone and is an error.
+// The next two functions treat a manifest in the same way.
 Status recordFiles(const std::string& directory, const std::vector<ManifestEntry>& entries);
 
 // Says that these files are about to be made; first records what was announced before.
 Status announceFiles(const std::string& directory, const std::vector<ManifestEntry>& entries);
 
-// Records the announced files that have been written since and forgets the others. No manifest is
-// no error.
+// Records the announced files that have been written since and forgets the others. A missing
+// manifest is not an error.
 Status recordAnnounced(const std::string& directory);
 
 enum class ManifestState { absent, nonsense, read };
@@ -45,7 +45,7 @@ struct ManifestComparison {
     struct Difference {
         std::string name;    // of the file
         std::string problem; // "its hash is 0123456789abcdef, not ... as in the manifest"
-        bool unread = false; // the file could not be read, so nobody knows
+        bool unread = false; // the file could not be read, so it may be right
     };
     struct Good {
         std::string name;

@@ -12,7 +12,7 @@
 
 namespace tamarin {
 
-// As it was read: what makes no sense within it stays where it is.
+// As it was read: entries that make no sense stay where they are.
 struct ManifestText {
     nlohmann::ordered_json files = nlohmann::ordered_json::array();
     nlohmann::ordered_json begun = nlohmann::ordered_json::array();
@@ -22,8 +22,8 @@ struct ManifestText {
 Result<ManifestText> parseManifest(const std::string& text);
 std::string printManifest(const ManifestText& manifest);
 
-// What it says of a file that is there, or that was announced. Empty or absent is what it does not
-// say, or not as it should.
+// What it says of a file that is there, or that was announced. A field is empty or absent when the
+// manifest lacks it or holds something else in its place.
 struct ManifestRecord {
     std::string name;
     std::optional<uint64_t> size;

@@ -8,9 +8,9 @@
 namespace tamarin {
 
 // A command may write where nothing is, or over an older result of its own kind, which begins with
-// start; a pipe or a device keeps nothing. Whatever else lies there was not meant: one slip of the
-// completion key, and a strategy or a game would be gone. kind and option are for the message: "a
-// page", "--html".
+// start; a pipe or a device is always allowed, since it keeps nothing. Any other file was named by
+// mistake: one slip of the completion key, and a strategy or a game would be gone. kind and option
+// are for the message: "a page", "--html".
 Status checkOutputPlace(const std::string& path, const std::string& start, const std::string& kind,
                         const std::string& option);
 

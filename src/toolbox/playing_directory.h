@@ -1,8 +1,8 @@
 // Where games are found, and how they come into a playing directory.
 //
 // A playing directory holds game definitions and, below it, strategies/ and lookup/. `player` takes
-// its game by bare file name from its working directory, so whoever starts one puts the definition
-// there first.
+// its game by bare file name from its working directory, so the definition has to be put there
+// before a player is started.
 #pragma once
 
 #include "game/definition.h"
@@ -17,7 +17,7 @@ namespace tamarin {
 // games beside an installed program, else the source tree's games/).
 Result<std::string> findGameFile(const std::string& name, const std::string& directory);
 
-// Reads the definition at path. What readGame finds wrong it has said on standard error.
+// Reads the definition at path. readGame says on standard error what is wrong with it.
 Result<GamePtr> readGameFile(const std::string& path);
 
 // Makes sure that directory holds the definition at path under its bare file name, copying it when

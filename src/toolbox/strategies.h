@@ -29,14 +29,14 @@ std::string strategyDirectory(const std::string& directory, const std::string& g
 // strategyDirectory/strategySEAT.
 std::string strategyPath(const std::string& strategies, size_t seat);
 
-// What the seats play who each read their own file. Every file is checked whole first.
+// The profile of the seats, each playing by its own file. Every file is checked in full first.
 Result<Profile> readStrategies(const SmallGame& game, const std::string& strategies);
 
 // One file's strategy for all seats.
 Result<Profile> readStrategy(const SmallGame& game, const std::string& path);
 
-// Saves the trainer's strategy as every seat's file, all or, where the disk is full, none, and
-// records them in the manifest. The error names the file and the cause.
+// Saves the trainer's strategy as every seat's file and records the files in the manifest. When the
+// disk is full, no file changes. The error names the file and the cause.
 Status writeStrategies(const SmallGame& game, const Trainer& trainer, const std::string& strategies,
                        const std::string& made, const std::string& gameName);
 

@@ -10,7 +10,7 @@ namespace tamarin {
 
 // Compares the strategies below DIR/strategies with the manifests beside them. A line a file unless
 // json; entries {"file", "good", "result", "hash"} go to files. Returns how many are wrong. A
-// strategy that no manifest knows is not: the player trains its own without one.
+// strategy that is in no manifest is not wrong: the player writes none for what it trains.
 size_t reportStrategies(const std::string& directory, bool json, nlohmann::ordered_json& files);
 
 } // namespace tamarin

@@ -15,8 +15,8 @@ struct TokenOption {
 // Adds both, of which one may be given; use says what the token is for.
 void addTokenOptions(CLI::App& command, TokenOption& option, const std::string& use);
 
-// The token; empty when none was asked for. What is no token, or a file that holds none, is thrown
-// as a UsageError.
+// The token; empty when none was asked for. Throws a UsageError for text that is not a token, and
+// for a file without one.
 std::string readToken(const TokenOption& option);
 
 } // namespace tamarin
