@@ -30,7 +30,7 @@ void PlayerTrainer::run(uint64_t iterations) {
 }
 
 Profile PlayerTrainer::average() const {
-    return *averageProfile(game_, solver_);
+    return *averageProfile(game_, solver_.nodes());
 }
 
 void PlayerTrainer::eachNode(const std::function<void(size_t set, CFRNode& node)>& visit) const {

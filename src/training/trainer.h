@@ -5,6 +5,7 @@
 //   cfr, cfr+, lcfr, dcfr, pcfr+     counterfactual weights; see training/equilibrium.h
 #pragma once
 
+#include "solver/cfr.h"
 #include "training/profile.h"
 #include "training/small_game.h"
 
