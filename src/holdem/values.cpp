@@ -1,7 +1,7 @@
 #include "holdem/values.h"
 
 #include "holdem/deals.h"
-#include "support/hand_random.h"
+#include "support/split_mix.h"
 #include "support/parallel_errors.h"
 
 #include <algorithm>
