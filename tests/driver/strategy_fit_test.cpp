@@ -62,6 +62,12 @@ TEST_F(SmallFit, OneWithANodeTooManyDoesNot) {
     EXPECT_FALSE(fits());
 }
 
+TEST_F(SmallFit, OneWithAnotherNodeInsteadDoesNot) {
+    whole.map(2)["2:0:7:cc"] = whole.map(2).at("2:0:3:cc");
+    whole.map(2).erase("2:0:3:cc");
+    EXPECT_FALSE(fits());
+}
+
 TEST_F(SmallFit, OneWithAnActionThatTheRulesForbidDoesNot) {
     whole.map(0).at("0:0:0:")->regretSum[0] = 0.0; // fold where nothing is owed
     EXPECT_FALSE(fits());
