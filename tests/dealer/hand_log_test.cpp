@@ -227,6 +227,12 @@ namespace {
 // A disk with troubles of its own.
 class BadDisk : public FileSystem {
 public:
+    ssize_t read(int fd, void* buffer, size_t size) override {
+        if (++reads % 2 == 0)
+            return FileSystem::read(fd, buffer, size);
+        errno = EINTR;
+        return -1;
+    }
     ssize_t write(int fd, const void* buffer, size_t size) override {
         if (++writes % 2 == 1) {
             errno = EINTR;
@@ -248,6 +254,7 @@ public:
             beforeLock();
         return FileSystem::flock(fd, operation);
     }
+    int reads = 0;
     int writes = 0;
     int closeError = 0;
     int lockError = 0;
@@ -256,14 +263,16 @@ public:
 
 } // namespace
 
-TEST_F(HandLogFile, LosesNothingToInterruptedAndShortWrites) {
+TEST_F(HandLogFile, LosesNothingToInterruptedCallsAndShortWrites) {
     BadDisk disk;
+    std::ofstream(path) << "# tamarin match that is looked at first\n";
     auto log = HandLog::create(
         path, [] { return true; }, disk);
     ASSERT_TRUE(log.ok());
     ASSERT_TRUE(log->begin("of many pieces").ok());
     EXPECT_EQ(contents(path), "# tamarin match of many pieces\n");
     EXPECT_GT(disk.writes, 10);
+    EXPECT_EQ(disk.reads, 2);
 }
 
 TEST_F(HandLogFile, TellsWhatClosingFinds) {
