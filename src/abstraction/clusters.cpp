@@ -70,7 +70,7 @@ double EquityTables::clusterToEquity(unsigned char cluster, int players, int rou
 int EquityTables::equityToCluster(double equity, int players, int round) {
     const tamarin::TableRange& range = equityRange(players, round);
     return static_cast<int>(
-        std::round((equity - range.min) / (range.max - range.min) * tamarin::clusterClasses));
+        std::round((equity - range.min) / (range.max - range.min) * tamarin::clusterLevels));
 }
 
 size_t EquityTables::findClusterIndex(unsigned char cluster, int players, int round) {

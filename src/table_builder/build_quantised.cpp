@@ -1,4 +1,4 @@
-// Clusters and hold'em buckets: classes of what the equity and utility files hold.
+// Clusters and hold'em buckets: levels of what the equity and utility files hold.
 
 #include "abstraction/large_buffer.h"
 #include "abstraction/quantise.h"

@@ -21,7 +21,7 @@ std::string grouped(uint64_t number) {
     return text;
 }
 
-bool hasClasses(const TableSummary& summary) {
+bool isQuantised(const TableSummary& summary) {
     const EntryKind kind = kindOf(*summary.file);
     return kind == EntryKind::cluster || kind == EntryKind::bucket;
 }
@@ -45,7 +45,7 @@ std::string extremeText(const TableSummary& summary, const TableSummary::Extreme
 }
 
 std::string binText(const TableSummary& summary, const TableSummary::Bin& bin) {
-    if (hasClasses(summary) || bin.from == bin.to)
+    if (isQuantised(summary) || bin.from == bin.to)
         return fmt::format("{:>10}", entryText(summary, bin.from));
     if (kindOf(*summary.file) == EntryKind::value)
         return fmt::format("{:>10.0f} ..{:>10.0f}", bin.from, bin.to);

@@ -67,19 +67,19 @@ Colour shade(const Ramp& ramp, double place) {
     return {mix(a.red, b.red), mix(a.green, b.green), mix(a.blue, b.blue)};
 }
 
-// A bucket is a class of equity, light to dark, in one colour for each class of utility.
+// A bucket is a level of equity, light to dark, in one colour for each level of utility.
 Colour colourOf(const TableSummary& summary, double value) {
     const double least = summary.least.value;
     const double width = summary.greatest.value - least;
     switch (kindOf(*summary.file)) {
     case EntryKind::bucket: {
-        const int classes = holdemEquityClasses + 1;
+        const int levels = holdemEquityLevels + 1;
         const int bucket = static_cast<int>(value);
-        return shade(bucket / classes == 0 ? blues : oranges,
-                     static_cast<double>(bucket % classes) / holdemEquityClasses);
+        return shade(bucket / levels == 0 ? blues : oranges,
+                     static_cast<double>(bucket % levels) / holdemEquityLevels);
     }
     case EntryKind::cluster:
-        return shade(blues, value / clusterClasses);
+        return shade(blues, value / clusterLevels);
     default:
         return shade(blues, width > 0 ? (value - least) / width : 0);
     }
