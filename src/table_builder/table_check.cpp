@@ -130,15 +130,15 @@ private:
     }
 
     double riverEquity(const uint8_t* hand, int players) {
-        std::array<RiverWins, riverHoles> wins;
+        std::array<RiverWins, riverHoldings> wins;
         sweepRiver(sevenCardTable(), hand + 2, wins.data());
         uint8_t left[deckCards];
         const size_t count = cardsWithout(hand + 2, 5, left);
         const auto position = [&](uint8_t card) {
             return static_cast<size_t>(std::lower_bound(left, left + count, card) - left);
         };
-        const RiverWins own = wins[holeNumber(position(std::min(hand[0], hand[1])),
-                                              position(std::max(hand[0], hand[1])))];
+        const RiverWins own = wins[holdingNumber(position(std::min(hand[0], hand[1])),
+                                                 position(std::max(hand[0], hand[1])))];
         return players == 2 ? double(winsOverOne(own)) / riverDeals2
                             : double(winsOverTwo(own)) / riverDeals3;
     }

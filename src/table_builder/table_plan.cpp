@@ -31,8 +31,8 @@ struct GroupFacts {
 constexpr std::array<GroupFacts, tableGroups> facts{{
     {"tpt", "the seven-card table and its ranks", sevenCardBytes + working, 4, 1},
     {"equity", "equities against one and two opponents",
-     boardClasses[2] * riverHoles * 4 + boardClasses[1] * numHoles(48) * 8 +
-         boardClasses[0] * numHoles(49) * 8 + roundSizes[3] * 4 + working,
+     boardClasses[2] * riverHoldings * 4 + boardClasses[1] * numHoldings(48) * 8 +
+         boardClasses[0] * numHoldings(49) * 8 + roundSizes[3] * 4 + working,
      6, 3},
     {"clusters", "clusters of equity", roundSizes[3] + working, 10, 1},
     {"utility", "utilities in the auxiliary games", roundSizes[3] + 2 * working, 20, 20},

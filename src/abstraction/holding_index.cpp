@@ -1,4 +1,4 @@
-#include "abstraction/hole_index.h"
+#include "abstraction/holding_index.h"
 
 #include "index/hand_index_tables.h"
 #include "index/multiset.h"
@@ -50,7 +50,7 @@ uint64_t multisetIndex(const std::array<uint64_t, 4>& members, size_t count) {
 
 } // namespace
 
-HoleIndexer::HoleIndexer(int round, const hand_indexer_t& indexer)
+HoldingIndexer::HoldingIndexer(int round, const hand_indexer_t& indexer)
     : boardCards_(roundBoardCards[static_cast<size_t>(round)]) {
     assert(round >= 1 && round < holdemRounds);
     assert(indexer.rounds == 2 && indexer.cards_per_round[1] == boardCards_);
@@ -65,7 +65,7 @@ HoleIndexer::HoleIndexer(int round, const hand_indexer_t& indexer)
                           [](const auto& a, const auto& b) { return a.words < b.words; }));
 }
 
-const HoleIndexer::Configuration& HoleIndexer::find(std::array<uint32_t, 4> words) const {
+const HoldingIndexer::Configuration& HoldingIndexer::find(std::array<uint32_t, 4> words) const {
     const auto at =
         std::lower_bound(configurations_.begin(), configurations_.end(), words,
                          [](const Configuration& c, const std::array<uint32_t, 4>& wanted) {
@@ -75,7 +75,7 @@ const HoleIndexer::Configuration& HoleIndexer::find(std::array<uint32_t, 4> word
     return *at;
 }
 
-void HoleIndexer::indices(const uint8_t* board, uint32_t* out) const {
+void HoldingIndexer::indices(const uint8_t* board, uint32_t* out) const {
     std::array<Suit, 4> suits;
     for (int i = 0; i < boardCards_; ++i)
         suits[board[i] & 3U].board |= 1U << (board[i] >> 2U);
@@ -134,7 +134,7 @@ void HoleIndexer::indices(const uint8_t* board, uint32_t* out) const {
                         const uint32_t lower = a.rank[low];
                         const uint32_t pair = lower + upper * (upper - 1) / 2;
                         const uint64_t suitIndex = pair + rankPairs * colex(without(rest, lower));
-                        out[holeNumber(a.position[low], a.position[high])] =
+                        out[holdingNumber(a.position[low], a.position[high])] =
                             static_cast<uint32_t>(base + multiplierOf[s] * suitIndex);
                     }
                 }
@@ -154,7 +154,8 @@ void HoleIndexer::indices(const uint8_t* board, uint32_t* out) const {
                     }
                     const size_t p = a.position[i];
                     const size_t q = b.position[j];
-                    out[holeNumber(std::min(p, q), std::max(p, q))] = static_cast<uint32_t>(index);
+                    out[holdingNumber(std::min(p, q), std::max(p, q))] =
+                        static_cast<uint32_t>(index);
                 }
         }
 }

@@ -15,10 +15,10 @@
 
 namespace tamarin {
 
-class HoleIndexer {
+class HoldingIndexer {
 public:
     // round: 1, 2 or 3. The indexer is the round's (round_indexers.h) and must outlive the object.
-    HoleIndexer(int round, const hand_indexer_t& indexer);
+    HoldingIndexer(int round, const hand_indexer_t& indexer);
 
     // indices receives hand_index_last of {holding, board} for every holding, numbered as in
     // boards.h. board: ascending.
