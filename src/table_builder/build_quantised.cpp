@@ -6,7 +6,7 @@
 #include "support/file.h"
 #include "support/util.h"
 #include "table_builder/build_steps.h"
-#include "table_builder/parts.h"
+#include "table_builder/table_parts.h"
 
 #include <map>
 

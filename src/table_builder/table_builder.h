@@ -1,6 +1,6 @@
 // The table builder: whatever is missing below lookup/, made exactly and in dependency order.
 //
-// Seven-card table, equities, clusters, utilities, hold'em tables; minutes where the plain road of
+// Seven-card table, equities, clusters, utilities, hold'em tables; minutes where the plain form in
 // EquityTables takes most of a day. Each file appears whole or not at all, so work that was
 // stopped, in whatever way, goes on with the file it was at and ends in the same bytes: they depend
 // on the seed (of the utilities, which are sampled) and on nothing else, not even on the number of

@@ -9,7 +9,7 @@
 #include "support/resources.h"
 #include "support/rng.h"
 #include "support/step_progress.h"
-#include "table_builder/sampled_road.h"
+#include "table_builder/sampling_estimate.h"
 #include "table_builder/table_builder.h"
 #include "table_builder/table_check.h"
 #include "toolbox/commands.h"
@@ -126,13 +126,13 @@ int showPlan(const Options& options, const TablePlan& plan) {
     return exitDone;
 }
 
-// What the sampled road would take here, and nothing done.
-int showSampledRoad(const Options& options) {
+// What sampling would take here; samples a slice and writes nothing.
+int showSamplingEstimate(const Options& options) {
     global_urng().seed(static_cast<uint32_t>(options.seed % 2147483647));
-    const SampledRoad road = measureSampledRoad(options.directory);
+    const SamplingEstimate estimate = estimateSampling(options.directory);
     auto rounds = nlohmann::ordered_json::array();
-    for (size_t r = 0; r < road.rounds.size(); ++r) {
-        const SampledRoad::Round& round = road.rounds[r];
+    for (size_t r = 0; r < estimate.rounds.size(); ++r) {
+        const SamplingEstimate::Round& round = estimate.rounds[r];
         rounds.push_back({{"round", roundNames[r]},
                           {"hands", roundSizes[r]},
                           {"measuredHands", round.hands},
@@ -144,10 +144,10 @@ int showSampledRoad(const Options& options) {
                        describeDuration(round.roundSeconds), round.hands);
     }
     if (options.json)
-        printJson({{"rounds", rounds}, {"seconds", road.seconds()}});
+        printJson({{"rounds", rounds}, {"seconds", estimate.seconds()}});
     else
         fmt::print("sampling all equities would take about {} of one core, {:.1f} days\n",
-                   describeDuration(road.seconds()), road.seconds() / 86400);
+                   describeDuration(estimate.seconds()), estimate.seconds() / 86400);
     return exitDone;
 }
 
@@ -177,7 +177,7 @@ int makeTables(const Options& options) {
     build.seed = options.seed;
     build.memory = memoryLimit(options);
     if (options.dryRun && options.sampled)
-        return showSampledRoad(options);
+        return showSamplingEstimate(options);
     if (options.dryRun)
         return showPlan(options, planTables(build.directory, build.groups, build.force));
     if (options.verify) {
