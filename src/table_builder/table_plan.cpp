@@ -219,8 +219,4 @@ double secondsOf(const TablePlan& plan, TableGroup group) {
                            factsOf(group).secondsPerGigabyte * static_cast<double>(disk) * 1e-9;
 }
 
-std::string inDirectory(const std::string& directory, const std::string& path) {
-    return directory.empty() || directory == "." ? path : directory + "/" + path;
-}
-
 } // namespace tamarin

@@ -1,6 +1,8 @@
 // Every table file below lookup/, what each is made from, and what is missing.
 #pragma once
 
+#include "abstraction/table_names.h"
+
 #include <cstdint>
 #include <map>
 #include <string>
@@ -72,8 +74,5 @@ TablePlan planTablesForPlay(const std::string& directory, int players,
 uint64_t diskOf(const TablePlan& plan, TableGroup group);
 uint64_t memoryOf(TableGroup group);
 double secondsOf(const TablePlan& plan, TableGroup group);
-
-// directory + "/" + path; path alone for the working directory.
-std::string inDirectory(const std::string& directory, const std::string& path);
 
 } // namespace tamarin

@@ -17,7 +17,7 @@
 #include "toolbox/table_report.h"
 
 #include <csignal>
-#include <filesystem>
+#include <iostream>
 #include <memory>
 
 namespace tamarin {
@@ -151,20 +151,15 @@ int showSamplingEstimate(const Options& options) {
     return exitDone;
 }
 
-// The road that EquityTables walks by itself: equities by sampling. It draws from the process-wide
-// engine and works in the working directory.
+// The plain form: equities that EquityTables samples. It draws from the process-wide engine.
 int sample(const Options& options) {
-    const auto home = std::filesystem::current_path();
-    std::filesystem::current_path(options.directory);
-    if (Status made = makeDirectories("lookup"); !made)
+    if (Status made = makeDirectories(inDirectory(options.directory, "lookup")); !made)
         return fail(made.error());
     global_urng().seed(static_cast<uint32_t>(options.seed % 2147483647));
     // It asks nobody whether to stop, and loses only the round it is at.
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         std::signal(signal, SIG_DFL);
-    EquityTables tables;
-    tables.load();
-    std::filesystem::current_path(home);
+    EquityTables(options.directory, std::cout).load();
     return exitDone;
 }
 
