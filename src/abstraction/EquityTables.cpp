@@ -1,28 +1,32 @@
 #include "abstraction/EquityTables.h"
 
-#include "abstraction/table_names.h"
 #include "game/definition_file.h"
+#include "support/fixed_assert.h"
 
+#include <array>
 #include <cassert>
 #include <cstdlib>
 #include <iostream>
 #include <stdexcept>
 #include <type_traits>
+#include <utility>
 
-EquityTables::EquityTables() {
-    std::cout << "Creating indexers... ";
-    const uint8_t preflop_structure[] = {2};
-    const uint8_t flop_structure[] = {2, 3};
-    const uint8_t turn_structure[] = {2, 4};
-    const uint8_t river_structure[] = {2, 5};
-    // The texts of these assertions are promises.
-    // clang-format off
-    assert(hand_indexer_init(1, preflop_structure, &preflop_indexer));
-    assert(hand_indexer_init(2, flop_structure, &flop_indexer));
-    assert(hand_indexer_init(2, turn_structure, &turn_indexer));
-    assert(hand_indexer_init(2, river_structure, &river_indexer));
-    // clang-format on
-    std::cout << "done!" << std::endl;
+EquityTables::EquityTables() : EquityTables("", std::cout) {}
+
+EquityTables::EquityTables(std::string directory, std::ostream& sink)
+    : playingDirectory(std::move(directory)), messages(sink) {
+    // What watchers may rely on, whichever constructor runs.
+    static constexpr std::array<const char*, tamarin::holdemRounds> texts{
+        "hand_indexer_init(1, preflop_structure, &preflop_indexer)",
+        "hand_indexer_init(2, flop_structure, &flop_indexer)",
+        "hand_indexer_init(2, turn_structure, &turn_indexer)",
+        "hand_indexer_init(2, river_structure, &river_indexer)"};
+    messages << "Creating indexers... ";
+    for (int round = 0; round < tamarin::holdemRounds; ++round)
+        TAMARIN_FIXED_ASSERT(tamarin::initRoundIndexer(round, indexer(round)),
+                             texts[static_cast<size_t>(round)], "src/abstraction/EquityTables.cpp",
+                             "EquityTables::EquityTables()");
+    messages << "done!" << std::endl;
 }
 
 EquityTables::~EquityTables() {
@@ -111,26 +115,26 @@ std::span<const T> EquityTables::contents(Table<T>& known, const std::string& pa
 }
 
 std::span<const double> EquityTables::equityContents(int players, int round) {
-    return contents(equity(players, round), tamarin::equityPath(players, round), round,
+    return contents(equity(players, round), pathOf(tamarin::equityPath(players, round)), round,
                     tamarin::equityEntries, "load()");
 }
 
 std::span<const double> EquityTables::utilityContents(int round, int seat) {
-    return contents(utilities[2][round][seat], tamarin::utilityPath(2, round, seat), round,
+    return contents(utilities[2][round][seat], pathOf(tamarin::utilityPath(2, round, seat)), round,
                     tamarin::utilityEntries, "loadUtility()");
 }
 
 std::span<const unsigned char> EquityTables::clusterContents(int players, int round) {
-    return contents(clusters[players - 2][round], tamarin::clusterPath(players, round), round,
-                    tamarin::clusterEntries, "loadCluster()");
+    return contents(clusters[players - 2][round], pathOf(tamarin::clusterPath(players, round)),
+                    round, tamarin::clusterEntries, "loadCluster()");
 }
 
 void EquityTables::requireHoldemTables(int players) {
     for (int p = 2; p <= players; ++p)
         for (int round = 0; round < tamarin::holdemRounds; ++round)
             for (int seat = 0; seat < p; ++seat)
-                contents(holdemTables[p][round][seat], tamarin::holdemPath(p, round, seat), round,
-                         tamarin::bucketEntries, "loadHoldemTables()");
+                contents(holdemTables[p][round][seat], pathOf(tamarin::holdemPath(p, round, seat)),
+                         round, tamarin::bucketEntries, "loadHoldemTables()");
 }
 
 const tamarin::TableRange& EquityTables::equityRange(int players, int round) {

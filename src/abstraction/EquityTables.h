@@ -3,7 +3,7 @@
 // and the bucket that the player's strategy knows it by.
 //
 // Every table is a flat array over the hand indices of its round (round_indexers.h) and is kept as
-// a bare file below lookup/ in the working directory (table_names.h):
+// a bare file below lookup/ in the playing directory (table_names.h):
 //
 //   equity    double    for 2 and 3 players: wins / deals, ties lose; in [0, 1]
 //   cluster   byte      0..100: where the equity lies between the table's least and greatest
@@ -20,18 +20,24 @@
 // Where a table is needed that load() left empty, or that could not be read, its file is read; when
 // the file is missing or damaged, that is a std::runtime_error with one line that says what to do.
 // Play looks at a few bytes of a table and does not read it through first: a bucket that no
-// strategy holds is played by the agents' rule. Single-threaded.
+// strategy holds is played by the agents' rule.
+//
+// Single-threaded. Several objects may stand in one process, each with a directory of its own; they
+// share the process-wide random numbers, and nothing else. Complaints about files go to standard
+// error, whatever the sink of the messages.
 #pragma once
 
 #include "abstraction/quantise.h"
 #include "abstraction/round_indexers.h"
 #include "abstraction/table_contents.h"
+#include "abstraction/table_names.h"
 #include "abstraction/table_store.h"
 #include "game/game.h"
 #include "index/hand_index.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <span>
@@ -40,17 +46,21 @@
 
 class EquityTables {
 public:
-    // Prints "Creating indexers... done!" on standard output.
+    // Files lie in the working directory, whatever that is when one is read or written; messages go
+    // to standard output. The first is "Creating indexers... done!".
     EquityTables();
+    // The same with files below another directory, and with another sink, which must live as long.
+    // Every line that names a file says the directory, too.
+    EquityTables(std::string directory, std::ostream& sink);
     // Releases the equity tables, and whatever is mapped. Tables of other kinds that were computed
     // here or set by a caller stay.
     virtual ~EquityTables();
     EquityTables(const EquityTables&) = delete;
     EquityTables& operator=(const EquityTables&) = delete;
 
-    // Fills the eight equity tables from their files or, where one is missing, by sampling; says
-    // what it does on standard output. Where some files are there and some are not, the turn and
-    // river tables that have both their files are left allocated without contents.
+    // Fills the eight equity tables from their files or, where one is missing, by sampling. Where
+    // some files are there and some are not, the turn and river tables that have both their files
+    // are left allocated without contents.
     void load();
     // Fills what play of a game for so many players (2 or 3) reads, out of files alone and at once:
     // the equity and hold'em tables of two players and, for three, of three. The other equity and
@@ -92,8 +102,9 @@ public:
     int findClusterIndexHand(unsigned char cluster, int players, int round, unsigned char* cards);
 
     // Fills the two-player utility tables, each round from its files or by solving its auxiliary
-    // game, which is read from the working directory. That takes the round's clusters, out of their
-    // file where loadCluster() has not been called. Defined in solver/utility_tables.cpp.
+    // game, whose definition lies in the same directory. That takes the round's clusters, out of
+    // their file where loadCluster() has not been called. The solver says how it gets on, on
+    // standard output. Defined in solver/utility_tables.cpp.
     void loadUtility();
     void freeUtility();
 
@@ -137,6 +148,10 @@ private:
     }
     EquityTable& equity(int players, int round) { return equities[players - 2][round]; }
 
+    // The path of a file with a name of table_names.h.
+    std::string pathOf(const std::string& name) const {
+        return tamarin::inDirectory(playingDirectory, name);
+    }
     void printSizes();
     void generateEquities(const bool (&usable)[2][tamarin::holdemRounds]);
     void sampleRound(int round, int* sevenCardTable);
@@ -150,10 +165,18 @@ private:
     std::span<const unsigned char> clusterContents(int players, int round);
     // The least and greatest equity, found when first asked for.
     const tamarin::TableRange& equityRange(int players, int round);
+    // The table is the file; a file that cannot be read gives zeros, without contents.
     template <class T>
-    void takeForPlay(Table<T>& table, const std::string& path, size_t size, bool needed);
+    void take(Table<T>& table, const std::string& path, int round) {
+        const auto loaded = store.load<T>(path, getRoundSize(round));
+        table = {loaded.table, loaded.whole};
+    }
+    template <class T>
+    void takeForPlay(Table<T>& table, const std::string& path, int round, bool needed);
     unsigned char* makeHoldemTable(int players, int round, int seat);
 
+    const std::string playingDirectory;
+    std::ostream& messages;
     tamarin::TableStore store;
     EquityTable equities[2][tamarin::holdemRounds];                 // [players - 2][round]
     Table<unsigned char> clusters[2][tamarin::holdemRounds];        // [players - 2][round]

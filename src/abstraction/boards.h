@@ -4,8 +4,8 @@
 // representative: the board whose four rank masks fall from clubs to spades. Work that depends on
 // the board is done for the representative and read back through the renaming that find() gives.
 //
-// Two hole cards on a board are numbered by the positions of the two among the cards left, in
-// ascending order of the cards: holeNumber(i, j) with i < j.
+// The holdings of a board are numbered by the positions of their two cards among the cards left, in
+// ascending order of the cards: holdingNumber(i, j) with i < j.
 #pragma once
 
 #include "index/hand_index.h"
@@ -18,11 +18,11 @@
 namespace tamarin {
 
 // Holdings of two cards out of n.
-constexpr size_t numHoles(size_t n) {
+constexpr size_t numHoldings(size_t n) {
     return n * (n - 1) / 2;
 }
 // Of the cards at positions low < high; ascending in high first.
-constexpr size_t holeNumber(size_t low, size_t high) {
+constexpr size_t holdingNumber(size_t low, size_t high) {
     return high * (high - 1) / 2 + low;
 }
 
@@ -40,7 +40,7 @@ public:
     size_t size() const { return boards_.size(); }
     // Cards that are not on the board, and holdings of two of them.
     size_t cardsLeft() const { return deckCards - static_cast<size_t>(cards_); }
-    size_t holes() const { return numHoles(cardsLeft()); }
+    size_t holdings() const { return numHoldings(cardsLeft()); }
 
     // The representative's cards, ascending.
     const uint8_t* board(size_t number) const { return boards_[number].data(); }

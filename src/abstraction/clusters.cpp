@@ -1,19 +1,10 @@
 // Clusters of equity: EquityTables' cluster tables, and the way from a cluster to hands and back.
 
 #include "abstraction/EquityTables.h"
-#include "abstraction/table_names.h"
 #include "support/util.h"
 
-#include <cassert>
 #include <cmath>
-#include <iostream>
-
-namespace {
-
-using tamarin::clusterPath;
-using tamarin::holdemRounds;
-
-} // namespace
+#include <ostream>
 
 unsigned char* doCluster(unsigned long size, double* equities, std::string name) {
     const std::span<const double> entries(equities, size);
@@ -25,31 +16,29 @@ unsigned char* doCluster(unsigned long size, double* equities, std::string name)
 
 void EquityTables::loadCluster() {
     printSizes();
-    std::cout << "loading clusters..." << std::endl;
+    messages << "loading clusters..." << std::endl;
     bool allThere = true;
     for (int players = 2; players <= 3; ++players)
-        for (int round = 0; round < holdemRounds; ++round)
+        for (int round = 0; round < tamarin::holdemRounds; ++round)
             allThere =
-                tamarin::usableTable<unsigned char>(clusterPath(players, round),
+                tamarin::usableTable<unsigned char>(pathOf(tamarin::clusterPath(players, round)),
                                                     getRoundSize(round), tamarin::clusterEntries) &&
                 allThere;
-    for (int round = 0; round < holdemRounds; ++round)
+    for (int round = 0; round < tamarin::holdemRounds; ++round)
         for (int players = 2; players <= 3; ++players) {
-            const size_t size = getRoundSize(round);
-            const std::string path = clusterPath(players, round);
+            const std::string path = pathOf(tamarin::clusterPath(players, round));
             if (allThere) {
-                const auto loaded = store.bytes(path, size);
-                clusters[players - 2][round] = {loaded.table, loaded.whole};
+                take(clusters[players - 2][round], path, round);
                 continue;
             }
-            std::cout << "generating " << tamarin::roundNames[static_cast<size_t>(round)]
-                      << " clusters " << players << "p" << std::endl;
+            messages << "generating " << tamarin::roundNames[static_cast<size_t>(round)]
+                     << " clusters " << players << "p" << std::endl;
             const std::span<const double> contents = equityContents(players, round);
             clusters[players - 2][round] = {
-                doCluster(size, const_cast<double*>(contents.data()), path), true};
+                doCluster(contents.size(), const_cast<double*>(contents.data()), path), true};
         }
     if (allThere)
-        std::cout << "Cluster tables loaded from file!" << std::endl;
+        messages << "Cluster tables loaded from file!" << std::endl;
 }
 
 void EquityTables::freeCluster() {}
@@ -70,7 +59,7 @@ double EquityTables::clusterToEquity(unsigned char cluster, int players, int rou
 int EquityTables::equityToCluster(double equity, int players, int round) {
     const tamarin::TableRange& range = equityRange(players, round);
     return static_cast<int>(
-        std::round((equity - range.min) / (range.max - range.min) * tamarin::clusterClasses));
+        std::round((equity - range.min) / (range.max - range.min) * tamarin::clusterLevels));
 }
 
 size_t EquityTables::findClusterIndex(unsigned char cluster, int players, int round) {

@@ -3,15 +3,16 @@
 namespace tamarin {
 
 size_t EquityCounts::memoryBytes() {
-    return boardClasses[2] * riverHoles * sizeof(RiverWins) +
-           boardClasses[1] * turnHoles * sizeof(Wins) + boardClasses[0] * flopHoles * sizeof(Wins);
+    return boardClasses[2] * riverHoldings * sizeof(RiverWins) +
+           boardClasses[1] * turnHoldings * sizeof(Wins) +
+           boardClasses[0] * flopHoldings * sizeof(Wins);
 }
 
 Result<EquityCounts> EquityCounts::compute(const SevenCardTable& table, const Work& work) {
     EquityCounts counts;
-    auto river = LargeBuffer<RiverWins>::take(boardClasses[2] * riverHoles, "the river's wins");
-    auto turn = LargeBuffer<Wins>::take(boardClasses[1] * turnHoles, "the turn's wins");
-    auto flop = LargeBuffer<Wins>::take(boardClasses[0] * flopHoles, "the flop's wins");
+    auto river = LargeBuffer<RiverWins>::take(boardClasses[2] * riverHoldings, "the river's wins");
+    auto turn = LargeBuffer<Wins>::take(boardClasses[1] * turnHoldings, "the turn's wins");
+    auto flop = LargeBuffer<Wins>::take(boardClasses[0] * flopHoldings, "the flop's wins");
     if (!river)
         return Error{river.error()};
     if (!turn)
@@ -26,7 +27,7 @@ Result<EquityCounts> EquityCounts::compute(const SevenCardTable& table, const Wo
     const BoardSet turns(4);
     const BoardSet flops(3);
     const bool swept = forEach(work, rivers.size(), [&](size_t b) {
-        sweepRiver(table, rivers.board(b), &counts.river_[b * riverHoles]);
+        sweepRiver(table, rivers.board(b), &counts.river_[b * riverHoldings]);
     });
     // What remains is a third of the whole at most; the river's boards stand for it.
     Work silent = work;
@@ -37,12 +38,12 @@ Result<EquityCounts> EquityCounts::compute(const SevenCardTable& table, const Wo
                 [&](size_t b) {
                     sumNextCards(
                         rivers, turns.board(b), [&](size_t next) { return counts.river(next); },
-                        &counts.turn_[b * turnHoles]);
+                        &counts.turn_[b * turnHoldings]);
                 }) &&
         forEach(silent, flops.size(), [&](size_t b) {
             sumNextCards(
                 turns, flops.board(b), [&](size_t next) { return counts.turn(next); },
-                &counts.flop_[b * flopHoles]);
+                &counts.flop_[b * flopHoldings]);
         });
     if (!summed)
         return stopped();
@@ -59,7 +60,7 @@ void EquityCounts::sumPreflop(const BoardSet& flops) {
         for (size_t high = 1; high < cardsLeft; ++high)
             for (size_t low = 0; low < high; ++low) {
                 const uint8_t cards[] = {left[low], left[high]};
-                const Wins& wins = flop(b)[holeNumber(low, high)];
+                const Wins& wins = flop(b)[holdingNumber(low, high)];
                 PreflopWins& sum = preflop_[hand_index_last(indexer.get(), cards)];
                 sum.overOne += weight * wins.overOne;
                 sum.overTwo += weight * wins.overTwo;

@@ -32,9 +32,9 @@ public:
     static size_t memoryBytes();
 
     // By class of board (BoardSet) and holding (boards.h).
-    const RiverWins* river(size_t board) const { return &river_[board * riverHoles]; }
-    const Wins* turn(size_t board) const { return &turn_[board * turnHoles]; }
-    const Wins* flop(size_t board) const { return &flop_[board * flopHoles]; }
+    const RiverWins* river(size_t board) const { return &river_[board * riverHoldings]; }
+    const Wins* turn(size_t board) const { return &turn_[board * turnHoldings]; }
+    const Wins* flop(size_t board) const { return &flop_[board * flopHoldings]; }
 
     // Of a starting hand: over every holding of the class, every flop, and every turn and river in
     // order.
@@ -45,8 +45,8 @@ public:
     };
     const std::array<PreflopWins, roundSizes[0]>& preflop() const { return preflop_; }
 
-    static constexpr size_t turnHoles = numHoles(48);
-    static constexpr size_t flopHoles = numHoles(49);
+    static constexpr size_t turnHoldings = numHoldings(48);
+    static constexpr size_t flopHoldings = numHoldings(49);
 
 private:
     EquityCounts() = default;

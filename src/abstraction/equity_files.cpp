@@ -1,6 +1,6 @@
 #include "abstraction/equity_files.h"
 
-#include "abstraction/hole_index.h"
+#include "abstraction/holding_index.h"
 #include "support/file.h"
 #include "support/parallel_errors.h"
 
@@ -73,7 +73,7 @@ Status writeRound(const BoardSet& boards, const std::function<const Count*(size_
     if (!gathered)
         return Error{gathered.error()};
     const RoundIndexer indexer(round);
-    const HoleIndexer holes(round, *indexer.get());
+    const HoldingIndexer holdings(round, *indexer.get());
     const size_t passes = (size + window - 1) / window;
     for (size_t pass = 0; pass < passes; ++pass) {
         const size_t begin = pass * window;
@@ -83,10 +83,10 @@ Status writeRound(const BoardSet& boards, const std::function<const Count*(size_
             work.report(pass * total + done, passes * total);
         };
         const bool scattered = forEach(part, boards.size(), [&](size_t b) {
-            std::array<uint32_t, numHoles(deckCards)> indices;
-            holes.indices(boards.board(b), indices.data());
+            std::array<uint32_t, numHoldings(deckCards)> indices;
+            holdings.indices(boards.board(b), indices.data());
             const Count* const wins = row(b);
-            for (size_t h = 0; h < boards.holes(); ++h)
+            for (size_t h = 0; h < boards.holdings(); ++h)
                 if (indices[h] - begin < count)
                     (*gathered)[indices[h] - begin] = wins[h];
         });

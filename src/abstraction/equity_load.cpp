@@ -1,7 +1,6 @@
 // EquityTables::load: equity files in, or equities sampled the plain way.
 
 #include "abstraction/EquityTables.h"
-#include "abstraction/table_names.h"
 #include "eval/hand_table.h"
 #include "eval/seven_card_table.h"
 #include "support/file.h"
@@ -9,7 +8,7 @@
 #include "support/util.h"
 
 #include <array>
-#include <iostream>
+#include <ostream>
 
 namespace {
 
@@ -20,32 +19,27 @@ using Evaluate = double (*)(unsigned char* cards, unsigned int players, int* tab
 constexpr std::array<Evaluate, holdemRounds> evaluators{evaluateHand2, evaluateHand5, evaluateHand6,
                                                         evaluateHand7};
 
-void printPercent(size_t index, size_t size) {
-    std::cout << static_cast<double>(index) / static_cast<double>(size) * 100 << "% done"
-              << std::endl;
+void printPercent(std::ostream& messages, size_t index, size_t size) {
+    messages << static_cast<double>(index) / static_cast<double>(size) * 100 << "% done"
+             << std::endl;
 }
-
-#define ASSERT_UNINDEXED(condition, text)                                                          \
-    TAMARIN_FIXED_ASSERT(condition, text, "src/abstraction/EquityTables.cpp",                      \
-                         "void EquityTables::load()")
 
 void unindexHand(EquityTables& tables, int round, size_t index, unsigned char* hand) {
     static constexpr std::array<const char*, holdemRounds> texts{
         "hand_unindex(&preflop_indexer,0,index,hand)", "hand_unindex(&flop_indexer,1,index,hand)",
         "hand_unindex(&turn_indexer,1,index,hand)", "hand_unindex(&river_indexer,1,index,hand)"};
-    ASSERT_UNINDEXED(
+    TAMARIN_FIXED_ASSERT(
         hand_unindex(tables.indexer(round), tamarin::lastIndexRound(round), index, hand),
-        texts[static_cast<size_t>(round)]);
+        texts[static_cast<size_t>(round)], "src/abstraction/EquityTables.cpp",
+        "void EquityTables::load()");
 }
-
-#undef ASSERT_UNINDEXED
 
 } // namespace
 
 void EquityTables::printSizes() {
     for (int round = 0; round < holdemRounds; ++round)
-        std::cout << tamarin::roundNames[static_cast<size_t>(round)]
-                  << " size: " << getRoundSize(round) << std::endl;
+        messages << tamarin::roundNames[static_cast<size_t>(round)]
+                 << " size: " << getRoundSize(round) << std::endl;
 }
 
 void EquityTables::load() {
@@ -56,7 +50,8 @@ void EquityTables::load() {
     for (int players = 2; players <= 3; ++players)
         for (int round = 0; round < holdemRounds; ++round) {
             const size_t bytes = getRoundSize(round) * sizeof(double);
-            usable[players - 2][round] = tamarin::usableFile(equityPath(players, round), bytes);
+            usable[players - 2][round] =
+                tamarin::usableFile(pathOf(equityPath(players, round)), bytes);
             allThere = allThere && usable[players - 2][round];
         }
     free();
@@ -68,24 +63,23 @@ void EquityTables::load() {
         return;
     }
     for (int round = 0; round < holdemRounds; ++round)
-        for (int players = 2; players <= 3; ++players) {
-            const auto loaded = store.doubles(equityPath(players, round), getRoundSize(round));
-            equity(players, round) = {loaded.table, loaded.whole};
-        }
-    std::cout << "Equity tables loaded from file!" << std::endl;
+        for (int players = 2; players <= 3; ++players)
+            take(equity(players, round), pathOf(equityPath(players, round)), round);
+    messages << "Equity tables loaded from file!" << std::endl;
     // Said here, as it has always been, but found when somebody asks for them: a scan reads every
     // page of two gigabytes, and a player that only plays asks for none.
-    std::cout << "Calculating max and min equities" << std::endl;
+    messages << "Calculating max and min equities" << std::endl;
 }
 
 void EquityTables::generateEquities(const bool (&usable)[2][holdemRounds]) {
     for (int players = 2; players <= 3; ++players)
         for (int round = 0; round < holdemRounds; ++round)
             equity(players, round) = {new double[getRoundSize(round)], false};
-    std::cout << "Generating equity lookup tables..." << std::endl;
-    std::cout << "Loading twoplustwo table... " << std::flush;
-    const tamarin::SevenCardTable sevenCards = tamarin::SevenCardTable::openOrGenerate();
-    std::cout << "done!" << std::endl;
+    messages << "Generating equity lookup tables..." << std::endl;
+    messages << "Loading twoplustwo table... " << std::flush;
+    const tamarin::SevenCardTable sevenCards =
+        tamarin::SevenCardTable::openOrGenerate(pathOf(tamarin::sevenCardTablePath));
+    messages << "done!" << std::endl;
     int* const table = const_cast<int*>(sevenCards.data()); // rankHand reads only
 
     for (int round = 0; round < holdemRounds; ++round) {
@@ -95,8 +89,7 @@ void EquityTables::generateEquities(const bool (&usable)[2][holdemRounds]) {
             // The turn's and the river's are deliberately left without contents here.
             for (int players = 2; players <= 3; ++players) {
                 store.release(equity(players, round).table);
-                const auto loaded = store.doubles(equityPath(players, round), getRoundSize(round));
-                equity(players, round) = {loaded.table, loaded.whole};
+                take(equity(players, round), pathOf(equityPath(players, round)), round);
             }
         }
     }
@@ -105,22 +98,22 @@ void EquityTables::generateEquities(const bool (&usable)[2][holdemRounds]) {
 void EquityTables::sampleRound(int round, int* sevenCardTable) {
     const auto r = static_cast<size_t>(round);
     const size_t size = getRoundSize(round);
-    std::cout << "Indexing " << tamarin::roundNames[r] << " hands..." << std::endl;
+    messages << "Indexing " << tamarin::roundNames[r] << " hands..." << std::endl;
     for (size_t index = 0; index < size; ++index) {
         if (index % (round == 0 ? 10 : 1000) == 0)
-            printPercent(index, size);
+            printPercent(messages, index, size);
         unsigned char hand[7];
         unindexHand(*this, round, index, hand);
         equity(2, round).table[index] = evaluators[r](hand, 2, sevenCardTable);
         equity(3, round).table[index] = evaluators[r](hand, 3, sevenCardTable);
     }
     for (int times = round == 0 ? 1 : 2; times > 0; --times)
-        std::cout << "100% done!" << std::endl;
-    std::cout << "Saving tables to files..." << std::endl;
+        messages << "100% done!" << std::endl;
+    messages << "Saving tables to files..." << std::endl;
     for (int players = 2; players <= 3; ++players) {
         EquityTable& sampled = equity(players, round);
         sampled.hasContents = true;
-        saveDoubleTable(equityPath(players, round).c_str(), sampled.table, size);
+        saveDoubleTable(pathOf(equityPath(players, round)).c_str(), sampled.table, size);
     }
-    std::cout << "done!" << std::endl;
+    messages << "done!" << std::endl;
 }

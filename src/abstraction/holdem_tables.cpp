@@ -1,35 +1,27 @@
 // The hold'em tables: ten buckets a seat, out of a hand's utility and its equity.
 
 #include "abstraction/EquityTables.h"
-#include "abstraction/table_names.h"
 #include "support/util.h"
 
-#include <iostream>
-
-namespace {
-
-using tamarin::holdemPath;
-
-} // namespace
+#include <ostream>
 
 void EquityTables::loadHoldemTables() {
     for (int players = 2; players <= 3; ++players)
         for (int round = 0; round < tamarin::holdemRounds; ++round)
             for (int seat = 0; seat < players; ++seat) {
-                const std::string path = holdemPath(players, round, seat);
+                const std::string path = pathOf(tamarin::holdemPath(players, round, seat));
                 const size_t size = getRoundSize(round);
                 Table<unsigned char>& table = holdemTables[players][round][seat];
                 if (tamarin::usableFile(path, size)) {
-                    std::cout << "Loading table " << path << "!" << std::endl;
+                    messages << "Loading table " << path << "!" << std::endl;
                     // Its size is all that is looked at: a player starts at once, and plays a
                     // bucket that cannot be as it plays a state that its strategy does not hold.
-                    const auto loaded = store.bytes(path, size);
-                    table = {loaded.table, loaded.whole};
+                    take(table, path, round);
                     continue;
                 }
-                std::cout << "File " << path << " is missing!" << std::endl;
-                std::cout << "Computing hsut for " << players << " players and round " << round
-                          << std::endl;
+                messages << "File " << path << " is missing!" << std::endl;
+                messages << "Computing hsut for " << players << " players and round " << round
+                         << std::endl;
                 table = {makeHoldemTable(players, round, seat), true};
                 saveByteTable(path.c_str(), table.table, size);
             }

@@ -22,7 +22,7 @@ void addRow(const Count* row, const std::array<uint32_t, deckCards>& positions, 
     for (size_t high = 1; high < cardsLeft; ++high) {
         if (high == without)
             continue;
-        Wins* const sumsOfHigh = sums + holeNumber(0, high);
+        Wins* const sumsOfHigh = sums + holdingNumber(0, high);
         const uint32_t placeOfHigh = positions[high];
         const auto addRange = [&](size_t begin, size_t end) {
             for (size_t low = begin; low < end; ++low) {
@@ -42,7 +42,7 @@ void sumOverNext(const BoardSet& next, const uint8_t* board,
     const int cards = next.cards() - 1;
     uint8_t left[deckCards];
     const size_t cardsLeft = cardsWithout(board, cards, left);
-    std::fill_n(sums, numHoles(cardsLeft), Wins{});
+    std::fill_n(sums, numHoldings(cardsLeft), Wins{});
     uint8_t grown[5];
     std::copy_n(board, cards, grown);
     for (size_t dealt = 0; dealt < cardsLeft; ++dealt) {

@@ -24,8 +24,8 @@ inline constexpr uint32_t turnRivers = 46;
 inline constexpr uint32_t flopRivers = 47 * 46; // turn and river in order
 static_assert(uint64_t{flopRivers} * riverDeals3 < uint64_t{1} << 32U);
 
-// sums receives one entry a holding of board (of one card less than next's boards).
-// row(number) is the counts of next's board of that number, numbered as in boards.h.
+// sums receives one entry for each holding of the board, which has one card less than next's
+// boards. row(number) is the counts of next's board of that number, numbered as in boards.h.
 void sumNextCards(const BoardSet& next, const uint8_t* board,
                   const std::function<const RiverWins*(size_t)>& row, Wins* sums);
 void sumNextCards(const BoardSet& next, const uint8_t* board,

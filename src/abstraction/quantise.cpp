@@ -40,7 +40,7 @@ void clustersOf(std::span<const double> equities, TableRange range, uint8_t* clu
     // Nothing in here throws.
 #pragma omp parallel for num_threads(threadCount(threads, size))
     for (size_t i = 0; i < size; ++i)
-        clusters[i] = classOf(entries[i], range, clusterClasses);
+        clusters[i] = levelOf(entries[i], range, clusterLevels);
 }
 
 void holdemBucketsOf(std::span<const double> utilities, TableRange utilityRange,
@@ -53,9 +53,9 @@ void holdemBucketsOf(std::span<const double> utilities, TableRange utilityRange,
     // Nothing in here throws.
 #pragma omp parallel for num_threads(threadCount(threads, size))
     for (size_t i = 0; i < size; ++i) {
-        const int upper = classOf(utility[i], utilityRange, holdemUtilityClasses);
-        buckets[i] = static_cast<uint8_t>((holdemEquityClasses + 1) * upper +
-                                          classOf(equity[i], equityRange, holdemEquityClasses));
+        const int upper = levelOf(utility[i], utilityRange, holdemUtilityLevels);
+        buckets[i] = static_cast<uint8_t>((holdemEquityLevels + 1) * upper +
+                                          levelOf(equity[i], equityRange, holdemEquityLevels));
     }
 }
 

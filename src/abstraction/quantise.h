@@ -1,8 +1,8 @@
-// Equities and utilities cut into classes by where they lie in their table's range.
+// Equities and utilities cut into levels by where they lie in their table's range.
 //
 // All of it runs over whole tables on all cores, and gives the same with any number of them.
-// Classes are rounded to the nearest, halves upwards. The class is 0 where the range is empty (all
-// entries are equal, or there are none) and for an entry that is NaN.
+// An entry gets the nearest level, halves upwards; 0 where the range is empty (all entries are
+// equal, or there are none) and for an entry that is NaN.
 #pragma once
 
 #include <cfloat>
@@ -19,14 +19,14 @@ struct TableRange {
 };
 TableRange rangeOf(std::span<const double> table, int threads = 0);
 
-// Classes 0..classes of an entry within its range; clusters have 100, so 0..100.
-inline constexpr int clusterClasses = 100;
-inline constexpr int holdemEquityClasses = 4;  // 0..4
-inline constexpr int holdemUtilityClasses = 1; // 0..1
-inline constexpr int holdemBuckets = (holdemEquityClasses + 1) * (holdemUtilityClasses + 1);
+// The highest level of each: a cluster is 0..100.
+inline constexpr int clusterLevels = 100;
+inline constexpr int holdemEquityLevels = 4;  // 0..4
+inline constexpr int holdemUtilityLevels = 1; // 0..1
+inline constexpr int holdemBuckets = (holdemEquityLevels + 1) * (holdemUtilityLevels + 1);
 
-inline uint8_t classOf(double entry, TableRange range, int classes) {
-    const double place = (entry - range.min) / (range.max - range.min) * classes;
+inline uint8_t levelOf(double entry, TableRange range, int highest) {
+    const double place = (entry - range.min) / (range.max - range.min) * highest;
     if (!(place > 0 && place < 255))
         return 0;
     // std::round's result, without its call: halves go up.
@@ -34,11 +34,11 @@ inline uint8_t classOf(double entry, TableRange range, int classes) {
     return static_cast<uint8_t>(whole + (place - whole >= 0.5));
 }
 
-// clusters receives classOf(..., clusterClasses) of every equity.
+// clusters receives levelOf(..., clusterLevels) of every equity.
 void clustersOf(std::span<const double> equities, TableRange range, uint8_t* clusters,
                 int threads = 0);
 
-// buckets receives 5 x the utility's class + the equity's, for every hand.
+// buckets receives 5 x the utility's level + the equity's, for every hand.
 void holdemBucketsOf(std::span<const double> utilities, TableRange utilityRange,
                      std::span<const double> equities, TableRange equityRange, uint8_t* buckets,
                      int threads = 0);

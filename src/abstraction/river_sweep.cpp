@@ -42,7 +42,7 @@ void rankHoldings(const SevenCardTable& table, const uint8_t* board, Keyed* keys
 void sortByValue(Keyed* keys, Keyed* scratch) {
     for (const unsigned shift : {12U, 20U}) {
         std::array<uint16_t, 256> start{};
-        for (size_t i = 0; i < riverHoles; ++i)
+        for (size_t i = 0; i < riverHoldings; ++i)
             ++start[keys[i] >> shift & 0xffU];
         uint16_t sum = 0;
         for (uint16_t& entry : start) {
@@ -50,7 +50,7 @@ void sortByValue(Keyed* keys, Keyed* scratch) {
             entry = sum;
             sum = static_cast<uint16_t>(sum + size);
         }
-        for (size_t i = 0; i < riverHoles; ++i)
+        for (size_t i = 0; i < riverHoldings; ++i)
             scratch[start[keys[i] >> shift & 0xffU]++] = keys[i];
         std::swap(keys, scratch);
     }
@@ -89,18 +89,18 @@ struct Beaten {
 } // namespace
 
 void sweepRiver(const SevenCardTable& table, const uint8_t* board, RiverWins* wins) {
-    std::array<Keyed, riverHoles> keys;
-    std::array<Keyed, riverHoles> scratch;
+    std::array<Keyed, riverHoldings> keys;
+    std::array<Keyed, riverHoldings> scratch;
     rankHoldings(table, board, keys.data());
     sortByValue(keys.data(), scratch.data());
 
     Beaten beaten;
-    for (size_t begin = 0; begin < riverHoles;) {
+    for (size_t begin = 0; begin < riverHoldings;) {
         size_t end = begin;
-        while (end < riverHoles && valueOf(keys[end]) == valueOf(keys[begin])) {
+        while (end < riverHoldings && valueOf(keys[end]) == valueOf(keys[begin])) {
             const size_t low = keys[end] & 63U;
             const size_t high = keys[end] >> 6U & 63U;
-            wins[holeNumber(low, high)] = beaten.winsOf(low, high);
+            wins[holdingNumber(low, high)] = beaten.winsOf(low, high);
             ++end;
         }
         for (; begin < end; ++begin)

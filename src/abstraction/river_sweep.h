@@ -37,9 +37,9 @@ constexpr uint32_t winsOverTwo(RiverWins wins) {
     return wins & ((1U << riverWinsShift) - 1);
 }
 
-inline constexpr size_t riverHoles = 47 * 46 / 2;
+inline constexpr size_t riverHoldings = 47 * 46 / 2;
 
-// wins receives riverHoles entries, numbered as in boards.h. board: five different cards.
+// wins receives riverHoldings entries, numbered as in boards.h. board: five different cards.
 void sweepRiver(const SevenCardTable& table, const uint8_t* board, RiverWins* wins);
 
 } // namespace tamarin

@@ -24,7 +24,7 @@ struct EntryLimits {
 };
 inline constexpr EntryLimits equityEntries{"equity", 0, 1, "0..1"};
 inline constexpr EntryLimits utilityEntries{"utility", -DBL_MAX, DBL_MAX, "a finite number"};
-inline constexpr EntryLimits clusterEntries{"cluster", 0, clusterClasses, "0..100"};
+inline constexpr EntryLimits clusterEntries{"cluster", 0, clusterLevels, "0..100"};
 inline constexpr EntryLimits bucketEntries{"bucket", 0, holdemBuckets - 1, "0..9"};
 
 // Empty for a good table, else the rest of a sentence that begins with its name: "holds bucket 255

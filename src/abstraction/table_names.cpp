@@ -41,4 +41,10 @@ std::string auxiliaryGameName(int players, int round) {
     return "kuhn." + roundOf(players, round, '.') + ".game";
 }
 
+std::string inDirectory(const std::string& directory, const std::string& name) {
+    if (directory.empty() || directory == ".")
+        return name;
+    return directory.back() == '/' ? directory + name : directory + '/' + name;
+}
+
 } // namespace tamarin

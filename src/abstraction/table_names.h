@@ -1,4 +1,5 @@
-// The names of the table files below lookup/, and of the auxiliary games.
+// The names of the table files below lookup/, and of the auxiliary games. They are relative to a
+// playing directory.
 //
 // players: 2 or 3; round: 0..3; seat: below players.
 #pragma once
@@ -14,6 +15,10 @@ std::string clusterPath(int players, int round);           // lookup/flop_2p_c: 
 std::string holdemPath(int players, int round, int seat);  // lookup/holdem_flop_2p_0: bytes 0..9
 std::string utilityPath(int players, int round, int seat); // lookup/utility_flop_2p_0: doubles
 std::string auxiliaryGameName(int players, int round);     // kuhn.flop.2p.game
+
+// The path of such a name below a directory, which may end in a slash; the name itself for the
+// working directory, "." or empty.
+std::string inDirectory(const std::string& directory, const std::string& name);
 
 // The seat of the two-player utility table that a seat's hold'em table is made from, whatever the
 // number of players.

@@ -40,12 +40,8 @@ TableStore::Loaded<T> TableStore::load(const std::string& path, size_t count) {
     return {*mapped, true};
 }
 
-TableStore::Loaded<double> TableStore::doubles(const std::string& path, size_t count) {
-    return load<double>(path, count);
-}
-TableStore::Loaded<uint8_t> TableStore::bytes(const std::string& path, size_t count) {
-    return load<uint8_t>(path, count);
-}
+template TableStore::Loaded<double> TableStore::load(const std::string& path, size_t count);
+template TableStore::Loaded<uint8_t> TableStore::load(const std::string& path, size_t count);
 
 void TableStore::forgetPages(const void* table) const {
     if (const auto at = mapped_.find(table); at != mapped_.end())

@@ -24,11 +24,11 @@ public:
         bool whole; // false for the all-zero table that stands for an unreadable file
     };
     // The file's count elements. The table must not be written to: it is the file. A file that
-    // cannot be read gives a table of zeros and one line on standard error.
-    Loaded<double> doubles(const std::string& path, size_t count);
-    Loaded<uint8_t> bytes(const std::string& path, size_t count);
+    // cannot be read gives a table of zeros and one line on standard error. T is double or uint8_t.
+    template <class T>
+    Loaded<T> load(const std::string& path, size_t count);
 
-    // The same, but an error instead of zeros. T is double or uint8_t.
+    // The same, but an error instead of zeros.
     template <class T>
     Result<T*> map(const std::string& path, size_t count);
 
@@ -42,8 +42,6 @@ public:
 
 private:
     template <class T>
-    Loaded<T> load(const std::string& path, size_t count);
-    template <class T>
     void releaseTable(T* table);
 
     std::map<const void*, MappedFile> mapped_;
@@ -51,8 +49,8 @@ private:
 
 // Whether there is a file at path, and of the right size. One of the wrong size is never used: it
 // is moved to PATH.bad after "ERROR: PATH has N bytes, not M: rebuilding it" on standard error.
-// Where it cannot be moved, a line says so and it stays. The answer is false all the same, so the
-// caller must go by it and not look for the file again.
+// Where it cannot be moved, a line says so and it stays. The answer is false all the same: the
+// caller must remember it, and not ask the file system again.
 bool usableFile(const std::string& path, size_t bytes);
 
 // The same, and its entries are checked: a damaged file is moved away in the same manner. A file

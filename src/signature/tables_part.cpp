@@ -1,6 +1,6 @@
 // Slices of what the table builder makes: equities, clusters, utilities, buckets.
 #include "abstraction/boards.h"
-#include "abstraction/hole_index.h"
+#include "abstraction/holding_index.h"
 #include "abstraction/large_buffer.h"
 #include "abstraction/next_card.h"
 #include "abstraction/quantise.h"
@@ -41,15 +41,15 @@ void addCounts(Fnv1a& hash, const DealCounts& counts) {
 // River boards swept one by one, and the indices of their holdings.
 void addBoards(Fnv1a& hash, const SevenCardTable& table, const BoardSet& boards, int round) {
     const RoundIndexer indexer(round);
-    const HoleIndexer holes(round, *indexer.get());
-    std::vector<uint32_t> indices(boards.holes());
-    std::vector<RiverWins> wins(riverHoles);
+    const HoldingIndexer holdings(round, *indexer.get());
+    std::vector<uint32_t> indices(boards.holdings());
+    std::vector<RiverWins> wins(riverHoldings);
     hash.add(uint64_t{boards.size()});
     for (size_t number = 0; number < boards.size(); number += boards.size() / boardsOfRound) {
         for (int i = 0; i < boards.cards(); ++i)
             hash.add(boards.board(number)[i]);
         hash.add(boards.multiplicity(number));
-        holes.indices(boards.board(number), indices.data());
+        holdings.indices(boards.board(number), indices.data());
         for (const uint32_t index : indices)
             hash.add(index);
         if (round != 3)
@@ -71,7 +71,7 @@ FlopEquities flopEquities(const SevenCardTable& table, const BoardSet& rivers,
     const std::function riverRow = [&](size_t number) -> const RiverWins* {
         std::vector<RiverWins>& wins = swept[number];
         if (wins.empty()) {
-            wins.resize(riverHoles);
+            wins.resize(riverHoldings);
             sweepRiver(table, rivers.board(number), wins.data());
         }
         return wins.data();
@@ -80,12 +80,12 @@ FlopEquities flopEquities(const SevenCardTable& table, const BoardSet& rivers,
     const std::function turnRow = [&](size_t number) -> const Wins* {
         std::vector<Wins>& wins = summed[number];
         if (wins.empty()) {
-            wins.resize(turns.holes());
+            wins.resize(turns.holdings());
             sumNextCards(rivers, turns.board(number), riverRow, wins.data());
         }
         return wins.data();
     };
-    std::vector<Wins> wins(numHoles(deckCards - 3));
+    std::vector<Wins> wins(numHoldings(deckCards - 3));
     sumNextCards(turns, flop, turnRow, wins.data());
     FlopEquities equities;
     for (const Wins& count : wins) {

@@ -1,7 +1,9 @@
 // Nothing on std::cout for as long as the object lives.
 //
-// Training and loaders of the fixed interface say on standard output what they do. A command that
-// calls them needs standard output for its own results. One thread.
+// The solver (CFR) says on standard output how its training gets on, and its fixed interface has no
+// place for another stream. Whoever trains with it and needs standard output for results of his own
+// wraps it in one of these. The card tables are told where to write instead (EquityTables). One
+// thread: std::cout is the whole process's.
 #pragma once
 
 #include <iostream>

@@ -1,4 +1,4 @@
-// Clusters and hold'em buckets: classes of what the equity and utility files hold.
+// Clusters and hold'em buckets: levels of what the equity and utility files hold.
 
 #include "abstraction/large_buffer.h"
 #include "abstraction/quantise.h"
@@ -6,7 +6,7 @@
 #include "support/file.h"
 #include "support/util.h"
 #include "table_builder/build_steps.h"
-#include "table_builder/parts.h"
+#include "table_builder/table_parts.h"
 
 #include <map>
 

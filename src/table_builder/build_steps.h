@@ -18,8 +18,8 @@ Status buildClusters(const BuildOptions& options, const Work& work, const Files&
 Status buildUtilities(const BuildOptions& options, const Work& work, const Files& files);
 Status buildHoldem(const BuildOptions& options, const Work& work, const Files& files);
 
-// What a look into a table of the right size finds, as abstraction/table_contents.h says it; empty
-// when nothing is wrong, or when the file cannot be read.
+// What is wrong with the entries of a table of the right size, in the words of table_contents.h;
+// empty when nothing is wrong, or when the file cannot be read.
 std::string damageOf(const TableFile& file, const std::string& path, int threads);
 
 // The least memory that buildEquities can do with.

@@ -11,7 +11,7 @@
 #include "support/parallel_errors.h"
 #include "table_builder/build_steps.h"
 #include "table_builder/built_in_games.h"
-#include "table_builder/parts.h"
+#include "table_builder/table_parts.h"
 
 #include <algorithm>
 #include <array>

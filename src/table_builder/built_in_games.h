@@ -11,8 +11,8 @@ namespace tamarin {
 // The text of games/kuhn.ROUND.PLAYERSp.game.
 std::string auxiliaryGameText(int players, int round);
 
-// The definition that lies in the directory, else the built-in one. Refuses a game that is no
-// auxiliary game of that round.
+// The definition that lies in the directory, else the built-in one. Refuses a game of another kind
+// or round.
 Result<GamePtr> auxiliaryGameIn(const std::string& directory, int players, int round);
 
 } // namespace tamarin

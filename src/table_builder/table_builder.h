@@ -1,15 +1,15 @@
 // The table builder: whatever is missing below lookup/, made exactly and in dependency order.
 //
-// Seven-card table, equities, clusters, utilities, hold'em tables; minutes where the plain road of
+// Seven-card table, equities, clusters, utilities, hold'em tables; minutes where the plain form in
 // EquityTables takes most of a day. Each file appears whole or not at all, so work that was
-// stopped, in whatever way, goes on with the file it was at and ends in the same bytes: they depend
-// on the seed (of the utilities, which are sampled) and on nothing else, not even on the number of
+// stopped, even by a crash, goes on with the file it was at and ends in the same bytes. The bytes
+// of the utilities depend on the seed, since they are sampled; no bytes depend on the number of
 // threads. Builders in one directory wait for each other. A file of the wrong size is moved to
-// NAME.bad and made again. So is a damaged one (abstraction/table_contents.h), where it is looked
-// into: whatever something is about to be made from always is, other files when asked for.
+// NAME.bad and made again. So is a damaged one (abstraction/table_contents.h). The builder reads
+// through every file that it is about to use, and through others when asked to.
 //
-// The auxiliary games are read from the directory where they lie there, else they are the built-in
-// ones. A file that may not be read, or something else in a file's place, stops the work before it
+// The auxiliary games are read from the directory; where it has none, the built-in ones serve. A
+// file that may not be read, or something else in a file's place, stops the work before it
 // begins. Utilities take as many iterations and samples as those of EquityTables::loadUtility; each
 // round's training, and each block of 4,096 hands in sampling, draws from an engine of its own.
 #pragma once

@@ -69,7 +69,7 @@ private:
         const auto all = bytes(path, size);
         return {reinterpret_cast<const double*>(all.data()), all.size() / sizeof(double)};
     }
-    std::span<const uint8_t> classes(const TableFile& file) {
+    std::span<const uint8_t> quantised(const TableFile& file) {
         const auto all = bytes(file.path, file.bytes);
         return {reinterpret_cast<const uint8_t*>(all.data()), all.size()};
     }
@@ -130,15 +130,15 @@ private:
     }
 
     double riverEquity(const uint8_t* hand, int players) {
-        std::array<RiverWins, riverHoles> wins;
+        std::array<RiverWins, riverHoldings> wins;
         sweepRiver(sevenCardTable(), hand + 2, wins.data());
         uint8_t left[deckCards];
         const size_t count = cardsWithout(hand + 2, 5, left);
         const auto position = [&](uint8_t card) {
             return static_cast<size_t>(std::lower_bound(left, left + count, card) - left);
         };
-        const RiverWins own = wins[holeNumber(position(std::min(hand[0], hand[1])),
-                                              position(std::max(hand[0], hand[1])))];
+        const RiverWins own = wins[holdingNumber(position(std::min(hand[0], hand[1])),
+                                                 position(std::max(hand[0], hand[1])))];
         return players == 2 ? double(winsOverOne(own)) / riverDeals2
                             : double(winsOverTwo(own)) / riverDeals3;
     }
@@ -192,7 +192,7 @@ private:
     }
 
     std::string clusters(const TableFile& file) {
-        const auto entries = classes(file);
+        const auto entries = quantised(file);
         if (entries.empty())
             return "cannot be read";
         if (std::string damage = problemOfEntries(entries, clusterEntries, options_.threads);
@@ -203,11 +203,11 @@ private:
             return "";
         const TableRange reach = range(equityPath(file.players, file.round), equity);
         return firstWrong(
-            entries, [&](size_t index) { return classOf(equity[index], reach, clusterClasses); });
+            entries, [&](size_t index) { return levelOf(equity[index], reach, clusterLevels); });
     }
 
     std::string holdem(const TableFile& file) {
-        const auto entries = classes(file);
+        const auto entries = quantised(file);
         if (entries.empty())
             return "cannot be read";
         if (std::string damage = problemOfEntries(entries, bucketEntries, options_.threads);
@@ -221,8 +221,8 @@ private:
         const TableRange equityRange = range(equityPath(file.players, file.round), equity);
         const TableRange utilityRange = range(utilityFile, utility);
         return firstWrong(entries, [&](size_t index) {
-            return 5 * classOf(utility[index], utilityRange, holdemUtilityClasses) +
-                   classOf(equity[index], equityRange, holdemEquityClasses);
+            return 5 * levelOf(utility[index], utilityRange, holdemUtilityLevels) +
+                   levelOf(equity[index], equityRange, holdemEquityLevels);
         });
     }
 

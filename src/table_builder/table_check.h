@@ -1,10 +1,10 @@
 // Whether the tables below lookup/ are what the builder makes.
 //
-// Sizes; ranges of every entry; and the contents made afresh: the seven-card table and its ranks
-// whole; for random hands drawn by seed, river
-// equities from a sweep of the board and earlier equities as means over the next card; clusters and
-// buckets, all of them, from the tables they are made from. Utilities are sampled, so only their
-// range is looked at here; their hashes are the manifest's business.
+// Checks the size of each file and the range of every entry, and computes contents again: the
+// seven-card table and its ranks whole; the equities of random hands drawn by seed, on the river
+// from a sweep of the board, before it as means over the next card; all clusters and all buckets
+// from the tables they are made from. Utilities are sampled, so only their range is checked here;
+// their hashes are in the manifest.
 #pragma once
 
 #include "support/result.h"
@@ -32,7 +32,7 @@ struct CheckedTable {
     std::string problem; // empty: good, as far as it could be checked
 };
 
-// Every table of the groups, in order; what is missing is no problem.
+// Every table of the groups, in order. A missing one has no problem text.
 std::vector<CheckedTable> checkTables(const CheckOptions& options);
 
 } // namespace tamarin

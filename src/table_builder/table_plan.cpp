@@ -31,8 +31,8 @@ struct GroupFacts {
 constexpr std::array<GroupFacts, tableGroups> facts{{
     {"tpt", "the seven-card table and its ranks", sevenCardBytes + working, 4, 1},
     {"equity", "equities against one and two opponents",
-     boardClasses[2] * riverHoles * 4 + boardClasses[1] * numHoles(48) * 8 +
-         boardClasses[0] * numHoles(49) * 8 + roundSizes[3] * 4 + working,
+     boardClasses[2] * riverHoldings * 4 + boardClasses[1] * numHoldings(48) * 8 +
+         boardClasses[0] * numHoldings(49) * 8 + roundSizes[3] * 4 + working,
      6, 3},
     {"clusters", "clusters of equity", roundSizes[3] + working, 10, 1},
     {"utility", "utilities in the auxiliary games", roundSizes[3] + 2 * working, 20, 20},
@@ -217,10 +217,6 @@ double secondsOf(const TablePlan& plan, TableGroup group) {
     return disk == 0 ? 0
                      : factsOf(group).seconds +
                            factsOf(group).secondsPerGigabyte * static_cast<double>(disk) * 1e-9;
-}
-
-std::string inDirectory(const std::string& directory, const std::string& path) {
-    return directory.empty() || directory == "." ? path : directory + "/" + path;
 }
 
 } // namespace tamarin

@@ -1,6 +1,8 @@
 // Every table file below lookup/, what each is made from, and what is missing.
 #pragma once
 
+#include "abstraction/table_names.h"
+
 #include <cstdint>
 #include <map>
 #include <string>
@@ -21,7 +23,7 @@ struct TableFile {
     TableGroup group;
     std::string path; // "lookup/flop_2p"
     uint64_t bytes;
-    int players = 0; // of the last three, where the group has them
+    int players = 0; // these three where the group has them
     int round = 0;
     int seat = 0;
 };
@@ -30,9 +32,9 @@ struct TableFile {
 const std::vector<TableFile>& allTables();
 
 // A file as it lies in a playing directory.
-// damaged: of the right size, but somebody who looked into it found what no table holds.
-// unusable: no file, or one that may not be read. Nothing is made in its place: that is a person's
-// to clear.
+// damaged: of the right size, but with contents that no table has; only a caller can know that.
+// unusable: a directory, a device or a file that may not be read. The builder makes no table in its
+// place; a person has to clear it.
 enum class TableState : uint8_t { good, missing, wrongSize, unusable, damaged };
 struct PlannedTable {
     const TableFile* file;
@@ -53,18 +55,18 @@ struct TablePlan {
 };
 
 // What would be made. groups: those wanted, all when empty; a file that a missing one is made from
-// is made, too. force: make the wanted ones again. Looks at sizes only and changes nothing; what is
-// known to be damaged counts as a file of the wrong size does.
+// is made, too. force: make the wanted ones again. Looks at sizes only and changes nothing.
+// damaged: files known to be; they are treated as files of the wrong size.
 TablePlan planTables(const std::string& directory, const std::vector<TableGroup>& groups,
                      bool force, const DamagedTables& damaged = {});
 
-// Whether made is made from source.
+// Whether the one table is made from the other.
 bool isMadeFrom(const TableFile& made, const TableFile& source);
 
-// Whether play of a game for so many players (2 or 3) reads the file: the buckets that its strategy
-// is keyed by, and the equities for where the strategy has no answer.
+// Whether play of a game for so many players (2 or 3) reads the file: the buckets in the keys of
+// its strategy, and the equities for states that the strategy does not hold.
 bool playReads(const TableFile& file, int players);
-// What would be made so that such a game can be played; whatever else is missing stays so.
+// What would be made so that such a game can be played, and nothing else.
 TablePlan planTablesForPlay(const std::string& directory, int players,
                             const DamagedTables& damaged = {});
 
@@ -72,8 +74,5 @@ TablePlan planTablesForPlay(const std::string& directory, int players,
 uint64_t diskOf(const TablePlan& plan, TableGroup group);
 uint64_t memoryOf(TableGroup group);
 double secondsOf(const TablePlan& plan, TableGroup group);
-
-// directory + "/" + path; path alone for the working directory.
-std::string inDirectory(const std::string& directory, const std::string& path);
 
 } // namespace tamarin

@@ -80,12 +80,12 @@ void spread(std::span<const T> entries, TableSummary& summary, int threads) {
     summary.mean = range.sum / static_cast<double>(range.numbers);
 
     const EntryKind kind = kindOf(*summary.file);
-    const bool classes = kind == EntryKind::cluster || kind == EntryKind::bucket;
-    const double from = classes ? 0 : range.least.value;
-    const double last = kind == EntryKind::cluster ? clusterClasses : holdemBuckets - 1;
-    const double to = classes ? std::max(last, range.greatest.value) : range.greatest.value;
-    const size_t bins = classes ? static_cast<size_t>(to) + 1 : from < to ? summaryBins : 1;
-    const double width = (to - from) / static_cast<double>(classes ? bins - 1 : bins);
+    const bool quantised = kind == EntryKind::cluster || kind == EntryKind::bucket;
+    const double from = quantised ? 0 : range.least.value;
+    const double last = kind == EntryKind::cluster ? clusterLevels : holdemBuckets - 1;
+    const double to = quantised ? std::max(last, range.greatest.value) : range.greatest.value;
+    const size_t bins = quantised ? static_cast<size_t>(to) + 1 : from < to ? summaryBins : 1;
+    const double width = (to - from) / static_cast<double>(quantised ? bins - 1 : bins);
     std::vector<uint64_t> counts(bins);
     for (const std::vector<uint64_t>&of :
          overParts(entries.size(), std::vector<uint64_t>(bins), threads,
@@ -103,7 +103,7 @@ void spread(std::span<const T> entries, TableSummary& summary, int threads) {
     for (size_t b = 0; b < bins; ++b) {
         const double begin = from + static_cast<double>(b) * width;
         summary.histogram.push_back(
-            {begin, classes || bins == 1 ? begin : begin + width, counts[b]});
+            {begin, quantised || bins == 1 ? begin : begin + width, counts[b]});
     }
     if (summary.file->round == 0 && kind != EntryKind::value)
         for (const T entry : entries)

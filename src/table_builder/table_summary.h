@@ -38,9 +38,9 @@ struct TableSummary {
 
 inline constexpr int summaryBins = 20;
 
-// Reads the table at path. Numbers are spread over summaryBins equal parts of their range; classes
-// have a bin each, up to the last that there may be (or is). The same with any number of threads.
-// An error when the file cannot be read or is of another size.
+// Reads the table at path. Numbers are spread over summaryBins equal parts of their range; clusters
+// and buckets have a bin each, up to the last that there may be (or is). The same with any number
+// of threads. An error when the file cannot be read or is of another size.
 Result<TableSummary> summarise(const TableFile& file, const std::string& path, int threads = 0);
 
 // The table of that name ("lookup/flop_2p", "flop_2p"), whatever directory stands before it; null

@@ -5,7 +5,6 @@
 #include "driver/player.h"
 #include "holdem/deals.h"
 #include "support/interrupt.h"
-#include "support/silent_output.h"
 #include "support/step_progress.h"
 #include "table_builder/table_builder.h"
 #include "toolbox/command.h"
@@ -16,27 +15,11 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <ostream>
 
 namespace tamarin {
 
 namespace {
-
-// The loaders take their files from the working directory.
-class InDirectory {
-public:
-    explicit InDirectory(const std::string& directory) : before_(std::filesystem::current_path()) {
-        std::filesystem::current_path(directory);
-    }
-    ~InDirectory() {
-        std::error_code gone; // then there is no way back, and this is no place to say so
-        std::filesystem::current_path(before_, gone);
-    }
-    InDirectory(const InDirectory&) = delete;
-    InDirectory& operator=(const InDirectory&) = delete;
-
-private:
-    std::filesystem::path before_;
-};
 
 // Whether a game for so many players takes buckets from the table.
 bool givesBuckets(const TableFile& file, int players) {
@@ -81,7 +64,7 @@ std::string strategySource(const HoldemGame& game, const HoldemBuckets& buckets)
                                   fingerprintOf(*game.rules, buckets)));
 }
 
-HoldemTables::HoldemTables() = default;
+HoldemTables::HoldemTables() : messages_(std::make_unique<std::ostream>(nullptr)) {}
 HoldemTables::HoldemTables(HoldemTables&&) noexcept = default;
 HoldemTables& HoldemTables::operator=(HoldemTables&&) noexcept = default;
 HoldemTables::~HoldemTables() = default;
@@ -97,10 +80,8 @@ Result<HoldemTables> HoldemTables::open(const std::string& directory, int player
                           : table.problem) +
                      "; 'tamarin tables --dir " + directory + "' makes it"};
     }
-    const SilentOutput silent;
-    const InDirectory there(directory);
     HoldemTables tables;
-    tables.tables_ = std::make_unique<EquityTables>();
+    tables.tables_ = std::make_unique<EquityTables>(directory, *tables.messages_);
     tables.buckets_ = std::make_unique<TableBuckets>(*tables.tables_, players);
     return tables;
 }

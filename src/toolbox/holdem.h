@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <iosfwd>
 #include <memory>
 #include <string>
 
@@ -52,6 +53,7 @@ public:
 
 private:
     HoldemTables();
+    std::unique_ptr<std::ostream> messages_; // to nobody
     std::unique_ptr<EquityTables> tables_;
     std::unique_ptr<TableBuckets> buckets_;
 };

@@ -10,7 +10,7 @@
 #include "toolbox/playing_directory.h"
 #include "toolbox/strategies.h"
 #include "toolbox/strategy_page.h"
-#include "toolbox/table_look.h"
+#include "toolbox/table_view.h"
 #include "training/line_reach.h"
 #include "tree/card_rank_keys.h"
 

@@ -67,19 +67,19 @@ Colour shade(const Ramp& ramp, double place) {
     return {mix(a.red, b.red), mix(a.green, b.green), mix(a.blue, b.blue)};
 }
 
-// A bucket is a class of equity, light to dark, in one colour for each class of utility.
+// A bucket is a level of equity, light to dark, in one colour for each level of utility.
 Colour colourOf(const TableSummary& summary, double value) {
     const double least = summary.least.value;
     const double width = summary.greatest.value - least;
     switch (kindOf(*summary.file)) {
     case EntryKind::bucket: {
-        const int classes = holdemEquityClasses + 1;
+        const int levels = holdemEquityLevels + 1;
         const int bucket = static_cast<int>(value);
-        return shade(bucket / classes == 0 ? blues : oranges,
-                     static_cast<double>(bucket % classes) / holdemEquityClasses);
+        return shade(bucket / levels == 0 ? blues : oranges,
+                     static_cast<double>(bucket % levels) / holdemEquityLevels);
     }
     case EntryKind::cluster:
-        return shade(blues, value / clusterClasses);
+        return shade(blues, value / clusterLevels);
     default:
         return shade(blues, width > 0 ? (value - least) / width : 0);
     }
@@ -152,15 +152,15 @@ std::string grid(const TableSummary& summary) {
 
 } // namespace
 
-std::string tablePage(const TableLook& look) {
-    const TableSummary& summary = look.summary;
+std::string tablePage(const TableView& view) {
+    const TableSummary& summary = view.summary;
     const std::string title = titleOf(*summary.file);
     std::string text = "<!doctype html>\n<html lang=en><head><meta charset=utf-8>\n"
                        "<meta name=viewport content=\"width=device-width,initial-scale=1\">\n";
     text += fmt::format("<title>{}</title>\n<style>{}</style></head>\n<body><main>\n",
                         escapedForPage(title), style);
     text += fmt::format("<h1>{}</h1>\n<p>{}: {} entries, {} bytes{}</p>\n", escapedForPage(title),
-                        escapedForPage(look.path), summary.entries, summary.file->bytes,
+                        escapedForPage(view.path), summary.entries, summary.file->bytes,
                         summary.notNumbers == 0
                             ? std::string()
                             : fmt::format(", {} of them no numbers", summary.notNumbers));
@@ -168,7 +168,7 @@ std::string tablePage(const TableLook& look) {
         text += range(summary);
     if (!summary.all.empty() && summary.notNumbers == 0) {
         text += "<h2>Starting hands, suited above the diagonal</h2>\n" + grid(summary);
-        for (const TableSummary& other : look.beside)
+        for (const TableSummary& other : view.beside)
             if (other.notNumbers == 0)
                 text += fmt::format("<h2>{}</h2>\n", escapedForPage(titleOf(*other.file))) +
                         grid(other);

@@ -3,12 +3,12 @@
 // there.
 #pragma once
 
-#include "toolbox/table_look.h"
+#include "toolbox/table_view.h"
 
 #include <string>
 
 namespace tamarin {
 
-std::string tablePage(const TableLook& look);
+std::string tablePage(const TableView& view);
 
 } // namespace tamarin

@@ -9,7 +9,7 @@
 #include "support/resources.h"
 #include "support/rng.h"
 #include "support/step_progress.h"
-#include "table_builder/sampled_road.h"
+#include "table_builder/sampling_estimate.h"
 #include "table_builder/table_builder.h"
 #include "table_builder/table_check.h"
 #include "toolbox/commands.h"
@@ -17,7 +17,7 @@
 #include "toolbox/table_report.h"
 
 #include <csignal>
-#include <filesystem>
+#include <iostream>
 #include <memory>
 
 namespace tamarin {
@@ -126,13 +126,13 @@ int showPlan(const Options& options, const TablePlan& plan) {
     return exitDone;
 }
 
-// What the sampled road would take here, and nothing done.
-int showSampledRoad(const Options& options) {
+// What sampling would take here; samples a slice and writes nothing.
+int showSamplingEstimate(const Options& options) {
     global_urng().seed(static_cast<uint32_t>(options.seed % 2147483647));
-    const SampledRoad road = measureSampledRoad(options.directory);
+    const SamplingEstimate estimate = estimateSampling(options.directory);
     auto rounds = nlohmann::ordered_json::array();
-    for (size_t r = 0; r < road.rounds.size(); ++r) {
-        const SampledRoad::Round& round = road.rounds[r];
+    for (size_t r = 0; r < estimate.rounds.size(); ++r) {
+        const SamplingEstimate::Round& round = estimate.rounds[r];
         rounds.push_back({{"round", roundNames[r]},
                           {"hands", roundSizes[r]},
                           {"measuredHands", round.hands},
@@ -144,27 +144,22 @@ int showSampledRoad(const Options& options) {
                        describeDuration(round.roundSeconds), round.hands);
     }
     if (options.json)
-        printJson({{"rounds", rounds}, {"seconds", road.seconds()}});
+        printJson({{"rounds", rounds}, {"seconds", estimate.seconds()}});
     else
         fmt::print("sampling all equities would take about {} of one core, {:.1f} days\n",
-                   describeDuration(road.seconds()), road.seconds() / 86400);
+                   describeDuration(estimate.seconds()), estimate.seconds() / 86400);
     return exitDone;
 }
 
-// The road that EquityTables walks by itself: equities by sampling. It draws from the process-wide
-// engine and works in the working directory.
+// The plain form: equities that EquityTables samples. It draws from the process-wide engine.
 int sample(const Options& options) {
-    const auto home = std::filesystem::current_path();
-    std::filesystem::current_path(options.directory);
-    if (Status made = makeDirectories("lookup"); !made)
+    if (Status made = makeDirectories(inDirectory(options.directory, "lookup")); !made)
         return fail(made.error());
     global_urng().seed(static_cast<uint32_t>(options.seed % 2147483647));
     // It asks nobody whether to stop, and loses only the round it is at.
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         std::signal(signal, SIG_DFL);
-    EquityTables tables;
-    tables.load();
-    std::filesystem::current_path(home);
+    EquityTables(options.directory, std::cout).load();
     return exitDone;
 }
 
@@ -177,7 +172,7 @@ int makeTables(const Options& options) {
     build.seed = options.seed;
     build.memory = memoryLimit(options);
     if (options.dryRun && options.sampled)
-        return showSampledRoad(options);
+        return showSamplingEstimate(options);
     if (options.dryRun)
         return showPlan(options, planTables(build.directory, build.groups, build.force));
     if (options.verify) {

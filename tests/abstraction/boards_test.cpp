@@ -62,12 +62,12 @@ TEST(Boards, CardsWithoutAreAscendingAndComplete) {
     EXPECT_EQ(std::find(left, left + 49, 7), left + 49);
 }
 
-TEST(Boards, HoleNumbersAreDense) {
+TEST(Boards, HoldingNumbersAreDense) {
     size_t next = 0;
     for (size_t high = 1; high < 47; ++high)
         for (size_t low = 0; low < high; ++low)
-            EXPECT_EQ(holeNumber(low, high), next++);
-    EXPECT_EQ(next, numHoles(47));
+            EXPECT_EQ(holdingNumber(low, high), next++);
+    EXPECT_EQ(next, numHoldings(47));
 }
 
 } // namespace

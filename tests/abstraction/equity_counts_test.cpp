@@ -35,11 +35,13 @@ TEST(EquityCounts, AreTheSameWithOneThreadAndWithThree) {
     const EquityCounts one = countsWith(1);
     const EquityCounts three = countsWith(3);
     for (size_t b = 0; b < boardClasses[2]; ++b)
-        ASSERT_TRUE(std::equal(one.river(b), one.river(b) + riverHoles, three.river(b)));
+        ASSERT_TRUE(std::equal(one.river(b), one.river(b) + riverHoldings, three.river(b)));
     for (size_t b = 0; b < boardClasses[1]; ++b)
-        ASSERT_TRUE(std::equal(one.turn(b), one.turn(b) + EquityCounts::turnHoles, three.turn(b)));
+        ASSERT_TRUE(
+            std::equal(one.turn(b), one.turn(b) + EquityCounts::turnHoldings, three.turn(b)));
     for (size_t b = 0; b < boardClasses[0]; ++b)
-        ASSERT_TRUE(std::equal(one.flop(b), one.flop(b) + EquityCounts::flopHoles, three.flop(b)));
+        ASSERT_TRUE(
+            std::equal(one.flop(b), one.flop(b) + EquityCounts::flopHoldings, three.flop(b)));
 }
 
 // All 2,118,760 boards and 990 opponents of two pairs of hole cards, without any use of suits being
@@ -99,8 +101,9 @@ TEST(EquityCounts, RandomFlopIsThePlainCount) {
     const auto renamed = [&](uint8_t card) {
         return static_cast<uint8_t>((card & ~3U) | place.suit[card & 3U]);
     };
-    const size_t hole = holeOn(flops.board(place.number), 3, renamed(cards[3]), renamed(cards[4]));
-    EXPECT_EQ(counts.flop(place.number)[hole], plainWins(board, cards[3], cards[4]));
+    const size_t holding =
+        holdingOn(flops.board(place.number), 3, renamed(cards[3]), renamed(cards[4]));
+    EXPECT_EQ(counts.flop(place.number)[holding], plainWins(board, cards[3], cards[4]));
 }
 
 } // namespace

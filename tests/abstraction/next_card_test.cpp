@@ -16,7 +16,7 @@ public:
     const RiverWins* river(size_t board) {
         std::vector<RiverWins>& row = river_[board];
         if (row.empty()) {
-            row.resize(riverHoles);
+            row.resize(riverHoldings);
             sweepRiver(table_, rivers.board(board), row.data());
         }
         return row.data();
@@ -28,13 +28,13 @@ public:
         return row.data();
     }
     std::vector<Wins> turnRow(const uint8_t* board) {
-        std::vector<Wins> row(turns.holes());
+        std::vector<Wins> row(turns.holdings());
         sumNextCards(
             rivers, board, [&](size_t next) { return river(next); }, row.data());
         return row;
     }
     std::vector<Wins> flopRow(const uint8_t* board) {
-        std::vector<Wins> row(numHoles(49));
+        std::vector<Wins> row(numHoldings(49));
         sumNextCards(
             turns, board, [&](size_t next) { return turn(next); }, row.data());
         return row;
@@ -60,7 +60,7 @@ TEST(NextCard, TurnCountsAreThePlainOnes) {
         const std::vector<uint8_t> cards = randomCards(random, 6);
         const std::vector<uint8_t> board(cards.begin(), cards.begin() + 4);
         const std::vector<Wins> row = rows().turnRow(board.data());
-        const Wins& wins = row[holeOn(board.data(), 4, cards[4], cards[5])];
+        const Wins& wins = row[holdingOn(board.data(), 4, cards[4], cards[5])];
         EXPECT_EQ(wins, plainWins(board, cards[4], cards[5]));
     }
 }
@@ -76,17 +76,17 @@ TEST(NextCard, FlopCountsAreSumsOverConcreteTurns) {
         if (card == a || card == b || std::find(board.begin(), board.end(), card) != board.end())
             continue;
         const uint8_t turn[] = {board[0], board[1], board[2], card};
-        const Wins wins = rows().turnRow(turn)[holeOn(turn, 4, a, b)];
+        const Wins wins = rows().turnRow(turn)[holdingOn(turn, 4, a, b)];
         sum.overOne += wins.overOne;
         sum.overTwo += wins.overTwo;
     }
-    EXPECT_EQ(row[holeOn(board.data(), 3, a, b)], sum);
+    EXPECT_EQ(row[holdingOn(board.data(), 3, a, b)], sum);
 }
 
 TEST(NextCard, CertainWinStaysCertain) {
     // A royal flush on the flop, two of its cards in the hand.
     const uint8_t board[] = {36, 40, 44};
-    const Wins wins = rows().flopRow(board)[holeOn(board, 3, 32, 48)];
+    const Wins wins = rows().flopRow(board)[holdingOn(board, 3, 32, 48)];
     EXPECT_EQ(wins.overOne, flopRivers * riverDeals2);
     EXPECT_EQ(wins.overTwo, flopRivers * riverDeals3);
 }

@@ -10,25 +10,25 @@
 namespace tamarin::testing {
 namespace {
 
-TEST(Quantise, ClassIsTheRoundedPlaceInTheRange) {
+TEST(Quantise, LevelIsTheRoundedPlaceInTheRange) {
     std::mt19937_64 random(7);
     std::uniform_real_distribution<double> draw(0.1, 0.7);
     const TableRange range{0.1, 0.7};
     for (int i = 0; i < 100000; ++i) {
         const double entry = draw(random);
-        for (const int classes : {1, 4, 100})
-            ASSERT_EQ(classOf(entry, range, classes),
-                      std::round((entry - range.min) / (range.max - range.min) * classes));
+        for (const int highest : {1, 4, 100})
+            ASSERT_EQ(levelOf(entry, range, highest),
+                      std::round((entry - range.min) / (range.max - range.min) * highest));
     }
     // The nearest number below a half stays below.
     const TableRange unit{0, 1};
-    EXPECT_EQ(classOf(0.5, unit, 1), 1);
-    EXPECT_EQ(classOf(std::nextafter(0.5, 0), unit, 1), 0);
+    EXPECT_EQ(levelOf(0.5, unit, 1), 1);
+    EXPECT_EQ(levelOf(std::nextafter(0.5, 0), unit, 1), 0);
 }
 
 TEST(Quantise, EmptyRangeAndNoNumberGiveZero) {
-    EXPECT_EQ(classOf(0.5, TableRange{0.5, 0.5}, 100), 0);
-    EXPECT_EQ(classOf(std::numeric_limits<double>::quiet_NaN(), TableRange{0, 1}, 100), 0);
+    EXPECT_EQ(levelOf(0.5, TableRange{0.5, 0.5}, 100), 0);
+    EXPECT_EQ(levelOf(std::numeric_limits<double>::quiet_NaN(), TableRange{0, 1}, 100), 0);
     EXPECT_EQ(rangeOf({}).min, DBL_MAX);
 }
 

@@ -20,12 +20,12 @@ inline std::vector<uint8_t> randomCards(std::mt19937& random, size_t count) {
 }
 
 // The number of a holding among those on a board.
-inline size_t holeOn(const uint8_t* board, int boardCards, uint8_t a, uint8_t b) {
+inline size_t holdingOn(const uint8_t* board, int boardCards, uint8_t a, uint8_t b) {
     uint8_t left[deckCards];
     const size_t count = cardsWithout(board, boardCards, left);
     const auto i = static_cast<size_t>(std::find(left, left + count, std::min(a, b)) - left);
     const auto j = static_cast<size_t>(std::find(left, left + count, std::max(a, b)) - left);
-    return holeNumber(i, j);
+    return holdingNumber(i, j);
 }
 
 } // namespace tamarin::testing

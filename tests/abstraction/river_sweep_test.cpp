@@ -14,13 +14,13 @@ const SevenCardTable& table() {
 }
 
 std::vector<RiverWins> sweep(const std::vector<uint8_t>& board) {
-    std::vector<RiverWins> wins(riverHoles);
+    std::vector<RiverWins> wins(riverHoldings);
     sweepRiver(table(), board.data(), wins.data());
     return wins;
 }
 
 void expectPlain(const std::vector<uint8_t>& board, uint8_t a, uint8_t b) {
-    const RiverWins wins = sweep(board)[holeOn(board.data(), 5, a, b)];
+    const RiverWins wins = sweep(board)[holdingOn(board.data(), 5, a, b)];
     const Wins plain = plainRiver(board.data(), a, b);
     EXPECT_EQ(winsOverOne(wins), plain.overOne);
     EXPECT_EQ(winsOverTwo(wins), plain.overTwo);
@@ -51,7 +51,7 @@ TEST(RiverSweep, NobodyBeatsARoyalFlushOnTheBoard) {
 TEST(RiverSweep, TheNutsBeatEverybody) {
     // A royal flush of which one card is in the hand: nobody ties.
     const std::vector<uint8_t> board{36, 40, 44, 48, 1};
-    const RiverWins wins = sweep(board)[holeOn(board.data(), 5, 32, 9)];
+    const RiverWins wins = sweep(board)[holdingOn(board.data(), 5, 32, 9)];
     EXPECT_EQ(winsOverOne(wins), riverDeals2);
     EXPECT_EQ(winsOverTwo(wins), riverDeals3);
 }

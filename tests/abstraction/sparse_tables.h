@@ -10,9 +10,11 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -63,7 +65,8 @@ inline void writeSparseEquities(const std::vector<double>& first = {}) {
 inline constexpr std::array<size_t, holdemRounds> smallSizes{169, 1009, 1006, 1003};
 class SmallTables : public EquityTables {
 public:
-    SmallTables() {
+    explicit SmallTables(std::string directory = "", std::ostream& sink = std::cout)
+        : EquityTables(std::move(directory), sink) {
         for (int round = 1; round < holdemRounds; ++round)
             indexer(round)->round_size[1] = smallSizes[static_cast<size_t>(round)];
     }

@@ -14,5 +14,14 @@ TEST(TableNames, AreThoseOfTheFiles) {
     EXPECT_EQ(auxiliaryGameName(3, 3), "kuhn.river.3p.game");
 }
 
+TEST(TableNames, LieBelowADirectory) {
+    EXPECT_EQ(inDirectory("run", equityPath(2, 0)), "run/lookup/preflop_2p");
+    EXPECT_EQ(inDirectory("run/", equityPath(2, 0)), "run/lookup/preflop_2p");
+    EXPECT_EQ(inDirectory("/", "lookup"), "/lookup");
+    EXPECT_EQ(inDirectory(".", "lookup"), "lookup");
+    EXPECT_EQ(inDirectory("", "lookup"), "lookup");
+    EXPECT_EQ(inDirectory("..", "lookup"), "../lookup");
+}
+
 } // namespace
 } // namespace tamarin::testing

@@ -13,7 +13,7 @@ using TableFiles = PlayingDirectory;
 TEST_F(TableFiles, AreMappedAndReleased) {
     writeSparse<double>("lookup/t", 10, {1.5, 2.5});
     TableStore store;
-    const auto loaded = store.doubles("lookup/t", 10);
+    const auto loaded = store.load<double>("lookup/t", 10);
     EXPECT_TRUE(loaded.whole);
     EXPECT_EQ(loaded.table[1], 2.5);
     store.release(loaded.table);
@@ -24,7 +24,7 @@ TEST_F(TableFiles, AreMappedAndReleased) {
 TEST_F(TableFiles, UnreadableFileIsAllZeroAndSaidSo) {
     TableStore store;
     ::testing::internal::CaptureStderr();
-    const auto loaded = store.bytes("lookup/none", 10);
+    const auto loaded = store.load<uint8_t>("lookup/none", 10);
     EXPECT_NE(::testing::internal::GetCapturedStderr().find("WARNING: could not open lookup/none"),
               std::string::npos);
     EXPECT_FALSE(loaded.whole);

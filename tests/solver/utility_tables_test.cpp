@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <regex>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -39,6 +40,45 @@ void copyGame(int round) {
 
 TEST_F(UtilityTables, TakeAHundredThousandIterations) {
     EXPECT_EQ(EquityTables().utilityIterations, 100'000U);
+}
+
+// The pre-flop ones are computed, from the directory's game and clusters.
+TEST_F(UtilityTables, LieInTheDirectoryGiven) {
+    std::filesystem::remove("lookup");
+    std::filesystem::create_directories("one/lookup");
+    const auto inOne = [](const std::string& name) { return inDirectory("one/", name); };
+    for (int round = 0; round < holdemRounds; ++round)
+        for (int seat = 0; seat < 2; ++seat)
+            writeWhole(inOne(utilityPath(2, round, seat)), smallUtilities(round, seat));
+    std::filesystem::remove(inOne(utilityPath(2, 0, 1)));
+    writeWhole(inOne(clusterPath(2, 0)), smallBytes(2, 0, 0, 100));
+    writeWhole(inOne(equityPath(2, 0)), smallEquities(2, 0));
+    std::filesystem::copy_file(test::inTree("games/" + auxiliaryGameName(2, 0)),
+                               inOne(auxiliaryGameName(2, 0)));
+    std::ostringstream messages;
+    SmallTables tables("one", messages);
+    tables.utilityIterations = 20;
+    const Said said = saidDuring([&] { tables.loadUtility(); });
+    CFR::logProgress = false;
+    EXPECT_EQ(said.errors, "");
+    EXPECT_EQ(said.output.find("Load"), std::string::npos) << said.output; // the solver's alone
+    std::string expected = "Creating indexers... done!\n";
+    for (int round = 0; round < holdemRounds; ++round)
+        for (int seat = 0; seat < 2; ++seat) {
+            const std::string path = "one/" + utilityPath(2, round, seat);
+            if (round == 0 && seat == 1)
+                expected += "File " + path +
+                            " is missing!\nComputing ne for 2 players and round 0\n"
+                            "Loading game one/kuhn.preflop.2p.game!\n";
+            else
+                expected += "Loading table " + path + "!\n";
+            const auto table =
+                copyOf(tables.getUtilityTable(2, round, seat), tables.getRoundSize(round));
+            EXPECT_EQ(table == smallUtilities(round, seat), round != 0);
+            EXPECT_EQ(readWhole<double>(path), table);
+        }
+    EXPECT_EQ(messages.str(), expected);
+    EXPECT_FALSE(std::filesystem::exists("lookup"));
 }
 
 // The round's game solved and sampled step by step here, from the same draws. Only one seat's file

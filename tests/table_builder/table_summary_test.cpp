@@ -46,7 +46,7 @@ TEST_F(Summary, NumbersAreSpreadOverTheirRange) {
     EXPECT_EQ(sum, 169U);
 }
 
-TEST_F(Summary, ClassesHaveABinEach) {
+TEST_F(Summary, LevelsHaveABinEach) {
     writeSparse<uint8_t>(holdemPath(3, 0, 2), roundSizes[0], {9, 9, 3});
     TableSummary summary = summaryOf(holdemPath(3, 0, 2));
     ASSERT_EQ(summary.histogram.size(), 10U);

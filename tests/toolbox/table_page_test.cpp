@@ -44,9 +44,9 @@ TEST_F(TablePage, ColoursStartingHandsByEquityAndByBucket) {
 
 TEST_F(TablePage, OfALaterRoundIsAHistogram) {
     writeSparse<uint8_t>(clusterPath(2, 1), roundSizes[1], {100, 7});
-    const auto look = lookAtTable(*tableNamed("flop_2p_c"), clusterPath(2, 1));
-    ASSERT_TRUE(look.ok());
-    const std::string page = tablePage(*look);
+    const auto view = viewTable(*tableNamed("flop_2p_c"), clusterPath(2, 1));
+    ASSERT_TRUE(view.ok());
+    const std::string page = tablePage(*view);
     EXPECT_EQ(countOf(page, "class=grid"), 0U);
     EXPECT_EQ(countOf(page, "<u style"), 101U);
     EXPECT_NE(page.find("<tr><td>7<td>1<td"), std::string::npos);
@@ -55,9 +55,9 @@ TEST_F(TablePage, OfALaterRoundIsAHistogram) {
 TEST_F(TablePage, OfNoNumbersStillIsAPage) {
     writeSparse(equityPath(2, 0), roundSizes[0],
                 std::vector<double>(roundSizes[0], std::numeric_limits<double>::quiet_NaN()));
-    const auto look = lookAtTable(*tableNamed("preflop_2p"), equityPath(2, 0));
-    ASSERT_TRUE(look.ok());
-    EXPECT_NE(tablePage(*look).find("169 of them no numbers"), std::string::npos);
+    const auto view = viewTable(*tableNamed("preflop_2p"), equityPath(2, 0));
+    ASSERT_TRUE(view.ok());
+    EXPECT_NE(tablePage(*view).find("169 of them no numbers"), std::string::npos);
 }
 
 } // namespace

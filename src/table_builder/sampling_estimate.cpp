@@ -1,4 +1,4 @@
-#include "table_builder/sampled_road.h"
+#include "table_builder/sampling_estimate.h"
 
 #include "eval/hand_table.h"
 #include "eval/seven_card_table.h"
@@ -29,8 +29,8 @@ const Clock& processorClock() {
     return clock;
 }
 
-SampledRoad measureSampledRoad(const std::string& directory, double secondsEach,
-                               const Clock& clock) {
+SamplingEstimate estimateSampling(const std::string& directory, double secondsEach,
+                                  const Clock& clock) {
     using Evaluate = double (*)(unsigned char*, unsigned int, int*);
     constexpr std::array<Evaluate, holdemRounds> evaluators{evaluateHand2, evaluateHand5,
                                                             evaluateHand6, evaluateHand7};
@@ -38,11 +38,11 @@ SampledRoad measureSampledRoad(const std::string& directory, double secondsEach,
     const SevenCardTable table = there ? std::move(*there) : SevenCardTable::generate();
     int* const entries = const_cast<int*>(table.data()); // only read
 
-    SampledRoad road;
+    SamplingEstimate estimate;
     for (int r = 0; r < holdemRounds; ++r) {
         const auto round = static_cast<size_t>(r);
         const RoundIndexer indexer(r);
-        SampledRoad::Round& measured = road.rounds[round];
+        SamplingEstimate::Round& measured = estimate.rounds[round];
         const TimePoint start = clock.now();
         double passed = 0;
         // A step without a common divisor with the size comes to all parts of the table alike.
@@ -60,7 +60,7 @@ SampledRoad measureSampledRoad(const std::string& directory, double secondsEach,
         measured.handSeconds = passed / static_cast<double>(measured.hands);
         measured.roundSeconds = measured.handSeconds * static_cast<double>(roundSizes[round]);
     }
-    return road;
+    return estimate;
 }
 
 } // namespace tamarin

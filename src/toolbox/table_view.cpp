@@ -1,4 +1,4 @@
-#include "toolbox/table_look.h"
+#include "toolbox/table_view.h"
 
 #include "abstraction/round_indexers.h"
 #include "support/file.h"
@@ -21,7 +21,7 @@ std::string grouped(uint64_t number) {
     return text;
 }
 
-bool hasClasses(const TableSummary& summary) {
+bool isQuantised(const TableSummary& summary) {
     const EntryKind kind = kindOf(*summary.file);
     return kind == EntryKind::cluster || kind == EntryKind::bucket;
 }
@@ -45,7 +45,7 @@ std::string extremeText(const TableSummary& summary, const TableSummary::Extreme
 }
 
 std::string binText(const TableSummary& summary, const TableSummary::Bin& bin) {
-    if (hasClasses(summary) || bin.from == bin.to)
+    if (isQuantised(summary) || bin.from == bin.to)
         return fmt::format("{:>10}", entryText(summary, bin.from));
     if (kindOf(*summary.file) == EntryKind::value)
         return fmt::format("{:>10.0f} ..{:>10.0f}", bin.from, bin.to);
@@ -91,16 +91,16 @@ std::string titleOf(const TableFile& file) {
     }
 }
 
-Result<TableLook> lookAtTable(const TableFile& file, const std::string& path) {
+Result<TableView> viewTable(const TableFile& file, const std::string& path) {
     auto summary = summarise(file, path);
     if (!summary) {
         const std::string make =
             fmt::format("; 'tamarin tables --only {}' makes it", nameOf(file.group));
         return Error{summary.error() + make};
     }
-    TableLook look{path, std::move(*summary), {}};
-    if (look.summary.all.empty())
-        return look;
+    TableView view{path, std::move(*summary), {}};
+    if (view.summary.all.empty())
+        return view;
     for (const TableFile& other : allTables()) {
         const bool together = other.group == TableGroup::utilities
                                   ? file.players == 2 || file.group == TableGroup::utilities
@@ -111,15 +111,15 @@ Result<TableLook> lookAtTable(const TableFile& file, const std::string& path) {
         const auto place = std::filesystem::path(path).parent_path() /
                            std::filesystem::path(other.path).filename();
         if (auto found = summarise(other, place.string()); found)
-            look.beside.push_back(std::move(*found));
+            view.beside.push_back(std::move(*found));
     }
-    return look;
+    return view;
 }
 
-std::string tableText(const TableLook& look) {
-    const TableSummary& summary = look.summary;
+std::string tableText(const TableView& view) {
+    const TableSummary& summary = view.summary;
     std::string text = fmt::format(
-        "{}: {}\n{} {}, {} bytes\n", look.path, titleOf(*summary.file), grouped(summary.entries),
+        "{}: {}\n{} {}, {} bytes\n", view.path, titleOf(*summary.file), grouped(summary.entries),
         isOfHands(summary) ? "hands that are distinct up to suits" : "entries",
         grouped(summary.file->bytes));
     if (summary.notNumbers > 0)
@@ -145,11 +145,11 @@ std::string tableText(const TableLook& look) {
     return text;
 }
 
-nlohmann::ordered_json tableJson(const TableLook& look) {
-    const TableSummary& summary = look.summary;
+nlohmann::ordered_json tableJson(const TableView& view) {
+    const TableSummary& summary = view.summary;
     const TableFile& file = *summary.file;
     nlohmann::ordered_json json = {
-        {"file", look.path},          {"table", titleOf(file)}, {"group", nameOf(file.group)},
+        {"file", view.path},          {"table", titleOf(file)}, {"group", nameOf(file.group)},
         {"entries", summary.entries}, {"bytes", file.bytes},    {"notNumbers", summary.notNumbers}};
     if (isOfHands(summary)) {
         json["players"] = file.players;
@@ -177,16 +177,16 @@ nlohmann::ordered_json tableJson(const TableLook& look) {
 }
 
 int showTable(const TableFile& file, const std::string& path, bool json, const std::string& html) {
-    const auto look = lookAtTable(file, path);
-    if (!look)
-        return fail(look.error());
+    const auto view = viewTable(file, path);
+    if (!view)
+        return fail(view.error());
     if (json)
-        printJson(tableJson(*look));
+        printJson(tableJson(*view));
     else if (html.empty())
-        fmt::print("{}", tableText(*look));
+        fmt::print("{}", tableText(*view));
     if (html.empty())
         return exitDone;
-    if (Status written = writeWholeFile(html, tablePage(*look)); !written)
+    if (Status written = writeWholeFile(html, tablePage(*view)); !written)
         return fail(written.error());
     if (!json)
         fmt::print("wrote {}\n", html);

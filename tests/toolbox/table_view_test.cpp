@@ -1,4 +1,4 @@
-#include "toolbox/table_look.h"
+#include "toolbox/table_view.h"
 
 #include "abstraction/sparse_tables.h"
 #include "toolbox/run_toolbox.h"
@@ -8,7 +8,7 @@
 namespace tamarin::testing {
 namespace {
 
-using Look = PlayingDirectory;
+using View = PlayingDirectory;
 
 void writePreflop() {
     std::vector<double> equities(roundSizes[0]);
@@ -18,7 +18,7 @@ void writePreflop() {
     writeSparse<uint8_t>(holdemPath(2, 0, 0), roundSizes[0], {9, 7, 2});
 }
 
-TEST_F(Look, TextHasSizeRangeHistogramAndSquare) {
+TEST_F(View, TextHasSizeRangeHistogramAndSquare) {
     writePreflop();
     const ToolboxRun run = runTamarin({"show", "lookup/preflop_2p"});
     EXPECT_EQ(run.status, 0) << run.err;
@@ -33,7 +33,7 @@ TEST_F(Look, TextHasSizeRangeHistogramAndSquare) {
         EXPECT_NE(run.out.find(hand.name + " 0."), std::string::npos) << hand.name;
 }
 
-TEST_F(Look, CountsTheHandsOfEachBucket) {
+TEST_F(View, CountsTheHandsOfEachBucket) {
     writePreflop();
     const ToolboxRun run = runTamarin({"show", "holdem_preflop_2p_0", "--dir", "lookup", "--json"});
     EXPECT_EQ(run.status, 0) << run.err;
@@ -47,7 +47,7 @@ TEST_F(Look, CountsTheHandsOfEachBucket) {
     EXPECT_EQ(json["hands"].size(), 169U);
 }
 
-TEST_F(Look, SaysWhatIsWrong) {
+TEST_F(View, SaysWhatIsWrong) {
     ToolboxRun run = runTamarin({"show", "lookup/flop_2p"});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, "tamarin: lookup/flop_2p: could not open: No such file or directory; "

@@ -1,4 +1,4 @@
-// What the plain road would take: all equities by sampling, from a measured slice of each round.
+// What it would take to sample all equities, estimated from a measured slice of each round.
 #pragma once
 
 #include "abstraction/round_indexers.h"
@@ -11,7 +11,7 @@
 
 namespace tamarin {
 
-struct SampledRoad {
+struct SamplingEstimate {
     struct Round {
         uint64_t hands = 0;      // measured
         double handSeconds = 0;  // for one, both numbers of opponents
@@ -32,7 +32,7 @@ const Clock& processorClock();
 // Samples hands spread over each round, as EquityTables::load() does, for about that many seconds a
 // round and on one thread. Draws from the process-wide engine. The seven-card table is the
 // directory's, or computed.
-SampledRoad measureSampledRoad(const std::string& directory, double secondsEach = 0.5,
-                               const Clock& clock = processorClock());
+SamplingEstimate estimateSampling(const std::string& directory, double secondsEach = 0.5,
+                                  const Clock& clock = processorClock());
 
 } // namespace tamarin

@@ -1,4 +1,4 @@
-// Going through a large table once without holding all of it in memory.
+// One pass over a large table that does not keep all of it in memory.
 //
 // A mapped file's pages count as this process's until they are given back, and the river's tables
 // of doubles have a gigabyte each.

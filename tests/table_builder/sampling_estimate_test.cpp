@@ -1,4 +1,4 @@
-#include "table_builder/sampled_road.h"
+#include "table_builder/sampling_estimate.h"
 
 #include "abstraction/sparse_tables.h"
 
@@ -10,7 +10,7 @@
 namespace tamarin::testing {
 namespace {
 
-using Road = PlayingDirectory;
+using Estimate = PlayingDirectory;
 
 // Goes on by a tenth of a second whenever it is asked.
 struct TickingClock : Clock {
@@ -21,16 +21,17 @@ struct TickingClock : Clock {
     mutable TimePoint time{};
 };
 
-TEST_F(Road, ScalesWhatASliceTook) {
-    const SampledRoad road = measureSampledRoad(".", 0.35, TickingClock());
+TEST_F(Estimate, ScalesWhatASliceTook) {
+    const SamplingEstimate estimate = estimateSampling(".", 0.35, TickingClock());
     double sum = 0;
-    for (size_t r = 0; r < road.rounds.size(); ++r) {
-        EXPECT_EQ(road.rounds[r].hands, 4U);
-        EXPECT_NEAR(road.rounds[r].handSeconds, 0.1, 1e-9);
-        EXPECT_NEAR(road.rounds[r].roundSeconds, 0.1 * static_cast<double>(roundSizes[r]), 1e-3);
-        sum += road.rounds[r].roundSeconds;
+    for (size_t r = 0; r < estimate.rounds.size(); ++r) {
+        EXPECT_EQ(estimate.rounds[r].hands, 4U);
+        EXPECT_NEAR(estimate.rounds[r].handSeconds, 0.1, 1e-9);
+        EXPECT_NEAR(estimate.rounds[r].roundSeconds, 0.1 * static_cast<double>(roundSizes[r]),
+                    1e-3);
+        sum += estimate.rounds[r].roundSeconds;
     }
-    EXPECT_EQ(road.seconds(), sum);
+    EXPECT_EQ(estimate.seconds(), sum);
 }
 
 TEST(ProcessorClock, CountsWorkAndNotSleep) {

@@ -10,18 +10,21 @@
 #include "abstraction/round_indexers.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 namespace tamarin {
 
-class HoleIndexer {
-public:
-    // round: 1, 2 or 3. The indexer is the round's (round_indexers.h) and must outlive the object.
-    HoleIndexer(int round, const hand_indexer_t& indexer);
+struct BoardSuit; // what one suit of the board contributes; in holding_index.cpp
 
-    // indices receives hand_index_last of {holding, board} for every holding, numbered as in
-    // boards.h. board: ascending.
+class HoldingIndexer {
+public:
+    // round: 1, 2 or 3. The indexer is the round's (round_indexers.h); it may go afterwards.
+    HoldingIndexer(int round, const hand_indexer_t& indexer);
+
+    // out receives hand_index_last of {holding, board} for every holding, numbered as in boards.h.
+    // board: different cards, in any order.
     void indices(const uint8_t* board, uint32_t* out) const;
 
 private:
@@ -31,8 +34,16 @@ private:
         uint64_t offset;
     };
     const Configuration& find(std::array<uint32_t, 4> words) const;
+    // The index of a holding with a card in suit s and one in t is base + factor x digit, summed
+    // over the digits of s and t.
+    struct Digits {
+        uint64_t base;
+        std::array<uint64_t, 4> factor; // of the digit that each suit is in
+    };
+    Digits digits(const std::array<BoardSuit, 4>& suits, size_t s, size_t t) const;
 
     int boardCards_;
+    uint64_t size_;                             // indices of the round
     std::vector<Configuration> configurations_; // in ascending order of their words
 };
 

@@ -12,18 +12,18 @@ namespace tamarin {
 
 // A table and, where it is a pre-flop one, the other pre-flop tables for as many players that lie
 // beside it, so that they can be looked at together.
-struct TableLook {
+struct TableView {
     std::string path;
     TableSummary summary;
     std::vector<TableSummary> beside;
 };
-Result<TableLook> lookAtTable(const TableFile& file, const std::string& path);
+Result<TableView> viewTable(const TableFile& file, const std::string& path);
 
 // "equity against one opponent, flop"
 std::string titleOf(const TableFile& file);
 
-std::string tableText(const TableLook& look);
-nlohmann::ordered_json tableJson(const TableLook& look);
+std::string tableText(const TableView& view);
+nlohmann::ordered_json tableJson(const TableView& view);
 
 // Does what `show` was asked for: prints, or writes the page; returns the exit status.
 int showTable(const TableFile& file, const std::string& path, bool json, const std::string& html);
