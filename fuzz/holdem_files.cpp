@@ -89,7 +89,7 @@ void asCheckpoint(const std::string& bytes) {
     const Status read =
         trained.trainer.readCheckpoint(MemoryFile(bytes.data(), bytes.size()).name());
     if (!read)
-        expect(!read.error().empty() && trained.trainer.deals() == 0,
+        expect(!read.error().empty() && trained.trainer.iteration() == 0,
                "a refusal has its reason and changes nothing");
 }
 

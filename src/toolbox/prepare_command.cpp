@@ -1,7 +1,6 @@
 // tamarin prepare: everything that a game needs, so that `player` starts at once.
 #include "support/file.h"
 #include "support/interrupt.h"
-#include "support/lock.h"
 #include "support/progress.h"
 #include "toolbox/command.h"
 #include "toolbox/commands.h"
@@ -12,7 +11,6 @@
 #include "toolbox/playing_directory.h"
 #include "toolbox/strategies.h"
 #include "training/strategy_check.h"
-#include "training/training_run.h"
 
 #include <filesystem>
 
@@ -97,20 +95,16 @@ int prepareHoldem(const HoldemGame& game, const Options& options) {
         return fail(made.error());
     if (const auto placed = placeGameFile(game.path, options.directory); !placed)
         return fail(placed.error());
-    HoldemTraining training;
-    training.directory = options.directory;
-    training.config = defaultHoldemConfig(*game.rules);
-    training.goal = defaultHoldemGoal(*game.rules);
-    if (options.seconds > 0.0) {
-        training.goal = {};
-        training.goal.seconds = options.seconds;
-    }
-    training.resumeIfThere = true;
-    training.fresh = options.force;
-    training.dryRun = options.dryRun;
-    training.quiet = options.quiet;
-    training.keepOther = true;
-    training.made = "tamarin prepare";
+    TrainingRequest request;
+    request.directory = options.directory;
+    if (options.seconds > 0.0)
+        request.goal.seconds = options.seconds;
+    request.resumeIfThere = true;
+    request.fresh = options.force;
+    request.dryRun = options.dryRun;
+    request.quiet = options.quiet;
+    request.keepOther = true;
+    request.made = "tamarin prepare";
     if (!options.force && !options.dryRun) {
         if (Status made =
                 makeMissingTables(options.directory, game.rules->numPlayers, 0, options.quiet);
@@ -126,7 +120,7 @@ int prepareHoldem(const HoldemGame& game, const Options& options) {
             return exitDone;
         }
     }
-    return trainHoldemGame(game, training);
+    return trainHoldemGame(game, request);
 }
 
 int prepare(const Options& options) {
@@ -154,30 +148,17 @@ int prepare(const Options& options) {
         if (*good)
             return exitDone;
     }
-    if (Status made = makeDirectories(strategies); !made)
-        return fail(made.error());
-    const auto lock = FileLock::take(strategies + "/train.lock");
+    const auto lock = lockResults(strategies);
     if (!lock)
         return fail(lock.error());
-
     const TrainerConfig config;
     const auto trainer = makeTrainer(*game->small, config);
-    TrainingGoal goal;
-    goal.nashConv = aim;
-    goal.seconds = longest;
-    TrainingStep last{};
-    std::optional<Progress> progress;
-    if (!options.quiet)
-        progress.emplace("Training", "iterations", 0);
-    TrainingHooks hooks;
-    hooks.step = [&](const TrainingStep& step) {
-        last = step;
-        if (progress)
-            progress->update(step.iteration, fmt::format("NashConv {:.2e}", step.value.nashConv()));
-    };
-    hooks.stop = [] { return interrupted(); };
-    const TrainingEnd end = runTraining(*game->small, *trainer, goal, hooks);
-    if (end == TrainingEnd::stopped) {
+    TrainingRequest request;
+    request.quiet = options.quiet;
+    request.goal.nashConv = aim;
+    request.goal.seconds = longest;
+    const TrainingOutcome outcome = runWatched(*trainer, request, false, {});
+    if (outcome.end == TrainingEnd::stopped) {
         complain("stopped before the strategies were good; nothing was written");
         return interruptStatus();
     }
@@ -192,8 +173,8 @@ int prepare(const Options& options) {
         return fail(written.error());
     kept.replaced();
     fmt::print("{} has strategies for all {} seats, made in {}\n{}", strategies,
-               game->rules->numPlayers, describeDuration(last.seconds),
-               valueTable(*game->rules, last.value));
+               game->rules->numPlayers, describeDuration(outcome.last.seconds),
+               valueTable(*game->rules, std::get<ProfileValue>(outcome.last.measure)));
     return exitDone;
 }
 

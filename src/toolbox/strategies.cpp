@@ -70,7 +70,7 @@ Result<Profile> readStrategies(const SmallGame& game, const std::string& strateg
     return together;
 }
 
-Status writeStrategies(const SmallGame& game, const Trainer& trainer, const std::string& strategies,
+Status writeStrategies(const SmallGame& game, const SmallGameTrainer& trainer, const std::string& strategies,
                        const std::string& made, const std::string& gameName) {
     if (Status there = makeDirectories(strategies); !there)
         return there;

@@ -20,7 +20,7 @@
 #pragma once
 
 #include "support/file.h"
-#include "training/trainer.h"
+#include "training/small_game_trainer.h"
 
 #include <string>
 #include <vector>

@@ -35,7 +35,8 @@ HoldemTrainer::HoldemTrainer(const Game& game, const HoldemBuckets& buckets,
                              const HoldemTrainerConfig& config)
     : game_(game), buckets_(buckets), config_(config), sets_(game),
       walk_(game, sets_, config.threads), batch_(config.batch) {
-    assert(config.algorithm != Algorithm::predictive && config.batch > 0 && config.block > 0);
+    assert(algorithmInfo(config.algorithm).notForHoldem == nullptr);
+    assert(config.batch > 0 && config.block > 0);
     assert(config.algorithm != Algorithm::discounted || config.block % config.batch == 0);
 }
 
@@ -43,8 +44,8 @@ void HoldemTrainer::dealCards(uint64_t t, State* state) const {
     drawDeal(game_, config_.seed, DealStream::training, t, state);
 }
 
-void HoldemTrainer::run(uint64_t deals) {
-    for (uint64_t i = 0; i < deals; i += config_.batch) {
+void HoldemTrainer::run(uint64_t iterations) {
+    for (uint64_t i = 0; i < iterations; i += config_.batch) {
         fillBatch(game_, buckets_, config_.seed, DealStream::training, deals_,
                   threadsOf(config_.threads), batch_);
         for (size_t d = 0; d < batch_.size(); ++d)
@@ -59,7 +60,8 @@ void HoldemTrainer::run(uint64_t deals) {
 void HoldemTrainer::discount(uint64_t block) {
     const auto b = static_cast<double>(block);
     // The root is rounded alike everywhere; the library's pow() is not, where a processor lacks
-    // FMA.
+    // FMA. EquilibriumTrainer takes t x sqrt(t) instead, which rounds differently. Both stay as
+    // they are: strategies, checkpoints and the signature hang on these bits.
     const double power = std::sqrt(b * b * b);
     const double positive = power / (power + 1.0);
     const double average = b / (b + 1.0) * (b / (b + 1.0));

@@ -8,8 +8,8 @@
 
 namespace tamarin {
 
-PlayerTrainer::PlayerTrainer(const SmallGame& game, uint64_t seed)
-    : Trainer(game), rules_(game.game()), solver_(&rules_) {
+PlayerTrainer::PlayerTrainer(const SmallGame& game, uint64_t seed, int threads)
+    : SmallGameTrainer(game, threads), rules_(game.game()), solver_(&rules_) {
     const SilentOutput silent;
     global_urng().seed(static_cast<uint32_t>(seed ^ seed >> 32U));
     solver_.buildTree();

@@ -5,15 +5,15 @@
 // one card and one round.
 #pragma once
 
-#include "training/trainer.h"
+#include "training/small_game_trainer.h"
 
 #include <functional>
 
 namespace tamarin {
 
-class PlayerTrainer : public Trainer {
+class PlayerTrainer : public SmallGameTrainer {
 public:
-    PlayerTrainer(const SmallGame& game, uint64_t seed);
+    PlayerTrainer(const SmallGame& game, uint64_t seed, int threads = 1);
 
     uint64_t block() const override { return 100'000; }
     void run(uint64_t iterations) override;

@@ -163,7 +163,7 @@ TEST_F(HoldemCheckpoint, AResumedRunEndsAsOneThatWasNotStopped) {
         HoldemTrainer second(*game, buckets, config);
         const Status read = second.readCheckpoint(path);
         ASSERT_TRUE(read.ok()) << read.error();
-        EXPECT_EQ(second.deals(), 123U);
+        EXPECT_EQ(second.iteration(), 123U);
         second.run(300 - 123);
         EXPECT_TRUE(bytesOf(second.sets()) == bytesOf(whole.sets()));
     }
@@ -212,7 +212,7 @@ TEST(HoldemTrainer, DoesNotDependOnThreads) {
             HoldemTrainer many(*game, buckets, {algorithm, 5, 64, 16, 3});
             one.run(200);
             many.run(200);
-            EXPECT_EQ(one.deals(), 208U); // whole batches
+            EXPECT_EQ(one.iteration(), 208U); // whole batches
             EXPECT_TRUE(bytesOf(one.sets()) == bytesOf(many.sets()));
         }
     }

@@ -1,7 +1,7 @@
 #include "training/strategy_check.h"
 
 #include "solver/games.h"
-#include "training/trainer.h"
+#include "training/small_game_trainer.h"
 
 #include <cstring>
 #include <filesystem>

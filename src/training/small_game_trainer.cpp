@@ -1,4 +1,4 @@
-#include "training/trainer.h"
+#include "training/small_game_trainer.h"
 
 #include "training/equilibrium.h"
 #include "training/player_trainer.h"
@@ -6,24 +6,7 @@
 
 namespace tamarin {
 
-namespace {
-
-constexpr const char* names[] = {"player", "cfr", "cfr+", "lcfr", "dcfr", "pcfr+"};
-
-} // namespace
-
-const char* algorithmName(Algorithm algorithm) {
-    return names[static_cast<size_t>(algorithm)];
-}
-
-std::optional<Algorithm> algorithmNamed(const std::string& name) {
-    for (size_t i = 0; i < std::size(names); ++i)
-        if (name == names[i])
-            return static_cast<Algorithm>(i);
-    return std::nullopt;
-}
-
-void Trainer::store(CFR& solver) const {
+void SmallGameTrainer::store(CFR& solver) const {
     solver.buildTree();
     const TrainerState now = state();
     const auto& nodes = game_.tree().nodes();
@@ -42,9 +25,9 @@ void Trainer::store(CFR& solver) const {
         }
 }
 
-std::unique_ptr<Trainer> makeTrainer(const SmallGame& game, const TrainerConfig& config) {
+std::unique_ptr<SmallGameTrainer> makeTrainer(const SmallGame& game, const TrainerConfig& config) {
     if (config.algorithm == Algorithm::player)
-        return std::make_unique<PlayerTrainer>(game, config.seed);
+        return std::make_unique<PlayerTrainer>(game, config.seed, config.threads);
     return std::make_unique<EquilibriumTrainer>(game, config);
 }
 
