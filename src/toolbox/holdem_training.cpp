@@ -8,6 +8,7 @@
 #include "toolbox/command.h"
 #include "toolbox/kept_files.h"
 #include "toolbox/manifest.h"
+#include "toolbox/numbers.h"
 #include "training/holdem_trainer.h"
 
 #include <filesystem>
@@ -65,18 +66,25 @@ bool exists(const std::string& path) {
     return std::filesystem::exists(path, error);
 }
 
-std::string describeGoal(const TrainingGoal& goal, double rate) {
-    std::optional<double> time = goal.seconds;
-    if (goal.iterations && rate > 0.0) {
-        const double all = static_cast<double>(*goal.iterations) / rate;
-        time = time ? std::min(*time, all) : all;
-    }
-    return time ? "about " + describeDuration(*time) : "until it is stopped";
+// A goal of hold'em is iterations, seconds, or both.
+double expectedSeconds(const TrainingGoal& goal, double rate) {
+    const double all = goal.iterations ? static_cast<double>(*goal.iterations) / rate : mostSeconds;
+    return std::min(all, goal.seconds.value_or(all));
 }
 
-int tellCost(const HoldemGame& game, const TrainingRequest& request, HoldemTrainer& trainer) {
+int dryRun(const HoldemGame& game, const TrainingRequest& request,
+           const HoldemTrainerConfig& config) {
+    // Without tables there are no buckets, and none are needed for counting.
+    class NoBuckets : public HoldemBuckets {
+        uint8_t bucket(int, int, int, const uint8_t*) const override { return 0; }
+    } none;
+    const int players = game.rules->numPlayers;
+    const std::string missing = missingTablesCost(request.directory, players);
+    std::optional<Result<HoldemTables>> tables;
+    if (missing.empty() && !tables.emplace(HoldemTables::open(request.directory, players)))
+        return fail(tables->error());
+    HoldemTrainer trainer(*game.rules, tables ? (*tables)->buckets() : none, config);
     const Cost cost = costOf(trainer.sets(), *game.rules);
-    const std::string tables = missingTablesCost(request.directory, game.rules->numPlayers);
     fmt::print("{} decision nodes, {} information sets\n",
                describeCount(trainer.sets().tree().nodes().size()), describeCount(cost.sets));
     fmt::print("memory up to {} ({} can be had), each checkpoint {}, the strategy file {}; {} of "
@@ -84,9 +92,9 @@ int tellCost(const HoldemGame& game, const TrainingRequest& request, HoldemTrain
                describeBytes(cost.memory), describeBytes(availableMemory()),
                describeBytes(cost.checkpoint), describeBytes(cost.strategy),
                describeBytes(cost.disk()), describeBytes(freeDisk(request.out)));
-    if (!tables.empty()) {
+    if (!missing.empty()) {
         fmt::print("tables first: {}; the speed of training is measured once they are there\n",
-                   tables);
+                   missing);
         return exitDone;
     }
     if (Status enough = checkResources(cost.memory, cost.disk(), request.out); !enough) {
@@ -98,9 +106,9 @@ int tellCost(const HoldemGame& game, const TrainingRequest& request, HoldemTrain
     const double rate = measureSpeed(trainer, 2.0);
     if (interrupted())
         return interruptStatus();
-    fmt::print("{:.1f} iterations/s with {} threads ({} at a time): {}\n", rate,
-               request.threads.value_or(0) > 0 ? *request.threads : omp_get_max_threads(), warm,
-               describeGoal(request.goal, rate));
+    fmt::print("{:.1f} iterations/s with {} threads ({} at a time): about {}\n", rate,
+               config.threads > 0 ? config.threads : omp_get_max_threads(), warm,
+               describeDuration(expectedSeconds(request.goal, rate)));
     return exitDone;
 }
 
@@ -122,45 +130,44 @@ Status saveStrategy(const HoldemGame& game, const HoldemTrainer& trainer, const 
 }
 
 // One run, from the place where its files lie.
-class Run {
-public:
-    Run(const HoldemGame& game, const HoldemBuckets& buckets, const TrainingRequest& request,
-        HoldemTrainer& trainer)
-        : game_(game), buckets_(buckets), request_(request), trainer_(trainer),
-          checkpoint_(request.out + "/training.checkpoint"),
-          strategy_(request.out + "/" + holdemStrategyName) {}
+struct Run {
+    const HoldemGame& game;
+    const HoldemBuckets& buckets;
+    const TrainingRequest& request;
+    HoldemTrainer& trainer;
+    const std::string checkpoint = request.out + "/training.checkpoint";
+    const std::string strategy = request.out + "/" + holdemStrategyName;
 
     int run() {
         const auto resumed = takeUp();
         if (!resumed)
             return fail(resumed.error());
         const TrainingOutcome outcome = runWatched(
-            trainer_, request_, *resumed, [&] { return trainer_.writeCheckpoint(checkpoint_); });
+            trainer, request, *resumed, [&] { return trainer.writeCheckpoint(checkpoint); });
         const int status = outcome.end == TrainingEnd::stopped ? stopped(outcome) : finish(outcome);
         return outcome.saved ? status : exitFailed;
     }
 
-private:
     // Goes on from the checkpoint where that is wanted, and refuses to forget one unasked. Whether
     // it did.
     Result<bool> takeUp() {
-        const bool there = exists(checkpoint_);
-        if (request_.fresh || (!there && !request_.resume))
+        const bool there = exists(checkpoint);
+        if (request.fresh || (!there && !request.resume))
             return false;
         if (!there)
-            return Error{checkpoint_ + " is not there: nothing to resume"};
-        if (!request_.resume && !request_.resumeIfThere)
-            return Error{request_.out + " holds a checkpoint of an earlier run: --resume goes on " +
+            return Error{checkpoint + " is not there: nothing to resume"};
+        if (!request.resume && !request.resumeIfThere)
+            return Error{request.out + " holds a checkpoint of an earlier run: --resume goes on " +
                          "from it, --fresh starts over"};
         // One that cannot be read at all may be a good one.
-        if (const auto readable = MappedFile::open(checkpoint_); !readable)
+        if (const auto readable = MappedFile::open(checkpoint); !readable)
             return Error{readable.error()};
-        const Status read = trainer_.readCheckpoint(checkpoint_);
+        const Status read = trainer.readCheckpoint(checkpoint);
         if (read)
             return true;
-        if (request_.resume)
+        if (request.resume)
             return Error{read.error()};
-        const auto aside = setAsideBadFile(checkpoint_);
+        const auto aside = setAsideBadFile(checkpoint);
         if (!aside)
             return Error{aside.error()};
         complain("{}; starting over, it is kept as {}", read.error(), *aside);
@@ -168,22 +175,22 @@ private:
     }
 
     Status keepOther(KeptFiles& kept) const {
-        if (!request_.keepOther || !exists(strategy_))
+        if (!request.keepOther || !exists(strategy))
             return {};
-        const auto compared = compareWithManifest(request_.out, isHoldemStrategy);
+        const auto compared = compareWithManifest(request.out, isHoldemStrategy);
         if (!compared)
             return Error{compared.error()};
         const auto* whole = compared->find(holdemStrategyName);
-        if (whole && whole->from == strategySource(game_, buckets_))
+        if (whole && whole->from == strategySource(game, buckets))
             return {};
-        return kept.keep(strategy_);
+        return kept.keep(strategy);
     }
 
     int stopped(const TrainingOutcome& outcome) const {
         if (outcome.saved)
             complain("stopped; {} holds all {} iterations, --resume goes on from it, and {} is as "
                      "it was",
-                     checkpoint_, describeCount(trainer_.iteration()), strategy_);
+                     checkpoint, describeCount(trainer.iteration()), strategy);
         return interruptStatus();
     }
 
@@ -191,56 +198,31 @@ private:
         KeptFiles kept;
         if (Status safe = keepOther(kept); !safe)
             return fail(safe.error());
-        if (Status written = saveStrategy(game_, trainer_, strategy_, request_.quiet); !written)
+        if (Status written = saveStrategy(game, trainer, strategy, request.quiet); !written)
             return interrupted() ? interruptStatus() : fail(written.error());
         kept.replaced();
-        const HoldemTrainerConfig& config = trainer_.config();
+        const HoldemTrainerConfig& config = trainer.config();
         const std::string made =
-            fmt::format("{}, {} with seed {}, {} iterations", request_.made,
-                        algorithmName(config.algorithm), config.seed, trainer_.iteration());
-        if (Status noted = recordFiles(
-                request_.out, {{holdemStrategyName, made, strategySource(game_, buckets_)}});
+            fmt::format("{}, {} with seed {}, {} iterations", request.made,
+                        algorithmName(config.algorithm), config.seed, trainer.iteration());
+        if (Status noted = recordFiles(request.out,
+                                       {{holdemStrategyName, made, strategySource(game, buckets)}});
             !noted)
             return fail(noted.error());
-        if (request_.json) {
+        if (request.json) {
             nlohmann::ordered_json json = asJson(outcome, config.algorithm);
-            json["strategy"] = strategy_;
-            json["bytes"] = std::filesystem::file_size(strategy_);
-            json["informationSets"] = trainer_.sets().numSets();
+            json["strategy"] = strategy;
+            json["bytes"] = std::filesystem::file_size(strategy);
+            json["informationSets"] = trainer.sets().numSets();
             printJson(json);
         } else {
             fmt::print("{}, average regret {:.3g} chips\nstrategy, log and checkpoint are in {}\n",
                        describe(outcome, config.algorithm),
-                       std::get<AverageRegret>(outcome.last.measure).chips, request_.out);
+                       std::get<AverageRegret>(outcome.last.measure).chips, request.out);
         }
         return exitDone;
     }
-
-    const HoldemGame& game_;
-    const HoldemBuckets& buckets_;
-    const TrainingRequest& request_;
-    HoldemTrainer& trainer_;
-    std::string checkpoint_;
-    std::string strategy_;
 };
-
-int dryRun(const HoldemGame& game, const TrainingRequest& request,
-           const HoldemTrainerConfig& config) {
-    const int players = game.rules->numPlayers;
-    if (!missingTablesCost(request.directory, players).empty()) {
-        // No buckets yet, and none needed for counting.
-        class NoBuckets : public HoldemBuckets {
-            uint8_t bucket(int, int, int, const uint8_t*) const override { return 0; }
-        } none;
-        HoldemTrainer trainer(*game.rules, none, config);
-        return tellCost(game, request, trainer);
-    }
-    const auto tables = HoldemTables::open(request.directory, players);
-    if (!tables)
-        return fail(tables.error());
-    HoldemTrainer trainer(*game.rules, tables->buckets(), config);
-    return tellCost(game, request, trainer);
-}
 
 } // namespace
 
@@ -278,7 +260,7 @@ int trainHoldemGame(const HoldemGame& game, TrainingRequest request) {
                describeCount(cost.sets), describeBytes(cost.memory), describeBytes(cost.strategy),
                request.goal.seconds ? "for " + describeDuration(*request.goal.seconds)
                                     : "to the iterations wanted");
-    return Run(game, tables->buckets(), request, trainer).run();
+    return Run{game, tables->buckets(), request, trainer}.run();
 }
 
 } // namespace tamarin

@@ -23,15 +23,6 @@ constexpr double goodEnough = 1e-6;
 constexpr double aim = 1e-7;
 constexpr double longest = 60.0; // seconds
 
-struct Options {
-    std::string game;
-    std::string directory = ".";
-    bool force = false;
-    bool quiet = false;
-    bool dryRun = false;
-    double seconds = 0.0;
-};
-
 // Whether all seats have good strategies. Damaged files are named, with a line each; one that
 // cannot be read at all may be a good one, and is an error.
 Result<bool> goodStrategiesIn(const NamedGame& game, const std::string& strategies,
@@ -90,28 +81,21 @@ Result<bool> goodHoldemStrategy(const HoldemGame& game, const std::string& direc
     return false;
 }
 
-int prepareHoldem(const HoldemGame& game, const Options& options) {
-    if (Status made = makeDirectories(options.directory); !made)
+int prepareHoldem(const HoldemGame& game, TrainingRequest request) {
+    if (Status made = makeDirectories(request.directory); !made)
         return fail(made.error());
-    if (const auto placed = placeGameFile(game.path, options.directory); !placed)
+    if (const auto placed = placeGameFile(game.path, request.directory); !placed)
         return fail(placed.error());
-    TrainingRequest request;
-    request.directory = options.directory;
-    if (options.seconds > 0.0)
-        request.goal.seconds = options.seconds;
     request.resumeIfThere = true;
-    request.fresh = options.force;
-    request.dryRun = options.dryRun;
-    request.quiet = options.quiet;
     request.keepOther = true;
     request.made = "tamarin prepare";
-    if (!options.force && !options.dryRun) {
+    if (!request.fresh && !request.dryRun) {
         if (Status made =
-                makeMissingTables(options.directory, game.rules->numPlayers, 0, options.quiet);
+                makeMissingTables(request.directory, game.rules->numPlayers, 0, request.quiet);
             !made)
             return interrupted() ? interruptStatus() : fail(made.error());
-        const std::string strategy = holdemStrategyPath(options.directory, game);
-        const auto good = goodHoldemStrategy(game, options.directory, strategy);
+        const std::string strategy = holdemStrategyPath(request.directory, game);
+        const auto good = goodHoldemStrategy(game, request.directory, strategy);
         if (!good)
             return fail(good.error());
         if (*good) {
@@ -123,24 +107,24 @@ int prepareHoldem(const HoldemGame& game, const Options& options) {
     return trainHoldemGame(game, request);
 }
 
-int prepare(const Options& options) {
-    const auto holdem = openHoldem(options.game, options.directory);
+int prepare(const std::string& name, TrainingRequest request) {
+    const auto holdem = openHoldem(name, request.directory);
     if (!holdem)
         return fail(holdem.error());
     if (*holdem)
-        return prepareHoldem(**holdem, options);
-    if (options.dryRun || options.seconds > 0.0)
+        return prepareHoldem(**holdem, request);
+    if (request.dryRun || request.goal.seconds)
         throw UsageError("--dry-run and --seconds are for hold'em; small games take seconds");
-    const auto game = openSmallGame(options.game, options.directory);
+    const auto game = openSmallGame(name, request.directory);
     if (!game)
         return fail(game.error());
-    if (Status made = makeDirectories(options.directory); !made)
+    if (Status made = makeDirectories(request.directory); !made)
         return fail(made.error());
-    if (const auto placed = placeGameFile(game->path, options.directory); !placed)
+    if (const auto placed = placeGameFile(game->path, request.directory); !placed)
         return fail(placed.error());
-    const std::string strategies = strategyDirectory(options.directory, game->name);
+    const std::string strategies = strategyDirectory(request.directory, game->name);
     std::vector<std::string> damaged;
-    if (!options.force) {
+    if (!request.fresh) {
         // Without the lock: where all is there nothing is written, and nothing need be writable.
         const auto good = goodStrategiesIn(*game, strategies, damaged);
         if (!good)
@@ -153,8 +137,6 @@ int prepare(const Options& options) {
         return fail(lock.error());
     const TrainerConfig config;
     const auto trainer = makeTrainer(*game->small, config);
-    TrainingRequest request;
-    request.quiet = options.quiet;
     request.goal.nashConv = aim;
     request.goal.seconds = longest;
     const TrainingOutcome outcome = runWatched(*trainer, request, false, {});
@@ -181,21 +163,20 @@ int prepare(const Options& options) {
 } // namespace
 
 void addPrepareCommand(CLI::App& app, int& status) {
-    auto options = std::make_shared<Options>();
+    auto game = std::make_shared<std::string>();
+    auto request = std::make_shared<TrainingRequest>();
     CLI::App& command = addCommand(app, "prepare", "Make everything a game needs for `player`",
                                    "tamarin prepare kuhn.limit.3p.game --dir run\n\n"
                                    "For hold'em: the tables below lookup/, then the strategy, as "
                                    "'tamarin train' makes them when\nno goal is given. What an "
                                    "earlier, stopped run left is taken up again.");
-    command.add_option("GAME", options->game, "Game definition: a path, or a name in --dir")
-        ->required();
-    command.add_flag("--force", options->force, "Make it again where it is good already");
-    command.add_flag("--dry-run", options->dryRun, "Hold'em: print what it would take");
-    addSeconds(command, "--seconds", options->seconds, "Hold'em: train for so long instead")
-        ->default_str("");
-    addDirectoryOption(command, options->directory);
-    addQuietOption(command, options->quiet);
-    command.callback([options, &status] { status = prepare(*options); });
+    command.add_option("GAME", *game, "Game definition: a path, or a name in --dir")->required();
+    command.add_flag("--force", request->fresh, "Make it again where it is good already");
+    command.add_flag("--dry-run", request->dryRun, "Hold'em: print what it would take");
+    addSeconds(command, "--seconds", request->goal.seconds, "Hold'em: train for so long instead");
+    addDirectoryOption(command, request->directory);
+    addQuietOption(command, request->quiet);
+    command.callback([=, &status] { status = prepare(*game, *request); });
 }
 
 } // namespace tamarin

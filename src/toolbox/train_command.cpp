@@ -9,30 +9,19 @@ namespace tamarin {
 
 namespace {
 
-struct Options {
-    std::string game;
-    std::string algorithm; // empty: the game's default
-    double seconds = 0.0;
-    TrainingRequest request;
-};
-
 void refuseForHoldem(const TrainingRequest& request) {
     if (request.goal.nashConv)
         throw UsageError("--until-nashconv: a hold'em game's NashConv is not computed; "
                          "'tamarin exploit' estimates it");
     if (request.sampledDeals != 0)
         throw UsageError("--sampled-deals: hold'em is always trained on single deals");
-    const auto* why = request.algorithm ? algorithmInfo(*request.algorithm).notForHoldem : nullptr;
+    const char* const why = request.algorithm ? whyNotForHoldem(*request.algorithm) : nullptr;
     if (why != nullptr)
         throw UsageError(fmt::format("--algorithm {}: {}", algorithmName(*request.algorithm), why));
 }
 
-int train(const Options& options) {
-    TrainingRequest request = options.request;
-    request.algorithm = algorithmNamed(options.algorithm);
-    if (options.seconds > 0.0)
-        request.goal.seconds = options.seconds;
-    const auto holdem = openHoldem(options.game, request.directory);
+int train(const std::string& name, const TrainingRequest& request) {
+    const auto holdem = openHoldem(name, request.directory);
     if (!holdem)
         return fail(holdem.error());
     if (*holdem) {
@@ -41,21 +30,15 @@ int train(const Options& options) {
     }
     if (request.algorithm == Algorithm::player && request.sampledDeals != 0)
         throw UsageError("--sampled-deals: the player's own training always samples one deal");
-    const auto game = openSmallGame(options.game, request.directory);
+    const auto game = openSmallGame(name, request.directory);
     return game ? trainSmallGame(*game, request) : fail(game.error());
-}
-
-std::vector<std::string> algorithmNames() {
-    std::vector<std::string> names;
-    for (const AlgorithmInfo& info : allAlgorithms())
-        names.emplace_back(info.name);
-    return names;
 }
 
 } // namespace
 
 void addTrainCommand(CLI::App& app, int& status) {
-    auto options = std::make_shared<Options>();
+    auto game = std::make_shared<std::string>();
+    auto request = std::make_shared<TrainingRequest>();
     CLI::App& command =
         addCommand(app, "train", "Train a game towards an equilibrium",
                    "tamarin train kuhn.limit.3p.game --algorithm dcfr --until-nashconv 1e-6\n"
@@ -67,41 +50,42 @@ void addTrainCommand(CLI::App& app, int& status) {
                    "Hold'em is trained over the ten buckets of its tables, which are made first "
                    "where they are\nmissing; an iteration is one random deal. Its strategy is "
                    "the file that `player` reads.");
-    TrainingRequest& request = options->request;
-    command.add_option("GAME", options->game, "Game definition: a path, or a name in --dir")
-        ->required();
-    command.add_option("--algorithm", options->algorithm, algorithmHelp())
+    command.add_option("GAME", *game, "Game definition: a path, or a name in --dir")->required();
+    command
+        .add_option_function<std::string>(
+            "--algorithm",
+            [=](const std::string& given) { request->algorithm = algorithmNamed(given); },
+            algorithmHelp())
         ->check(CLI::IsMember(algorithmNames()));
-    addWholeNumber(command, "--iterations", request.goal.iterations, 1, largestCount,
+    addWholeNumber(command, "--iterations", request->goal.iterations, 1, largestCount,
                    "Goal: iterations in all");
-    addSeconds(command, "--seconds", options->seconds, "Goal: seconds of this run")
-        ->default_str("");
-    command.add_option("--until-nashconv", request.goal.nashConv, "Goal: NashConv, chips a hand")
+    addSeconds(command, "--seconds", request->goal.seconds, "Goal: seconds of this run");
+    command.add_option("--until-nashconv", request->goal.nashConv, "Goal: NashConv, chips a hand")
         ->transform(decimalNumber(1e-300, 1e9))
         ->type_name("CHIPS");
-    addWholeNumber(command, "--sampled-deals", request.sampledDeals, 1, 1'000'000,
+    addWholeNumber(command, "--sampled-deals", request->sampledDeals, 1, 1'000'000,
                    "Deals drawn for each iteration; all of them when not given")
         ->default_str("");
     command.add_option(
-        "--out", request.out,
+        "--out", request->out,
         "Where the results go; DIR/strategies/GAME, and where `player` looks for hold'em");
     CLI::Option* resume =
-        command.add_flag("--resume", request.resume, "Go on from the newest checkpoint");
-    command.add_flag("--fresh", request.fresh, "Start over where checkpoints are")
+        command.add_flag("--resume", request->resume, "Go on from the newest checkpoint");
+    command.add_flag("--fresh", request->fresh, "Start over where checkpoints are")
         ->excludes(resume);
-    addWholeNumber(command, "--checkpoint-every", request.checkpointEvery, 1, largestCount,
+    addWholeNumber(command, "--checkpoint-every", request->checkpointEvery, 1, largestCount,
                    "Iterations between checkpoints; one at the end when not given, and for "
                    "hold'em one every ten minutes too")
         ->default_str("");
-    command.add_flag("--dry-run", request.dryRun, "Print what it would take");
-    addDirectoryOption(command, request.directory);
-    addSeedOption(command, request.seed);
-    addWholeNumber(command, "--threads", request.threads, 0, mostThreads,
+    command.add_flag("--dry-run", request->dryRun, "Print what it would take");
+    addDirectoryOption(command, request->directory);
+    addSeedOption(command, request->seed);
+    addWholeNumber(command, "--threads", request->threads, 0, mostThreads,
                    "Threads to use, 0 for all cores; 1 for small games and all for hold'em "
                    "when not given. The results do not depend on it");
-    addJsonOption(command, request.json);
-    addQuietOption(command, request.quiet);
-    command.callback([options, &status] { status = train(*options); });
+    addJsonOption(command, request->json);
+    addQuietOption(command, request->quiet);
+    command.callback([=, &status] { status = train(*game, *request); });
 }
 
 } // namespace tamarin

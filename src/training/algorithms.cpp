@@ -1,82 +1,82 @@
 #include "training/algorithms.h"
 
-#include <algorithm>
 #include <cassert>
-#include <iterator>
 
 namespace tamarin {
 
 namespace {
 
-constexpr uint8_t bit(Trained what) {
-    return static_cast<uint8_t>(what);
-}
-
-// The defaults are the best measured: docs/holdem-training.md has the figures. With three players,
-// discounting a hundred million sets after every block would cost more than it gains.
-constexpr AlgorithmInfo algorithms[] = {
-    {Algorithm::cfr, "cfr", "plain sums", 0, nullptr},
-    {Algorithm::cfrPlus, "cfr+", "regrets floored at 0, late strategies count more", 0, nullptr},
-    {Algorithm::linear, "lcfr", "late regrets and strategies count more",
-     bit(Trained::threePlayerHoldem), nullptr},
-    {Algorithm::discounted, "dcfr", "early regrets and strategies are forgotten by and by",
-     bit(Trained::smallGame) | bit(Trained::twoPlayerHoldem), nullptr},
-    {Algorithm::predictive, "pcfr+", "cfr+ that plays against the regrets it expects next", 0,
+constexpr struct Entry {
+    Algorithm algorithm;
+    const char* name;
+    const char* what;
+    const char* notForHoldem = nullptr;
+} table[] = {
+    {Algorithm::cfr, "cfr", "plain sums"},
+    {Algorithm::cfrPlus, "cfr+", "regrets floored at 0, late strategies count more"},
+    {Algorithm::linear, "lcfr", "late regrets and strategies count more"},
+    {Algorithm::discounted, "dcfr", "early regrets and strategies are forgotten by and by"},
+    {Algorithm::predictive, "pcfr+", "cfr+ that plays against the regrets it expects next",
      "it needs all deals at once, which hold'em cannot have"},
-    {Algorithm::player, "player", "the player's own rule, which nears no equilibrium", 0, nullptr},
+    {Algorithm::player, "player", "the player's own rule, which nears no equilibrium"},
 };
 
+// By measurement: docs/holdem-training.md has the figures. With three players, discounting a
+// hundred million sets after every block would cost more than it gains.
 constexpr struct {
-    Trained what;
-    const char* name;
-} trained[] = {{Trained::smallGame, "small games"},
-               {Trained::twoPlayerHoldem, "two-player hold'em"},
-               {Trained::threePlayerHoldem, "three-player hold'em"}};
+    const char* what;
+    Algorithm algorithm;
+} defaults[] = {{"small games", Algorithm::discounted},
+                {"two-player hold'em", Algorithm::discounted},
+                {"three-player hold'em", Algorithm::linear}};
 
-template <class Condition>
-const AlgorithmInfo* find(Condition condition) {
-    const auto* const found = std::find_if(std::begin(algorithms), std::end(algorithms), condition);
-    return found == std::end(algorithms) ? nullptr : found;
+const Entry& entryOf(Algorithm algorithm) {
+    for (const Entry& entry : table)
+        if (entry.algorithm == algorithm)
+            return entry;
+    assert(!"an algorithm without an entry");
+    return table[0];
 }
 
 } // namespace
 
-std::span<const AlgorithmInfo> allAlgorithms() {
-    return algorithms;
-}
-
-const AlgorithmInfo& algorithmInfo(Algorithm algorithm) {
-    const auto* const info = find([=](const auto& of) { return of.algorithm == algorithm; });
-    assert(info != nullptr);
-    return *info;
-}
-
 const char* algorithmName(Algorithm algorithm) {
-    return algorithmInfo(algorithm).name;
+    return entryOf(algorithm).name;
 }
 
 std::optional<Algorithm> algorithmNamed(const std::string& name) {
-    const auto* const info = find([&](const auto& of) { return name == of.name; });
-    return info == nullptr ? std::nullopt : std::optional(info->algorithm);
+    for (const Entry& entry : table)
+        if (name == entry.name)
+            return entry.algorithm;
+    return std::nullopt;
+}
+
+const char* whyNotForHoldem(Algorithm algorithm) {
+    return entryOf(algorithm).notForHoldem;
 }
 
 Algorithm defaultAlgorithm(Trained what) {
-    const auto* const info = find([=](const auto& of) { return (of.defaultFor & bit(what)) != 0; });
-    assert(info != nullptr);
-    return info->algorithm;
+    return defaults[static_cast<size_t>(what)].algorithm;
+}
+
+std::vector<std::string> algorithmNames() {
+    std::vector<std::string> names;
+    for (const Entry& entry : table)
+        names.emplace_back(entry.name);
+    return names;
 }
 
 std::string algorithmHelp() {
     std::string help;
-    for (const AlgorithmInfo& info : algorithms) {
-        help += std::string(help.empty() ? "" : "\n") + info.name + ": " + info.what;
+    for (const Entry& entry : table) {
+        help += std::string(help.empty() ? "" : "\n") + entry.name + ": " + entry.what;
         const char* before = "; the default for ";
-        for (const auto& [what, name] : trained)
-            if ((info.defaultFor & bit(what)) != 0) {
-                help += std::string(before) + name;
+        for (const auto& [what, algorithm] : defaults)
+            if (algorithm == entry.algorithm) {
+                help += std::string(before) + what;
                 before = " and ";
             }
-        if (info.notForHoldem != nullptr)
+        if (entry.notForHoldem != nullptr)
             help += "; not for hold'em";
     }
     return help;

@@ -1,16 +1,31 @@
 #include "training/holdem_trainer.h"
 
 #include "holdem/deals.h"
+#include "training/checkpoint_frame.h"
 
 #include <algorithm>
 #include <cassert>
 #include <cmath>
-#include <cstring>
+#include <cstdio>
 #include <omp.h>
 
 namespace tamarin {
 
 namespace {
+
+constexpr CheckpointKind kind{"tmrnhold", 3, "a checkpoint of hold'em training"};
+
+static_assert(sizeof(SetNumbers) == 48);
+
+std::string configText(const Game& game, const HoldemBuckets& buckets,
+                       const HoldemTrainerConfig& config) {
+    char hex[17];
+    std::snprintf(hex, sizeof hex, "%016llx",
+                  static_cast<unsigned long long>(fingerprintOf(game, buckets)));
+    return gameConfig(game) + "algorithm = " + algorithmName(config.algorithm) +
+           "\nseed = " + std::to_string(config.seed) + "\nblock = " + std::to_string(config.block) +
+           "\nbatch = " + std::to_string(config.batch) + "\nbuckets = " + hex + "\n";
+}
 
 HoldemRule ruleOf(Algorithm algorithm) {
     switch (algorithm) {
@@ -35,7 +50,7 @@ HoldemTrainer::HoldemTrainer(const Game& game, const HoldemBuckets& buckets,
                              const HoldemTrainerConfig& config)
     : game_(game), buckets_(buckets), config_(config), sets_(game),
       walk_(game, sets_, config.threads), batch_(config.batch) {
-    assert(algorithmInfo(config.algorithm).notForHoldem == nullptr);
+    assert(whyNotForHoldem(config.algorithm) == nullptr);
     assert(config.batch > 0 && config.block > 0);
     assert(config.algorithm != Algorithm::discounted || config.block % config.batch == 0);
 }
@@ -103,6 +118,25 @@ double HoldemTrainer::averageRegret() const {
     const auto t = static_cast<double>(deals_);
     const double weight = config_.algorithm == Algorithm::linear ? t * (t + 1.0) / 2.0 : t;
     return weight == 0.0 ? 0.0 : sum / weight / static_cast<double>(sets_.numSets());
+}
+
+Status HoldemTrainer::writeCheckpoint(const std::string& path, FileSystem& files) const {
+    return writeCheckpointFile(path, kind, configText(game_, buckets_, config_), deals_,
+                               {std::as_bytes(std::span(sets_.numbers(), sets_.numSets()))}, files);
+}
+
+Status HoldemTrainer::readCheckpoint(const std::string& path, FileSystem& files) {
+    Result<CheckpointFile> file = CheckpointFile::open(path, kind, files);
+    if (!file)
+        return Error{file.error()};
+    if (Status same = file->madeWith(configText(game_, buckets_, config_)); !same)
+        return same;
+    if (Status read =
+            file->read({std::as_writable_bytes(std::span(sets_.numbers(), sets_.numSets()))});
+        !read)
+        return read;
+    deals_ = file->iteration();
+    return {};
 }
 
 } // namespace tamarin

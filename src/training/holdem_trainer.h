@@ -55,9 +55,9 @@ public:
 
     double averageRegret() const;
 
-    // A checkpoint is one file of its own kind, with the configuration and a checksum; see the .cpp
-    // for its layout. readCheckpoint refuses, in words, what is none, is damaged, or was made with
-    // another configuration.
+    // A checkpoint is the frame of training/checkpoint_frame.h around the SetNumbers of all
+    // information sets, 48 bytes each. Version 2 had a frame of its own. What CheckpointFile
+    // refuses is refused here, and nothing changes then.
     Status writeCheckpoint(const std::string& path, FileSystem& files = systemFiles()) const;
     Status readCheckpoint(const std::string& path, FileSystem& files = systemFiles());
 

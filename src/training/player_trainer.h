@@ -7,8 +7,6 @@
 
 #include "training/small_game_trainer.h"
 
-#include <functional>
-
 namespace tamarin {
 
 class PlayerTrainer : public SmallGameTrainer {
@@ -23,8 +21,6 @@ public:
     void restore(const TrainerState& state) override;
 
 private:
-    void eachNode(const std::function<void(size_t set, CFRNode& node)>& visit) const;
-
     Game rules_;
     CFR solver_;
     uint64_t iteration_ = 0;

@@ -1,8 +1,7 @@
 // What all trainers of a small game have in common: they run, can be measured, saved and resumed.
-//
-//   player  the player's own training, CFR::train: one random deal an iteration, regrets weighed
-//           with the reach of the player who acted last. Does not approach an equilibrium
-//   cfr, cfr+, lcfr, dcfr, pcfr+     counterfactual weights; see training/equilibrium.h
+// The player's own training, CFR::train, takes one random deal an iteration and weighs regrets with
+// the reach of the player who acted last; it does not approach an equilibrium. The others are in
+// training/equilibrium.h.
 #pragma once
 
 #include "training/algorithms.h"
@@ -11,6 +10,7 @@
 #include "training/trainer.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -55,6 +55,10 @@ public:
 
 protected:
     SmallGameTrainer(const SmallGame& game, int threads) : game_(game), threads_(threads) {}
+    // The nodes of a solver of the game, with their sets.
+    void eachNode(const CFR& solver,
+                  const std::function<void(size_t set, CFRNode& node)>& visit) const;
+
     const SmallGame& game_;
     const int threads_; // 0: one a core
 };

@@ -37,101 +37,92 @@ uint64_t roundUp(uint64_t value, uint64_t block) {
     return (value + block - 1) / block * block;
 }
 
-class Run {
-public:
-    Run(Trainer& trainer, const TrainingGoal& goal, const TrainingHooks& hooks, const Clock& clock)
-        : trainer_(trainer), goal_(goal), hooks_(hooks), clock_(clock), start_(clock.now()),
-          first_(trainer.iteration()),
-          last_(goal.iterations ? roundUp(*goal.iterations, trainer.block()) : UINT64_MAX),
-          lookAt_(nextStep(first_, trainer.block())) {
-        planSave();
-    }
+struct Run {
+    Trainer& trainer;
+    const TrainingGoal& goal;
+    const TrainingHooks& hooks;
+    const Clock& clock;
+    const TimePoint start = clock.now();
+    const uint64_t first = trainer.iteration();
+    const uint64_t last = goal.iterations ? roundUp(*goal.iterations, trainer.block()) : UINT64_MAX;
+    uint64_t lookAt = nextStep(first, trainer.block());
+    uint64_t saveAt = UINT64_MAX;
+    TimePoint savedAt = start;
+    uint64_t stretch = 1; // iterations between two looks at the clock and the stop flag
+    uint64_t reported = UINT64_MAX;
+    bool closeEnough = false;
 
     TrainingEnd run() {
+        planSave();
         std::optional<TrainingEnd> end;
         while (!(end = reached())) {
             advance();
-            if (hooks_.progress)
-                hooks_.progress(trainer_.iteration());
-            if (hooks_.save && saveIsDue()) {
-                hooks_.save();
+            if (hooks.progress)
+                hooks.progress(trainer.iteration());
+            if (hooks.save && saveIsDue()) {
+                hooks.save();
                 planSave();
             }
-            if (trainer_.iteration() >= lookAt_) {
+            if (trainer.iteration() >= lookAt) {
                 report();
-                lookAt_ = nextStep(trainer_.iteration(), trainer_.block());
+                lookAt = nextStep(trainer.iteration(), trainer.block());
             }
         }
-        if (reported_ != trainer_.iteration())
+        if (reported != trainer.iteration())
             report();
         return *end;
     }
 
-private:
-    double since(TimePoint then) const { return seconds(clock_.now() - then); }
+    double since(TimePoint then) const { return seconds(clock.now() - then); }
 
     std::optional<TrainingEnd> reached() {
-        if (closeEnough_)
+        if (closeEnough)
             return TrainingEnd::nashConv;
-        if (trainer_.iteration() >= last_)
+        if (trainer.iteration() >= last)
             return TrainingEnd::iterations;
-        if (hooks_.stop && hooks_.stop())
+        if (hooks.stop && hooks.stop())
             return TrainingEnd::stopped;
-        if (goal_.seconds && since(start_) >= *goal_.seconds)
+        if (goal.seconds && since(start) >= *goal.seconds)
             return TrainingEnd::seconds;
         return std::nullopt;
     }
 
     void advance() {
-        const TimePoint before = clock_.now();
-        const uint64_t from = trainer_.iteration();
-        const uint64_t until = std::min({last_, lookAt_, saveAt_, from + stretch_});
-        trainer_.run(until - from);
+        const TimePoint before = clock.now();
+        const uint64_t from = trainer.iteration();
+        const uint64_t until = std::min({last, lookAt, saveAt, from + stretch});
+        trainer.run(until - from);
         const double took = since(before);
-        if (until - from < stretch_)
+        if (until - from < stretch)
             return;
         if (took < 0.005)
-            stretch_ *= 2;
+            stretch *= 2;
         else if (took > 0.02)
-            stretch_ = std::max<uint64_t>(1, stretch_ / 2);
+            stretch = std::max<uint64_t>(1, stretch / 2);
     }
 
     bool saveIsDue() const {
-        return trainer_.iteration() >= saveAt_ ||
-               (hooks_.saveEverySeconds > 0.0 && since(savedAt_) >= hooks_.saveEverySeconds);
+        return trainer.iteration() >= saveAt ||
+               (hooks.saveEverySeconds > 0.0 && since(savedAt) >= hooks.saveEverySeconds);
     }
 
     void planSave() {
-        savedAt_ = clock_.now();
-        if (hooks_.save && hooks_.saveEvery != 0)
-            saveAt_ = roundUp((trainer_.iteration() / hooks_.saveEvery + 1) * hooks_.saveEvery,
-                              trainer_.block());
+        savedAt = clock.now();
+        if (hooks.save && hooks.saveEvery != 0)
+            saveAt = roundUp((trainer.iteration() / hooks.saveEvery + 1) * hooks.saveEvery,
+                             trainer.block());
     }
 
     void report() {
-        reported_ = trainer_.iteration();
-        const double took = since(start_);
-        const double rate = took > 0.0 ? static_cast<double>(reported_ - first_) / took : 0.0;
-        const TrainingStep step{reported_, took, rate, trainer_.measure()};
+        reported = trainer.iteration();
+        const double took = since(start);
+        const double rate = took > 0.0 ? static_cast<double>(reported - first) / took : 0.0;
+        const TrainingStep step{reported, took, rate, trainer.measure()};
         if (const auto* value = std::get_if<ProfileValue>(&step.measure))
-            closeEnough_ = goal_.nashConv && value->nashConv() <= *goal_.nashConv;
-        if (hooks_.step)
-            hooks_.step(step);
+            closeEnough = goal.nashConv && value->nashConv() <= *goal.nashConv;
+        if (hooks.step)
+            hooks.step(step);
     }
-
-    Trainer& trainer_;
-    const TrainingGoal& goal_;
-    const TrainingHooks& hooks_;
-    const Clock& clock_;
-    const TimePoint start_;
-    const uint64_t first_;
-    const uint64_t last_;
-    uint64_t lookAt_;
-    uint64_t saveAt_ = UINT64_MAX;
-    TimePoint savedAt_;
-    uint64_t stretch_ = 1; // iterations between two looks at the clock and the stop flag
-    uint64_t reported_ = UINT64_MAX;
-    bool closeEnough_ = false;
 };
 
 } // namespace
@@ -144,17 +135,9 @@ std::string stepAsJson(const TrainingStep& step) {
 }
 
 const char* describe(TrainingEnd end) {
-    switch (end) {
-    case TrainingEnd::iterations:
-        return "all iterations done";
-    case TrainingEnd::seconds:
-        return "time is up";
-    case TrainingEnd::nashConv:
-        return "NashConv reached";
-    case TrainingEnd::stopped:
-        return "stopped by a signal";
-    }
-    return "";
+    constexpr const char* texts[] = {"all iterations done", "time is up", "NashConv reached",
+                                     "stopped by a signal"};
+    return texts[static_cast<size_t>(end)];
 }
 
 uint64_t nextStep(uint64_t iteration, uint64_t block) {
@@ -166,7 +149,7 @@ uint64_t nextStep(uint64_t iteration, uint64_t block) {
 
 TrainingEnd runTraining(Trainer& trainer, const TrainingGoal& goal, const TrainingHooks& hooks,
                         const Clock& clock) {
-    return Run(trainer, goal, hooks, clock).run();
+    return Run{trainer, goal, hooks, clock}.run();
 }
 
 } // namespace tamarin
