@@ -4,7 +4,8 @@
 #include "fuzz/fuzz.h"
 #include "fuzz/memory_file.h"
 #include "solver/cfr.h"
-#include "training/strategy_check.h"
+#include "strategy/soundness.h"
+#include "training/small_game.h"
 
 #include <cstring>
 #include <fstream>
@@ -66,7 +67,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Solver solver(&game);
     const MemoryFile file(data + 1, size - 1);
     static const std::unique_ptr<SmallGame> kuhn = std::move(*SmallGame::make(gameOf(false)));
-    const bool whole = game.numPlayers == 3 && checkStrategyFile(*kuhn, file.name()).ok();
+    const bool whole =
+        game.numPlayers == 3 && checkStrategyFile(kuhn->game(), kuhn->tree(), file.name()).ok();
     if (!solver.load(file.name())) {
         expect(!whole, "a file that is whole and right loads");
         expect(!solver.isTreeReady(), "a file that did not load leaves a solver that is not ready");

@@ -1,7 +1,7 @@
 #include "driver/KuhnAgent.h"
 
 #include "driver/strategy_files.h"
-#include "driver/strategy_fit.h"
+#include "strategy/soundness.h"
 #include "support/rng.h"
 
 #include <algorithm>
@@ -72,7 +72,9 @@ void KuhnAgent::releaseSolvers() {
 bool KuhnAgent::loadStrategies() {
     for (int seat = 0; seat < numSeats; ++seat) {
         solver[seat] = new CFR(game);
-        const auto fits = [this](CFR& loaded) { return tamarin::holdsSmallGame(loaded, *game); };
+        const auto fits = [this](CFR& loaded) {
+            return tamarin::holdsSmallGame(loaded.nodes(), *game);
+        };
         if (!tamarin::loadStrategy(*solver[seat], KuhnStrategyFiles[seat], fits))
             return false;
     }

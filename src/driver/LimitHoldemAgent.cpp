@@ -1,7 +1,7 @@
 #include "driver/LimitHoldemAgent.h"
 
 #include "driver/strategy_files.h"
-#include "driver/strategy_fit.h"
+#include "holdem/strategy_fit.h"
 #include "support/step_progress.h"
 #include "table_builder/table_builder.h"
 
@@ -85,7 +85,7 @@ LimitHoldemAgent::LimitHoldemAgent(const char* gameFile, unsigned long long iter
     const std::string file = strategyFileOf(*game);
     solver = std::make_unique<CFR>(game);
     const bool loaded = tamarin::loadStrategy(
-        *solver, file, [&](CFR& read) { return tamarin::holdsHoldemGame(read, *game); });
+        *solver, file, [&](CFR& read) { return tamarin::holdsHoldemGame(read.nodes(), *game); });
     if (!loaded) {
         solver = std::make_unique<CFR>(game); // a bad file may have left a part of itself
         std::cout << "Training hold'em agent with " << iterations

@@ -1,5 +1,7 @@
 #include "holdem/sets.h"
 
+#include "strategy/soundness.h"
+
 #include <cstring>
 #include <limits>
 #include <new>
@@ -106,13 +108,13 @@ bool HoldemSets::find(int m, const std::string& key, CFRNode& node) const {
 
 bool HoldemSets::set(int m, const std::string& key, const CFRNode& from) {
     Place place;
-    if (!locate(m, key, place) || !from.hasSoundSums())
+    if (!locate(m, key, place))
         return false;
     const CompiledTree::Node& node = tree_.nodes()[static_cast<size_t>(place.node)];
+    if (!faultOf(from, legalActions(node), ValidActions::allLegal).empty())
+        return false;
     SetNumbers& numbers = numbers_[layout_.index(node, place.bucket)];
     for (int a = 0; a < numAbstractedActions; ++a) {
-        if (from.isActionValid(a) != (node.child[a] != CompiledTree::noChild))
-            return false;
         numbers.regret[a] = from.isActionValid(a) ? from.regretSum[a] : 0.0;
         numbers.strategy[a] = from.strategySum[a];
     }

@@ -63,9 +63,7 @@ bool readMap(Reader& reader, tamarin::NodeMap& map) {
         const auto [at, isNew] = map.try_emplace(std::string(record.key, length), nullptr);
         if (!isNew)
             return false;
-        at->second = new CFRNode;
-        std::memcpy(at->second->regretSum, record.regretSum, sizeof record.regretSum);
-        std::memcpy(at->second->strategySum, record.strategySum, sizeof record.strategySum);
+        at->second = new CFRNode(tamarin::nodeOf(record));
     }
     return true;
 }

@@ -35,13 +35,6 @@ int CFRNode::getNumValidActions() const {
     return count;
 }
 
-bool CFRNode::hasSoundSums() const {
-    for (int a = 0; a < numAbstractedActions; ++a)
-        if (std::isinf(regretSum[a]) || !std::isfinite(strategySum[a]) || strategySum[a] < 0.0)
-            return false;
-    return true;
-}
-
 void CFRNode::getStrategy(double weight, double* strategy) {
     double total = 0.0;
     for (int a = 0; a < numAbstractedActions; ++a) {

@@ -24,9 +24,6 @@ public:
     // The strategy gathered so far is left as it is.
     void setActionInvalid(int a);
     int getNumValidActions() const;
-    // Whether the numbers can have come from training: no infinite regret, and strategy sums that
-    // are finite and not negative. A damaged file's may not.
-    bool hasSoundSums() const;
 
     // Regret matching (Hart and Mas-Colell 2000) on the positive regrets: the current strategy goes
     // to strategy[0..2], and weight times it is added to strategySum. Invalid actions get 0.

@@ -9,13 +9,6 @@ namespace tamarin {
 
 namespace {
 
-CFRNode nodeOf(const StrategyRecord& record) {
-    CFRNode node;
-    std::memcpy(node.regretSum, record.regretSum, sizeof record.regretSum);
-    std::memcpy(node.strategySum, record.strategySum, sizeof record.strategySum);
-    return node;
-}
-
 // Keys have an end within their field.
 int compareKeys(const StrategyRecord& a, const StrategyRecord& b) {
     return std::strcmp(a.key, b.key);

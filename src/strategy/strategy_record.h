@@ -4,9 +4,12 @@
 //     for each node, in key order:   108 bytes   StrategyRecord
 #pragma once
 
+#include "strategy/cfr_node.h"
+
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace tamarin {
 
@@ -23,5 +26,12 @@ static_assert(offsetof(StrategyRecord, strategySum) == 84);
 static_assert(std::endian::native == std::endian::little);
 
 using StrategyCount = uint32_t;
+
+inline CFRNode nodeOf(const StrategyRecord& record) {
+    CFRNode node;
+    std::memcpy(node.regretSum, record.regretSum, sizeof record.regretSum);
+    std::memcpy(node.strategySum, record.strategySum, sizeof record.strategySum);
+    return node;
+}
 
 } // namespace tamarin

@@ -1,4 +1,5 @@
 // tamarin prepare: everything that a game needs, so that `player` starts at once.
+#include "strategy/soundness.h"
 #include "support/file.h"
 #include "support/interrupt.h"
 #include "support/progress.h"
@@ -10,7 +11,6 @@
 #include "toolbox/numbers.h"
 #include "toolbox/playing_directory.h"
 #include "toolbox/strategies.h"
-#include "training/strategy_check.h"
 
 #include <filesystem>
 
@@ -37,7 +37,8 @@ Result<bool> goodStrategiesIn(const NamedGame& game, const std::string& strategi
         }
         if (const auto readable = MappedFile::open(path); !readable)
             return Error{readable.error()};
-        if (const Status checked = checkStrategyFile(*game.small, path); !checked) {
+        if (const Status checked = checkStrategyFile(*game.rules, game.small->tree(), path);
+            !checked) {
             whole = false;
             complain("{}: making it anew", checked.error());
             damaged.push_back(path);

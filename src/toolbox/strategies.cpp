@@ -1,10 +1,11 @@
 #include "toolbox/strategies.h"
 
+#include "strategy/mapped_strategy.h"
+#include "strategy/soundness.h"
 #include "strategy/strategy_file.h"
 #include "support/file.h"
 #include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"
-#include "training/strategy_check.h"
 
 #include <algorithm>
 
@@ -38,13 +39,13 @@ std::string strategyPath(const std::string& strategies, size_t seat) {
 }
 
 Result<Profile> readStrategy(const SmallGame& game, const std::string& path) {
-    if (const Status whole = checkStrategyFile(game, path); !whole)
+    const Game& rules = game.game();
+    if (const Status whole = checkStrategyFile(rules, game.tree(), path); !whole)
         return Error{whole.error()};
-    Game rules = game.game();
-    CFR solver(&rules);
-    if (!solver.load(path))
-        return Error{path + " changed while it was read: try again"};
-    auto profile = averageProfile(game, solver);
+    const auto strategy = MappedStrategy::open(path, rules.numPlayers * rules.numRounds);
+    if (!strategy)
+        return Error{strategy.error()};
+    auto profile = averageProfile(game, *strategy);
     if (!profile)
         return Error{path + ": " + profile.error()};
     return profile;
@@ -70,8 +71,9 @@ Result<Profile> readStrategies(const SmallGame& game, const std::string& strateg
     return together;
 }
 
-Status writeStrategies(const SmallGame& game, const SmallGameTrainer& trainer, const std::string& strategies,
-                       const std::string& made, const std::string& gameName) {
+Status writeStrategies(const SmallGame& game, const SmallGameTrainer& trainer,
+                       const std::string& strategies, const std::string& made,
+                       const std::string& gameName) {
     if (Status there = makeDirectories(strategies); !there)
         return there;
     Game rules = game.game();

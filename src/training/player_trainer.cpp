@@ -29,7 +29,7 @@ void PlayerTrainer::run(uint64_t iterations) {
 }
 
 Profile PlayerTrainer::average() const {
-    return *averageProfile(game_, solver_);
+    return *averageProfile(game_, solver_.nodes());
 }
 
 TrainerState PlayerTrainer::state() const {

@@ -1,9 +1,8 @@
 #include "training/profile.h"
 
+#include "strategy/soundness.h"
 #include "tree/card_rank_keys.h"
 #include "tree/deck.h"
-
-#include <cmath>
 
 namespace tamarin {
 
@@ -23,48 +22,39 @@ Profile uniformProfile(const SmallGame& game) {
 
 namespace {
 
-Result<std::array<double, numAbstractedActions>>
-averageOf(const CompiledTree::Node& at, const CFRNode& node, const std::string& key) {
+std::array<double, numAbstractedActions> averageOf(const CFRNode& node) {
     std::array<double, numAbstractedActions> shares{};
     if (node.getNumValidActions() == 0) {
         shares[actionCall] = 1.0;
         return shares;
     }
-    double average[numAbstractedActions];
-    node.getAverageStrategy(average);
-    for (int a = 0; a < numAbstractedActions; ++a) {
+    node.getAverageStrategy(shares.data());
+    for (int a = 0; a < numAbstractedActions; ++a)
         if (!node.isActionValid(a))
-            continue;
-        if (at.child[a] == CompiledTree::noChild)
-            return Error{"information set " + key + " allows " + abstractedActionNames[a] +
-                         ", which the rules do not: the strategy is another game's"};
-        if (!std::isfinite(average[a]) || average[a] < 0.0)
-            return Error{"information set " + key + " has no strategy: its sums are damaged"};
-        shares[static_cast<size_t>(a)] = average[a];
-    }
+            shares[static_cast<size_t>(a)] = 0.0;
     return shares;
 }
 
 } // namespace
 
-Result<Profile> averageProfile(const SmallGame& game, const CFR& solver) {
+Result<Profile> averageProfile(const SmallGame& game, const NodeStore& strategy) {
     Profile profile(game.layout().numSets());
     const std::vector<CompiledTree::Node>& nodes = game.tree().nodes();
-    for (size_t n = 0; n < nodes.size(); ++n) {
-        const NodeMap& map = solver.nodeMap(nodes[n].player, nodes[n].round);
+    for (size_t n = 0; n < nodes.size(); ++n)
         for (uint32_t field = 0; field < game.layout().numBuckets(nodes[n].slot); ++field) {
             const std::string key =
                 cardRankKey(game.tree(), static_cast<int32_t>(n), static_cast<int>(field));
-            const auto found = map.find(key);
-            if (found == map.end())
+            CFRNode node;
+            if (!strategy.find(nodes[n].round + nodes[n].player * game.game().numRounds, key, node))
                 return Error{"information set " + key +
                              " is missing: the strategy is another game's, or not whole"};
-            auto shares = averageOf(nodes[n], *found->second, key);
-            if (!shares)
-                return Error{shares.error()};
-            profile[game.layout().index(nodes[n], field)] = *shares;
+            const std::string fault =
+                faultOf(node, legalActions(nodes[n]), ValidActions::someLegal);
+            if (!fault.empty())
+                return Error{"information set " + key + " " + fault +
+                             ": the strategy is damaged or another game's"};
+            profile[game.layout().index(nodes[n], field)] = averageOf(node);
         }
-    }
     return profile;
 }
 

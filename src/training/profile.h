@@ -1,7 +1,7 @@
 // A strategy for every seat: the probability of each action in each card-rank information set.
 #pragma once
 
-#include "solver/cfr.h"
+#include "strategy/node_store.h"
 #include "training/small_game.h"
 
 #include <array>
@@ -15,9 +15,9 @@ using Profile = std::vector<std::array<double, numAbstractedActions>>;
 // Everybody takes every legal action alike.
 Profile uniformProfile(const SmallGame& game);
 
-// The average strategies of a solver's nodes, as an agent plays them: where elimination has left no
+// The average strategies of nodes, as an agent plays them: where elimination has left no
 // action, that is a call. An error names the first set that is missing, or that allows what the
 // rules forbid: the solver then belongs to another game.
-Result<Profile> averageProfile(const SmallGame& game, const CFR& solver);
+Result<Profile> averageProfile(const SmallGame& game, const NodeStore& strategy);
 
 } // namespace tamarin

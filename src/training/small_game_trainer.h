@@ -4,6 +4,7 @@
 // training/equilibrium.h.
 #pragma once
 
+#include "solver/cfr.h"
 #include "training/algorithms.h"
 #include "training/profile.h"
 #include "training/small_game.h"

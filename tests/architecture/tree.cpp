@@ -36,7 +36,7 @@ const RoomUses& allowedUses() {
         {"eval", {"support", "game"}},
         {"abstraction", {"support", "index", "game", "eval"}},
         {"tree", {"support", "game"}},
-        {"strategy", {"support", "tree"}},
+        {"strategy", {"support", "game", "tree"}},
         {"holdem", {"support", "index", "game", "abstraction", "tree", "strategy"}},
         {"solver", {"support", "index", "game", "abstraction", "tree", "strategy", "holdem"}},
         {"training", {"support", "game", "abstraction", "tree", "strategy", "holdem", "solver"}},

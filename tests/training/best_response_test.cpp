@@ -104,7 +104,7 @@ void expectBruteForceAgrees(const GamePtr& game, int seat, uint64_t iterations) 
         trainer->run(iterations);
         trainer->store(solver);
     }
-    const Result<Profile> profile = averageProfile(*compiled, solver);
+    const Result<Profile> profile = averageProfile(*compiled, solver.nodes());
     ASSERT_TRUE(profile.ok()) << profile.error();
     EXPECT_NEAR(bestResponseValue(*compiled, *profile, static_cast<size_t>(seat)),
                 bruteForce(solver, *game, seat), 1e-12);
@@ -197,7 +197,7 @@ TEST(BestResponse, ValuesAreThoseOfTheSolver) {
         const QuietOutput quiet;
         solver.buildTree();
         solver.train(200);
-        const Result<Profile> profile = averageProfile(*compiled, solver);
+        const Result<Profile> profile = averageProfile(*compiled, solver.nodes());
         ASSERT_TRUE(profile.ok());
         std::vector<double> value(game->numPlayers);
         solver.calcUtility(value.data());

@@ -1,5 +1,6 @@
 #include "training/profile.h"
 
+#include "solver/cfr.h"
 #include "solver/games.h"
 
 #include <limits>
@@ -14,7 +15,7 @@ protected:
     Profiles() { solver.buildTree(); }
     CFRNode& node(const std::string& key) { return *solver.nodeMap(key[0] - '0', 0).at(key); }
     std::string error() {
-        const auto profile = averageProfile(*game, solver);
+        const auto profile = averageProfile(*game, solver.nodes());
         return profile ? "" : profile.error();
     }
     GamePtr rules = kuhn3();
@@ -23,7 +24,7 @@ protected:
 };
 
 TEST_F(Profiles, OfAFreshSolverIsUniform) {
-    const auto profile = averageProfile(*game, solver);
+    const auto profile = averageProfile(*game, solver.nodes());
     ASSERT_TRUE(profile.ok());
     EXPECT_EQ(*profile, uniformProfile(*game));
 }
@@ -31,7 +32,7 @@ TEST_F(Profiles, OfAFreshSolverIsUniform) {
 TEST_F(Profiles, HasTheAverageOfEachNode) {
     node("0:0:2:").strategySum[1] = 1;
     node("0:0:2:").strategySum[2] = 3;
-    const auto profile = averageProfile(*game, solver);
+    const auto profile = averageProfile(*game, solver.nodes());
     ASSERT_TRUE(profile.ok());
     const auto& shares = (*profile)[game->layout().index(game->tree().nodes()[0], 2)];
     EXPECT_EQ(shares, (std::array<double, 3>{0.0, 0.25, 0.75}));
@@ -41,7 +42,7 @@ TEST_F(Profiles, ANodeThatLostEverythingCalls) {
     CFRNode& raised = node("1:0:0:r");
     raised.setActionInvalid(0);
     raised.setActionInvalid(1);
-    const auto profile = averageProfile(*game, solver);
+    const auto profile = averageProfile(*game, solver.nodes());
     ASSERT_TRUE(profile.ok());
     for (const CompiledTree::Node& at : game->tree().nodes())
         if (at.player == 1 && at.child[2] == CompiledTree::noChild && at.parentEdge == 2) {
@@ -52,7 +53,7 @@ TEST_F(Profiles, ANodeThatLostEverythingCalls) {
 
 TEST_F(Profiles, NameWhatIsMissing) {
     CFR empty(rules.get());
-    const auto profile = averageProfile(*game, empty);
+    const auto profile = averageProfile(*game, empty.nodes());
     ASSERT_FALSE(profile.ok());
     EXPECT_EQ(profile.error(),
               "information set 0:0:0: is missing: the strategy is another game's, or not whole");
@@ -61,12 +62,13 @@ TEST_F(Profiles, NameWhatIsMissing) {
 TEST_F(Profiles, NameWhatTheRulesForbid) {
     node("0:0:1:").regretSum[0] = 0.0;
     EXPECT_EQ(error(), "information set 0:0:1: allows fold, which the rules do not: the strategy "
-                       "is another game's");
+                       "is damaged or another game's");
 }
 
 TEST_F(Profiles, RefuseSumsThatAreNoStrategy) {
     node("0:0:1:").strategySum[1] = std::numeric_limits<double>::infinity();
-    EXPECT_EQ(error(), "information set 0:0:1: has no strategy: its sums are damaged");
+    EXPECT_EQ(error(), "information set 0:0:1: has a damaged sum for call: the strategy is "
+                       "damaged or another game's");
     node("0:0:1:").strategySum[1] = -1.0;
     node("0:0:1:").strategySum[2] = 3.0;
     EXPECT_NE(error(), "");

@@ -23,7 +23,7 @@ TEST(SmallGameTrainer, StoresItsAverageAsASolversStrategy) {
             CFR solver(rules.get());
             trainer->store(solver);
             EXPECT_TRUE(solver.isTreeReady());
-            const auto stored = averageProfile(**game, solver);
+            const auto stored = averageProfile(**game, solver.nodes());
             ASSERT_TRUE(stored.ok());
             const Profile average = trainer->average();
             for (size_t set = 0; set < average.size(); ++set)
