@@ -13,10 +13,17 @@ namespace tamarin {
 
 namespace {
 
-std::string describe(const TrainingMeasure& measure) {
-    if (const auto* regret = std::get_if<AverageRegret>(&measure))
-        return fmt::format("average regret {:.3g}", regret->chips);
-    return fmt::format("NashConv {:.2e}", std::get<ProfileValue>(measure).nashConv());
+// How good the training is and, where time alone ends it, how long it goes on.
+std::string noteOn(const TrainingMeasure* measure, const TrainingGoal& goal, double took) {
+    std::string text;
+    if (const auto* value = std::get_if<ProfileValue>(measure))
+        text = fmt::format("NashConv {:.2e}", value->nashConv());
+    else if (const auto* regret = std::get_if<AverageRegret>(measure))
+        text = fmt::format("average regret {:.3g}", regret->chips);
+    if (goal.seconds && !goal.iterations && !goal.nashConv)
+        text += (text.empty() ? "" : ", ") + describeDuration(std::max(0.0, *goal.seconds - took)) +
+                " left";
+    return text;
 }
 
 } // namespace
@@ -43,12 +50,8 @@ TrainingOutcome runWatched(Trainer& trainer, const TrainingRequest& request, boo
     const TimePoint start = steadyClock().now();
     std::optional<TrainingStep> last;
     const auto note = [&] {
-        std::string text = last ? describe(last->measure) : "";
-        if (goal.seconds && !goal.iterations && !goal.nashConv) {
-            const double left = *goal.seconds - seconds(steadyClock().now() - start);
-            text += fmt::format(", {} left", describeDuration(std::max(0.0, left)));
-        }
-        return text;
+        const double took = seconds(steadyClock().now() - start);
+        return noteOn(last ? &last->measure : nullptr, goal, took);
     };
     Status saved;
     TrainingHooks hooks;

@@ -3,7 +3,6 @@
 #include "training/checkpoint_frame.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 
 namespace tamarin {
@@ -57,11 +56,10 @@ std::vector<std::string> listCheckpoints(const std::string& directory) {
 
 Status saveCheckpoint(const std::string& directory, const std::string& config,
                       const TrainerState& state, FileSystem& files) {
-    char name[64];
-    std::snprintf(name, sizeof name, "/%s%020llu", prefix.c_str(),
-                  static_cast<unsigned long long>(state.iteration));
+    const std::string digits = std::to_string(state.iteration);
+    const std::string name = prefix + std::string(20 - digits.size(), '0') + digits;
     if (Status written = writeCheckpointFile(
-            directory + name, kind, config, state.iteration,
+            directory + '/' + name, kind, config, state.iteration,
             {std::as_bytes(std::span(&state.random, 1)), std::as_bytes(std::span(state.sets))},
             files);
         !written)
@@ -71,7 +69,7 @@ Status saveCheckpoint(const std::string& directory, const std::string& config,
     size_t older = 0;
     std::vector<std::string> all = listCheckpoints(directory);
     for (auto path = all.rbegin(); path != all.rend(); ++path)
-        if (std::filesystem::path(*path).filename() < name + 1 && ++older >= kept)
+        if (std::filesystem::path(*path).filename() < name && ++older >= kept)
             files.unlink(path->c_str());
     return {};
 }

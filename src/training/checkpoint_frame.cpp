@@ -59,13 +59,26 @@ std::string difference(std::string_view there, std::string_view here) {
 } // namespace
 
 void WordChecksum::add(std::span<const std::byte> bytes) {
-    for (size_t at = 0; at < bytes.size(); at += sizeof(uint64_t)) {
+    const auto mix = [](uint64_t& chain, uint64_t word) {
+        chain = std::rotl((chain ^ word) * 0x9E3779B97F4A7C15U, 29);
+    };
+    size_t at = 0;
+    const auto addWord = [&] {
         uint64_t word = 0;
         std::memcpy(&word, bytes.data() + at, std::min(sizeof word, bytes.size() - at));
-        uint64_t& chain = chains_[next_];
-        chain = std::rotl((chain ^ word) * 0x9E3779B97F4A7C15U, 29);
-        next_ = (next_ + 1) % std::size(chains_);
-    }
+        mix(chains_[next_], word);
+        next_ = (next_ + 1) % chains_.size();
+        at += sizeof word;
+    };
+    while (next_ != 0 && at < bytes.size())
+        addWord();
+    auto chains = chains_; // four of them in registers: most of the time of a large checkpoint
+    for (; at + sizeof chains <= bytes.size(); at += sizeof chains)
+        for (size_t i = 0; i < chains.size(); ++i)
+            mix(chains[i], wordAt(bytes, at + i * sizeof chains[i]));
+    chains_ = chains;
+    while (at < bytes.size())
+        addWord();
     length_ += bytes.size();
 }
 

@@ -20,6 +20,7 @@
 #include "game/definition.h"
 #include "support/file.h"
 
+#include <array>
 #include <cstdint>
 #include <initializer_list>
 #include <span>
@@ -36,7 +37,7 @@ public:
     uint64_t value() const;
 
 private:
-    uint64_t chains_[4] = {1, 2, 3, 4};
+    std::array<uint64_t, 4> chains_ = {1, 2, 3, 4};
     size_t next_ = 0;
     uint64_t length_ = 0;
 };

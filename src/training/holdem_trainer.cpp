@@ -28,14 +28,9 @@ std::string configText(const Game& game, const HoldemBuckets& buckets,
 }
 
 HoldemRule ruleOf(Algorithm algorithm) {
-    switch (algorithm) {
-    case Algorithm::player:
-        return HoldemRule::player;
-    case Algorithm::cfrPlus:
-        return HoldemRule::counterfactualPlus;
-    default:
-        return HoldemRule::counterfactual;
-    }
+    return algorithm == Algorithm::player    ? HoldemRule::player
+           : algorithm == Algorithm::cfrPlus ? HoldemRule::counterfactualPlus
+                                             : HoldemRule::counterfactual;
 }
 
 double weightOf(Algorithm algorithm, uint64_t t) {

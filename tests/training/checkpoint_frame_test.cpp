@@ -145,6 +145,11 @@ TEST_F(CheckpointFrame, HostileLengthsAreRefusedWithoutTheMemory) {
                       "damaged or cut short, its fields do not fit its 78 bytes")
                 << field << ' ' << value;
         }
+    // Two that come to the right sum when they wrap.
+    std::string other = bytes;
+    putNumber(other, checkpointConfigLengthAt, UINT64_MAX - 15);
+    putNumber(other, checkpointPayloadLengthAt, uint64_t{config.size() + 16 + 16});
+    EXPECT_EQ(complaint(other), "damaged or cut short, its fields do not fit its 78 bytes");
 }
 
 TEST_F(CheckpointFrame, NamesTheFirstFieldThatDiffers) {

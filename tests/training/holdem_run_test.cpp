@@ -65,6 +65,7 @@ TEST_F(HoldemRun, EndsInTimeOrWhenToldAndReportsThat) {
     EXPECT_EQ(runTraining(*trainer, {}, hooks), TrainingEnd::stopped);
     EXPECT_EQ(trainer->iteration(), done + 10);
     EXPECT_EQ(steps.back().iteration, done + 10);
+    EXPECT_EQ(steps.back().rate, 10.0 / steps.back().seconds); // of this run alone
 }
 
 TEST(HoldemStepAsJson, IsOneObject) {
