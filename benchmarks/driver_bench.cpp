@@ -3,7 +3,7 @@
 // The agent works in the playing directory that the environment variable TAMARIN_DIRECTORY names
 // (run/ when it is not set); `./play GAME` or `tamarin prepare GAME` fills it. A benchmark whose
 // strategy is not there is skipped: nothing is trained here.
-#include "dealer/statistics.h"
+#include "dealer/latency_histogram.h"
 #include "driver/LimitHoldemAgent.h"
 #include "game/game.h"
 #include "support/clock.h"

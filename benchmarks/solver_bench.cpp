@@ -124,7 +124,7 @@ BENCHMARK(bestResponse)->Unit(benchmark::kMicrosecond);
 class BucketOfFirstCard : public HoldemBuckets {
 public:
     uint8_t bucket(int /*players*/, int round, int /*seat*/, const uint8_t* cards) const override {
-        return static_cast<uint8_t>((int{cards[0]} + round) % int{numHoldemBuckets});
+        return static_cast<uint8_t>((int{cards[0]} + round) % int{holdemBuckets});
     }
 };
 

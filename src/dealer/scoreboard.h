@@ -1,7 +1,8 @@
 // Who won how much, over hands or over duplicate blocks.
 #pragma once
 
-#include "dealer/statistics.h"
+#include "dealer/latency_histogram.h"
+#include "support/statistics.h"
 
 #include <cstdint>
 #include <span>

@@ -1,6 +1,7 @@
 #include "driver/LimitHoldemAgent.h"
 
 #include "driver/strategy_files.h"
+#include "holdem/buckets.h"
 #include "holdem/strategy_fit.h"
 #include "support/step_progress.h"
 #include "table_builder/table_builder.h"
@@ -28,10 +29,7 @@ namespace {
 
 // The file may carry the right name and another game.
 void requireHoldem(const Game& game, const char* gameFile) {
-    static constexpr uint8_t board[MAX_ROUNDS] = {0, 3, 1, 1};
-    if ((game.numPlayers == 2 || game.numPlayers == 3) && game.numRounds == MAX_ROUNDS &&
-        game.numHoleCards == 2 && game.numSuits == MAX_SUITS && game.numRanks == MAX_RANKS &&
-        std::equal(board, board + MAX_ROUNDS, game.numBoardCards))
+    if (tamarin::isHoldem(game))
         return;
     std::fprintf(stderr,
                  "ERROR: %s is not hold'em: two or three players, a full deck, two hole cards and "

@@ -7,6 +7,7 @@
 
 #include "eval/equity.h"
 #include "eval/hand_range.h"
+#include "support/split_mix.h"
 
 #include <cstdint>
 #include <functional>
@@ -15,23 +16,6 @@
 namespace tamarin {
 
 inline constexpr uint64_t sampleBlock = 1024; // deals
-
-// SplitMix64 (Steele, Lea and Flood 2014): a 64-bit counter, well mixed.
-class SplitMix {
-public:
-    explicit SplitMix(uint64_t seed) : state_(seed) {}
-    uint64_t operator()() {
-        uint64_t z = state_ += 0x9e3779b97f4a7c15;
-        z = (z ^ z >> 30) * 0xbf58476d1ce4e5b9;
-        z = (z ^ z >> 27) * 0x94d049bb133111eb;
-        return z ^ z >> 31;
-    }
-    // Uniform below n, up to a bias of n / 2^32.
-    uint32_t below(uint32_t n) { return static_cast<uint32_t>(((*this)() >> 32) * n >> 32); }
-
-private:
-    uint64_t state_;
-};
 
 // At least `deals` deals (whole blocks) for ranges[0] against the other ranges and randomOpponents
 // random hands on the board; 10 players at most. There must be a choice of one hand of each range

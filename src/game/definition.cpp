@@ -181,6 +181,10 @@ bool validate(Game* game, const Counts& counts) {
 
 } // namespace
 
+int32_t bigBlind(const Game& game) {
+    return *std::max_element(game.blind, game.blind + game.numPlayers);
+}
+
 Game* readGame(FILE* file) {
     Game* game = static_cast<Game*>(std::malloc(sizeof(Game)));
     ASSERT_IN_GAME(game != nullptr, "game != 0");

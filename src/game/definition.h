@@ -48,6 +48,9 @@ struct Game {
 };
 static_assert(std::is_trivially_copyable_v<Game>);
 
+// The largest blind, by whose thousandths (mbb) winnings are counted; 0 in a game without blinds.
+int32_t bigBlind(const Game& game);
+
 // Reads a definition from the stream's position up to "end gamedef" or the end of the stream.
 // Returns a new record, released with free(), or null after one line on standard error that says
 // which value is wrong. Raise sizes after the fourth are ignored.

@@ -13,10 +13,6 @@ bool canAct(const Game* game, const State* state, int p) {
     return !state->playerFolded[p] && state->spent[p] < game->stack[p];
 }
 
-int32_t largestBlind(const Game* game) {
-    return *std::max_element(game->blind, game->blind + game->numPlayers);
-}
-
 int32_t clampChips(int64_t chips) {
     return static_cast<int32_t>(std::clamp(chips, int64_t{INT32_MIN}, int64_t{INT32_MAX}));
 }
@@ -105,7 +101,7 @@ double shareOfPots(Stakes stakes, uint8_t player) {
 
 void initState(const Game* game, uint32_t handId, State* state) {
     state->handId = handId;
-    state->maxSpent = largestBlind(game);
+    state->maxSpent = bigBlind(*game);
     std::copy_n(game->blind, MAX_PLAYERS, state->spent);
     if (game->bettingRule == noLimitRule)
         state->minRaiseTo = state->maxSpent > 0 ? clampChips(int64_t{2} * state->maxSpent) : 1;
@@ -314,7 +310,7 @@ void doAction(const Game* game, const Action* action, State* state) {
         state->round = static_cast<uint8_t>(game->numRounds - 1);
     } else if (state->round + 1 < game->numRounds) {
         ++state->round;
-        state->minRaiseTo = clampChips(int64_t{state->maxSpent} + std::max(1, largestBlind(game)));
+        state->minRaiseTo = clampChips(int64_t{state->maxSpent} + std::max(1, bigBlind(*game)));
     } else {
         state->finished = 1;
     }

@@ -1,6 +1,7 @@
 #include "holdem/auxiliary_game.h"
 
 #include "tree/deck.h"
+#include "tree/regret_matching.h"
 
 #include <algorithm>
 #include <cassert>
@@ -136,20 +137,17 @@ void AuxiliaryGame::visit(const uint8_t* buckets, uint32_t outcome) {
         const size_t set = setOf(n, buckets);
         const SetActions& actions = actions_[set];
         SetNumbers& numbers = numbers_[set];
-        double total = 0.0;
-        for (uint8_t i = 0; i < actions.count; ++i)
-            total += numbers.regret[i] > 0.0 ? numbers.regret[i] : 0.0;
+        double strategy[numAbstractedActions];
+        matchRegrets(numbers.regret, actions.count, strategy);
         const double reach = reachAt(node.ownEdge);
         const size_t edges = n * numAbstractedActions;
         for (size_t a = 0; a < numAbstractedActions; ++a)
             open_[edges + a] = 0;
         for (uint8_t i = 0; i < actions.count; ++i) {
-            const double positive = numbers.regret[i] > 0.0 ? numbers.regret[i] : 0.0;
-            const double strategy = total > 0.0 ? positive / total : 1.0 / actions.count;
-            const double below = strategy * reach;
+            const double below = strategy[i] * reach;
             numbers.strategy[i] += below;
             const size_t edge = edges + actions.action[i];
-            strategy_[edge] = strategy;
+            strategy_[edge] = strategy[i];
             reach_[edge] = below;
             open_[edge] = 1;
         }
@@ -181,15 +179,9 @@ void AuxiliaryGame::visit(const uint8_t* buckets, uint32_t outcome) {
 
 AuxiliaryGame::Values::Values(const AuxiliaryGame& auxiliary)
     : auxiliary_(auxiliary), average_(auxiliary.numbers_.size()) {
-    for (size_t set = 0; set < average_.size(); ++set) {
-        const SetNumbers& numbers = auxiliary.numbers_[set];
-        const uint8_t count = auxiliary.actions_[set].count;
-        double total = 0.0;
-        for (uint8_t i = 0; i < count; ++i)
-            total += numbers.strategy[i];
-        for (uint8_t i = 0; i < count; ++i)
-            average_[set][i] = total > 0.0 ? numbers.strategy[i] / total : 1.0 / count;
-    }
+    for (size_t set = 0; set < average_.size(); ++set)
+        matchRegrets(auxiliary.numbers_[set].strategy, auxiliary.actions_[set].count,
+                     average_[set].data());
     if (auxiliary.numPlayers() != 2)
         return;
     pairs_.resize(outcomes * numBuckets * numBuckets);

@@ -108,38 +108,29 @@ HoldemVisit<rule, stride> visitOf(const HoldemSteps::Step& step, const PlacedDea
 
 } // namespace
 
+// One batch on its way: reaches go down the trunk, subtrees are walked, values come up the trunk,
+// and then the trunk's numbers change. Going down and coming up only look at the numbers.
 template <HoldemRule rule, size_t stride>
-void HoldemBatch::walkCut(std::span<BatchDeal> deals) {
-    Parts& parts = *parts_;
-    const size_t numDeals = deals.size();
-    const size_t numTrunk = parts.trunk.size();
-    const size_t numSubtrees = parts.subtrees.size();
-    parts.trunkPlaces.resize(numDeals * numTrunk);
-    parts.subtreePlaces.resize(numDeals * numSubtrees);
+class HoldemBatch::CutWalk {
+public:
+    CutWalk(Parts& parts, size_t numDeals)
+        : parts_(parts), numDeals_(numDeals), numTrunk_(parts.trunk.size()) {
+        parts.trunkPlaces.resize(numDeals * numTrunk_);
+        parts.subtreePlaces.resize(numDeals * parts.subtrees.size());
+    }
 
-    const auto placeOf = [&](size_t deal, Parts::Child child) -> Place& {
-        const auto at = static_cast<size_t>(child);
-        if (at < numTrunk)
-            return parts.trunkPlaces[deal * numTrunk + at];
-        return parts.subtreePlaces[(at - numTrunk) * numDeals + deal];
-    };
-    const auto valueOf = [&](size_t deal, Parts::Child child) -> const double* {
-        return child >= 0 ? placeOf(deal, child).value
-                          : parts.placed[deal].settled + static_cast<size_t>(~child) * stride;
-    };
-    // Reaches go down the trunk, values come up it; both look at the numbers only.
-    const auto goDown = [&](size_t d) {
+    void goDown(size_t d) const {
         Place& root = placeOf(d, 0);
         std::fill_n(root.reach, stride, 1.0);
         root.parentReach = 1.0;
-        for (size_t i = 0; i < numTrunk; ++i) {
-            TrunkPlace& place = parts.trunkPlaces[d * numTrunk + i];
-            const HoldemSteps::Step& step = parts.steps[parts.trunk[i].node];
-            auto visit = visitOf<rule, stride>(step, parts.placed[d]);
+        for (size_t i = 0; i < numTrunk_; ++i) {
+            TrunkPlace& place = trunkPlace(d, i);
+            const HoldemSteps::Step& step = stepOf(i);
+            auto visit = visitOf<rule, stride>(step, parts_.placed[d]);
             visit.choose(place.reach);
             for (int a = step.first; a <= step.last; ++a) {
                 place.strategy[a] = visit.strategy[a];
-                if (const Parts::Child child = parts.trunk[i].child[a]; child >= 0) {
+                if (const Parts::Child child = parts_.trunk[i].child[a]; child >= 0) {
                     Place& below = placeOf(d, child);
                     std::copy_n(place.reach, stride, below.reach);
                     below.reach[step.player] = visit.below[a];
@@ -147,63 +138,94 @@ void HoldemBatch::walkCut(std::span<BatchDeal> deals) {
                 }
             }
         }
-    };
-    const auto comeUp = [&](size_t d) {
-        for (size_t i = numTrunk; i-- > 0;) {
-            TrunkPlace& place = parts.trunkPlaces[d * numTrunk + i];
-            const HoldemSteps::Step& step = parts.steps[parts.trunk[i].node];
-            std::fill_n(place.value, stride, 0.0);
-            for (int a = step.first; a <= step.last; ++a) {
-                const double* const below = valueOf(d, parts.trunk[i].child[a]);
-                for (size_t q = 0; q < stride; ++q) {
-                    place.value[q] += place.strategy[a] * below[q];
-                }
-            }
-        }
-        std::copy_n(placeOf(d, 0).value, game_.numPlayers, deals[d].value);
-    };
-    const auto walkSubtree = [&](size_t s) {
-        for (size_t d = 0; d < numDeals; ++d) {
-            Place& place = parts.subtreePlaces[s * numDeals + d];
+    }
+
+    // For all deals in their order: each finds what the deal before it left.
+    void walkSubtree(size_t s) const {
+        for (size_t d = 0; d < numDeals_; ++d) {
+            Place& place = parts_.subtreePlaces[s * numDeals_ + d];
             double reach[stride];
             std::copy_n(place.reach, stride, reach);
-            parts.steps.visit<rule, stride>(parts.placed[d], parts.subtrees[s], reach,
-                                            place.parentReach, place.value);
+            parts_.steps.visit<rule, stride>(parts_.placed[d], parts_.subtrees[s], reach,
+                                             place.parentReach, place.value);
         }
-    };
-    const auto updateTrunk = [&](size_t i) {
-        const HoldemSteps::Step& step = parts.steps[parts.trunk[i].node];
-        for (size_t d = 0; d < numDeals; ++d) {
-            const TrunkPlace& place = parts.trunkPlaces[d * numTrunk + i];
-            auto visit = visitOf<rule, stride>(step, parts.placed[d]);
+    }
+
+    // Leaves the root's values in util.
+    void comeUp(size_t d, int players, double* util) const {
+        for (size_t i = numTrunk_; i-- > 0;) {
+            TrunkPlace& place = trunkPlace(d, i);
+            const HoldemSteps::Step& step = stepOf(i);
+            std::fill_n(place.value, stride, 0.0);
+            for (int a = step.first; a <= step.last; ++a) {
+                const double* const below = valueOf(d, parts_.trunk[i].child[a]);
+                for (size_t q = 0; q < stride; ++q)
+                    place.value[q] += place.strategy[a] * below[q];
+            }
+        }
+        std::copy_n(placeOf(d, 0).value, players, util);
+    }
+
+    void updateTrunk(size_t i) const {
+        const HoldemSteps::Step& step = stepOf(i);
+        for (size_t d = 0; d < numDeals_; ++d) {
+            const TrunkPlace& place = trunkPlace(d, i);
+            auto visit = visitOf<rule, stride>(step, parts_.placed[d]);
             double actionValue[numAbstractedActions];
             for (int a = step.first; a <= step.last; ++a) {
                 visit.below[a] = place.strategy[a] * place.reach[step.player];
-                actionValue[a] = valueOf(d, parts.trunk[i].child[a])[step.player];
+                actionValue[a] = valueOf(d, parts_.trunk[i].child[a])[step.player];
             }
             visit.addStrategy();
             visit.addRegret(place.reach, place.parentReach, actionValue, place.value[step.player]);
         }
-    };
+    }
 
-    const int threads = numDeals * parts.steps.size() < leastShared ? 1 : threads_;
+private:
+    const HoldemSteps::Step& stepOf(size_t i) const { return parts_.steps[parts_.trunk[i].node]; }
+    TrunkPlace& trunkPlace(size_t deal, size_t i) const {
+        return parts_.trunkPlaces[deal * numTrunk_ + i];
+    }
+    Place& placeOf(size_t deal, Parts::Child child) const {
+        const auto at = static_cast<size_t>(child);
+        if (at < numTrunk_)
+            return trunkPlace(deal, at);
+        return parts_.subtreePlaces[(at - numTrunk_) * numDeals_ + deal];
+    }
+    const double* valueOf(size_t deal, Parts::Child child) const {
+        return child >= 0 ? placeOf(deal, child).value
+                          : parts_.placed[deal].settled + static_cast<size_t>(~child) * stride;
+    }
+
+    Parts& parts_;
+    size_t numDeals_;
+    size_t numTrunk_;
+};
+
+template <HoldemRule rule, size_t stride>
+void HoldemBatch::walkCut(std::span<BatchDeal> deals) {
+    const size_t numDeals = deals.size();
+    const size_t numTrunk = parts_->trunk.size();
+    const size_t numSubtrees = parts_->subtrees.size();
+    const CutWalk<rule, stride> walk(*parts_, numDeals);
+    const int threads = numDeals * parts_->steps.size() < leastShared ? 1 : threads_;
     // Nothing in here throws.
-#pragma omp parallel num_threads(threads) default(none)                                            \
-    shared(goDown, comeUp, walkSubtree, updateTrunk) firstprivate(numDeals, numSubtrees, numTrunk)
+#pragma omp parallel num_threads(threads) default(none) shared(walk, deals)                        \
+    firstprivate(numDeals, numSubtrees, numTrunk)
     {
 #pragma omp for schedule(dynamic, 1)
         for (size_t d = 0; d < numDeals; ++d)
-            goDown(d);
+            walk.goDown(d);
 #pragma omp for schedule(dynamic, 1)
         for (size_t s = 0; s < numSubtrees; ++s)
-            walkSubtree(s);
+            walk.walkSubtree(s);
 #pragma omp for schedule(dynamic, 1)
         for (size_t d = 0; d < numDeals; ++d)
-            comeUp(d);
+            walk.comeUp(d, game_.numPlayers, deals[d].value);
         if (rule != HoldemRule::average) {
 #pragma omp for schedule(dynamic, 16)
             for (size_t i = 0; i < numTrunk; ++i)
-                updateTrunk(i);
+                walk.updateTrunk(i);
         }
     }
 }

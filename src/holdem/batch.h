@@ -43,6 +43,8 @@ private:
     template <HoldemRule rule>
     void walk(std::span<BatchDeal> deals);
     template <HoldemRule rule, size_t stride>
+    class CutWalk;
+    template <HoldemRule rule, size_t stride>
     void walkCut(std::span<BatchDeal> deals);
 
     struct Parts;

@@ -6,6 +6,13 @@
 
 namespace tamarin {
 
+bool isHoldem(const Game& game) {
+    static constexpr uint8_t board[MAX_ROUNDS] = {0, 3, 1, 1};
+    return (game.numPlayers == 2 || game.numPlayers == 3) && game.numRounds == MAX_ROUNDS &&
+           game.numHoleCards == 2 && game.numSuits == MAX_SUITS && game.numRanks == MAX_RANKS &&
+           std::equal(board, board + MAX_ROUNDS, game.numBoardCards);
+}
+
 TableBuckets::TableBuckets(EquityTables& tables, int players) : tables_(tables) {
     tables_.requireHoldemTables(players);
 }

@@ -9,6 +9,10 @@ class EquityTables;
 
 namespace tamarin {
 
+// Two or three players, a full deck, two hole cards, a board of 0, 3, 1 and 1 cards: what the
+// tables know hands of.
+bool isHoldem(const Game& game);
+
 class HoldemBuckets {
 public:
     virtual ~HoldemBuckets() = default;

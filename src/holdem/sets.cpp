@@ -11,7 +11,7 @@ namespace tamarin {
 namespace {
 
 SetLayout tenBucketLayout(const CompiledTree& tree) {
-    return SetLayout(tree, std::vector<uint32_t>(tree.slots().size(), numHoldemBuckets));
+    return SetLayout(tree, std::vector<uint32_t>(tree.slots().size(), holdemBuckets));
 }
 
 SetNumbers* zeroedNumbers(size_t count) {
@@ -47,12 +47,12 @@ void HoldemSets::orderNodes(int32_t id) {
 }
 
 size_t HoldemSets::count(int m) const {
-    return ordered_[static_cast<size_t>(m)].size() * numHoldemBuckets;
+    return ordered_[static_cast<size_t>(m)].size() * holdemBuckets;
 }
 
 bool HoldemSets::forEach(int m, const Visit& visit) const {
     const int rounds = static_cast<int>(numRounds_);
-    for (uint32_t bucket = 0; bucket < numHoldemBuckets; ++bucket) {
+    for (uint32_t bucket = 0; bucket < holdemBuckets; ++bucket) {
         const std::string start = std::to_string(m / rounds) + ":" + std::to_string(m % rounds) +
                                   ":" + std::to_string(bucket) + ":";
         for (const int32_t id : ordered_[static_cast<size_t>(m)])

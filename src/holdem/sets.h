@@ -6,6 +6,7 @@
 // that training has not touched is never resident.
 #pragma once
 
+#include "abstraction/quantise.h"
 #include "strategy/node_store.h"
 #include "tree/compiled_tree.h"
 #include "tree/set_numbers.h"
@@ -16,8 +17,6 @@
 #include <vector>
 
 namespace tamarin {
-
-inline constexpr uint32_t numHoldemBuckets = 10;
 
 class HoldemSets : public NodeStore {
 public:

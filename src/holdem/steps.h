@@ -6,6 +6,7 @@
 #include "holdem/sets.h"
 #include "holdem/walk.h"
 #include "tree/payoffs.h"
+#include "tree/regret_matching.h"
 
 #include <algorithm>
 #include <cassert>
@@ -21,24 +22,6 @@ struct PlacedDeal {
     double weight = 1.0;
     size_t responder = 0;
 };
-
-// The strategy of a set of valid actions first..last: shares of the positive parts of numbers, or
-// uniform when there are none.
-inline void sharesOf(const double* numbers, int first, int last, double* strategy) {
-    double total = 0.0;
-    for (int a = first; a <= last; ++a) {
-        strategy[a] = numbers[a] > 0.0 ? numbers[a] : 0.0;
-        total += strategy[a];
-    }
-    if (total > 0.0) {
-        for (int a = first; a <= last; ++a)
-            strategy[a] /= total;
-    } else {
-        const double uniform = 1.0 / static_cast<double>(last - first + 1);
-        for (int a = first; a <= last; ++a)
-            strategy[a] = uniform;
-    }
-}
 
 // One node of a walk, before and after its children are visited.
 template <HoldemRule rule, size_t stride>
@@ -59,7 +42,8 @@ struct HoldemVisit {
           weight(deal.weight) {}
 
     void choose(const double* reach) {
-        sharesOf(trains ? numbers.regret : numbers.strategy, first, last, strategy);
+        matchRegrets((trains ? numbers.regret : numbers.strategy) + first,
+                     static_cast<size_t>(last - first + 1), strategy + first);
         for (int a = first; a <= last; ++a)
             below[a] = strategy[a] * reach[p];
     }

@@ -23,7 +23,7 @@ bool holdsEverySet(const NodeStore& nodes, const Game& game) {
 // Whether the nodes hold every state that this many random hands come to, in random buckets.
 bool holdsRandomHands(const NodeStore& nodes, const Game& game, int hands) {
     std::minstd_rand0 engine(1);
-    std::uniform_int_distribution<uint32_t> anyBucket(0, numHoldemBuckets - 1);
+    std::uniform_int_distribution<uint32_t> anyBucket(0, holdemBuckets - 1);
     std::uniform_int_distribution<size_t> anyAction(0, numAbstractedActions - 1);
     for (int hand = 0; hand < hands; ++hand) {
         State state;

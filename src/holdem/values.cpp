@@ -1,8 +1,9 @@
 #include "holdem/values.h"
 
 #include "holdem/deals.h"
-#include "support/hand_random.h"
 #include "support/parallel_errors.h"
+#include "support/split_mix.h"
+#include "support/statistics.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,42 +14,30 @@ namespace tamarin {
 
 namespace {
 
-// A sum of values and of their squares, added in the order of the deals.
-struct Sum {
-    double sum = 0.0;
-    double squares = 0.0;
-    void add(double value) {
-        sum += value;
-        squares += value * value;
-    }
-    double mean(uint64_t n) const { return sum / static_cast<double>(n); }
-    double error(uint64_t n) const {
-        const double variance = squares / static_cast<double>(n) - mean(n) * mean(n);
-        return std::sqrt(std::max(0.0, variance) / static_cast<double>(n));
-    }
-};
+// The mean's standard error.
+double errorOf(const RunningMoments& moments) {
+    return std::sqrt(moments.variance() /
+                     static_cast<double>(std::max<uint64_t>(1, moments.count())));
+}
 
 class ValueSum {
 public:
     void add(const double* util, int players) {
-        ++deals_;
         for (int p = 0; p < players; ++p)
-            sums_[p].add(util[p]);
+            seats_[p].add(util[p]);
     }
-    uint64_t deals() const { return deals_; }
     SampledValue result(int players) const {
         SampledValue value;
-        value.deals = deals_;
-        for (int p = 0; p < players && deals_ > 0; ++p) {
-            value.mean[p] = sums_[p].mean(deals_);
-            value.error[p] = sums_[p].error(deals_);
+        value.deals = seats_[0].count();
+        for (int p = 0; p < players; ++p) {
+            value.mean[p] = seats_[p].mean();
+            value.error[p] = errorOf(seats_[p]);
         }
         return value;
     }
 
 private:
-    Sum sums_[MAX_PLAYERS];
-    uint64_t deals_ = 0;
+    RunningMoments seats_[MAX_PLAYERS];
 };
 
 // Batches for valuing and responding: large enough for the cache, whatever training takes.
@@ -145,7 +134,7 @@ ResponseValue sampleResponse(const Game& game, const HoldemBuckets& buckets, Hol
                    walk.respond(responder, seat, batch);
                });
     ValueSum sum;
-    Sum gain;
+    RunningMoments gain;
     walkStream(game, buckets, DealStream::values, turn * sampling.deals, sampling.deals, sampling,
                sampling.responseDeals, [&](std::span<BatchDeal> batch, uint64_t) {
                    walk.iterate(HoldemRule::average, batch);
@@ -160,10 +149,8 @@ ResponseValue sampleResponse(const Game& game, const HoldemBuckets& buckets, Hol
                });
     ResponseValue result;
     result.value = sum.result(game.numPlayers);
-    if (sum.deals() > 0) {
-        result.gain = gain.mean(sum.deals());
-        result.error = gain.error(sum.deals());
-    }
+    result.gain = gain.mean();
+    result.error = errorOf(gain);
     return result;
 }
 

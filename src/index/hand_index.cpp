@@ -167,10 +167,84 @@ sortedConfigurations(std::span<const uint8_t> cardsPerRound) {
     return found;
 }
 
+// The digits of a configuration's suits: what each round's set of ranks counts, given how many
+// ranks the rounds before it have left.
+void planDigits(RoundPlan& plan, unsigned round, unsigned rounds, size_t c,
+                const SuitWords& words) {
+    for (unsigned suit = 0; suit < suits; ++suit) {
+        unsigned left = ranksPerSuit;
+        for (unsigned r = 0; r <= round; ++r) {
+            const unsigned cards = countIn(words[suit], rounds, r);
+            assert(cards <= left);
+            const unsigned ways = handIndexTables.nCr_ranks[left][cards];
+            plan.digits[c * (round + 1) + r][suit] = {((1U << 31U) + ways - 1) / ways,
+                                                      static_cast<uint16_t>(ways),
+                                                      handIndexTables.rank_set_row[cards]};
+            left -= cards;
+        }
+    }
+}
+
+// The groups of equal suits of a configuration, each a digit of its hands' indices: a multiset of
+// its suits' contents, which may come in any order. size receives the number of hands; false when
+// it does not fit 64 bits.
+bool planGroups(hand_indexer_t* indexer, unsigned round, size_t c,
+                const Configuration& configuration, uint64_t& size) {
+    const auto& [words, equal] = configuration;
+    const auto rounds = static_cast<unsigned>(indexer->rounds);
+    IndexPlan& forward = indexer->plan[round]->index[c];
+    UnindexPlan& back = indexer->plan[round]->unindex[c];
+    size = 1;
+    for (unsigned first = 0, end, group = 0; first < suits; first = end, ++group) {
+        end = groupEnd(equal, first);
+        const unsigned length = end - first;
+        const uint32_t suit = suitSize(words[first], rounds);
+        checkGroupSize(suit);
+        // Fits 64 bits: four equal suits would need more than 144,000 sets each not to, and
+        // every structure that has them has a suit of more than 2^20 besides.
+        const uint64_t contents = multisetCount(suit, length);
+        back.groupSize[first] = contents;
+        back.groupReciprocal[first] =
+            contents == 1 ? UINT64_MAX : static_cast<uint64_t>((Wide{1} << 64U) / contents);
+        back.groupLength[first] = static_cast<uint8_t>(length);
+        if (words[first] != 0)
+            forward.largestGroup = back.largestGroup =
+                std::max(forward.largestGroup, back.groupLength[first]);
+        for (unsigned i = first; i < end; ++i) {
+            assert(words[i] == words[first]);
+            indexer->configuration[round][c][i] = words[i];
+            indexer->configuration_to_suit_size[round][c][i] = suit;
+            forward.multiplier[i] = size;
+            forward.group[i] = group << groupShift;
+            forward.place[i] = static_cast<uint8_t>(i - first + 1);
+        }
+        if (__builtin_mul_overflow(size, contents, &size))
+            return false;
+    }
+    return true;
+}
+
+// Cuts the indices of a round into equal stretches and keeps the configuration that each begins in:
+// an index then finds its own in a step or two. About four stretches a configuration, so that few
+// hold the start of more than one.
+void planStretches(RoundPlan& plan, uint64_t roundSize) {
+    const size_t count = plan.unindex.size();
+    const auto indexBits = static_cast<unsigned>(std::bit_width(roundSize - 1));
+    const auto stretchBits = static_cast<unsigned>(std::bit_width(count)) + 2;
+    plan.shift = indexBits > stretchBits ? indexBits - stretchBits : 0;
+    plan.stretch.resize(((roundSize - 1) >> plan.shift) + 2);
+    uint32_t c = 0;
+    for (size_t s = 0; s + 1 < plan.stretch.size(); ++s) {
+        while (c + 1 < count && plan.unindex[c + 1].offset <= s << plan.shift)
+            ++c;
+        plan.stretch[s] = c;
+    }
+    plan.stretch.back() = static_cast<uint32_t>(count - 1);
+}
+
 // Fills the configuration tables of a round; false when memory or the 64 bits of an index run out.
 bool fillConfigurations(hand_indexer_t* indexer, unsigned round,
                         const std::vector<Configuration>& configurations) {
-    const auto rounds = static_cast<unsigned>(indexer->rounds);
     const size_t count = configurations.size();
     indexer->configurations[round] = count;
     if (!allocate(indexer->configuration_to_equal[round], count) ||
@@ -185,67 +259,18 @@ bool fillConfigurations(hand_indexer_t* indexer, unsigned round,
 
     uint64_t offset = 0;
     for (size_t c = 0; c < count; ++c) {
-        const auto& [words, equal] = configurations[c];
-        indexer->configuration_to_equal[round][c] = static_cast<uint8_t>(equal);
+        indexer->configuration_to_equal[round][c] = static_cast<uint8_t>(configurations[c].equal);
         indexer->configuration_to_offset[round][c] = offset;
-        IndexPlan& forward = plan->index[c];
-        UnindexPlan& back = plan->unindex[c];
-        forward.offset = back.offset = offset;
-        for (unsigned suit = 0; suit < suits; ++suit) {
-            unsigned left = ranksPerSuit;
-            for (unsigned r = 0; r <= round; ++r) {
-                const unsigned cards = countIn(words[suit], rounds, r);
-                const unsigned ways = handIndexTables.nCr_ranks[left][cards];
-                plan->digits[c * (round + 1) + r][suit] = {((1U << 31U) + ways - 1) / ways,
-                                                           static_cast<uint16_t>(ways),
-                                                           handIndexTables.rank_set_row[cards]};
-                left -= cards;
-            }
-        }
-
-        uint64_t size = 1;
-        for (unsigned first = 0, end, group = 0; first < suits; first = end, ++group) {
-            end = groupEnd(equal, first);
-            const unsigned length = end - first;
-            const uint32_t suit = suitSize(words[first], rounds);
-            checkGroupSize(suit);
-            // Fits 64 bits: four equal suits would need more than 144,000 sets each not to, and
-            // every structure that has them has a suit of more than 2^20 besides.
-            const uint64_t contents = multisetCount(suit, length);
-            back.groupSize[first] = contents;
-            back.groupReciprocal[first] =
-                contents == 1 ? UINT64_MAX : static_cast<uint64_t>((Wide{1} << 64U) / contents);
-            back.groupLength[first] = static_cast<uint8_t>(length);
-            if (words[first] != 0)
-                forward.largestGroup = back.largestGroup =
-                    std::max(forward.largestGroup, back.groupLength[first]);
-            for (unsigned i = first; i < end; ++i) {
-                indexer->configuration[round][c][i] = words[i];
-                indexer->configuration_to_suit_size[round][c][i] = suit;
-                forward.multiplier[i] = size;
-                forward.group[i] = group << groupShift;
-                forward.place[i] = static_cast<uint8_t>(i - first + 1);
-            }
-            if (__builtin_mul_overflow(size, contents, &size))
-                return false;
-        }
-        if (__builtin_add_overflow(offset, size, &offset))
+        plan->index[c].offset = plan->unindex[c].offset = offset;
+        planDigits(*plan, round, static_cast<unsigned>(indexer->rounds), c,
+                   configurations[c].words);
+        uint64_t size = 0;
+        if (!planGroups(indexer, round, c, configurations[c], size) ||
+            __builtin_add_overflow(offset, size, &offset))
             return false;
     }
     indexer->round_size[round] = offset;
-
-    // About four stretches a configuration, so that few hold the start of more than one.
-    const auto indexBits = static_cast<unsigned>(std::bit_width(offset - 1));
-    const auto stretchBits = static_cast<unsigned>(std::bit_width(count)) + 2;
-    plan->shift = indexBits > stretchBits ? indexBits - stretchBits : 0;
-    plan->stretch.resize(((offset - 1) >> plan->shift) + 2);
-    uint32_t c = 0;
-    for (size_t s = 0; s + 1 < plan->stretch.size(); ++s) {
-        while (c + 1 < count && plan->unindex[c + 1].offset <= s << plan->shift)
-            ++c;
-        plan->stretch[s] = c;
-    }
-    plan->stretch.back() = static_cast<uint32_t>(count - 1);
+    planStretches(*plan, offset);
     return true;
 }
 

@@ -11,7 +11,7 @@ const Signature& expectedSignature() {
         {"ranks", 0x1e93ed3450066245},
         {"indices", 0x139b44c93814e405},
         {"small-games", 0xdf0ff91b309d82f7},
-        {"holdem", 0xb2e4836b759f97ee},
+        {"holdem", 0xd6e843be1a341be6},
         {"tables", 0x5e2312d4fcaac4d1},
         {"match", 0x6341ab77f6388421},
     });

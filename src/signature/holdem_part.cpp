@@ -25,7 +25,7 @@ public:
         hash.add(players * 100 + round * 10 + seat);
         for (int i = 0; i < known[round]; ++i)
             hash.add(cards[i]);
-        return static_cast<uint8_t>((hash.value() >> 32U) % numHoldemBuckets);
+        return static_cast<uint8_t>((hash.value() >> 32U) % holdemBuckets);
     }
 };
 

@@ -16,10 +16,9 @@
 namespace {
 
 using tamarin::FlagGuard;
-using tamarin::numHoldemBuckets;
+using tamarin::holdemBuckets;
 
-constexpr int bucketCombinations =
-    numHoldemBuckets * numHoldemBuckets * numHoldemBuckets * numHoldemBuckets;
+constexpr int bucketCombinations = holdemBuckets * holdemBuckets * holdemBuckets * holdemBuckets;
 
 // A line each hundred of the ten thousand bucket combinations.
 void printTreeProgress(int count) {

@@ -1,8 +1,8 @@
 // Training on random deals, and the plain recursion that says what a visit does.
 
+#include "abstraction/EquityTables.h"
 #include "solver/cfr.h"
 #include "solver/compiled_training.h"
-#include "solver/equity_seam.h"
 #include "solver/training_progress.h"
 #include "tree/compiled_game.h"
 #include "tree/deck.h"
@@ -27,7 +27,7 @@ void CFR::runTraining(unsigned long long iterations, Form form) {
     if (standardDeck) {
         if (equityTables == nullptr)
             throw "Deve carregar equity tables para correr cfr no hold'em poker";
-        tamarin::loadEquityTables(*equityTables);
+        equityTables->load();
     }
     const int cards = tamarin::cardsNeeded(*game);
     const auto board = static_cast<unsigned char>(tamarin::boardCardsOf(*game));

@@ -1,9 +1,9 @@
 // Building the abstracted tree, and taking hopeless actions out of it.
 
+#include "abstraction/EquityTables.h"
 #include "solver/card_rank_solving.h"
 #include "solver/cfr.h"
 #include "solver/combinator.h"
-#include "solver/equity_seam.h"
 #include "tree/deck.h"
 
 #include <algorithm>
@@ -97,8 +97,8 @@ double CFR::winProb(int bucket) {
     if (useCardAbstraction) {
         if (!useClusterEquity)
             throw "Not working... only at 5am";
-        return tamarin::clusterWinProb(*equityTables, static_cast<uint8_t>(bucket),
-                                       game->numPlayers, equityRound);
+        return equityTables->clusterToEquity(static_cast<uint8_t>(bucket), game->numPlayers,
+                                             equityRound);
     }
     if (game->numRanks == MAX_RANKS && game->numSuits == MAX_SUITS)
         throw "not implemented";

@@ -2,6 +2,7 @@
 
 #include "support/fast_draws.h"
 #include "tree/deck.h"
+#include "tree/regret_matching.h"
 
 #include <algorithm>
 #include <numeric>
@@ -20,25 +21,17 @@ private:
     int last_;
 };
 
-// Regret matching at one set, the strategy sums, and the actor's reach below each action. count is
-// the set's number of valid actions. A total of 0 divides to NaN, which the choice throws away.
+// The strategy of one set, its sums, and the actor's reach below each action. count is the set's
+// number of valid actions.
 template <size_t count>
-inline void matchRegrets(const Step& step) {
+inline void choose(const Step& step) {
     SetNumbers& numbers = *step.numbers;
-    double positive[count];
-    double total = 0.0;
+    double* const strategy = step.reachBelow + numAbstractedActions;
+    matchRegrets(numbers.regret, count, strategy);
     for (size_t i = 0; i < count; ++i) {
-        positive[i] = numbers.regret[i] > 0.0 ? numbers.regret[i] : 0.0;
-        total += positive[i];
-    }
-    const double reach = *step.ownReach;
-    for (size_t i = 0; i < count; ++i) {
-        const double share = positive[i] / total;
-        const double strategy = total > 0.0 ? share : 1.0 / double(count);
-        const double below = strategy * reach;
+        const double below = strategy[i] * *step.ownReach;
         numbers.strategy[i] += below;
         step.reachBelow[i] = below;
-        step.reachBelow[numAbstractedActions + i] = strategy;
     }
 }
 
@@ -64,11 +57,11 @@ template <size_t stride>
 inline void walk(std::span<const Step> program) {
     for (const Step& step : program)
         if (step.count == 2)
-            matchRegrets<2>(step);
+            choose<2>(step);
         else if (step.count == 1)
-            matchRegrets<1>(step);
+            choose<1>(step);
         else if (step.count == 3)
-            matchRegrets<3>(step);
+            choose<3>(step);
     for (size_t i = program.size(); i-- > 0;) {
         const Step& step = program[i];
         if (step.count == 2)

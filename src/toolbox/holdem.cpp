@@ -45,13 +45,6 @@ bool givesBuckets(const TableFile& file, int players) {
 
 } // namespace
 
-bool isHoldem(const Game& game) {
-    static constexpr uint8_t board[MAX_ROUNDS] = {0, 3, 1, 1};
-    return (game.numPlayers == 2 || game.numPlayers == 3) && game.numRounds == MAX_ROUNDS &&
-           game.numHoleCards == 2 && game.numSuits == MAX_SUITS && game.numRanks == MAX_RANKS &&
-           std::equal(board, board + MAX_ROUNDS, game.numBoardCards);
-}
-
 Result<std::unique_ptr<HoldemGame>> openHoldem(const std::string& name,
                                                const std::string& directory) {
     const auto path = findGameFile(name, directory);

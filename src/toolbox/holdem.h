@@ -15,10 +15,6 @@ class EquityTables;
 
 namespace tamarin {
 
-// Two or three players, a full deck, two hole cards, a board of 0, 3, 1 and 1 cards: what `player`
-// plays as hold'em.
-bool isHoldem(const Game& game);
-
 // A hold'em game that a command was given, found and read.
 struct HoldemGame {
     std::string path; // of its definition

@@ -138,6 +138,99 @@ private:
     std::vector<std::array<int, numFaults>> told_;
 };
 
+MatchOptions rulesOf(const Options& options, size_t seats) {
+    MatchOptions rules;
+    rules.hands = options.hands;
+    rules.seed = options.seed;
+    rules.duplicate = options.duplicate;
+    rules.fixedSeats = options.fixedSeats;
+    rules.actionLimit = fromSeconds(options.actionLimit);
+    rules.handLimit = fromSeconds(options.handLimit);
+    rules.stopOnFault = options.onFault == "stop";
+    if (options.duplicate && options.hands % seats != 0) {
+        rules.hands = (options.hands / seats + 1) * seats;
+        complain("playing {} hands, to make whole duplicate blocks of {}", rules.hands, seats);
+    }
+    return rules;
+}
+
+SeatingOptions seatingOf(const Options& options, const std::vector<Seat>& seats) {
+    SeatingOptions seating;
+    seating.token = readToken(options.token);
+    if (!seating.token.empty() &&
+        std::ranges::none_of(seats, [](const Seat& seat) { return seat.kind == SeatKind::listen; }))
+        throw UsageError("a token is for seats NAME=listen:PORT, and there is none");
+    seating.startLimit = fromSeconds(options.startLimit);
+    seating.notice = [](const std::string& text) { complain(text); };
+    seating.keepWaiting = [] { return !interrupted(); };
+    return seating;
+}
+
+// What is kept and shown of a match while it runs.
+class Recorder {
+public:
+    Recorder(const Game& game, const std::vector<Seat>& seats)
+        : game_(game), seats_(seats), faults_(seats) {}
+
+    // Before the players are seated: they may train for hours, and the log must have its place.
+    Status createLog(const std::string& path) {
+        auto created = HandLog::create(path, [] { return !interrupted(); });
+        if (!created)
+            return Error{created.error()};
+        log_ = std::move(*created);
+        return {};
+    }
+    Status begin(const std::string& title, uint64_t hands, bool quiet) {
+        if (!quiet)
+            progress_.emplace("Playing hands", "hands", hands);
+        return log_ ? log_->begin(title) : Status();
+    }
+    MatchEvents events() {
+        MatchEvents events;
+        events.keepPlaying = [] { return !interrupted(); };
+        events.faulty = [this](size_t player, Fault fault, uint32_t hand,
+                               const std::string& detail) {
+            faults_.report(player, fault, hand, detail);
+        };
+        events.handFinished = [this](const FinishedHand& hand) { return finish(hand); };
+        return events;
+    }
+    void endProgress() {
+        if (progress_)
+            progress_->finish(finished_);
+    }
+    Status closeLog() { return log_ ? log_->close() : Status(); }
+
+private:
+    Status finish(const FinishedHand& hand) {
+        ++finished_;
+        if (progress_)
+            progress_->update(finished_);
+        if (!log_)
+            return {};
+        logged_.state = *hand.state;
+        logged_.chips.assign(hand.chips.begin(), hand.chips.end());
+        logged_.names.clear();
+        for (const size_t player : hand.players)
+            logged_.names.push_back(seats_[player].name);
+        return log_->add(&game_, logged_);
+    }
+
+    const Game& game_;
+    const std::vector<Seat>& seats_;
+    FaultReporter faults_;
+    std::optional<HandLog> log_;
+    std::optional<Progress> progress_;
+    uint64_t finished_ = 0;
+    LoggedHand logged_;
+};
+
+std::string titleOf(const Options& options, const std::string& gameFile) {
+    return fmt::format("{} seed {} {}", bareName(gameFile), options.seed,
+                       options.duplicate ? "duplicate"
+                                         : (options.fixedSeats ? "fixed seats" : "rotated"));
+}
+
 int match(const Options& options) {
     const auto gameFile = findGameFile(options.game, options.directory);
     if (!gameFile)
@@ -148,86 +241,29 @@ int match(const Options& options) {
     if (const Status dealable = checkDealable(game->get()); !dealable)
         return fail(fmt::format("cannot deal {}: {}", *gameFile, dealable.error()));
     const std::vector<Seat> seats = readSeats(options, **game);
-
-    MatchOptions rules;
-    rules.hands = options.hands;
-    rules.seed = options.seed;
-    rules.duplicate = options.duplicate;
-    rules.fixedSeats = options.fixedSeats;
-    rules.actionLimit = fromSeconds(options.actionLimit);
-    rules.handLimit = fromSeconds(options.handLimit);
-    rules.stopOnFault = options.onFault == "stop";
-    if (options.duplicate && options.hands % seats.size() != 0) {
-        rules.hands = (options.hands / seats.size() + 1) * seats.size();
-        complain("playing {} hands, to make whole duplicate blocks of {}", rules.hands,
-                 seats.size());
-    }
-
-    SeatingOptions seating;
-    seating.token = readToken(options.token);
-    if (!seating.token.empty() &&
-        std::ranges::none_of(seats, [](const Seat& seat) { return seat.kind == SeatKind::listen; }))
-        throw UsageError("a token is for seats NAME=listen:PORT, and there is none");
-
-    std::optional<HandLog> log;
-    if (!options.log.empty()) {
-        auto created = HandLog::create(options.log, [] { return !interrupted(); });
-        if (!created)
+    const MatchOptions rules = rulesOf(options, seats.size());
+    const SeatingOptions seating = seatingOf(options, seats);
+    Recorder recorder(**game, seats);
+    if (!options.log.empty())
+        if (Status created = recorder.createLog(options.log); !created)
             return fail(created.error());
-        log = std::move(*created);
-    }
 
     const auto plans = planSeats(options, seats, *gameFile);
     if (!plans)
         return fail(plans.error());
-    seating.startLimit = fromSeconds(options.startLimit);
-    seating.notice = [](const std::string& text) { complain(text); };
-    seating.keepWaiting = [] { return !interrupted(); };
     auto players = seatPlayers(*plans, seating);
     if (!players) {
         complain(players.error());
         return interrupted() ? interruptStatus() : exitFailed;
     }
-
-    if (log)
-        if (Status status = log->begin(
-                fmt::format("{} seed {} {}", bareName(*gameFile), options.seed,
-                            options.duplicate ? "duplicate"
-                                              : (options.fixedSeats ? "fixed seats" : "rotated")));
-            !status)
-            return fail(status.error());
-
-    std::optional<Progress> progress;
-    if (!options.quiet)
-        progress.emplace("Playing hands", "hands", rules.hands);
-    FaultReporter faults(seats);
-    uint64_t finished = 0;
-    LoggedHand logged;
-    MatchEvents events;
-    events.keepPlaying = [] { return !interrupted(); };
-    events.faulty = [&](size_t player, Fault fault, uint32_t hand, const std::string& detail) {
-        faults.report(player, fault, hand, detail);
-    };
-    events.handFinished = [&](const FinishedHand& hand) -> Status {
-        ++finished;
-        if (progress)
-            progress->update(finished);
-        if (!log)
-            return {};
-        logged.state = *hand.state;
-        logged.chips.assign(hand.chips.begin(), hand.chips.end());
-        logged.names.clear();
-        for (const size_t player : hand.players)
-            logged.names.push_back(seats[player].name);
-        return log->add(game->get(), logged);
-    };
-    MatchResult result = playMatch(game->get(), *players, rules, events);
-    if (progress)
-        progress->finish(finished);
+    if (Status begun = recorder.begin(titleOf(options, *gameFile), rules.hands, options.quiet);
+        !begun)
+        return fail(begun.error());
+    MatchResult result = playMatch(game->get(), *players, rules, recorder.events());
+    recorder.endProgress();
     dismissPlayers(*players, result.stopped);
-    if (log)
-        if (Status status = log->close(); !status && result.failure.empty())
-            result.failure = status.error();
+    if (Status closed = recorder.closeLog(); !closed && result.failure.empty())
+        result.failure = closed.error();
 
     const MatchReport report{bareName(*gameFile), game->get(), rules, &result};
     if (options.json)

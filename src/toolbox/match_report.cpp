@@ -78,14 +78,10 @@ nlohmann::ordered_json intervalAsJson(const Interval& interval, double factor) {
 
 } // namespace
 
-int32_t bigBlind(const Game* game) {
-    return *std::max_element(game->blind, game->blind + game->numPlayers);
-}
-
 std::string reportAsTable(const MatchReport& report) {
     const MatchResult& result = *report.result;
     const Scoreboard& board = result.board;
-    const int32_t blind = bigBlind(report.game);
+    const int32_t blind = bigBlind(*report.game);
 
     std::string head = fmt::format("{}: {} hands", report.gameName, describeCount(board.hands()));
     if (report.options.duplicate)
@@ -136,7 +132,7 @@ nlohmann::ordered_json latencyAsJson(const LatencyHistogram& latency) {
 nlohmann::ordered_json reportAsJson(const MatchReport& report) {
     const MatchResult& result = *report.result;
     const Scoreboard& board = result.board;
-    const int32_t blind = bigBlind(report.game);
+    const int32_t blind = bigBlind(*report.game);
     nlohmann::ordered_json json;
     json["game"] = report.gameName;
     json["hands"] = board.hands();

@@ -13,9 +13,6 @@ struct MatchReport {
     const MatchResult* result;
 };
 
-// The largest blind, the unit of mbb; 0 in a game without blinds.
-int32_t bigBlind(const Game* game);
-
 std::string reportAsTable(const MatchReport& report);
 nlohmann::ordered_json reportAsJson(const MatchReport& report);
 

@@ -99,7 +99,7 @@ Status writeStrategies(const SmallGame& game, const SmallGameTrainer& trainer,
 }
 
 std::string valueTable(const Game& rules, const ProfileValue& value) {
-    const int32_t blind = *std::max_element(rules.blind, rules.blind + rules.numPlayers);
+    const int32_t blind = bigBlind(rules);
     std::string text = "        value          best response  gain           value\n"
                        "        chips/hand     chips/hand     chips/hand     mbb/hand\n";
     for (size_t p = 0; p < value.value.size(); ++p)

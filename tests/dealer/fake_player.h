@@ -27,8 +27,9 @@ class Client {
 public:
     static constexpr int patience = 10000; // milliseconds; a test that waits longer has failed
 
-    // from is the loopback address to connect from: each stands for another machine.
-    explicit Client(uint16_t port, uint32_t from = INADDR_LOOPBACK)
+    // from is the loopback address to connect from: each stands for another machine. to is that of
+    // the dealer: each stands for another of its machine's.
+    explicit Client(uint16_t port, uint32_t from = INADDR_LOOPBACK, uint32_t to = INADDR_LOOPBACK)
         : fd_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
@@ -37,7 +38,7 @@ public:
             ::bind(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address);
         address = {};
         address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address.sin_addr.s_addr = htonl(to);
         address.sin_port = htons(port);
         connected_ = ::connect(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
         const int on = 1;

@@ -227,6 +227,12 @@ namespace {
 // A disk with troubles of its own.
 class BadDisk : public FileSystem {
 public:
+    ssize_t read(int fd, void* buffer, size_t size) override {
+        if (++reads % 2 == 0)
+            return FileSystem::read(fd, buffer, size);
+        errno = EINTR;
+        return -1;
+    }
     ssize_t write(int fd, const void* buffer, size_t size) override {
         if (++writes % 2 == 1) {
             errno = EINTR;
@@ -240,26 +246,33 @@ public:
         return closeError == 0 ? 0 : -1;
     }
     int flock(int fd, int operation) override {
-        if (lockError == 0)
-            return FileSystem::flock(fd, operation);
-        errno = lockError;
-        return -1;
+        if (lockError != 0) {
+            errno = lockError;
+            return -1;
+        }
+        if (beforeLock)
+            beforeLock();
+        return FileSystem::flock(fd, operation);
     }
+    int reads = 0;
     int writes = 0;
     int closeError = 0;
     int lockError = 0;
+    std::function<void()> beforeLock; // what another process does between open and lock
 };
 
 } // namespace
 
-TEST_F(HandLogFile, LosesNothingToInterruptedAndShortWrites) {
+TEST_F(HandLogFile, LosesNothingToInterruptedCallsAndShortWrites) {
     BadDisk disk;
+    std::ofstream(path) << "# tamarin match that is looked at first\n";
     auto log = HandLog::create(
         path, [] { return true; }, disk);
     ASSERT_TRUE(log.ok());
     ASSERT_TRUE(log->begin("of many pieces").ok());
     EXPECT_EQ(contents(path), "# tamarin match of many pieces\n");
     EXPECT_GT(disk.writes, 10);
+    EXPECT_EQ(disk.reads, 2);
 }
 
 TEST_F(HandLogFile, TellsWhatClosingFinds) {
@@ -281,4 +294,24 @@ TEST_F(HandLogFile, DoesWithoutALockWhereThereAreNone) {
     EXPECT_TRUE(HandLog::create(
                     path, [] { return true; }, disk)
                     .ok());
+}
+
+// A lock on a file without the name would keep no other match out, and nobody would find the log.
+TEST_F(HandLogFile, MustStillHaveItsNameWhenItIsLocked) {
+    for (const bool replaced : {false, true}) {
+        std::ofstream(path) << "# tamarin match old\n";
+        BadDisk disk;
+        disk.beforeLock = [&] {
+            std::filesystem::remove(path);
+            if (replaced)
+                std::ofstream(path) << "# tamarin match of another\n";
+        };
+        const auto log = HandLog::create(
+            path, [] { return true; }, disk);
+        ASSERT_FALSE(log.ok()) << replaced;
+        EXPECT_EQ(log.error(),
+                  "could not write " + path + ": it was taken away just now; try again");
+        EXPECT_EQ(std::filesystem::exists(path), replaced);
+    }
+    EXPECT_EQ(contents(path), "# tamarin match of another\n");
 }

@@ -4,8 +4,10 @@
 #include "game/games.h"
 
 #include <algorithm>
+#include <atomic>
 #include <map>
 #include <set>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -326,14 +328,20 @@ TEST(Match, ThePauseOfAStoppedDealerIsNobodysTime) {
 // The time in which the dealer is busy with something else counts as a wait that it meant, and the
 // answer that came meanwhile is read before the player is late.
 TEST(Match, AnAnswerThatHasComeIsReadBeforeItIsLate) {
-    OddMatch match([](Client& client, const std::string& line, int) {
+    std::atomic<bool> answered{false};
+    OddMatch match([&](Client& client, const std::string& line, int) {
         pause(20);
         client.send(line + ":c\r\n");
+        answered = true;
     });
     match.options.actionLimit = 1ms;
+    bool begun = false; // before the hand, nothing is awaited
     match.events.keepPlaying = [&] {
-        if (match.table.countStates(0) > 0)
-            pause(60);
+        if (std::exchange(begun, true)) {
+            for (int i = 0; i < 500 && !answered; ++i)
+                pause(10);
+            pause(60); // for the others' answers
+        }
         return true;
     };
     match.options.hands = 1;

@@ -82,6 +82,23 @@ TEST(PlayerOutput, KeepsTheLastLines) {
     EXPECT_EQ(player.shown.text(), "");
 }
 
+TEST(PlayerOutput, MayComeByteByByte) {
+    Printing player;
+    for (const char byte : std::string("ab\nc\n")) {
+        player.print(std::string(1, byte));
+        player.output.take();
+    }
+    EXPECT_EQ(player.output.lastLines(), (std::deque<std::string>{"ab", "c"}));
+    EXPECT_EQ(player.output.fdToPoll(), player.fd);
+}
+
+TEST(PlayerOutput, ClosesItsDescriptorAtItsEnd) {
+    Printing player;
+    EXPECT_GE(::fcntl(player.fd, F_GETFD), 0);
+    { const PlayerOutput gone = std::move(player.output); }
+    EXPECT_EQ(::fcntl(player.fd, F_GETFD), -1);
+}
+
 TEST(PlayerOutput, CutsALongLine) {
     Printing player;
     player.print(std::string(1000, 'x') + "\n" + std::string(299, 'y'));
@@ -102,6 +119,9 @@ TEST(PlayerOutput, IsTakenAPieceAtATimeAndAtARate) {
     const size_t left = player.waiting();
     player.output.take();
     EXPECT_EQ(player.waiting(), left) << "it has had its share";
+    PlayerOutput moved = std::move(player.output);
+    EXPECT_EQ(moved.fdToPoll(), -1) << "nor does it get another by moving";
+    player.output = std::move(moved);
 
     player.clock.advance(0.25);
     EXPECT_EQ(player.output.fdToPoll(), player.fd);
@@ -194,11 +214,14 @@ TEST(PlayerOutput, ShowsSoManyLinesASecondAndCountsTheOthers) {
     const std::string text =
         shown(most) + "[a] (further output passed over: 10 lines)\n" + shown(most);
     EXPECT_EQ(player.shown.text(), text);
-    // What was passed over last is told at the end, and once.
+    // What was passed over last is told at the end, and once; the count goes where the output goes.
     PlayerOutput moved = std::move(player.output);
+    player.print("y\n");
+    moved.take();
+    EXPECT_EQ(player.shown.text(), text);
     player.stop();
     moved.take();
-    EXPECT_EQ(player.shown.text(), text + "[a] (further output passed over: 2 lines)\n");
+    EXPECT_EQ(player.shown.text(), text + "[a] (further output passed over: 3 lines)\n");
     moved = PlayerOutput();
-    EXPECT_EQ(player.shown.text(), text + "[a] (further output passed over: 2 lines)\n");
+    EXPECT_EQ(player.shown.text(), text + "[a] (further output passed over: 3 lines)\n");
 }

@@ -320,6 +320,13 @@ TEST_F(PrivateSeatTest, AFloodOfStrangersNeitherStarvesThePlayerNorGrows) {
         << notices[5];
 }
 
+TEST_F(PrivateSeatTest, ThePortIsThereForThisMachineAlone) {
+    seat([](uint16_t port) {
+        EXPECT_FALSE(Client(port, INADDR_LOOPBACK, INADDR_LOOPBACK + 1).connected());
+        EXPECT_TRUE(Client(port).connected());
+    });
+}
+
 // While others are still awaited nobody can knock any more at a seat that is taken.
 TEST_F(PrivateSeatTest, ThePortIsClosedOnceThePlayerIsSeated) {
     SeatPlan soon = shellSeat("a", "echo $2 >port.new; mv port.new port; exec 3<>/dev/tcp/$1/$2; "

@@ -2,9 +2,14 @@
 
 #include "dealer/child.h"
 #include "dealer/fake_player.h"
+#include "support/child_process.h"
+#include "support/temp_directory.h"
 
 #include <filesystem>
 #include <fstream>
+#include <linux/netlink.h>
+#include <sched.h>
+#include <sys/mount.h>
 
 #include <gtest/gtest.h>
 
@@ -121,6 +126,28 @@ TEST(OwnersOfPeers, KnowsTheShellsGrandchild) {
     const Child child = shell(
         "(bash -c '" + std::string(connectAndStay) + "; true' bash $1; true); true", {door.port()});
     EXPECT_EQ(door.nextOwner(child), SocketOwner::ours);
+}
+
+// A question to the kernel takes the same short time however long the lists are; so it must do
+// where they are empty.
+TEST(OwnersOfPeers, NeedsNoListsWhereTheKernelAnswers) {
+    const int question = ::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_SOCK_DIAG);
+    if (question < 0)
+        GTEST_SKIP() << "this kernel does not answer";
+    ::close(question);
+    constexpr int notAllowed = 77;
+    const TempDirectory nothing;
+    const ChildOutcome outcome = runInChild([&] {
+        if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0 ||
+            mount(nothing.path().c_str(), "/proc/self/net", nullptr, MS_BIND, nullptr) != 0)
+            return notAllowed;
+        Door door;
+        const Child child = shell(connectAndStay, {door.port()});
+        return door.nextOwner(child) == SocketOwner::ours ? 0 : 1;
+    });
+    if (outcome.exited(notAllowed))
+        GTEST_SKIP() << "may not mount anything";
+    EXPECT_TRUE(outcome.exited(0)) << outcome.status << outcome.errors;
 }
 
 // Job control gives every pipeline a group of its own, and setsid even a session.

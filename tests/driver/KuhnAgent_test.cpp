@@ -44,6 +44,11 @@ public:
         holeCards(&card, 0);
     }
     const Game* definition() const { return game; }
+    // The solvers know no cards of a full deck, and throw words when asked for them.
+    void makeTheDeckFull() {
+        game->numSuits = MAX_SUITS;
+        game->numRanks = MAX_RANKS;
+    }
     MatchState& current() { return state; }
 };
 
@@ -353,6 +358,20 @@ TEST_F(KuhnAgentInPlay, AStateOutsideTheStrategyFallsBackToTheCardRule) {
     // No deal of the training holds these cards.
     EXPECT_EQ(agent->actionIn("MATCHSTATE:0:1::7s||").type, actionRaise);
     EXPECT_EQ(agent->actionIn("MATCHSTATE:0:1::8s||").type, actionRaise);
+    agent.reset();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "WARNING: the strategy does not hold this state: playing by the fixed card rule\n"
+              "2 decisions were made by the fixed card rule in this match\n");
+}
+
+// Words are no std::exception.
+TEST_F(KuhnAgentInPlay, WhateverASolverThrowsTheCardRuleAnswers) {
+    testing::internal::CaptureStderr();
+    agent->startHand();
+    ASSERT_EQ(agent->getMode(), 0);
+    agent->makeTheDeckFull();
+    EXPECT_EQ(agent->actionIn("MATCHSTATE:0:1::Ks||").type, actionRaise);
+    EXPECT_EQ(agent->actionIn("MATCHSTATE:2:1:cr:||Qs").type, actionFold);
     agent.reset();
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "WARNING: the strategy does not hold this state: playing by the fixed card rule\n"

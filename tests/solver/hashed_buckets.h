@@ -17,7 +17,7 @@ public:
         uint32_t hash = static_cast<uint32_t>(players * 100 + round * 10 + seat);
         for (int i = 0; i < known[round]; ++i)
             hash = hash * 2654435761U + cards[i] + 1U;
-        return static_cast<uint8_t>((hash >> 16U) % numHoldemBuckets);
+        return static_cast<uint8_t>((hash >> 16U) % holdemBuckets);
     }
 };
 

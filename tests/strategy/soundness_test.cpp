@@ -107,6 +107,35 @@ TEST_F(StrategyCheck, RefusesWhatIsNoFile) {
     EXPECT_FALSE(checkStrategyFile(*rules, game->tree(), "/dev/zero").ok());
 }
 
+TEST(NodeFault, NamesTheFirst) {
+    bool callOrRaise[] = {false, true, true};
+    const LegalActions legal = {false, true, true};
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    const auto fault = [&](ValidActions expected, const auto& change) {
+        CFRNode node(callOrRaise);
+        change(node);
+        return faultOf(node, legal, expected);
+    };
+    for (const ValidActions expected : {ValidActions::allLegal, ValidActions::someLegal}) {
+        EXPECT_EQ(fault(expected, [](CFRNode&) {}), "");
+        EXPECT_EQ(fault(expected, [](CFRNode& node) { node.regretSum[0] = 0.0; }),
+                  "allows fold, which the rules do not");
+        EXPECT_EQ(fault(expected, [](CFRNode& node) { node.regretSum[1] = -infinity; }),
+                  "has a damaged sum for call");
+        EXPECT_EQ(fault(expected, [](CFRNode& node) { node.strategySum[2] = -0.5; }),
+                  "has a damaged sum for raise");
+        EXPECT_EQ(fault(expected, [](CFRNode& node) { node.strategySum[0] = infinity; }),
+                  "has a damaged sum for fold");
+        EXPECT_EQ(fault(expected, [](CFRNode& node) { node.strategySum[1] = nan; }),
+                  "has a damaged sum for call");
+        EXPECT_EQ(fault(expected, [](CFRNode& node) { node.regretSum[2] = -7.0; }), "");
+    }
+    const auto loseRaise = [](CFRNode& node) { node.setActionInvalid(2); };
+    EXPECT_EQ(fault(ValidActions::allLegal, loseRaise), "lacks raise");
+    EXPECT_EQ(fault(ValidActions::someLegal, loseRaise), "");
+}
+
 // Nodes that can be taken away and put in.
 class Solver : public CFR {
 public:
@@ -153,6 +182,12 @@ TEST_F(SmallFit, OneThatLacksANodeDoesNot) {
 
 TEST_F(SmallFit, OneWithANodeTooManyDoesNot) {
     whole.map(2)["2:0:7:cc"] = whole.map(2).at("2:0:3:cc");
+    EXPECT_FALSE(fits());
+}
+
+TEST_F(SmallFit, OneWithAnotherNodeInsteadDoesNot) {
+    whole.map(2)["2:0:7:cc"] = whole.map(2).at("2:0:3:cc");
+    whole.map(2).erase("2:0:3:cc");
     EXPECT_FALSE(fits());
 }
 

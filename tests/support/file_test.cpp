@@ -326,9 +326,22 @@ TEST(KeepBeside, LeavesTheFileInPlaceUntilItIsReplaced) {
     EXPECT_EQ(contentsOf(path), "new");
     EXPECT_EQ(contentsOf(path + ".bad.2"), "old");
     EXPECT_EQ(contentsOf(path + ".bad"), "older");
-    const auto absent = keepBeside(directory.file("absent"));
-    ASSERT_FALSE(absent.ok());
-    EXPECT_TRUE(contains(absent.error(), directory.file("absent")));
+    const std::string absent = directory.file("absent");
+    EXPECT_EQ(keepBeside(absent).error(),
+              absent + ": could not move it to " + absent + ".bad: No such file or directory");
+}
+
+// A directory has no second name anywhere, and stands for all files where there are no hard links.
+TEST(KeepBeside, MovesWhatCanHaveNoSecondName) {
+    const TempDirectory directory;
+    const std::string path = directory.file("strategy");
+    ASSERT_TRUE(makeDirectories(path + "/inside").ok());
+    putContents(path + ".bad", "older");
+    const auto kept = keepBeside(path);
+    ASSERT_TRUE(kept.ok()) << kept.error();
+    EXPECT_EQ(*kept, path + ".bad.2");
+    EXPECT_EQ(directory.names(), (std::set<std::string>{"strategy.bad", "strategy.bad.2"}));
+    EXPECT_EQ(contentsOf(path + ".bad"), "older");
 }
 
 TEST(KeepBeside, KeepsWhatALinkLeadsTo) {

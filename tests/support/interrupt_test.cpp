@@ -105,8 +105,13 @@ TEST(Interrupts, LeaveIgnoredSignalsIgnored) {
 // program by it would wait for ever.
 TEST(Interrupts, ReachTestsThatWereStartedDeaf) {
     const pid_t child = startChild([] {
-        for (const int ignored : {SIGINT, SIGTERM, SIGHUP, SIGCHLD})
+        sigset_t blocked; // which is inherited as well
+        sigemptyset(&blocked);
+        for (const int ignored : {SIGINT, SIGTERM, SIGHUP, SIGCHLD}) {
             signal(ignored, SIG_IGN);
+            sigaddset(&blocked, ignored);
+        }
+        sigprocmask(SIG_BLOCK, &blocked, nullptr);
         if (std::freopen("/dev/null", "w", stdout) == nullptr)
             return 1;
         return execl("/proc/self/exe", "test_support",

@@ -1,10 +1,14 @@
 #include "support/resources.h"
 
+#include "support/child_process.h"
 #include "support/temp_directory.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
+#include <sched.h>
+#include <sys/mount.h>
 
 #include <gtest/gtest.h>
 
@@ -78,12 +82,44 @@ TEST(Resources, FindsTheGroupsThatAProcessIsIn) {
     groups.write("/memory/a", "memory.usage_in_bytes", "1");
     groups.write("/cpu,memory/c:d", "memory.limit_in_bytes", "500");
     groups.write("/cpu,memory/c:d", "memory.usage_in_bytes", "2");
+    groups.write("/memoryhog/a", "memory.limit_in_bytes", "10");
+    groups.write("/memoryhog/a", "memory.usage_in_bytes", "4");
     groups.write("/b", "memory.max", "100");
     groups.write("/b", "memory.current", "3");
     EXPECT_EQ(memoryLeftInGroups(mount, "9:cpu:/a\n5:memory:/a\n0::/\n"), 999U);
     EXPECT_EQ(memoryLeftInGroups(mount, "5:cpu,memory:/c:d\n"), 498U);
     EXPECT_EQ(memoryLeftInGroups(mount, "5:memory:/a\n0::/b\n"), 97U);
     EXPECT_EQ(memoryLeftInGroups(mount, "4:memoryhog:/a\n1:name=systemd:/b\n"), UINT64_MAX);
+}
+
+// Where a process may have file systems of its own, it sees these groups in place of its own.
+TEST(Resources, IsWhatTheGroupsOfThisProcessLeave) {
+    const Groups groups;
+    const auto use = [&](const std::string& bytes) {
+        groups.write("", "memory.max", "3000000"); // of either version, whichever this system has
+        groups.write("", "memory.current", bytes);
+        groups.write("/memory", "memory.limit_in_bytes", "3000000");
+        groups.write("/memory", "memory.usage_in_bytes", bytes);
+    };
+    constexpr int notAllowed = 77;
+    const auto left = [&](uint64_t expected) {
+        return test::runInChild([&] {
+            if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0 ||
+                mount(groups.mount().c_str(), "/sys/fs/cgroup", nullptr, MS_BIND, nullptr) != 0)
+                return notAllowed;
+            const uint64_t found = availableMemory();
+            std::cerr << found;
+            return found == expected ? 0 : 1;
+        });
+    };
+    use("1000000");
+    const test::ChildOutcome some = left(2000000);
+    if (some.exited(notAllowed))
+        GTEST_SKIP() << "may not mount anything";
+    EXPECT_TRUE(some.exited(0)) << some.errors;
+    use("3000001");
+    const test::ChildOutcome none = left(1); // 0 is for what is not known
+    EXPECT_TRUE(none.exited(0)) << none.errors;
 }
 
 TEST(Resources, RefusesWithTheFigures) {

@@ -154,6 +154,8 @@ TEST_F(Holdem, ASignalSavesACheckpointAndAKillLosesOnlyWhatCameAfterOne) {
         const fs::path checkpoint = directory / "out/training.checkpoint";
         for (int i = 0; i < 1000 && !fs::exists(checkpoint); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        EXPECT_FALSE(FileLock::take((directory / "out/train.lock").string()).ok())
+            << "it is held while the training lasts";
         kill(child, signal);
         const Outcome outcome = finish(child);
         EXPECT_EQ(outcome.status, signal == SIGINT ? 130 : -SIGKILL) << outcome.err;
@@ -281,6 +283,22 @@ TEST_F(Holdem, TablesThatAreNotWhatTheManifestSaysAreRefused) {
     EXPECT_TRUE(contentsOf(home / "strategy") == strategy);
     EXPECT_TRUE(contentsOf(home / "training.checkpoint") == checkpoint);
     EXPECT_EQ(putAside(), std::vector<std::string>());
+}
+
+// Nobody knows what is in it, so nobody is told to move it away.
+TEST_F(Holdem, ATableThatCannotBeReadIsNotCalledDamaged) {
+    record({"holdem_flop_2p_0"});
+    ASSERT_EQ(run({"train", noLimit, "--iterations", "64", "--quiet"}).status, 0);
+    fs::permissions(directory / "lookup/holdem_flop_2p_0", fs::perms::none);
+    std::vector<std::string> command = test::tamarinCommand({"exploit", noLimit});
+    if (geteuid() == 0) // whom no permission stops
+        for (const char* word : {"--clear-groups", "--reuid=65534", "setpriv"})
+            command.insert(command.begin(), word);
+    test::Process process(command, directory.string());
+    EXPECT_EQ(process.wait(), 1);
+    const std::string table = "lookup/holdem_flop_2p_0: ";
+    EXPECT_EQ(process.err(), "tamarin: " + table + "cannot be read: " + table +
+                                 "could not open: Permission denied\n");
 }
 
 // Whatever a process may not open, it must not take for nonsense.

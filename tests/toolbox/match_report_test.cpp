@@ -87,7 +87,7 @@ TEST(MatchReport, Json) {
 TEST(MatchReport, WithoutBlindsThereIsNoMbb) {
     SmallMatch match;
     match.game->blind[0] = match.game->blind[1] = 0;
-    EXPECT_EQ(bigBlind(match.game.get()), 0);
+    EXPECT_EQ(bigBlind(*match.game), 0);
     EXPECT_EQ(reportAsJson(match.report)["players"][0]["mbbPerHand"], nullptr);
     EXPECT_EQ(reportAsTable(match.report).find("inf"), std::string::npos);
 }

@@ -141,6 +141,13 @@ TEST_F(Trouble, SomethingElseInATablesPlaceStopsBeforeTheWork) {
                          "there\n");
     EXPECT_FALSE(fs::exists(clusterPath(2, 0)));
     EXPECT_TRUE(fs::is_directory(equityPath(3, 0)));
+
+    fs::remove(equityPath(3, 0));
+    fs::create_symlink("preflop_3p", equityPath(3, 0)); // a link to itself
+    EXPECT_EQ(
+        tamarin({"tables", "--only", "clusters"}).err,
+        "tamarin: lookup/preflop_3p cannot be looked at: Too many levels of symbolic links\n");
+    EXPECT_FALSE(fs::exists(clusterPath(2, 0)));
 }
 
 TEST_F(Trouble, UnreadableTableStopsBeforeTheWork) {

@@ -1,3 +1,4 @@
+#include "support/lock.h"
 #include "toolbox/program.h"
 
 #include <sstream>
@@ -206,6 +207,7 @@ TEST_F(Train, LeavesTheCheckpointsOfARunThatGoesOn) {
     EXPECT_EQ(refused.status, 1);
     EXPECT_NE(refused.err.find("locked by process"), std::string::npos) << refused.err;
     EXPECT_GT(checkpoints(), 0);
+    EXPECT_FALSE(FileLock::take((strategies() / "train.lock").string()).ok()) << "as prepare takes";
     kill(running, SIGCONT);
     kill(running, SIGKILL);
     finish(running);

@@ -1,4 +1,4 @@
-#include "support/hand_random.h"
+#include "support/split_mix.h"
 
 #include <cmath>
 #include <set>

@@ -1,9 +1,6 @@
-// What a match says about its players, and how surely.
+// The mean of many numbers, and how surely it is known.
 #pragma once
 
-#include "support/clock.h"
-
-#include <array>
 #include <cstdint>
 
 namespace tamarin {
@@ -36,26 +33,5 @@ Interval interval95(const RunningMoments& moments);
 // 97.5 % of its mass. From four degrees on an expansion (Abramowitz and Stegun 26.7.5) that is
 // within 0.005 of the true value, and closer the more there are.
 double studentQuantile975(uint64_t degrees);
-
-// How long answers took, in bounded memory: counts in buckets whose width is at most 1/32 of their
-// value, so a quantile is right to about 3 %. From a nanosecond to centuries.
-class LatencyHistogram {
-public:
-    void add(Duration duration);
-    uint64_t count() const { return count_; }
-    Duration longest() const { return longest_; }
-    // The time within which that share (0..1) of the answers came; 0 when there were none.
-    Duration quantile(double share) const;
-
-private:
-    static constexpr int stepBits = 5;
-    static constexpr int steps = 1 << stepBits;
-    static int bucketOf(uint64_t nanoseconds);
-    static uint64_t middleOf(int bucket);
-
-    std::array<uint64_t, steps*(64 - stepBits + 1)> buckets_{};
-    uint64_t count_ = 0;
-    Duration longest_{0};
-};
 
 } // namespace tamarin
