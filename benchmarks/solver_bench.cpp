@@ -9,7 +9,7 @@
 #include "holdem/sets.h"
 #include "solver/cfr.h"
 #include "training/best_response.h"
-#include "training/trainer.h"
+#include "training/small_game_trainer.h"
 
 #include <cstdio>
 #include <iostream>

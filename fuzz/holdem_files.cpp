@@ -1,6 +1,6 @@
 // Any bytes as the files of hold'em training: as a strategy, mapped and read whole, and as a
-// checkpoint, once as it is and once behind the beginning of a good one, so that what stands behind
-// the configuration is tried too. The game has one round and no raises: twenty information sets.
+// checkpoint, once as it is and once behind the head of a good one, so that what stands behind the
+// configuration is tried too. The game has one round and no raises: twenty information sets.
 #include "fuzz/fuzz.h"
 #include "fuzz/memory_file.h"
 #include "game/definition.h"
@@ -46,14 +46,14 @@ struct Trained {
     HoldemTrainer trainer{game, buckets, {Algorithm::linear, 1, 1000, 1, 1}};
 };
 
-// Of a good checkpoint, everything before the number of deals.
+// Of a good checkpoint, everything before the numbers.
 std::string startOfCheckpoint() {
     const Trained trained;
     const std::string path = "/dev/shm/tamarin_fuzz_holdem_" + std::to_string(getpid());
     expect(trained.trainer.writeCheckpoint(path).ok(), "a checkpoint is written");
     const auto bytes = readWholeFile(path);
     unlink(path.c_str());
-    const size_t behind = 24 + trained.trainer.sets().numSets() * sizeof(SetNumbers);
+    const size_t behind = trained.trainer.sets().numSets() * sizeof(SetNumbers) + sizeof(uint64_t);
     return bytes->substr(0, bytes->size() - behind);
 }
 
@@ -89,7 +89,7 @@ void asCheckpoint(const std::string& bytes) {
     const Status read =
         trained.trainer.readCheckpoint(MemoryFile(bytes.data(), bytes.size()).name());
     if (!read)
-        expect(!read.error().empty() && trained.trainer.deals() == 0,
+        expect(!read.error().empty() && trained.trainer.iteration() == 0,
                "a refusal has its reason and changes nothing");
 }
 

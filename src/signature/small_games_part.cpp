@@ -5,7 +5,7 @@
 #include "support/rng.h"
 #include "training/best_response.h"
 #include "training/line_reach.h"
-#include "training/trainer.h"
+#include "training/small_game_trainer.h"
 
 #include <array>
 #include <cassert>

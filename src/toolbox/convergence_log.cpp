@@ -30,18 +30,9 @@ ConvergenceLog::ConvergenceLog(const std::string& directory, std::optional<uint6
     : path_(directory + "/convergence.jsonl") {
     if (resumedAt)
         if (const auto old = readWholeFile(path_, largestLog))
-            failed_ = !writeWholeFile(path_, linesUpTo(*old, *resumedAt)).ok();
-    file_ = std::fopen(path_.c_str(), resumedAt ? "a" : "w");
-}
-
-ConvergenceLog::~ConvergenceLog() {
-    if (file_ != nullptr)
-        std::fclose(file_);
-}
-
-void ConvergenceLog::add(const std::string& line) {
-    if (good())
-        failed_ = std::fputs((line + '\n').c_str(), file_) < 0 || std::fflush(file_) != 0;
+            if (!writeWholeFile(path_, linesUpTo(*old, *resumedAt)))
+                return; // and is not good
+    file_.open(path_, resumedAt ? std::ios::app : std::ios::trunc);
 }
 
 } // namespace tamarin

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
+#include <fstream>
 #include <optional>
 #include <string>
 
@@ -14,21 +14,17 @@ public:
     // A new log; or, for a run that goes on from an iteration, the log that is there without the
     // lines after it: the run will write these again.
     ConvergenceLog(const std::string& directory, std::optional<uint64_t> resumedAt);
-    ~ConvergenceLog();
-    ConvergenceLog(const ConvergenceLog&) = delete;
-    ConvergenceLog& operator=(const ConvergenceLog&) = delete;
 
     // Appends a line, which is on its way to the disk when the call returns.
-    void add(const std::string& line);
+    void add(const std::string& line) { file_ << line << std::endl; }
 
     // Training does not stop for its log; says once, at the end, what became of it.
-    bool good() const { return file_ != nullptr && !failed_; }
+    bool good() const { return file_.is_open() && file_.good(); }
     const std::string& path() const { return path_; }
 
 private:
     std::string path_;
-    FILE* file_ = nullptr;
-    bool failed_ = false;
+    std::ofstream file_;
 };
 
 } // namespace tamarin

@@ -43,11 +43,4 @@ CLI::Validator decimalNumber(double least, double most) {
         "");
 }
 
-CLI::Option* addSeconds(CLI::App& command, const std::string& name, double& value,
-                        const std::string& what) {
-    return command.add_option(name, value, what)
-        ->transform(decimalNumber(leastSeconds, mostSeconds))
-        ->type_name("SECONDS");
-}
-
 } // namespace tamarin

@@ -30,7 +30,13 @@ CLI::Option* addWholeNumber(CLI::App& command, const std::string& name, Number& 
         ->type_name("N");
 }
 
-CLI::Option* addSeconds(CLI::App& command, const std::string& name, double& value,
-                        const std::string& what);
+// value: a double, or an optional of one.
+template <class Seconds>
+CLI::Option* addSeconds(CLI::App& command, const std::string& name, Seconds& value,
+                        const std::string& what) {
+    return command.add_option(name, value, what)
+        ->transform(decimalNumber(leastSeconds, mostSeconds))
+        ->type_name("SECONDS");
+}
 
 } // namespace tamarin

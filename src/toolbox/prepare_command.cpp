@@ -2,7 +2,6 @@
 #include "strategy/soundness.h"
 #include "support/file.h"
 #include "support/interrupt.h"
-#include "support/lock.h"
 #include "support/progress.h"
 #include "toolbox/command.h"
 #include "toolbox/commands.h"
@@ -12,7 +11,6 @@
 #include "toolbox/numbers.h"
 #include "toolbox/playing_directory.h"
 #include "toolbox/strategies.h"
-#include "training/training_run.h"
 
 #include <filesystem>
 
@@ -24,15 +22,6 @@ namespace {
 constexpr double goodEnough = 1e-6;
 constexpr double aim = 1e-7;
 constexpr double longest = 60.0; // seconds
-
-struct Options {
-    std::string game;
-    std::string directory = ".";
-    bool force = false;
-    bool quiet = false;
-    bool dryRun = false;
-    double seconds = 0.0;
-};
 
 // Whether all seats have good strategies. Damaged files are named, with a line each; one that
 // cannot be read at all may be a good one, and is an error.
@@ -93,32 +82,21 @@ Result<bool> goodHoldemStrategy(const HoldemGame& game, const std::string& direc
     return false;
 }
 
-int prepareHoldem(const HoldemGame& game, const Options& options) {
-    if (Status made = makeDirectories(options.directory); !made)
+int prepareHoldem(const HoldemGame& game, TrainingRequest request) {
+    if (Status made = makeDirectories(request.directory); !made)
         return fail(made.error());
-    if (const auto placed = placeGameFile(game.path, options.directory); !placed)
+    if (const auto placed = placeGameFile(game.path, request.directory); !placed)
         return fail(placed.error());
-    HoldemTraining training;
-    training.directory = options.directory;
-    training.config = defaultHoldemConfig(*game.rules);
-    training.goal = defaultHoldemGoal(*game.rules);
-    if (options.seconds > 0.0) {
-        training.goal = {};
-        training.goal.seconds = options.seconds;
-    }
-    training.resumeIfThere = true;
-    training.fresh = options.force;
-    training.dryRun = options.dryRun;
-    training.quiet = options.quiet;
-    training.keepOther = true;
-    training.made = "tamarin prepare";
-    if (!options.force && !options.dryRun) {
+    request.resumeIfThere = true;
+    request.keepOther = true;
+    request.made = "tamarin prepare";
+    if (!request.fresh && !request.dryRun) {
         if (Status made =
-                makeMissingTables(options.directory, game.rules->numPlayers, 0, options.quiet);
+                makeMissingTables(request.directory, game.rules->numPlayers, 0, request.quiet);
             !made)
             return interrupted() ? interruptStatus() : fail(made.error());
-        const std::string strategy = holdemStrategyPath(options.directory, game);
-        const auto good = goodHoldemStrategy(game, options.directory, strategy);
+        const std::string strategy = holdemStrategyPath(request.directory, game);
+        const auto good = goodHoldemStrategy(game, request.directory, strategy);
         if (!good)
             return fail(good.error());
         if (*good) {
@@ -127,27 +105,27 @@ int prepareHoldem(const HoldemGame& game, const Options& options) {
             return exitDone;
         }
     }
-    return trainHoldemGame(game, training);
+    return trainHoldemGame(game, request);
 }
 
-int prepare(const Options& options) {
-    const auto holdem = openHoldem(options.game, options.directory);
+int prepare(const std::string& name, TrainingRequest request) {
+    const auto holdem = openHoldem(name, request.directory);
     if (!holdem)
         return fail(holdem.error());
     if (*holdem)
-        return prepareHoldem(**holdem, options);
-    if (options.dryRun || options.seconds > 0.0)
+        return prepareHoldem(**holdem, request);
+    if (request.dryRun || request.goal.seconds)
         throw UsageError("--dry-run and --seconds are for hold'em; small games take seconds");
-    const auto game = openSmallGame(options.game, options.directory);
+    const auto game = openSmallGame(name, request.directory);
     if (!game)
         return fail(game.error());
-    if (Status made = makeDirectories(options.directory); !made)
+    if (Status made = makeDirectories(request.directory); !made)
         return fail(made.error());
-    if (const auto placed = placeGameFile(game->path, options.directory); !placed)
+    if (const auto placed = placeGameFile(game->path, request.directory); !placed)
         return fail(placed.error());
-    const std::string strategies = strategyDirectory(options.directory, game->name);
+    const std::string strategies = strategyDirectory(request.directory, game->name);
     std::vector<std::string> damaged;
-    if (!options.force) {
+    if (!request.fresh) {
         // Without the lock: where all is there nothing is written, and nothing need be writable.
         const auto good = goodStrategiesIn(*game, strategies, damaged);
         if (!good)
@@ -155,30 +133,15 @@ int prepare(const Options& options) {
         if (*good)
             return exitDone;
     }
-    if (Status made = makeDirectories(strategies); !made)
-        return fail(made.error());
-    const auto lock = FileLock::take(strategies + "/train.lock");
+    const auto lock = lockResults(strategies);
     if (!lock)
         return fail(lock.error());
-
     const TrainerConfig config;
     const auto trainer = makeTrainer(*game->small, config);
-    TrainingGoal goal;
-    goal.nashConv = aim;
-    goal.seconds = longest;
-    TrainingStep last{};
-    std::optional<Progress> progress;
-    if (!options.quiet)
-        progress.emplace("Training", "iterations", 0);
-    TrainingHooks hooks;
-    hooks.step = [&](const TrainingStep& step) {
-        last = step;
-        if (progress)
-            progress->update(step.iteration, fmt::format("NashConv {:.2e}", step.value.nashConv()));
-    };
-    hooks.stop = [] { return interrupted(); };
-    const TrainingEnd end = runTraining(*game->small, *trainer, goal, hooks);
-    if (end == TrainingEnd::stopped) {
+    request.goal.nashConv = aim;
+    request.goal.seconds = longest;
+    const TrainingOutcome outcome = runWatched(*trainer, request, false, {});
+    if (outcome.end == TrainingEnd::stopped) {
         complain("stopped before the strategies were good; nothing was written");
         return interruptStatus();
     }
@@ -193,29 +156,28 @@ int prepare(const Options& options) {
         return fail(written.error());
     kept.replaced();
     fmt::print("{} has strategies for all {} seats, made in {}\n{}", strategies,
-               game->rules->numPlayers, describeDuration(last.seconds),
-               valueTable(*game->rules, last.value));
+               game->rules->numPlayers, describeDuration(outcome.last.seconds),
+               valueTable(*game->rules, std::get<ProfileValue>(outcome.last.measure)));
     return exitDone;
 }
 
 } // namespace
 
 void addPrepareCommand(CLI::App& app, int& status) {
-    auto options = std::make_shared<Options>();
+    auto game = std::make_shared<std::string>();
+    auto request = std::make_shared<TrainingRequest>();
     CLI::App& command = addCommand(app, "prepare", "Make everything a game needs for `player`",
                                    "tamarin prepare kuhn.limit.3p.game --dir run\n\n"
                                    "For hold'em: the tables below lookup/, then the strategy, as "
                                    "'tamarin train' makes them when\nno goal is given. What an "
                                    "earlier, stopped run left is taken up again.");
-    command.add_option("GAME", options->game, "Game definition: a path, or a name in --dir")
-        ->required();
-    command.add_flag("--force", options->force, "Make it again where it is good already");
-    command.add_flag("--dry-run", options->dryRun, "Hold'em: print what it would take");
-    addSeconds(command, "--seconds", options->seconds, "Hold'em: train for so long instead")
-        ->default_str("");
-    addDirectoryOption(command, options->directory);
-    addQuietOption(command, options->quiet);
-    command.callback([options, &status] { status = prepare(*options); });
+    command.add_option("GAME", *game, "Game definition: a path, or a name in --dir")->required();
+    command.add_flag("--force", request->fresh, "Make it again where it is good already");
+    command.add_flag("--dry-run", request->dryRun, "Hold'em: print what it would take");
+    addSeconds(command, "--seconds", request->goal.seconds, "Hold'em: train for so long instead");
+    addDirectoryOption(command, request->directory);
+    addQuietOption(command, request->quiet);
+    command.callback([=, &status] { status = prepare(*game, *request); });
 }
 
 } // namespace tamarin

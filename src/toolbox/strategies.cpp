@@ -71,8 +71,9 @@ Result<Profile> readStrategies(const SmallGame& game, const std::string& strateg
     return together;
 }
 
-Status writeStrategies(const SmallGame& game, const Trainer& trainer, const std::string& strategies,
-                       const std::string& made, const std::string& gameName) {
+Status writeStrategies(const SmallGame& game, const SmallGameTrainer& trainer,
+                       const std::string& strategies, const std::string& made,
+                       const std::string& gameName) {
     if (Status there = makeDirectories(strategies); !there)
         return there;
     Game rules = game.game();

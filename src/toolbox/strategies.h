@@ -4,7 +4,7 @@
 
 #include "support/result.h"
 #include "training/best_response.h"
-#include "training/trainer.h"
+#include "training/small_game_trainer.h"
 
 #include <memory>
 #include <string>
@@ -37,8 +37,9 @@ Result<Profile> readStrategy(const SmallGame& game, const std::string& path);
 
 // Saves the trainer's strategy as every seat's file and records the files in the manifest. When the
 // disk is full, no file changes. The error names the file and the cause.
-Status writeStrategies(const SmallGame& game, const Trainer& trainer, const std::string& strategies,
-                       const std::string& made, const std::string& gameName);
+Status writeStrategies(const SmallGame& game, const SmallGameTrainer& trainer,
+                       const std::string& strategies, const std::string& made,
+                       const std::string& gameName);
 
 // "seat 0: value -0.0261, best response -0.0261, gain 1e-8" and so on, as a table with the
 // NashConv.

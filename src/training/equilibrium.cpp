@@ -41,7 +41,7 @@ struct EquilibriumTrainer::Batch {
 };
 
 EquilibriumTrainer::EquilibriumTrainer(const SmallGame& game, const TrainerConfig& config)
-    : Trainer(game), config_(config), current_(uniformProfile(game)),
+    : SmallGameTrainer(game, config.threads), config_(config), current_(uniformProfile(game)),
       nodesOf_(game.game().numPlayers), fields_(static_cast<size_t>(numCardFields(game.game()))) {
     state_.random = config.seed;
     state_.sets.resize(game.layout().numSets());
@@ -207,7 +207,7 @@ void EquilibriumTrainer::drawDeals() {
 
 void EquilibriumTrainer::walk(size_t seat) {
     const auto count = static_cast<int>(batches_.size());
-    const int team = config_.threads;
+    const int team = threads_;
     const auto walkBatch = [&](size_t i) {
         for (const size_t n : nodesOf_[seat])
             for (size_t field = 0; field < fields_; ++field)
@@ -255,6 +255,8 @@ void EquilibriumTrainer::update(size_t seat) {
     if (config_.algorithm == Algorithm::linear) {
         keepPositive = keepNegative = t / (t + 1.0);
     } else if (config_.algorithm == Algorithm::discounted) {
+        // HoldemTrainer takes the root of the cube instead, which rounds differently. Both stay as
+        // they are: strategies, checkpoints and the signature hang on these bits.
         const double power = t * std::sqrt(t);
         keepPositive = power / (power + 1.0);
         keepNegative = 0.5;

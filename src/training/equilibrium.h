@@ -20,13 +20,13 @@
 // threads, and not on how the iterations are divided over calls, checkpoints and processes.
 #pragma once
 
-#include "training/trainer.h"
+#include "training/small_game_trainer.h"
 
 #include <array>
 
 namespace tamarin {
 
-class EquilibriumTrainer : public Trainer {
+class EquilibriumTrainer : public SmallGameTrainer {
 public:
     // Any algorithm but the player's own.
     EquilibriumTrainer(const SmallGame& game, const TrainerConfig& config);

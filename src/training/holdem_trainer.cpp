@@ -1,26 +1,36 @@
 #include "training/holdem_trainer.h"
 
 #include "holdem/deals.h"
+#include "training/checkpoint_frame.h"
 
 #include <algorithm>
 #include <cassert>
 #include <cmath>
-#include <cstring>
+#include <cstdio>
 #include <omp.h>
 
 namespace tamarin {
 
 namespace {
 
+constexpr CheckpointKind kind{"tmrnhold", 3, "a checkpoint of hold'em training"};
+
+static_assert(sizeof(SetNumbers) == 48);
+
+std::string configText(const Game& game, const HoldemBuckets& buckets,
+                       const HoldemTrainerConfig& config) {
+    char hex[17];
+    std::snprintf(hex, sizeof hex, "%016llx",
+                  static_cast<unsigned long long>(fingerprintOf(game, buckets)));
+    return gameConfig(game) + "algorithm = " + algorithmName(config.algorithm) +
+           "\nseed = " + std::to_string(config.seed) + "\nblock = " + std::to_string(config.block) +
+           "\nbatch = " + std::to_string(config.batch) + "\nbuckets = " + hex + "\n";
+}
+
 HoldemRule ruleOf(Algorithm algorithm) {
-    switch (algorithm) {
-    case Algorithm::player:
-        return HoldemRule::player;
-    case Algorithm::cfrPlus:
-        return HoldemRule::counterfactualPlus;
-    default:
-        return HoldemRule::counterfactual;
-    }
+    return algorithm == Algorithm::player    ? HoldemRule::player
+           : algorithm == Algorithm::cfrPlus ? HoldemRule::counterfactualPlus
+                                             : HoldemRule::counterfactual;
 }
 
 double weightOf(Algorithm algorithm, uint64_t t) {
@@ -35,7 +45,8 @@ HoldemTrainer::HoldemTrainer(const Game& game, const HoldemBuckets& buckets,
                              const HoldemTrainerConfig& config)
     : game_(game), buckets_(buckets), config_(config), sets_(game),
       walk_(game, sets_, config.threads), batch_(config.batch) {
-    assert(config.algorithm != Algorithm::predictive && config.batch > 0 && config.block > 0);
+    assert(whyNotForHoldem(config.algorithm) == nullptr);
+    assert(config.batch > 0 && config.block > 0);
     assert(config.algorithm != Algorithm::discounted || config.block % config.batch == 0);
 }
 
@@ -43,8 +54,8 @@ void HoldemTrainer::dealCards(uint64_t t, State* state) const {
     drawDeal(game_, config_.seed, DealStream::training, t, state);
 }
 
-void HoldemTrainer::run(uint64_t deals) {
-    for (uint64_t i = 0; i < deals; i += config_.batch) {
+void HoldemTrainer::run(uint64_t iterations) {
+    for (uint64_t i = 0; i < iterations; i += config_.batch) {
         fillBatch(game_, buckets_, config_.seed, DealStream::training, deals_,
                   threadsOf(config_.threads), batch_);
         for (size_t d = 0; d < batch_.size(); ++d)
@@ -59,7 +70,8 @@ void HoldemTrainer::run(uint64_t deals) {
 void HoldemTrainer::discount(uint64_t block) {
     const auto b = static_cast<double>(block);
     // The root is rounded alike everywhere; the library's pow() is not, where a processor lacks
-    // FMA.
+    // FMA. EquilibriumTrainer takes t x sqrt(t) instead, which rounds differently. Both stay as
+    // they are: strategies, checkpoints and the signature hang on these bits.
     const double power = std::sqrt(b * b * b);
     const double positive = power / (power + 1.0);
     const double average = b / (b + 1.0) * (b / (b + 1.0));
@@ -101,6 +113,25 @@ double HoldemTrainer::averageRegret() const {
     const auto t = static_cast<double>(deals_);
     const double weight = config_.algorithm == Algorithm::linear ? t * (t + 1.0) / 2.0 : t;
     return weight == 0.0 ? 0.0 : sum / weight / static_cast<double>(sets_.numSets());
+}
+
+Status HoldemTrainer::writeCheckpoint(const std::string& path, FileSystem& files) const {
+    return writeCheckpointFile(path, kind, configText(game_, buckets_, config_), deals_,
+                               {std::as_bytes(std::span(sets_.numbers(), sets_.numSets()))}, files);
+}
+
+Status HoldemTrainer::readCheckpoint(const std::string& path, FileSystem& files) {
+    Result<CheckpointFile> file = CheckpointFile::open(path, kind, files);
+    if (!file)
+        return Error{file.error()};
+    if (Status same = file->madeWith(configText(game_, buckets_, config_)); !same)
+        return same;
+    if (Status read =
+            file->read({std::as_writable_bytes(std::span(sets_.numbers(), sets_.numSets()))});
+        !read)
+        return read;
+    deals_ = file->iteration();
+    return {};
 }
 
 } // namespace tamarin

@@ -21,41 +21,43 @@
 #include "holdem/buckets.h"
 #include "holdem/sets.h"
 #include "support/file.h"
+#include "training/algorithms.h"
 #include "training/trainer.h"
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace tamarin {
 
 struct HoldemTrainerConfig {
-    Algorithm algorithm = Algorithm::linear; // any but predictive
+    Algorithm algorithm = defaultAlgorithm(Trained::twoPlayerHoldem); // any that is for hold'em
     uint64_t seed = 1;
     uint64_t block = 1000; // deals of a dcfr block, whole batches
     uint64_t batch = 1;    // deals walked together; the trunk sees none of a batch before its end
     int threads = 0;       // 0: all cores
 };
 
-class HoldemTrainer {
+class HoldemTrainer : public Trainer {
 public:
     // game and buckets must outlive the trainer. Two or three players.
     HoldemTrainer(const Game& game, const HoldemBuckets& buckets,
                   const HoldemTrainerConfig& config);
 
-    // Walks so many deals more, rounded up to whole batches.
-    void run(uint64_t deals);
-    uint64_t deals() const { return deals_; }
+    // An iteration is one deal. A run's block is a batch; the blocks of dcfr are whole batches.
+    uint64_t block() const override { return config_.batch; }
+    void run(uint64_t iterations) override;
+    uint64_t iteration() const override { return deals_; }
+    TrainingMeasure measure() const override { return AverageRegret{averageRegret()}; }
+
     const HoldemTrainerConfig& config() const { return config_; }
     const HoldemSets& sets() const { return sets_; }
     HoldemSets& sets() { return sets_; }
 
-    // Positive regrets per deal and information set, in chips: falls towards 0 in training.
     double averageRegret() const;
 
-    // A checkpoint is one file of its own kind, with the configuration and a checksum; see the .cpp
-    // for its layout. readCheckpoint refuses, in words, what is none, is damaged, or was made with
-    // another configuration.
+    // A checkpoint is the frame of training/checkpoint_frame.h around the SetNumbers of all
+    // information sets, 48 bytes each. Version 2 had a frame of its own. What CheckpointFile
+    // refuses is refused here, and nothing changes then.
     Status writeCheckpoint(const std::string& path, FileSystem& files = systemFiles()) const;
     Status readCheckpoint(const std::string& path, FileSystem& files = systemFiles());
 

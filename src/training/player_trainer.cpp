@@ -2,14 +2,13 @@
 
 #include "support/rng.h"
 #include "support/silent_output.h"
-#include "tree/card_rank_keys.h"
 
 #include <sstream>
 
 namespace tamarin {
 
-PlayerTrainer::PlayerTrainer(const SmallGame& game, uint64_t seed)
-    : Trainer(game), rules_(game.game()), solver_(&rules_) {
+PlayerTrainer::PlayerTrainer(const SmallGame& game, uint64_t seed, int threads)
+    : SmallGameTrainer(game, threads), rules_(game.game()), solver_(&rules_) {
     const SilentOutput silent;
     global_urng().seed(static_cast<uint32_t>(seed ^ seed >> 32U));
     solver_.buildTree();
@@ -33,16 +32,6 @@ Profile PlayerTrainer::average() const {
     return *averageProfile(game_, solver_.nodes());
 }
 
-void PlayerTrainer::eachNode(const std::function<void(size_t set, CFRNode& node)>& visit) const {
-    const auto& nodes = game_.tree().nodes();
-    for (size_t n = 0; n < nodes.size(); ++n)
-        for (uint32_t field = 0; field < game_.layout().numBuckets(nodes[n].slot); ++field)
-            visit(game_.layout().index(nodes[n], field),
-                  *solver_.nodeMap(nodes[n].player, nodes[n].round)
-                       .at(cardRankKey(game_.tree(), static_cast<int32_t>(n),
-                                       static_cast<int>(field))));
-}
-
 TrainerState PlayerTrainer::state() const {
     TrainerState state;
     state.iteration = iteration_;
@@ -50,7 +39,7 @@ TrainerState PlayerTrainer::state() const {
     engine << global_urng();
     engine >> state.random;
     state.sets.resize(game_.layout().numSets());
-    eachNode([&](size_t set, const CFRNode& node) {
+    eachNode(solver_, [&](size_t set, const CFRNode& node) {
         for (size_t a = 0; a < numAbstractedActions; ++a) {
             state.sets[set].regret[a] = node.regretSum[a];
             state.sets[set].strategy[a] = node.strategySum[a];
@@ -65,7 +54,7 @@ void PlayerTrainer::restore(const TrainerState& state) {
     std::stringstream engine;
     engine << state.random;
     engine >> global_urng();
-    eachNode([&](size_t set, CFRNode& node) {
+    eachNode(solver_, [&](size_t set, CFRNode& node) {
         for (size_t a = 0; a < numAbstractedActions; ++a) {
             node.regretSum[a] = state.sets[set].regret[a];
             node.strategySum[a] = state.sets[set].strategy[a];

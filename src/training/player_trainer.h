@@ -5,15 +5,13 @@
 // one card and one round.
 #pragma once
 
-#include "training/trainer.h"
-
-#include <functional>
+#include "training/small_game_trainer.h"
 
 namespace tamarin {
 
-class PlayerTrainer : public Trainer {
+class PlayerTrainer : public SmallGameTrainer {
 public:
-    PlayerTrainer(const SmallGame& game, uint64_t seed);
+    PlayerTrainer(const SmallGame& game, uint64_t seed, int threads = 1);
 
     uint64_t block() const override { return 100'000; }
     void run(uint64_t iterations) override;
@@ -23,8 +21,6 @@ public:
     void restore(const TrainerState& state) override;
 
 private:
-    void eachNode(const std::function<void(size_t set, CFRNode& node)>& visit) const;
-
     Game rules_;
     CFR solver_;
     uint64_t iteration_ = 0;

@@ -3,7 +3,7 @@
 #include "solver/cfr.h"
 #include "solver/games.h"
 #include "support/temp_directory.h"
-#include "training/trainer.h"
+#include "training/small_game_trainer.h"
 
 #include <cstring>
 #include <filesystem>

@@ -360,8 +360,29 @@ TEST_F(Holdem, PrepareKeepsTheCheckpointOfAnotherTraining) {
     fs::remove(directory / "strategies/holdem.nolimit.2p/manifest.json");
     const Outcome outcome = run({"prepare", noLimit, "--seconds", "0.1", "--quiet"});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-    EXPECT_NE(outcome.err.find("algorithm = lcfr"), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.err.find("algorithm is lcfr there and dcfr here"), std::string::npos)
+        << outcome.err;
     EXPECT_TRUE(contentsOf(checkpoint.string() + ".bad") == theirs);
+}
+
+TEST_F(Holdem, ACheckpointOfAnOlderFormatIsRefusedAndKept) {
+    ASSERT_EQ(run({"train", noLimit, "--iterations", "6400", "--quiet"}).status, 0);
+    const fs::path checkpoint = directory / "strategies/holdem.nolimit.2p/training.checkpoint";
+    std::string older = contentsOf(checkpoint);
+    older[8] = 2;
+    writeFile(checkpoint, older);
+    fs::remove(directory / "strategies/holdem.nolimit.2p/manifest.json");
+    const std::string why = "made by an older version of this program, format 2";
+    Outcome outcome = run({"train", noLimit, "--iterations", "9600", "--resume", "--quiet"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_TRUE(outcome.err.ends_with("training.checkpoint: " + why + "\n")) << outcome.err;
+    EXPECT_EQ(run({"train", noLimit, "--iterations", "9600", "--quiet"}).status, 1);
+    EXPECT_TRUE(contentsOf(checkpoint) == older);
+    outcome = run({"prepare", noLimit, "--seconds", "0.1", "--quiet"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_NE(outcome.err.find(why + "; starting over, it is kept as "), std::string::npos)
+        << outcome.err;
+    EXPECT_TRUE(contentsOf(checkpoint.string() + ".bad") == older);
 }
 
 TEST_F(Holdem, DamagedStrategiesAreRefused) {

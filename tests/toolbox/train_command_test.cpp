@@ -160,6 +160,23 @@ TEST_F(Train, RefusesToResumeAnotherConfiguration) {
         << outcome.err;
 }
 
+TEST_F(Train, ACheckpointOfAnOlderFormatIsRefusedAndKept) {
+    ASSERT_EQ(run({"train", game, "--iterations", "5", "--quiet"}).status, 0);
+    const fs::path checkpoint = strategies() / "checkpoint.00000000000000000005";
+    std::string older = contentsOf(checkpoint);
+    older[8] = 1;
+    writeFile(checkpoint, older);
+    const Outcome resumed = run({"train", game, "--resume", "--iterations", "9", "--quiet"});
+    EXPECT_EQ(resumed.status, 1);
+    EXPECT_NE(resumed.err.find("05: made by an older version of this program, format 1; passed "
+                               "over\n"),
+              std::string::npos)
+        << resumed.err;
+    EXPECT_EQ(run({"train", game, "--iterations", "9", "--quiet"}).status, 1);
+    EXPECT_TRUE(contentsOf(checkpoint) == older);
+    EXPECT_EQ(run({"train", game, "--iterations", "9", "--quiet", "--fresh"}).status, 0);
+}
+
 TEST_F(Train, DoesNotOverwriteAnEarlierRunUnasked) {
     ASSERT_EQ(run({"train", game, "--iterations", "5", "--quiet"}).status, 0);
     const std::string before = contentsOf(strategies() / "strategy0");

@@ -1,7 +1,7 @@
 #include "training/best_response.h"
 
 #include "solver/games.h"
-#include "training/trainer.h"
+#include "training/small_game_trainer.h"
 #include "tree/deck.h"
 
 #include <map>

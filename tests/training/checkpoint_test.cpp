@@ -2,6 +2,7 @@
 
 #include "solver/games.h"
 #include "support/temp_directory.h"
+#include "training/mended_checkpoint.h"
 
 #include <cstring>
 #include <filesystem>
@@ -152,41 +153,51 @@ TEST_F(Checkpoint, EveryCutAndAnyGrowthIsNoticed) {
     EXPECT_FALSE(readCheckpoint(path, text()).ok());
 }
 
-// Length fields made to lie, with the checksum made right again.
+// Length fields made to lie, with the checksums made right again.
 TEST_F(Checkpoint, HostileLengthsAreRefusedWithoutTheMemory) {
     const std::string path = saveAfter(3);
     const std::string bytes = *readWholeFile(path);
-    const auto checksum = [](const std::string& of) {
-        uint64_t hash = 0xcbf29ce484222325U;
-        for (size_t i = 0; i + 8 < of.size(); ++i)
-            hash = (hash ^ static_cast<unsigned char>(of[i])) * 0x100000001b3U;
-        return hash;
-    };
-    const size_t configLength = 24;
-    const size_t sets = 32 + text().size() + 16;
-    for (const size_t field : {configLength, sets}) {
-        uint64_t right = 0;
-        std::memcpy(&right, bytes.data() + field, 8);
-        for (const uint64_t value :
-             {uint64_t{0}, uint64_t{1}, right - 1, right + 1, uint64_t{1} << 31U,
-              uint64_t{1} << 32U, uint64_t{1} << 63U, UINT64_MAX - 1, UINT64_MAX}) {
+    ASSERT_EQ(test::mended(bytes), bytes);
+    for (const size_t field : {test::checkpointConfigLengthAt, test::checkpointPayloadLengthAt}) {
+        const auto right = test::numberAt<uint64_t>(bytes, field);
+        for (const uint64_t value : {uint64_t{0}, uint64_t{1}, right - 1, right + 1, right + 8,
+                                     right - 72, uint64_t{1} << 31U, uint64_t{1} << 32U,
+                                     uint64_t{1} << 63U, UINT64_MAX - 1, UINT64_MAX}) {
             std::string other = bytes;
-            std::memcpy(other.data() + field, &value, 8);
-            const uint64_t sum = checksum(other);
-            std::memcpy(other.data() + other.size() - 8, &sum, 8);
-            test::putContents(path, other);
+            test::putNumber(other, field, value);
+            test::putContents(path, test::mended(other));
             ASSERT_FALSE(readCheckpoint(path, text()).ok()) << field << ' ' << value;
         }
     }
 }
 
-TEST_F(Checkpoint, TellsANewerVersionAndAForeignFile) {
+// Payloads of a length that the file has, but that no information sets have.
+TEST_F(Checkpoint, APayloadOfHalfASetIsRefused) {
+    const std::string path = saveAfter(3);
+    const std::string bytes = *readWholeFile(path);
+    const size_t before = bytes.size() - 8 - (8 + 48 * sizeof(TrainerNumbers));
+    for (const size_t left : {size_t{0}, size_t{4}, size_t{16}, size_t{72}, size_t{8 + 71}}) {
+        std::string other = bytes.substr(0, before + left) + std::string(8, ' ');
+        test::putNumber<uint64_t>(other, test::checkpointPayloadLengthAt, left);
+        test::putContents(path, test::mended(other));
+        const auto read = readCheckpoint(path, text());
+        ASSERT_FALSE(read.ok()) << left;
+        EXPECT_EQ(read.error(),
+                  path + ": its numbers do not fit its " + std::to_string(other.size()) + " bytes");
+    }
+}
+
+TEST_F(Checkpoint, TellsAnotherVersionAndAForeignFile) {
     const std::string path = saveAfter(3);
     std::string bytes = *readWholeFile(path);
-    bytes[8] = 2;
+    bytes[8] = 3;
     ASSERT_TRUE(writeWholeFile(path, bytes).ok());
-    EXPECT_NE(readCheckpoint(path, text()).error().find("made by a newer version"),
-              std::string::npos);
+    EXPECT_EQ(readCheckpoint(path, text()).error(),
+              path + ": made by a newer version of this program, format 3");
+    bytes[8] = 1;
+    ASSERT_TRUE(writeWholeFile(path, bytes).ok());
+    EXPECT_EQ(readCheckpoint(path, text()).error(),
+              path + ": made by an older version of this program, format 1");
     ASSERT_TRUE(writeWholeFile(path, "GAMEDEF\n").ok());
     EXPECT_EQ(readCheckpoint(path, text()).error(), path + ": not a checkpoint");
 }
@@ -212,7 +223,7 @@ TEST_F(Checkpoint, NamesTheFieldThatDiffers) {
     config.sampledDeals = 0;
     game = std::move(*SmallGame::make(*kuhn2()));
     EXPECT_EQ(complaint(),
-              ": made with another configuration: game.blind is 1 1 1 there and 1 1 here");
+              ": made with another configuration: game.numPlayers is 3 there and 2 here");
 }
 
 TEST_F(Checkpoint, FallsBackToTheOneBefore) {
@@ -225,6 +236,19 @@ TEST_F(Checkpoint, FallsBackToTheOneBefore) {
     EXPECT_EQ(found->iteration, 3U);
     ASSERT_EQ(warnings.size(), 1U);
     EXPECT_NE(warnings[0].find(newest), std::string::npos);
+}
+
+// Damage to the text of the configuration is damage, not another configuration.
+TEST_F(Checkpoint, FallsBackFromADamagedConfiguration) {
+    saveAfter(3);
+    const std::string newest = saveAfter(8);
+    std::string bytes = *readWholeFile(newest);
+    ++bytes[bytes.find("seed = 1") + 7];
+    test::putContents(newest, bytes);
+    std::vector<std::string> warnings;
+    const auto found = newestCheckpoint(directory, text(), warnings);
+    ASSERT_TRUE(found.ok()) << found.error();
+    EXPECT_EQ(found->iteration, 3U);
 }
 
 TEST_F(Checkpoint, WithoutAGoodOneThereIsNothingToResume) {

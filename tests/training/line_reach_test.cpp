@@ -2,7 +2,7 @@
 
 #include "solver/games.h"
 #include "training/best_response.h"
-#include "training/trainer.h"
+#include "training/small_game_trainer.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include "solver/games.h"
 #include "solver/hashed_buckets.h"
 #include "training/best_response.h"
-#include "training/trainer.h"
+#include "training/small_game_trainer.h"
 
 #include <atomic>
 #include <cstdlib>

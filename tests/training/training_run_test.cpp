@@ -1,23 +1,15 @@
 #include "training/training_run.h"
 
 #include "solver/games.h"
+#include "training/slow_clock.h"
+#include "training/small_game_trainer.h"
 
 #include <gtest/gtest.h>
 
 namespace tamarin::testing {
 namespace {
 
-// Each look at it takes a second.
-class SlowClock : public Clock {
-public:
-    TimePoint now() const override {
-        time_ += std::chrono::seconds(1);
-        return time_;
-    }
-
-private:
-    mutable TimePoint time_{};
-};
+using test::SlowClock;
 
 std::unique_ptr<SmallGame> kuhn() {
     return std::move(*SmallGame::make(*kuhn3()));
@@ -43,11 +35,14 @@ TEST(TrainingRun, EndsAfterItsIterations) {
     std::vector<TrainingStep> steps;
     TrainingHooks hooks;
     hooks.step = [&](const TrainingStep& step) { steps.push_back(step); };
-    EXPECT_EQ(runTraining(*game, *trainer, goal, hooks), TrainingEnd::iterations);
+    EXPECT_EQ(runTraining(*trainer, goal, hooks), TrainingEnd::iterations);
     EXPECT_EQ(trainer->iteration(), 100U);
     EXPECT_EQ(steps.front().iteration, 1U);
     EXPECT_EQ(steps.back().iteration, 100U);
-    EXPECT_LT(steps.back().value.nashConv(), steps.front().value.nashConv());
+    const auto nashConv = [](const TrainingStep& step) {
+        return std::get<ProfileValue>(step.measure).nashConv();
+    };
+    EXPECT_LT(nashConv(steps.back()), nashConv(steps.front()));
 }
 
 TEST(TrainingRun, ReportsTheEndEvenWithoutWork) {
@@ -62,7 +57,7 @@ TEST(TrainingRun, ReportsTheEndEvenWithoutWork) {
         ++steps;
         EXPECT_EQ(step.iteration, 7U);
     };
-    EXPECT_EQ(runTraining(*game, *trainer, goal, hooks), TrainingEnd::iterations);
+    EXPECT_EQ(runTraining(*trainer, goal, hooks), TrainingEnd::iterations);
     EXPECT_EQ(steps, 1);
 }
 
@@ -71,9 +66,9 @@ TEST(TrainingRun, EndsAtANashConvOnTheSameIterationHoweverFast) {
     TrainingGoal goal;
     goal.nashConv = 1e-3;
     const auto fast = makeTrainer(*game, {});
-    EXPECT_EQ(runTraining(*game, *fast, goal, {}), TrainingEnd::nashConv);
+    EXPECT_EQ(runTraining(*fast, goal, {}), TrainingEnd::nashConv);
     const auto slow = makeTrainer(*game, {});
-    EXPECT_EQ(runTraining(*game, *slow, goal, {}, 1, SlowClock()), TrainingEnd::nashConv);
+    EXPECT_EQ(runTraining(*slow, goal, {}, SlowClock()), TrainingEnd::nashConv);
     EXPECT_EQ(fast->iteration(), slow->iteration());
     EXPECT_LE(evaluateProfile(*game, fast->average()).nashConv(), 1e-3);
     // Also when it was cut in between.
@@ -81,7 +76,7 @@ TEST(TrainingRun, EndsAtANashConvOnTheSameIterationHoweverFast) {
     first->run(fast->iteration() / 2);
     const auto second = makeTrainer(*game, {});
     second->restore(first->state());
-    runTraining(*game, *second, goal, {});
+    runTraining(*second, goal, {});
     EXPECT_EQ(second->iteration(), fast->iteration());
 }
 
@@ -90,7 +85,7 @@ TEST(TrainingRun, EndsWhenTimeIsUp) {
     const auto trainer = makeTrainer(*game, {});
     TrainingGoal goal;
     goal.seconds = 50;
-    EXPECT_EQ(runTraining(*game, *trainer, goal, {}, 1, SlowClock()), TrainingEnd::seconds);
+    EXPECT_EQ(runTraining(*trainer, goal, {}, SlowClock()), TrainingEnd::seconds);
     EXPECT_GT(trainer->iteration(), 0U);
     EXPECT_LT(trainer->iteration(), 50U);
 }
@@ -101,7 +96,7 @@ TEST(TrainingRun, StopsWhenTold) {
     int asked = 0;
     TrainingHooks hooks;
     hooks.stop = [&] { return ++asked == 5; };
-    EXPECT_EQ(runTraining(*game, *trainer, {}, hooks), TrainingEnd::stopped);
+    EXPECT_EQ(runTraining(*trainer, {}, hooks), TrainingEnd::stopped);
     EXPECT_GT(trainer->iteration(), 0U);
 }
 
@@ -113,13 +108,13 @@ TEST(TrainingRun, SavesEverySoManyIterations) {
     std::vector<uint64_t> saved;
     TrainingHooks hooks;
     hooks.saveEvery = 30;
-    hooks.save = [&](const Trainer& now) { saved.push_back(now.iteration()); };
-    runTraining(*game, *trainer, goal, hooks);
+    hooks.save = [&] { saved.push_back(trainer->iteration()); };
+    runTraining(*trainer, goal, hooks);
     EXPECT_EQ(saved, (std::vector<uint64_t>{30, 60, 90}));
 }
 
 TEST(TrainingRun, WritesStepsAsJson) {
-    TrainingStep step{9, 0.25, {{0.5, -0.5}, {1.0, -0.25}}};
+    const TrainingStep step{9, 0.25, 36.0, ProfileValue{{0.5, -0.5}, {1.0, -0.25}}};
     EXPECT_EQ(stepAsJson(step), "{\"iteration\":9,\"seconds\":0.250,\"nashConv\":0.75,"
                                 "\"gain\":[0.5,0.25],\"value\":[0.5,-0.5]}");
 }

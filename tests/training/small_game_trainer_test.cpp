@@ -1,4 +1,4 @@
-#include "training/trainer.h"
+#include "training/small_game_trainer.h"
 
 #include "solver/games.h"
 #include "training/best_response.h"
@@ -10,17 +10,7 @@
 namespace tamarin::testing {
 namespace {
 
-TEST(Trainer, NamesItsAlgorithms) {
-    for (const char* name : {"player", "cfr", "cfr+", "lcfr", "dcfr", "pcfr+"}) {
-        const auto algorithm = algorithmNamed(name);
-        ASSERT_TRUE(algorithm) << name;
-        EXPECT_STREQ(algorithmName(*algorithm), name);
-    }
-    EXPECT_FALSE(algorithmNamed("CFR"));
-    EXPECT_FALSE(algorithmNamed(""));
-}
-
-TEST(Trainer, StoresItsAverageAsASolversStrategy) {
+TEST(SmallGameTrainer, StoresItsAverageAsASolversStrategy) {
     for (const auto& make : {kuhn3, leduc2, boards3}) {
         const GamePtr rules = make();
         const auto game = SmallGame::make(*rules);
@@ -43,7 +33,7 @@ TEST(Trainer, StoresItsAverageAsASolversStrategy) {
     }
 }
 
-TEST(Trainer, MarksWhatTheRulesForbidInTheFile) {
+TEST(SmallGameTrainer, MarksWhatTheRulesForbidInTheFile) {
     const GamePtr rules = kuhn3();
     const auto game = SmallGame::make(*rules);
     const auto trainer = makeTrainer(**game, {});
