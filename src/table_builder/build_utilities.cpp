@@ -9,6 +9,7 @@
 #include "holdem/auxiliary_deals.h"
 #include "support/file.h"
 #include "support/parallel_errors.h"
+#include "support/split_mix.h"
 #include "table_builder/build_steps.h"
 #include "table_builder/built_in_games.h"
 #include "table_builder/table_parts.h"
@@ -26,15 +27,11 @@ constexpr size_t blockHands = 4096;
 constexpr size_t blocksAtOnce = 128; // of each seat: four megabytes
 constexpr uint64_t trainingPart = 100;
 
-// An engine for one purpose; SplitMix64 (Steele, Lea and Flood 2014) takes neighbours apart.
+// An engine for one purpose, far from those of neighbouring rounds, purposes and seeds.
 std::minstd_rand0 engineFor(uint64_t seed, int round, uint64_t purpose) {
     uint64_t mixed = seed;
-    for (const uint64_t part : {static_cast<uint64_t>(round) + 1, purpose + 1}) {
-        mixed += part * 0x9e3779b97f4a7c15U;
-        mixed = (mixed ^ mixed >> 30U) * 0xbf58476d1ce4e5b9U;
-        mixed = (mixed ^ mixed >> 27U) * 0x94d049bb133111ebU;
-        mixed ^= mixed >> 31U;
-    }
+    for (const uint64_t part : {static_cast<uint64_t>(round) + 1, purpose + 1})
+        mixed = mixBits(mixed + part * splitMixStep);
     return std::minstd_rand0(static_cast<uint32_t>(mixed % (std::minstd_rand0::modulus - 1) + 1));
 }
 

@@ -11,8 +11,6 @@ namespace tamarin {
 
 namespace {
 
-constexpr const char* programName = "tamarin";
-
 // The name of the subcommand that the arguments reached, with a space before it, or nothing.
 std::string reachedCommand(const CLI::App& app) {
     const auto reached = app.get_subcommands();
@@ -85,14 +83,6 @@ CLI::App& addCommand(CLI::App& app, const std::string& name, const std::string& 
     command->footer("Example:\n  " + example);
     command->option_defaults()->always_capture_default();
     return *command;
-}
-
-void remark(const std::string& message) {
-    std::fprintf(stderr, "%s\n", message.c_str());
-}
-
-void complain(const std::string& message) {
-    std::fprintf(stderr, "%s: %s\n", programName, message.c_str());
 }
 
 int fail(const std::string& message) {

@@ -16,6 +16,8 @@
 // as a UsageError; whatever else went wrong is one line through complain() and exitFailed.
 #pragma once
 
+#include "toolbox/notice.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -50,21 +52,6 @@ public:
     explicit UsageError(const std::string& message)
         : CLI::ParseError("UsageError", message, exitUsage) {}
 };
-
-// "tamarin: MESSAGE" and a line end on standard error, without formatting and as fmt does it.
-void complain(const std::string& message);
-template <class... Args>
-void complain(fmt::format_string<Args...> format, Args&&... args) {
-    complain(fmt::format(format, std::forward<Args>(args)...));
-}
-
-// The same without "tamarin: ", for what is not a complaint. Neither fails when standard error
-// cannot be written.
-void remark(const std::string& message);
-template <class... Args>
-void remark(fmt::format_string<Args...> format, Args&&... args) {
-    remark(fmt::format(format, std::forward<Args>(args)...));
-}
 
 // "tamarin: MESSAGE", and exitFailed to return.
 int fail(const std::string& message);

@@ -7,7 +7,6 @@
 #include "support/interrupt.h"
 #include "support/step_progress.h"
 #include "table_builder/table_builder.h"
-#include "toolbox/command.h"
 #include "toolbox/json.h"
 #include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"
@@ -16,6 +15,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <ostream>
+
+#include <fmt/format.h>
 
 namespace tamarin {
 

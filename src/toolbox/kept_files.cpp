@@ -1,7 +1,7 @@
 #include "toolbox/kept_files.h"
 
 #include "support/file.h"
-#include "toolbox/command.h"
+#include "toolbox/notice.h"
 
 #include <filesystem>
 

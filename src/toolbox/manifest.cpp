@@ -1,8 +1,8 @@
 #include "toolbox/manifest.h"
 
 #include "support/file.h"
-#include "toolbox/command.h"
 #include "toolbox/manifest_text.h"
+#include "toolbox/notice.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include <fmt/format.h>
+
 namespace tamarin {
 
 namespace {

@@ -2,7 +2,10 @@
 #pragma once
 
 #include "dealer/match.h"
-#include "toolbox/command.h"
+
+#include <string>
+
+#include <nlohmann/json.hpp>
 
 namespace tamarin {
 

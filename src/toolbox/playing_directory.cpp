@@ -1,7 +1,7 @@
 #include "toolbox/playing_directory.h"
 
 #include "support/file.h"
-#include "toolbox/command.h"
+#include "toolbox/notice.h"
 
 #include <cerrno>
 #include <cstdio>

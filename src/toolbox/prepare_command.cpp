@@ -11,6 +11,7 @@
 #include "toolbox/numbers.h"
 #include "toolbox/playing_directory.h"
 #include "toolbox/strategies.h"
+#include "toolbox/value_table.h"
 
 #include <filesystem>
 

@@ -10,6 +10,7 @@
 #include "toolbox/playing_directory.h"
 #include "toolbox/strategies.h"
 #include "toolbox/strategy_page.h"
+#include "toolbox/table_page.h"
 #include "toolbox/table_view.h"
 #include "training/line_reach.h"
 #include "tree/card_rank_keys.h"
@@ -155,13 +156,30 @@ int showHoldem(const HoldemGame& game, const Options& options) {
     return exitDone;
 }
 
+int showTable(const TableFile& file, const std::string& path, const Options& options) {
+    const auto view = viewTable(file, path);
+    if (!view)
+        return fail(view.error());
+    if (options.json)
+        printJson(tableJson(*view));
+    else if (options.html.empty())
+        fmt::print("{}", tableText(*view));
+    if (options.html.empty())
+        return exitDone;
+    if (Status written = writeWholeFile(options.html, tablePage(*view)); !written)
+        return fail(written.error());
+    if (!options.json)
+        fmt::print("wrote {}\n", options.html);
+    return exitDone;
+}
+
 int show(const Options& options) {
     if (Status free = checkOutputPlace(options.html, "<!doctype html>", "a page", "--html"); !free)
         return fail(free.error());
     if (const TableFile* table = tableNamed(options.what)) {
         const bool here = options.directory == "." || std::filesystem::exists(options.what);
         return showTable(*table, here ? options.what : inDirectory(options.directory, options.what),
-                         options.json, options.html);
+                         options);
     }
     // A hold'em file lies in a directory that does not bear its game's name.
     const std::string named = options.what.ends_with(".game") ? options.what : options.game;

@@ -3,6 +3,7 @@
 #include "support/interrupt.h"
 #include "support/progress.h"
 #include "toolbox/command.h"
+#include "toolbox/value_table.h"
 #include "training/checkpoint.h"
 
 #include <cstdio>

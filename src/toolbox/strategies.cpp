@@ -7,10 +7,6 @@
 #include "toolbox/manifest.h"
 #include "toolbox/playing_directory.h"
 
-#include <algorithm>
-
-#include <fmt/format.h>
-
 namespace tamarin {
 
 Result<NamedGame> openSmallGame(const std::string& name, const std::string& directory) {
@@ -96,19 +92,6 @@ Status writeStrategies(const SmallGame& game, const SmallGameTrainer& trainer,
         entries.push_back({"strategy" + std::to_string(seat), made, gameName});
     }
     return recordFiles(strategies, entries);
-}
-
-std::string valueTable(const Game& rules, const ProfileValue& value) {
-    const int32_t blind = bigBlind(rules);
-    std::string text = "        value          best response  gain           value\n"
-                       "        chips/hand     chips/hand     chips/hand     mbb/hand\n";
-    for (size_t p = 0; p < value.value.size(); ++p)
-        text += fmt::format("seat {:<3}{:<15.9f}{:<15.9f}{:<15.3e}{:.3f}\n", p, value.value[p],
-                            value.best[p], value.gain(p),
-                            blind > 0 ? 1000.0 * value.value[p] / blind : 0.0);
-    text += fmt::format("NashConv {:.6e}, per player {:.6e} chips/hand\n", value.nashConv(),
-                        value.nashConv() / static_cast<double>(value.value.size()));
-    return text;
 }
 
 } // namespace tamarin

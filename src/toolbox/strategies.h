@@ -41,8 +41,4 @@ Status writeStrategies(const SmallGame& game, const SmallGameTrainer& trainer,
                        const std::string& strategies, const std::string& made,
                        const std::string& gameName);
 
-// "seat 0: value -0.0261, best response -0.0261, gain 1e-8" and so on, as a table with the
-// NashConv.
-std::string valueTable(const Game& rules, const ProfileValue& value);
-
 } // namespace tamarin

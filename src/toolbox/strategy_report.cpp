@@ -1,7 +1,6 @@
 #include "toolbox/strategy_report.h"
 
 #include "table_builder/table_plan.h"
-#include "toolbox/command.h"
 #include "toolbox/manifest.h"
 
 #include <algorithm>
@@ -32,14 +31,14 @@ std::set<std::string> namesIn(const fs::path& directory, bool (*wanted)(const st
 
 } // namespace
 
-size_t reportStrategies(const std::string& directory, bool json, nlohmann::ordered_json& files) {
+size_t reportStrategies(const std::string& directory, std::string& text,
+                        nlohmann::ordered_json& files) {
     size_t wrong = 0;
     const auto tell = [&](const std::string& file, bool good, const std::string& result,
                           bool hashKnown) {
         wrong += !good;
         files.push_back({{"file", file}, {"good", good}, {"result", result}, {"hash", hashKnown}});
-        if (!json)
-            fmt::print("{}: {}\n", file, result);
+        text += file + ": " + result + '\n';
     };
 
     const std::string all = inDirectory(directory, "strategies");

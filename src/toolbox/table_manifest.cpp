@@ -1,8 +1,8 @@
 #include "toolbox/table_manifest.h"
 
 #include "support/lock.h"
-#include "toolbox/command.h"
 #include "toolbox/manifest.h"
+#include "toolbox/notice.h"
 
 #include <filesystem>
 

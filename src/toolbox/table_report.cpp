@@ -1,7 +1,6 @@
 #include "toolbox/table_report.h"
 
 #include "table_builder/table_check.h"
-#include "toolbox/command.h"
 #include "toolbox/manifest.h"
 #include "toolbox/strategy_report.h"
 
@@ -38,8 +37,8 @@ std::string whyUnknown(const Result<ManifestComparison>& compared, const std::st
 
 } // namespace
 
-int reportFiles(const ReportOptions& options) {
-    const bool json = options.json;
+FilesReport reportFiles(const ReportOptions& options) {
+    FilesReport report;
     const std::string lookup = inDirectory(options.directory, "lookup");
     const auto compared = compareWithManifest(
         lookup, [&](const std::string& name) { return isAskedFor(options.groups, name); });
@@ -49,11 +48,9 @@ int reportFiles(const ReportOptions& options) {
     check.groups = options.groups;
     check.seed = options.seed;
     check.threads = options.threads;
-    if (!options.quiet)
-        check.progress = [](const std::string& step) { remark("checking {}", step); };
+    check.progress = options.progress;
 
     auto files = nlohmann::ordered_json::array();
-    size_t wrong = 0;
     for (const CheckedTable& table : checkTables(check)) {
         const std::string path = inDirectory(options.directory, table.file->path);
         const std::string name = nameOf(*table.file);
@@ -63,43 +60,36 @@ int reportFiles(const ReportOptions& options) {
             result = "missing";
         else if (!table.problem.empty())
             result = table.problem;
-        wrong += !table.problem.empty();
-        if (json)
-            files.push_back({{"file", path},
-                             {"good", table.problem.empty() && result == "good"},
-                             {"result", result},
-                             {"hash", hashKnown}});
-        else
-            fmt::print("{}: {}{}\n", path, result, hashKnown ? ", as the manifest says" : "");
+        report.wrong += !table.problem.empty();
+        files.push_back({{"file", path},
+                         {"good", table.problem.empty() && result == "good"},
+                         {"result", result},
+                         {"hash", hashKnown}});
+        report.text += path + ": " + result + (hashKnown ? ", as the manifest says" : "") + '\n';
     }
     auto differences = nlohmann::ordered_json::array();
     if (unknown.empty())
         for (const auto& difference : compared->differences) {
-            ++wrong;
+            ++report.wrong;
             const std::string line = lookup + '/' + difference.name + ": " + difference.problem;
             differences.push_back(line);
-            if (!json)
-                fmt::print("{}\n", line);
+            report.text += line + '\n';
         }
     else {
-        wrong += !compared || compared->state != ManifestState::absent;
-        if (!json)
-            fmt::print("no hashes to compare with: {}\n", unknown);
+        report.wrong += !compared || compared->state != ManifestState::absent;
+        report.text += "no hashes to compare with: " + unknown + '\n';
     }
     auto strategies = nlohmann::ordered_json::array();
     if (options.strategies)
-        wrong += reportStrategies(options.directory, json, strategies);
-    if (json) {
-        nlohmann::ordered_json report = {{"directory", lookup},
-                                         {"wrong", wrong},
-                                         {"tables", files},
-                                         {"differences", differences},
-                                         {"manifest", unknown.empty() ? "read" : unknown}};
-        if (options.strategies)
-            report["strategies"] = strategies;
-        printJson(report);
-    }
-    return wrong == 0 ? exitDone : exitFailed;
+        report.wrong += reportStrategies(options.directory, report.text, strategies);
+    report.json = {{"directory", lookup},
+                   {"wrong", report.wrong},
+                   {"tables", files},
+                   {"differences", differences},
+                   {"manifest", unknown.empty() ? "read" : unknown}};
+    if (options.strategies)
+        report.json["strategies"] = strategies;
+    return report;
 }
 
 } // namespace tamarin

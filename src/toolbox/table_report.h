@@ -4,8 +4,11 @@
 #include "table_builder/table_plan.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 namespace tamarin {
 
@@ -15,12 +18,17 @@ struct ReportOptions {
     bool strategies = false;        // check these as well
     uint64_t seed = 1;
     int threads = 0;
-    bool json = false;
-    bool quiet = false;
+    std::function<void(const std::string& step)> progress; // told each step of the check
+};
+
+struct FilesReport {
+    size_t wrong = 0; // files
+    std::string text; // a line a file
+    nlohmann::ordered_json json;
 };
 
 // Checks the tables, compares their hashes with the manifest, and does so for the strategies where
-// they are wanted; prints one line a file, or JSON. exitDone when nothing is wrong.
-int reportFiles(const ReportOptions& options);
+// they are wanted.
+FilesReport reportFiles(const ReportOptions& options);
 
 } // namespace tamarin

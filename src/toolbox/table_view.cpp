@@ -1,12 +1,11 @@
 #include "toolbox/table_view.h"
 
 #include "abstraction/round_indexers.h"
-#include "support/file.h"
-#include "toolbox/command.h"
-#include "toolbox/table_page.h"
 
 #include <cmath>
 #include <filesystem>
+
+#include <fmt/format.h>
 
 namespace tamarin {
 
@@ -174,23 +173,6 @@ nlohmann::ordered_json tableJson(const TableView& view) {
     for (size_t i = 0; i < summary.all.size(); ++i)
         json["hands"][startingHands()[i].name] = summary.all[i];
     return json;
-}
-
-int showTable(const TableFile& file, const std::string& path, bool json, const std::string& html) {
-    const auto view = viewTable(file, path);
-    if (!view)
-        return fail(view.error());
-    if (json)
-        printJson(tableJson(*view));
-    else if (html.empty())
-        fmt::print("{}", tableText(*view));
-    if (html.empty())
-        return exitDone;
-    if (Status written = writeWholeFile(html, tablePage(*view)); !written)
-        return fail(written.error());
-    if (!json)
-        fmt::print("wrote {}\n", html);
-    return exitDone;
 }
 
 } // namespace tamarin

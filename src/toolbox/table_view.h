@@ -1,4 +1,4 @@
-// A table below lookup/ as text or JSON; `show` calls it, table_page.h makes the page.
+// A table below lookup/ as text or JSON; table_page.h makes the page.
 #pragma once
 
 #include "table_builder/table_summary.h"
@@ -24,8 +24,5 @@ std::string titleOf(const TableFile& file);
 
 std::string tableText(const TableView& view);
 nlohmann::ordered_json tableJson(const TableView& view);
-
-// Does what `show` was asked for: prints, or writes the page; returns the exit status.
-int showTable(const TableFile& file, const std::string& path, bool json, const std::string& html);
 
 } // namespace tamarin

@@ -14,7 +14,7 @@
 #include "table_builder/table_check.h"
 #include "toolbox/commands.h"
 #include "toolbox/table_manifest.h"
-#include "toolbox/table_report.h"
+#include "toolbox/verify.h"
 
 #include <csignal>
 #include <iostream>
@@ -181,9 +181,7 @@ int makeTables(const Options& options) {
         report.groups = build.groups;
         report.seed = options.seed;
         report.threads = options.threads;
-        report.json = options.json;
-        report.quiet = options.quiet;
-        return reportFiles(report);
+        return verify(report, options.json, options.quiet);
     }
     if (options.sampled)
         if (const int status = sample(options); status != exitDone)

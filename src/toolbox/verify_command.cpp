@@ -1,14 +1,35 @@
 // tamarin verify: whether what was generated in a playing directory is still what it was.
 #include "toolbox/commands.h"
-#include "toolbox/table_report.h"
+#include "toolbox/verify.h"
 
 #include <memory>
 
 namespace tamarin {
 
+namespace {
+
+struct Options {
+    ReportOptions report;
+    bool json = false;
+    bool quiet = false;
+};
+
+} // namespace
+
+int verify(ReportOptions options, bool json, bool quiet) {
+    if (!quiet)
+        options.progress = [](const std::string& step) { remark("checking {}", step); };
+    const FilesReport report = reportFiles(options);
+    if (json)
+        printJson(report.json);
+    else
+        fmt::print("{}", report.text);
+    return report.wrong == 0 ? exitDone : exitFailed;
+}
+
 void addVerifyCommand(CLI::App& app, int& status) {
-    auto options = std::make_shared<ReportOptions>();
-    options->strategies = true;
+    auto options = std::make_shared<Options>();
+    options->report.strategies = true;
     CLI::App& command = addCommand(
         app, "verify", "Check tables and strategies: sizes, hashes, ranges and random entries",
         "tamarin verify --dir run\n\n"
@@ -18,12 +39,13 @@ void addVerifyCommand(CLI::App& app, int& status) {
         "is\n"
         "not there is not, nor is a strategy that no manifest knows: the player trains its own\n"
         "without one.");
-    addDirectoryOption(command, options->directory);
-    addSeedOption(command, options->seed);
-    addThreadsOption(command, options->threads);
+    addDirectoryOption(command, options->report.directory);
+    addSeedOption(command, options->report.seed);
+    addThreadsOption(command, options->report.threads);
     addJsonOption(command, options->json);
     addQuietOption(command, options->quiet);
-    command.callback([options, &status] { status = reportFiles(*options); });
+    command.callback(
+        [options, &status] { status = verify(options->report, options->json, options->quiet); });
 }
 
 } // namespace tamarin
