@@ -1,7 +1,9 @@
 #include "training/equilibrium.h"
 
 #include "support/parallel_errors.h"
+#include "support/split_mix.h"
 #include "tree/deck.h"
+#include "tree/regret_matching.h"
 
 #include <algorithm>
 #include <cassert>
@@ -188,16 +190,12 @@ void EquilibriumTrainer::iterate() {
     }
 }
 
-// SplitMix64 (Steele, Lea and Flood 2014): its whole state is one word of the checkpoint.
+// By SplitMix64, whose whole state is one word of the checkpoint.
 void EquilibriumTrainer::drawDeals() {
     const DealTable& deals = game_.keyDeals();
     for (const auto& batch : batches_)
         for (size_t i = 0; i < batch->size; ++i) {
-            uint64_t z = state_.random += 0x9e3779b97f4a7c15U;
-            z = (z ^ z >> 30U) * 0xbf58476d1ce4e5b9U;
-            z = (z ^ z >> 27U) * 0x94d049bb133111ebU;
-            z ^= z >> 31U;
-            double left = static_cast<double>(z >> 11U) * 0x1p-53;
+            double left = unitInterval(mixBits(state_.random += splitMixStep));
             size_t deal = 0;
             while (deal + 1 < deals.size && left >= deals.weight[deal])
                 left -= deals.weight[deal++];
@@ -277,31 +275,24 @@ void EquilibriumTrainer::update(size_t seat) {
                 numbers.prediction[a] = gained;
             }
         }
-        matchRegrets(n);
+        chooseStrategy(n);
     }
 }
 
-void EquilibriumTrainer::matchRegrets(size_t n) {
+void EquilibriumTrainer::chooseStrategy(size_t n) {
     const CompiledTree::Node& node = game_.tree().nodes()[n];
     const bool predictive = config_.algorithm == Algorithm::predictive;
     for (size_t field = 0; field < fields_; ++field) {
         const size_t set = game_.layout().index(node, field);
         const TrainerNumbers& numbers = state_.sets[set];
-        double total = 0.0;
-        int legal = 0;
-        Shares shares{};
-        for (size_t a = 0; a < numAbstractedActions; ++a) {
-            if (node.child[a] == CompiledTree::noChild)
-                continue;
-            ++legal;
-            shares[a] =
-                std::max(numbers.regret[a] + (predictive ? numbers.prediction[a] : 0.0), 0.0);
-            total += shares[a];
-        }
+        double legal[numAbstractedActions];
+        size_t count = 0;
         for (size_t a = 0; a < numAbstractedActions; ++a)
             if (node.child[a] != CompiledTree::noChild)
-                shares[a] = total > 0.0 ? shares[a] / total : 1.0 / legal;
-        current_[set] = shares;
+                legal[count++] = numbers.regret[a] + (predictive ? numbers.prediction[a] : 0.0);
+        matchRegrets(legal, count, legal);
+        for (size_t a = numAbstractedActions; a-- > 0;)
+            current_[set][a] = node.child[a] != CompiledTree::noChild ? legal[--count] : 0.0;
     }
 }
 
@@ -323,7 +314,7 @@ void EquilibriumTrainer::restore(const TrainerState& state) {
     assert(state.sets.size() == state_.sets.size());
     state_ = state;
     for (size_t n = 0; n < game_.tree().nodes().size(); ++n)
-        matchRegrets(n);
+        chooseStrategy(n);
 }
 
 } // namespace tamarin

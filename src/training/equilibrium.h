@@ -48,7 +48,7 @@ private:
     void walk(size_t seat);
     void update(size_t seat);
     void addToAverage(size_t seat);
-    void matchRegrets(size_t node);
+    void chooseStrategy(size_t node);
 
     TrainerConfig config_;
     TrainerState state_;
