@@ -1,7 +1,7 @@
 // Any bytes as a manifest: what is read is printed and read again, and its records may name files
 // of their own directory only.
+#include "directory/manifest_text.h"
 #include "fuzz/fuzz.h"
-#include "toolbox/manifest_text.h"
 
 #include <set>
 #include <string>

@@ -1,9 +1,9 @@
 // tamarin bot: plays a match as a simple opponent, against any dealer of the protocol.
 #include "bots/bot.h"
 #include "bots/token_greeting.h"
+#include "directory/playing_directory.h"
 #include "toolbox/commands.h"
 #include "toolbox/numbers.h"
-#include "toolbox/playing_directory.h"
 #include "toolbox/token_option.h"
 
 #include <csignal>

@@ -1,7 +1,7 @@
 #include "toolbox/command.h"
 
+#include "directory/json.h"
 #include "support/exception_text.h"
-#include "toolbox/json.h"
 #include "toolbox/numbers.h"
 
 #include <cstdio>

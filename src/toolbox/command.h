@@ -16,7 +16,7 @@
 // as a UsageError; whatever else went wrong is one line through complain() and exitFailed.
 #pragma once
 
-#include "toolbox/notice.h"
+#include "directory/notice.h"
 
 #include <cstdint>
 #include <string>

@@ -1,13 +1,13 @@
 #include "toolbox/holdem_training.h"
 
+#include "directory/kept_files.h"
+#include "directory/manifest.h"
 #include "strategy/strategy_file.h"
 #include "support/file.h"
 #include "support/interrupt.h"
 #include "support/progress.h"
 #include "support/resources.h"
 #include "toolbox/command.h"
-#include "toolbox/kept_files.h"
-#include "toolbox/manifest.h"
 #include "toolbox/numbers.h"
 #include "training/holdem_trainer.h"
 

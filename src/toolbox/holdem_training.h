@@ -5,7 +5,7 @@
 // training.checkpoint and the manifest.
 #pragma once
 
-#include "toolbox/holdem.h"
+#include "directory/holdem_game.h"
 #include "toolbox/training_session.h"
 
 namespace tamarin {

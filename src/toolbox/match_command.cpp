@@ -4,12 +4,12 @@
 #include "dealer/match.h"
 #include "dealer/seat.h"
 #include "dealer/seating.h"
+#include "directory/playing_directory.h"
+#include "report/match_report.h"
 #include "support/interrupt.h"
 #include "support/progress.h"
 #include "toolbox/commands.h"
-#include "toolbox/match_report.h"
 #include "toolbox/numbers.h"
-#include "toolbox/playing_directory.h"
 #include "toolbox/token_option.h"
 
 #include <cmath>

@@ -1,4 +1,9 @@
 // tamarin prepare: everything that a game needs, so that `player` starts at once.
+#include "directory/kept_files.h"
+#include "directory/manifest.h"
+#include "directory/playing_directory.h"
+#include "directory/strategies.h"
+#include "report/value_table.h"
 #include "strategy/soundness.h"
 #include "support/file.h"
 #include "support/interrupt.h"
@@ -6,12 +11,7 @@
 #include "toolbox/command.h"
 #include "toolbox/commands.h"
 #include "toolbox/holdem_training.h"
-#include "toolbox/kept_files.h"
-#include "toolbox/manifest.h"
 #include "toolbox/numbers.h"
-#include "toolbox/playing_directory.h"
-#include "toolbox/strategies.h"
-#include "toolbox/value_table.h"
 
 #include <filesystem>
 

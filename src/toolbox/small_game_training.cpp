@@ -1,9 +1,9 @@
 #include "toolbox/small_game_training.h"
 
+#include "report/value_table.h"
 #include "support/interrupt.h"
 #include "support/progress.h"
 #include "toolbox/command.h"
-#include "toolbox/value_table.h"
 #include "training/checkpoint.h"
 
 #include <cstdio>

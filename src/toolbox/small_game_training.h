@@ -3,7 +3,7 @@
 // OUT holds each seat's strategy, convergence.jsonl, the newest checkpoints and the manifest.
 #pragma once
 
-#include "toolbox/strategies.h"
+#include "directory/strategies.h"
 #include "toolbox/training_session.h"
 
 namespace tamarin {

@@ -1,6 +1,7 @@
 // tamarin tables: makes the tables below lookup/ that a player needs, exactly and only once.
 #include "abstraction/EquityTables.h"
 #include "abstraction/round_indexers.h"
+#include "directory/table_manifest.h"
 #include "support/clock.h"
 #include "support/file.h"
 #include "support/interrupt.h"
@@ -13,7 +14,6 @@
 #include "table_builder/table_builder.h"
 #include "table_builder/table_check.h"
 #include "toolbox/commands.h"
-#include "toolbox/table_manifest.h"
 #include "toolbox/verify.h"
 
 #include <csignal>

@@ -1,11 +1,11 @@
 #include "toolbox/training_session.h"
 
+#include "directory/convergence_log.h"
+#include "directory/json.h"
 #include "support/file.h"
 #include "support/interrupt.h"
 #include "support/progress.h"
 #include "toolbox/command.h"
-#include "toolbox/convergence_log.h"
-#include "toolbox/json.h"
 
 #include <algorithm>
 

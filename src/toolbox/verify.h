@@ -1,7 +1,7 @@
 // What `verify` and `tables --verify` do with a report.
 #pragma once
 
-#include "toolbox/table_report.h"
+#include "report/table_report.h"
 
 namespace tamarin {
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <fstream>
 #include <regex>
+#include <set>
 
 namespace tamarin {
 
@@ -12,8 +13,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Libraries that only the toolbox may use; the rooms below it need the standard library alone.
+// Libraries that only the toolbox and its two rooms may use; the rooms below them need the standard
+// library alone.
 const std::regex toolboxLibrary("^(CLI|nlohmann|fmt)/.*|^xxhash\\.h$|^(gtest|gmock|rapidcheck)/.*");
+
+const std::set<std::string> toolboxRooms = {"directory", "report", "toolbox"};
 
 bool isSource(const fs::path& path) {
     return path.extension() == ".h" || path.extension() == ".cpp";
@@ -51,9 +55,16 @@ const RoomUses& allowedUses() {
         {"signature",
          {"support", "index", "game", "eval", "abstraction", "tree", "strategy", "holdem", "solver",
           "training", "table_builder", "bots", "dealer"}},
+        {"directory",
+         {"support", "game", "abstraction", "tree", "strategy", "holdem", "solver", "training",
+          "table_builder", "driver"}},
+        {"report",
+         {"support", "game", "abstraction", "tree", "strategy", "holdem", "solver", "training",
+          "table_builder", "driver", "dealer", "directory"}},
         {"toolbox",
          {"support", "index", "game", "eval", "abstraction", "tree", "strategy", "holdem", "solver",
-          "training", "table_builder", "driver", "bots", "dealer", "signature"}},
+          "training", "table_builder", "driver", "bots", "dealer", "signature", "directory",
+          "report"}},
     };
     return uses;
 }
@@ -89,7 +100,7 @@ std::vector<std::string> backwardArrows(const fs::path& root) {
         if (!rooms.contains(room)) {
             wrong.push_back(where + room + " is no room");
         } else if (!include.quoted) {
-            if (room != "toolbox" && std::regex_match(include.name, toolboxLibrary))
+            if (!toolboxRooms.contains(room) && std::regex_match(include.name, toolboxLibrary))
                 wrong.push_back(where + "<" + include.name + "> belongs to the toolbox");
         } else if (!fs::exists(root / "src" / include.name)) {
             wrong.push_back(where + "\"" + include.name + "\" is no src/ROOM/FILE");

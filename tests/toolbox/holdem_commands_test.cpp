@@ -1,7 +1,7 @@
+#include "directory/manifest.h"
 #include "strategy/strategy_record.h"
 #include "support/lock.h"
 #include "table_builder/table_plan.h"
-#include "toolbox/manifest.h"
 #include "toolbox/program.h"
 #include "toolbox/tamarin_process.h"
 

@@ -1,9 +1,9 @@
 // What a person sees when making tables goes wrong: one clear line, no wrong table under a table's
 // name, and a run afterwards that puts everything right. The program itself runs, in directories
 // that have all tables but the quick ones.
+#include "directory/manifest.h"
 #include "support/lock.h"
 #include "table_builder/later_rounds.h"
-#include "toolbox/manifest.h"
 #include "toolbox/tamarin_process.h"
 
 #include <algorithm>

@@ -1,0 +1,25 @@
+// A strategy as one self-contained HTML page: the betting tree, every information set's
+// probabilities as a bar, the reach of every line, and what each ending is worth. It fetches
+// nothing, runs no script, and follows the reader's light or dark preference.
+#pragma once
+
+#include "directory/strategies.h"
+#include "training/best_response.h"
+
+#include <string>
+
+namespace tamarin {
+
+// source: where the strategy came from, for the page's heading.
+std::string strategyPage(const NamedGame& game, const Profile& profile, const ProfileValue& value,
+                         const std::string& source);
+
+// What a card field means to a reader: the card's letter in a four-rank deck, which is dealt from
+// jack to ace; else the rank's letter.
+std::string cardLabel(const Game& game, uint32_t field);
+
+// What other pages share with this one: the style sheet's rules, and text made safe for a page.
+const char* strategyPageStyle();
+std::string escapedForPage(const std::string& text);
+
+} // namespace tamarin

@@ -1,0 +1,14 @@
+// A table as a page of its own, without scripts and without anything from elsewhere: its range, its
+// histogram, and for pre-flop the coloured grids of starting hands, of all pre-flop tables that lie
+// there.
+#pragma once
+
+#include "report/table_view.h"
+
+#include <string>
+
+namespace tamarin {
+
+std::string tablePage(const TableView& view);
+
+} // namespace tamarin
