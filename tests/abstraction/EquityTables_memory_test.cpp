@@ -57,7 +57,7 @@ void operator delete[](void* memory, const std::nothrow_t&) noexcept {
     std::free(memory);
 }
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 // How many allocations come before the round's indexer.
@@ -92,4 +92,4 @@ TEST(EquityTablesDeathTest, NoMemoryForAnIndexerEndsTheProgram) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 static_assert(std::has_virtual_destructor_v<EquityTables>);
@@ -249,4 +249,4 @@ TEST(LoadGame, ReadsADefinition) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 void expectWholeDeck(int cards, size_t classes, unsigned boardsOfTheDeck) {
@@ -71,4 +71,4 @@ TEST(Boards, HoldingNumbersAreDense) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

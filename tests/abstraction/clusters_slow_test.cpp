@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using Clusters = PlayingDirectory;
@@ -27,4 +27,4 @@ TEST_F(Clusters, OneMissingFileMakesAllEightAnew) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

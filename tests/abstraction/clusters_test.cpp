@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using Clusters = PlayingDirectory;
@@ -151,4 +151,4 @@ TEST_F(Clusters, LastHandOfAClusterThatTheFirstIndexRoundKnows) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 EquityCounts countsWith(int threads) {
@@ -107,4 +107,4 @@ TEST(EquityCounts, RandomFlopIsThePlainCount) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

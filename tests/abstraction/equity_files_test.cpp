@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 class EquityFiles : public ::testing::Test {
@@ -93,4 +93,4 @@ TEST_F(EquityFiles, UnwritablePlaceIsAnError) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using EquityLoad = PlayingDirectory;
@@ -305,4 +305,4 @@ TEST_F(EquityLoad, NothingIsDerivedFromATableThatIsNotThere) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 class HoldemTables : public PlayingDirectory {
@@ -268,4 +268,4 @@ TEST_F(HoldemTables, ReleasingThemIsHarmlessBeforeTheObjectEnds) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 // Against the indexer, holding by holding.
@@ -77,4 +77,4 @@ TEST(HoldingIndex, EveryFlopHandIsReached) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 // Rows as they are asked for.
@@ -92,4 +92,4 @@ TEST(NextCard, CertainWinStaysCertain) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

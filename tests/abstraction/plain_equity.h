@@ -7,7 +7,7 @@
 #include <array>
 #include <vector>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 
 // Wins of {a, b} on a river board over one opponent, and over ordered pairs of two.
 inline Wins plainRiver(const uint8_t* board, uint8_t a, uint8_t b) {
@@ -48,4 +48,4 @@ inline Wins plainWins(std::vector<uint8_t> board, uint8_t a, uint8_t b) {
     return sum;
 }
 
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using PlayTables = PlayingDirectory;
@@ -122,4 +122,4 @@ TEST_F(PlayTables, ThatAreNeededMustBeReadable) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

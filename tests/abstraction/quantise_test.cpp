@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 TEST(Quantise, LevelIsTheRoundedPlaceInTheRange) {
@@ -59,4 +59,4 @@ TEST(Quantise, ThreadsMakeNoDifference) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

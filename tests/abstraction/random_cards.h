@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 
 inline std::vector<uint8_t> randomCards(std::mt19937& random, size_t count) {
     std::vector<uint8_t> cards;
@@ -28,4 +28,4 @@ inline size_t holdingOn(const uint8_t* board, int boardCards, uint8_t a, uint8_t
     return holdingNumber(i, j);
 }
 
-} // namespace tamarin::testing
+} // namespace tamarin::test

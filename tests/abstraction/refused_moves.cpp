@@ -4,7 +4,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 bool refused = false;
@@ -18,12 +18,12 @@ RefusedMoves::~RefusedMoves() {
     refused = false;
 }
 
-} // namespace tamarin::testing
+} // namespace tamarin::test
 
 // Stands before the C library's, for the whole test program.
 extern "C" int renameat2(int fromDirectory, const char* from, int toDirectory, const char* to,
                          unsigned int flags) noexcept {
-    if (tamarin::testing::refused) {
+    if (tamarin::test::refused) {
         errno = EPERM;
         return -1;
     }

@@ -2,7 +2,7 @@
 // does.
 #pragma once
 
-namespace tamarin::testing {
+namespace tamarin::test {
 
 class RefusedMoves {
 public:
@@ -12,4 +12,4 @@ public:
     RefusedMoves& operator=(const RefusedMoves&) = delete;
 };
 
-} // namespace tamarin::testing
+} // namespace tamarin::test

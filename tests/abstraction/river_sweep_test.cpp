@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 const SevenCardTable& table() {
@@ -61,4 +61,4 @@ TEST(RiverSweep, BoardMayComeInAnyOrder) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -19,7 +19,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 
 // A playing directory of the test's own, entered for its time.
 class PlayingDirectory : public ::testing::Test {
@@ -160,4 +160,4 @@ std::string refusalOf(const Action& action) {
     return "not refused";
 }
 
-} // namespace tamarin::testing
+} // namespace tamarin::test

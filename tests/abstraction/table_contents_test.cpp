@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 std::string problemWith(std::vector<uint8_t> table, const EntryLimits& limits) {
@@ -71,4 +71,4 @@ TEST(TableContents, ALargeTableIsLookedAtToItsEnd) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

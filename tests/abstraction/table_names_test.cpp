@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 TEST(TableNames, AreThoseOfTheFiles) {
@@ -24,4 +24,4 @@ TEST(TableNames, LieBelowADirectory) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using TableFiles = PlayingDirectory;
@@ -94,4 +94,4 @@ TEST_F(TableFiles, WhereItCannotBeMovedABadFileStaysAndIsNotUsable) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

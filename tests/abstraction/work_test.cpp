@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 TEST(ForEach, VisitsEachOnceWhateverTheThreads) {
@@ -53,4 +53,4 @@ TEST(ForEach, AnExceptionReachesTheCallerAndEndsTheWork) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -12,7 +12,8 @@
 #include <gtest/gtest.h>
 
 namespace fs = std::filesystem;
-using namespace tamarin;
+
+namespace tamarin::test {
 
 namespace {
 
@@ -93,3 +94,5 @@ TEST(Files, NoExceptionLeavesAParallelRegion) {
     }
     EXPECT_GT(regions, 15);
 }
+
+} // namespace tamarin::test

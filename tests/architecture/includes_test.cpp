@@ -11,7 +11,8 @@
 #include <gtest/gtest.h>
 
 namespace fs = std::filesystem;
-using namespace tamarin;
+
+namespace tamarin::test {
 
 namespace {
 
@@ -130,3 +131,5 @@ TEST_F(PlantedTree, UnknownRoomIsFound) {
     plant("src/attic/old.cpp", "#include <map>\n");
     EXPECT_EQ(lines(backwardArrows(tree)), "src/attic/old.cpp:1: attic is no room\n");
 }
+
+} // namespace tamarin::test

@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -94,3 +94,5 @@ TEST(MakeBot, KnowsItsKinds) {
     EXPECT_EQ(makeBot("genius", game.c_str(), 1), nullptr);
     EXPECT_EQ(botNames(), "random, call, raise, rule");
 }
+
+} // namespace tamarin::test

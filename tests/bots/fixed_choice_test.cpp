@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -33,3 +33,5 @@ TEST(AlwaysRaise, RaisesByTheLeastAmount) {
     EXPECT_EQ(raiseIn(game, "MATCHSTATE:0:0:r300:AsKs|").size, 500);
     EXPECT_EQ(raiseIn(game, "MATCHSTATE:0:0:r20000:AsKs|").type, actionCall);
 }
+
+} // namespace tamarin::test

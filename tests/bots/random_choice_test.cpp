@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -93,3 +93,5 @@ TEST(RandomChoice, RepeatsWithItsSeed) {
         EXPECT_EQ(a.size, b.size);
     }
 }
+
+} // namespace tamarin::test

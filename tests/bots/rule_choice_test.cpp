@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -126,3 +126,5 @@ RC_GTEST_PROP(RuleChoice, IsAlwaysLegal, (uint32_t seed)) {
         });
     }
 }
+
+} // namespace tamarin::test

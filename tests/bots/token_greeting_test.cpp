@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -56,3 +56,5 @@ TEST(TokenGreeting, IsNotLostWhenTheConnectionIsFull) {
     EXPECT_EQ(calls.send(pair.ends[0], "VERSION:2.0.0\n", 14), 14);
     EXPECT_EQ(pair.heard(), "#token s3cret\nVERSION:2.0.0\n");
 }
+
+} // namespace tamarin::test

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+namespace tamarin::test {
+
 namespace {
 
 std::string contents(const std::string& name) {
@@ -22,3 +24,5 @@ TEST(WritingAnAgent, ShowsTheExampleAsItIs) {
     ASSERT_FALSE(example.empty());
     EXPECT_NE(page.find("```cpp\n" + example + "```\n"), std::string::npos);
 }
+
+} // namespace tamarin::test

@@ -8,7 +8,8 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
+
 using tamarin::test::pause;
 
 namespace {
@@ -147,3 +148,5 @@ TEST(Child, LeavesNoZombies) {
     EXPECT_EQ(::waitpid(-1, &status, WNOHANG), -1);
     EXPECT_EQ(errno, ECHILD);
 }
+
+} // namespace tamarin::test

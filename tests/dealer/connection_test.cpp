@@ -6,8 +6,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
-using namespace tamarin::test;
+namespace tamarin::test {
 
 namespace {
 
@@ -219,3 +218,5 @@ TEST(Connection, InterruptedAndShortCallsAreInvisible) {
     ASSERT_TRUE(nextLine(connection, line));
     EXPECT_EQ(line, "MATCHSTATE:0:0::Ks||:c");
 }
+
+} // namespace tamarin::test

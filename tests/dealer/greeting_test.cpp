@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
+
 using Outcome = Greeting::Outcome;
 
 TEST(Greeting, TakesTheVersionLine) {
@@ -81,3 +82,5 @@ TEST(IsToken, IsOnePrintableWord) {
           std::string("a\0b", 3), std::string("\xc3\xa4"), std::string("\x7f")})
         EXPECT_FALSE(isToken(text)) << text;
 }
+
+} // namespace tamarin::test

@@ -13,7 +13,8 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
+
 using tamarin::test::loadGameFile;
 
 namespace {
@@ -315,3 +316,5 @@ TEST_F(HandLogFile, MustStillHaveItsNameWhenItIsLocked) {
     }
     EXPECT_EQ(contents(path), "# tamarin match of another\n");
 }
+
+} // namespace tamarin::test

@@ -5,7 +5,8 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
+
 using namespace std::chrono_literals;
 
 TEST(LatencyHistogram, IsEmptyAtFirst) {
@@ -49,3 +50,5 @@ RC_GTEST_PROP(LatencyHistogram, EveryValueIsFoundAgain, (uint32_t high, uint32_t
     const double wanted = static_cast<double>(value);
     RC_ASSERT(std::abs(found - wanted) <= wanted / 32);
 }
+
+} // namespace tamarin::test

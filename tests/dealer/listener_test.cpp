@@ -4,7 +4,8 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
+
 using tamarin::test::Client;
 using tamarin::test::pause;
 
@@ -107,3 +108,5 @@ TEST(Listener, ClosesItsPort) {
     }
     EXPECT_FALSE(Client(port).connected());
 }
+
+} // namespace tamarin::test

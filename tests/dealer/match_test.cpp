@@ -11,8 +11,8 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
-using namespace tamarin::test;
+namespace tamarin::test {
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -513,3 +513,5 @@ TEST(Match, StatesAreNotHeldWhileSomebodyThinks) {
     EXPECT_TRUE(told);
     EXPECT_EQ(result.board.hands(), 1U);
 }
+
+} // namespace tamarin::test

@@ -8,7 +8,8 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
+
 using tamarin::test::ManualClock;
 using tamarin::test::MemoryStream;
 
@@ -225,3 +226,5 @@ TEST(PlayerOutput, ShowsSoManyLinesASecondAndCountsTheOthers) {
     moved = PlayerOutput();
     EXPECT_EQ(player.shown.text(), text + "[a] (further output passed over: 3 lines)\n");
 }
+
+} // namespace tamarin::test

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
-using namespace tamarin::test;
+namespace tamarin::test {
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -131,3 +131,5 @@ TEST(DismissPlayers, ClosesInGoodOrder) {
     dismissPlayers(players, false);
     player.join();
 }
+
+} // namespace tamarin::test

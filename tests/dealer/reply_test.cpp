@@ -4,7 +4,8 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
+
 using tamarin::test::loadGameFile;
 
 namespace {
@@ -115,3 +116,5 @@ TEST_F(Reply, SubstituteFoldsOnlyWhatIsOwed) {
     use("kuhn.limit.3p.game", "MATCHSTATE:2:31:cc:||Ks");
     EXPECT_EQ(substituteAction(game.get(), &sent.state).type, actionCall);
 }
+
+} // namespace tamarin::test

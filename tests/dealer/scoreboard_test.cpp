@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 TEST(Scoreboard, CountsHands) {
     Scoreboard board(2, 1);
@@ -50,3 +50,5 @@ TEST(ScoreboardDeathTest, RefusesChipsFromNowhere) {
     const double chips[] = {1, -0.5};
     EXPECT_DEATH(board.add(chips), "sum");
 }
+
+} // namespace tamarin::test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 TEST(ParseSeat, ReadsACommand) {
     const auto seat = parseSeat("me=player --fast a=b");
@@ -56,3 +56,5 @@ TEST(ParseSeat, RefusesTheRestInOneLine) {
         EXPECT_TRUE(seat.error().starts_with("seat '")) << seat.error();
     }
 }
+
+} // namespace tamarin::test

@@ -9,8 +9,8 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
-using namespace tamarin::test;
+namespace tamarin::test {
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -503,3 +503,5 @@ TEST_F(SeatingTest, ATokenIsAskedOfThoseFromElsewhereAlone) {
         EXPECT_EQ(notice.find("s3cre"), std::string::npos) << notice;
     dismissPlayers(*players, true);
 }
+
+} // namespace tamarin::test

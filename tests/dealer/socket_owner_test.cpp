@@ -13,8 +13,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
-using namespace tamarin::test;
+namespace tamarin::test {
 
 namespace {
 
@@ -344,3 +343,5 @@ TEST(OwnersOfPeers, ToleratesWhatMayNotBeLookedAt) {
     EXPECT_EQ(ask(), SocketOwner::unknown);
     std::filesystem::permissions(proc.path + "/500/fd", std::filesystem::perms::owner_all);
 }
+
+} // namespace tamarin::test

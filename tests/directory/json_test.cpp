@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
+
 using Json = nlohmann::ordered_json;
 
 namespace {
@@ -51,3 +52,5 @@ TEST(Json, WritesAnyBytes) {
     EXPECT_EQ(asJsonText("a\xff\"b\xc3\xbc"), "a\xEF\xBF\xBD\"b\xc3\xbc");
     EXPECT_EQ(asJsonText(asJsonText("\xff")), asJsonText("\xff"));
 }
+
+} // namespace tamarin::test

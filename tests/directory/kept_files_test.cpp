@@ -3,7 +3,7 @@
 #include "support/file.h"
 #include "toolbox/program.h"
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using KeptFilesTest = ProgramTest;
@@ -53,4 +53,4 @@ TEST_F(KeptFilesTest, GoBackWhenNothingReplacesThem) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

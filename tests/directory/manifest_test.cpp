@@ -7,7 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 class Manifest : public ProgramTest {
@@ -201,4 +201,4 @@ TEST_F(Manifest, ComparesAndSaysWhyNot) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 TEST(ManifestText, IsReadAndPrintedTheSame) {
     const std::string text = "{\n  \"files\": [\n    {\n      \"name\": \"a\",\n      \"size\": 3\n"
@@ -59,3 +59,5 @@ TEST(ManifestText, PutsAndRemoves) {
     removeRecord(list, "a");
     EXPECT_EQ(list.dump(), R"([7,{"name":"b"},{"name":"c"}])");
 }
+
+} // namespace tamarin::test

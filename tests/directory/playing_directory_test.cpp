@@ -5,8 +5,7 @@
 
 #include <fstream>
 
-using namespace tamarin;
-using namespace tamarin::test;
+namespace tamarin::test {
 
 namespace {
 
@@ -72,3 +71,5 @@ TEST(PlaceGameFile, RefusesToReplaceAnotherGame) {
     EXPECT_EQ(placed.error(), (scratch / kuhn) + " differs from " + source +
                                   ": use another --dir, or the definition that is there");
 }
+
+} // namespace tamarin::test

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -112,3 +112,5 @@ TEST(AllHands, InAnyOrder) {
     EXPECT_EQ(disagreements, 0U);
     EXPECT_GT(pairs, 250000000U);
 }
+
+} // namespace tamarin::test

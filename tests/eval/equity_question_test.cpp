@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -101,3 +101,5 @@ TEST(EquityQuestion, AnExceptionOfACallbackReachesTheCaller) {
     EXPECT_THROW((void)answerEquity(question({"AKs", "QQ"}, "2c7d9h", 0), options),
                  std::runtime_error);
 }
+
+} // namespace tamarin::test

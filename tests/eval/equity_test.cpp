@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 TEST(Equity, SharesFollowFromCounts) {
     DealCounts counts;
@@ -52,3 +52,5 @@ TEST(OpponentTally, DealsInOrder) {
     EXPECT_EQ(opponentDeals(45, 1), 990U);
     EXPECT_EQ(opponentDeals(45, 2), 990U * 903U);
 }
+
+} // namespace tamarin::test

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -82,3 +82,5 @@ TEST(PreflopEquity, SuitsCanBeRenamed) {
     EXPECT_EQ(exact({"8s7s"}, "", 2), exact({"8d7d"}, "", 2));
     EXPECT_EQ(exact({"AsKd", "AdKs"}, "", 1), exact({"AhKc", "AcKh"}, "", 1));
 }
+
+} // namespace tamarin::test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -111,3 +111,5 @@ TEST(ParseCards, SaysWhatIsWrong) {
     EXPECT_NE(parseCards("Qs1h").error().find("\"1h\""), std::string::npos);
     EXPECT_NE(parseCards("QsQs").error().find("twice"), std::string::npos);
 }
+
+} // namespace tamarin::test

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+namespace tamarin::test {
+
 namespace {
 
 // The table as the callers hold it.
@@ -98,3 +100,5 @@ TEST(HandTable, ATieIsALoss) {
     unsigned char nuts[7] = {51, 47, 43, 39, 35, 0, 5};
     EXPECT_EQ(evaluateHand7(nuts, 3, table()), 1.0);
 }
+
+} // namespace tamarin::test

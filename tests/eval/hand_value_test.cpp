@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -113,3 +113,5 @@ TEST(RankMasks, AgreesWithTheShowdownRanking) {
                     }
     EXPECT_EQ(hands, 2598960U);
 }
+
+} // namespace tamarin::test

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -88,3 +88,5 @@ TEST(Matchups, TooManyAreRefused) {
     ASSERT_FALSE(found.ok());
     EXPECT_NE(found.error().find("4000000"), std::string::npos);
 }
+
+} // namespace tamarin::test

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -50,3 +50,5 @@ TEST(PreflopEquity, ARandomOpponentIsEveryHandInTurn) {
     }
     EXPECT_EQ(sum, exactPreflopEquity(alone, 1));
 }
+
+} // namespace tamarin::test

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -83,3 +83,5 @@ TEST(SampledEquity, AnExceptionOfACallbackReachesTheCaller) {
     EXPECT_THROW(sampledEquity(rangesOf({"AsKd"}), 0, 1, deals, 7, 1, nullptr, fails),
                  std::runtime_error);
 }
+
+} // namespace tamarin::test

@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -84,3 +84,5 @@ TEST(SevenCardFiles, LeavesAloneWhatItDoesNotUnderstand) {
     std::ofstream(scratch.at("file"));
     EXPECT_FALSE(buildSevenCardFiles(scratch.at("file/lookup")).ok());
 }
+
+} // namespace tamarin::test

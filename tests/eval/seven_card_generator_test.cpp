@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -133,3 +133,5 @@ RC_GTEST_PROP(SevenCardTable, RanksAsTheRulesDoInAnyOrder, (uint32_t seed)) {
         std::shuffle(deck.begin(), deck.begin() + 7, random);
     }
 }
+
+} // namespace tamarin::test

@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -108,3 +108,5 @@ TEST(SevenCardTable, ComputesWhatItCannotOpen) {
     const uint8_t royal[5] = {51, 47, 43, 39, 35};
     EXPECT_EQ(table.rank5(royal), 36874U);
 }
+
+} // namespace tamarin::test

@@ -15,7 +15,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -369,3 +369,5 @@ TEST(VeyHands, ArePrinted) {
     printHand(hand, 0);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "AsKsQsJsTs2c3d\n\n");
 }
+
+} // namespace tamarin::test

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 std::array<double, AuxiliaryGame::numBuckets> evenChances() {
@@ -66,4 +66,4 @@ TEST(AuxiliaryDeals, BetterHandsAreWorthMore) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 TEST(AuxiliaryGame, FitsTheAuxiliaryGamesAndNoOthers) {
@@ -70,4 +70,4 @@ TEST(AuxiliaryGame, RefusesNodesOfAnotherTree) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 class HoldemBucketTables : public PlayingDirectory {
@@ -129,4 +129,4 @@ TEST(ABucketThatCannotBe, IsAKeyThatNoStrategyHolds) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

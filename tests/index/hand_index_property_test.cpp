@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -140,3 +140,5 @@ RC_GTEST_PROP(HandIndexProperty, SlowFormAgrees, ()) {
     RC_ASSERT(owned.size() == slow.size());
     RC_ASSERT(hand_index_last(&owned.indexer, cards.data()) == slow.index(cards.data()));
 }
+
+} // namespace tamarin::test

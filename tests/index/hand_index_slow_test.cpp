@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -87,3 +87,5 @@ TEST(HandIndexSlow, AMillionHandsOfFourRoundsAgainstTheSlowForm) {
 TEST(HandIndexSlow, AMillionHandsOfTwoFoursAgainstTheSlowForm) {
     checkMillion({4, 4});
 }
+
+} // namespace tamarin::test

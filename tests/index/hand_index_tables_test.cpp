@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -83,3 +83,5 @@ TEST(HandIndexTables, OrderingsAreAllAndAscend) {
 TEST(HandIndexTables, StandBeforeOtherStaticInitialisers) {
     EXPECT_EQ(setBeforeMain, 0x1FFFU);
 }
+
+} // namespace tamarin::test

@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -471,3 +471,5 @@ TEST(HandIndexer, PermutationTablesSortTheSuits) {
             << show(structure);
     }
 }
+
+} // namespace tamarin::test

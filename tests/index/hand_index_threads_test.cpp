@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+namespace tamarin::test {
+
 TEST(HandIndexThreads, ShareAnIndexer) {
     const uint8_t structure[] = {2, 5};
     hand_indexer_t indexer;
@@ -27,3 +29,5 @@ TEST(HandIndexThreads, ShareAnIndexer) {
     EXPECT_EQ(wrong, std::vector<uint64_t>(threads));
     hand_indexer_free(&indexer);
 }
+
+} // namespace tamarin::test

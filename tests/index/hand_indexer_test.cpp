@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -75,3 +75,5 @@ TEST(HandIndexerDeathTest, OutgrowsSuitsForetellsTheAssertion) {
             EXPECT_TRUE(build());
     }
 }
+
+} // namespace tamarin::test

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -86,3 +86,5 @@ TEST(Multiset, RandomRanksComeBack) {
             ASSERT_EQ(multisetRank(x.data(), m), rank);
         }
 }
+
+} // namespace tamarin::test

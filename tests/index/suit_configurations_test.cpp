@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -98,3 +98,5 @@ TEST(Splits, ScaleMultipliesTheNumbers) {
     EXPECT_NE(number, 0U);
     EXPECT_EQ(splits.number(lanes), 10 * number);
 }
+
+} // namespace tamarin::test

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -96,3 +96,5 @@ TEST(Printable, EscapesAndCuts) {
     EXPECT_EQ(printable("a\x01\xFF~ \n"), "a\\x01\\xFF~ \\x0A");
     EXPECT_EQ(printable(std::string(301, 'x')), std::string(300, 'x') + "...");
 }
+
+} // namespace tamarin::test

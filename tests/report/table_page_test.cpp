@@ -6,7 +6,7 @@
 
 #include <limits>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using TablePage = PlayingDirectory;
@@ -61,4 +61,4 @@ TEST_F(TablePage, OfNoNumbersStillIsAPage) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -5,7 +5,7 @@
 
 #include <set>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using View = PlayingDirectory;
@@ -68,4 +68,4 @@ TEST(TableTitle, NamesEveryTable) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

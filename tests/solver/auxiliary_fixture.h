@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 
 inline GamePtr auxiliaryGameOf(int players, int round) {
     return GamePtr(loadGame((test::inTree("games/") +
@@ -72,4 +72,4 @@ inline void expectSameNodes(const CFR& a, const CFR& b) {
     }
 }
 
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using TrainIS = void (CFR::*)(unsigned long long, hand_indexer_t*, int, int);
@@ -278,4 +278,4 @@ TEST(WinProb, OfABucketNeedsClusterEquity) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -16,7 +16,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -456,4 +456,4 @@ TEST_F(StrategyFile, AKillLeavesTheOldFileOrTheNewOne) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

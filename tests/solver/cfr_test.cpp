@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 // A Kuhn state in which every seat holds the same rank, after some betting.
@@ -142,4 +142,4 @@ TEST(CFR, AccessorsKeepWhatTheyAreGiven) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -18,7 +18,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 class Solver : public CFR {
@@ -341,4 +341,4 @@ TEST(Calc, WeighsRegretWithTheReachOfWhoActedLast) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 class Solver : public CFR {
@@ -211,4 +211,4 @@ TEST(WinProb, NeedsClusterEquityForBuckets) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 TEST(CalcUtility, OfUniformPlayIsKnown) {
@@ -74,4 +74,4 @@ TEST(CalcUtil, ValuesOneDealFromOneState) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace tamarin::test {
+
 namespace {
 
 std::vector<std::string> all(combinator& combinations, int k) {
@@ -61,3 +63,5 @@ TEST(Combinator, StartsAgainAfterReset) {
 }
 
 } // namespace
+
+} // namespace tamarin::test

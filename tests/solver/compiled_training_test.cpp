@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 void expectSameBits(double a, double b, const std::string& where) {
@@ -115,4 +115,4 @@ TEST(CompiledTraining, DrawsForALongTimeTheSame) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

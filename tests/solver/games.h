@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 
 inline GamePtr gameFrom(const std::string& definition) {
     GamePtr game = gameFromText(definition);
@@ -76,4 +76,4 @@ public:
     ~QuietOutput() { ::testing::internal::GetCapturedStdout(); }
 };
 
-} // namespace tamarin::testing
+} // namespace tamarin::test

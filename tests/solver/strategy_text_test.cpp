@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 std::string textOf(const CFR& solver) {
@@ -53,4 +53,4 @@ TEST(StrategyText, TellsTheUtilityAfterTraining) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using UtilityTables = PlayingDirectory;
@@ -227,4 +227,4 @@ TEST_F(UtilityTables, MissingGameEndsTheProgram) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

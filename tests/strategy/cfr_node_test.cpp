@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+namespace tamarin::test {
+
 namespace {
 
 constexpr double invalid = std::numeric_limits<double>::quiet_NaN();
@@ -188,3 +190,5 @@ TEST(CFRNode, PrintsValidActionsInOrder) {
 }
 
 } // namespace
+
+} // namespace tamarin::test

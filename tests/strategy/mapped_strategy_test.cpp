@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using Look = MappedStrategy::Look;
@@ -145,4 +145,4 @@ TEST_F(MappedStrategyFile, TheSolverReadsThroughWhatIsNotTooLarge) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 class StrategyCheck : public ::testing::Test {
@@ -220,4 +220,4 @@ TEST_F(SmallFit, AWholeOneGrownToSeventyMegabytesFits) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

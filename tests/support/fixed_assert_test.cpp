@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace tamarin::test {
+
 TEST(FixedAssertDeathTest, SaysItsOwnWords) {
     bool holds = true;
     TAMARIN_FIXED_ASSERT(holds, "text", "file", "f()");
@@ -15,3 +17,5 @@ TEST(FixedAssert, EvaluatesItsConditionOnce) {
     TAMARIN_FIXED_ASSERT(++evaluated > 0, "text", "file", "f()");
     EXPECT_EQ(evaluated, 1);
 }
+
+} // namespace tamarin::test

@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 TEST(Resources, KnowsWhatTheMachineHas) {
     EXPECT_GT(availableMemory(), uint64_t{1} << 20);
@@ -131,3 +131,5 @@ TEST(Resources, RefusesWithTheFigures) {
     ASSERT_FALSE(disk.ok());
     EXPECT_NE(disk.error().find("of disk at /tmp"), std::string::npos) << disk.error();
 }
+
+} // namespace tamarin::test

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+namespace tamarin::test {
+
 namespace {
 
 // ---- The process-wide engine
@@ -245,3 +247,5 @@ TEST(MersenneTwister, StatesAreIndependent) {
 }
 
 } // namespace
+
+} // namespace tamarin::test

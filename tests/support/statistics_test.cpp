@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -69,3 +69,5 @@ TEST(StudentQuantile, AgreesWithTheTables) {
         EXPECT_NEAR(studentQuantile975(degrees), value, 0.005) << degrees;
     EXPECT_NEAR(studentQuantile975(9), 2.262157, 1e-4);
 }
+
+} // namespace tamarin::test

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 TEST(BuiltInGames, AreTheFilesOfTheTree) {
@@ -44,4 +44,4 @@ TEST_F(GamesInDirectory, MustBeOfTheRound) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

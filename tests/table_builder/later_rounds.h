@@ -7,7 +7,7 @@
 #include "abstraction/sparse_tables.h"
 #include "table_builder/table_plan.h"
 
-namespace tamarin::testing {
+namespace tamarin::test {
 
 inline void writeLaterRounds() {
     for (const TableFile& file : allTables())
@@ -21,4 +21,4 @@ inline void writeLaterRounds() {
     writeSparse(equityPath(3, 0), roundSizes[0], equities);
 }
 
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -22,7 +22,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 // With the exact tables and the seven-card table, made once.
@@ -140,4 +140,4 @@ TEST_F(SampledAgainstExact, TheFamilyOfTheOlderModule) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using Estimate = PlayingDirectory;
@@ -45,4 +45,4 @@ TEST(ProcessorClock, CountsWorkAndNotSleep) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

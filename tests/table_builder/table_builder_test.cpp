@@ -18,7 +18,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 class Builder : public PlayingDirectory {
@@ -399,4 +399,4 @@ TEST_F(Builder, ForeignGameIsRefused) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using Check = PlayingDirectory;
@@ -118,4 +118,4 @@ TEST_F(Check, PreflopIsTheMeanOfTheFlop) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using Plan = PlayingDirectory;
@@ -135,4 +135,4 @@ TEST_F(Plan, CountsADamagedTableAmongThoseToMake) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

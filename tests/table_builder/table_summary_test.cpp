@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using Summary = PlayingDirectory;
@@ -150,4 +150,4 @@ TEST(StartingHands, FillTheSquare) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -3,7 +3,7 @@
 
 #include <csignal>
 
-using namespace tamarin::test;
+namespace tamarin::test {
 
 namespace {
 
@@ -93,3 +93,5 @@ TEST(BotCommand, DealerThatIsNotThere) {
     EXPECT_EQ(run.err,
               "ERROR: could not connect to 127.0.0.1:" + std::to_string(dealer.port()) + "\n");
 }
+
+} // namespace tamarin::test

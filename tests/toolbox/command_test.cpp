@@ -6,8 +6,7 @@
 #include <cstdio>
 #include <stdexcept>
 
-using namespace tamarin;
-using namespace tamarin::test;
+namespace tamarin::test {
 
 namespace {
 
@@ -147,3 +146,5 @@ TEST(Program, ResultThatCannotBeWrittenIsAFailure) {
     EXPECT_EQ(process.wait(), exitFailed);
     EXPECT_EQ(process.err(), "tamarin: could not write the result to standard output\n");
 }
+
+} // namespace tamarin::test

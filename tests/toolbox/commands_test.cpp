@@ -7,8 +7,7 @@
 #include <algorithm>
 #include <set>
 
-using namespace tamarin;
-using namespace tamarin::test;
+namespace tamarin::test {
 
 namespace {
 
@@ -83,3 +82,5 @@ TEST(Program, KeepsItsFilesApartFromClosedStreams) {
     EXPECT_EQ(match("2>&-"), whole);
     EXPECT_EQ(match("<&- 2>&-"), whole);
 }
+
+} // namespace tamarin::test

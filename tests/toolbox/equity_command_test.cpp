@@ -1,5 +1,7 @@
 #include "toolbox/run_toolbox.h"
 
+namespace tamarin::test {
+
 namespace {
 
 void expectRefused(const std::vector<std::string>& arguments, int status, const std::string& says) {
@@ -67,3 +69,5 @@ TEST(EquityCommand, HelpHasExamples) {
     EXPECT_EQ(run.status, 0);
     EXPECT_NE(run.out.find("tamarin equity AsKd"), std::string::npos);
 }
+
+} // namespace tamarin::test

@@ -13,7 +13,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -508,4 +508,4 @@ TEST_F(Holdem, SaysWhatIsWrong) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -93,3 +93,5 @@ TEST(IndexCommand, HelpHasAnExample) {
     EXPECT_EQ(ran.status, exitDone);
     EXPECT_NE(ran.out.find("tamarin index AsKd Qs8h3d"), std::string::npos);
 }
+
+} // namespace tamarin::test

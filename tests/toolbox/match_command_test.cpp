@@ -13,8 +13,7 @@
 
 #include <nlohmann/json.hpp>
 
-using namespace tamarin;
-using namespace tamarin::test;
+namespace tamarin::test {
 
 namespace {
 
@@ -471,3 +470,5 @@ TEST(MatchCommand, ExampleAgentPlays) {
     EXPECT_EQ(json["hands"], 100);
     EXPECT_NE(run.err.find("[me] 100 hands, "), std::string::npos) << run.err;
 }
+
+} // namespace tamarin::test

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -104,3 +104,5 @@ TEST(NumberOptions, KnowTheirRanges) {
     for (const char* size : {"-1GB", "nan", "1e3", "99999999999GB", "1XB", ""})
         EXPECT_NE(refusal({"tables", "--dry-run", "--memory", size}), "was not refused") << size;
 }
+
+} // namespace tamarin::test

@@ -4,7 +4,7 @@
 
 #include <sys/stat.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 class OutputPlace : public ProgramTest {
@@ -34,4 +34,4 @@ TEST_F(OutputPlace, HoldsNothingElse) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -5,7 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -129,4 +129,4 @@ TEST_F(Prepare, TakesAGamesNameOfAnyBytes) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -14,7 +14,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 
 struct Outcome {
     int status; // exit status, or -signal
@@ -76,4 +76,4 @@ protected:
     std::filesystem::path directory;
 };
 
-} // namespace tamarin::testing
+} // namespace tamarin::test

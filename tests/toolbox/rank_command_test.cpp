@@ -1,5 +1,7 @@
 #include "toolbox/run_toolbox.h"
 
+namespace tamarin::test {
+
 TEST(RankCommand, NamesAHand) {
     const ToolboxRun run = runTamarin({"rank", "AsKsQsJsTs2c3d"});
     EXPECT_EQ(run.status, 0);
@@ -37,3 +39,5 @@ TEST(RankCommand, SaysWhatIsWrong) {
         EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
     }
 }
+
+} // namespace tamarin::test

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -108,4 +108,4 @@ TEST_F(Show, NamesTheFileThatIsNotThere) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

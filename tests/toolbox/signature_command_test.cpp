@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <set>
 
-using namespace tamarin;
+namespace tamarin::test {
 
 namespace {
 
@@ -83,3 +83,5 @@ TEST(SignatureCommand, NeedsNothingAndLeavesNothing) {
         files.insert(entry.path().filename());
     EXPECT_EQ(files, (std::set<std::string>{"stdout.txt", "stderr.txt"})); // the test's own
 }
+
+} // namespace tamarin::test

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <fstream>
 
+namespace tamarin::test {
+
 TEST(TablesCommand, MakesTheSevenCardTableOnce) {
     const ScratchDirectory scratch;
     const std::string directory = scratch.at("");
@@ -47,3 +49,5 @@ TEST(TablesCommand, SaysWhatIsWrong) {
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.out, "");
 }
+
+} // namespace tamarin::test

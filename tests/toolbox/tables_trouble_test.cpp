@@ -18,7 +18,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -353,4 +353,4 @@ TEST_F(Trouble, VerifyNamesWhatIsInATablesPlace) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -5,7 +5,8 @@
 
 #include <fstream>
 
-using namespace tamarin;
+namespace tamarin::test {
+
 using tamarin::test::runTamarin;
 using tamarin::test::Scratch;
 
@@ -50,3 +51,5 @@ TEST(TokenOption, WrongUsage) {
     EXPECT_EQ(usageErrorOf({"--token", "a", "--token-file", "b"}),
               "tamarin: --token excludes --token-file; try 'tamarin bot --help'\n");
 }
+
+} // namespace tamarin::test

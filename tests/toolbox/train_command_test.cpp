@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <thread>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -257,4 +257,4 @@ TEST_F(Train, DryRunTellsTheCostAndWritesNothing) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

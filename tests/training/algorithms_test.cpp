@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 TEST(Algorithms, HaveTheirNames) {
@@ -45,4 +45,4 @@ TEST(Algorithms, HelpHasALineForEach) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

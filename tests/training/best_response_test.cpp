@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 std::unique_ptr<SmallGame> small(const GamePtr& game) {
@@ -217,4 +217,4 @@ TEST(BestResponse, DoesNotDependOnThreads) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

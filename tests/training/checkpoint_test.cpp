@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -283,4 +283,4 @@ TEST_F(Checkpoint, AFullDiskLeavesTheOldOnes) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 constexpr Algorithm all[] = {Algorithm::cfr, Algorithm::cfrPlus, Algorithm::linear,
@@ -147,4 +147,4 @@ TEST(Equilibrium, SeedsDecideSampledRunsOnly) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

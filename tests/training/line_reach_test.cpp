@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 TEST(LineReach, EndingsAddUpToCertaintyAndToTheValues) {
@@ -45,4 +45,4 @@ TEST(LineReach, OfUniformPlayHalvesAtEveryDecision) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -60,7 +60,7 @@ public:
 };
 
 TEST(ParallelMemory, OfATrainerReachesTheCaller) {
-    const GamePtr rules = testing::kuhn3();
+    const GamePtr rules = kuhn3();
     const auto game = std::move(*SmallGame::make(*rules));
     TrainerConfig config;
     config.threads = 2;
@@ -71,7 +71,7 @@ TEST(ParallelMemory, OfATrainerReachesTheCaller) {
 }
 
 TEST(ParallelMemory, OfABestResponseReachesTheCaller) {
-    const GamePtr rules = testing::kuhn3();
+    const GamePtr rules = kuhn3();
     const auto game = std::move(*SmallGame::make(*rules));
     const Profile profile = makeTrainer(*game, {})->average();
     const NoMemoryInParallel none;

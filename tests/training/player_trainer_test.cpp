@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 // The same blocks as CFR::train, node by node.
@@ -76,4 +76,4 @@ TEST(PlayerTrainer, KeepsQuiet) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 class Profiles : public ::testing::Test {
@@ -75,4 +75,4 @@ TEST_F(Profiles, RefuseSumsThatAreNoStrategy) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

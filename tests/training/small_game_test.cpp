@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 TEST(SmallGame, CountsWhatItLooksAt) {
@@ -75,4 +75,4 @@ TEST(SmallGame, RefusesDealsTimesNodes) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 TEST(SmallGameTrainer, StoresItsAverageAsASolversStrategy) {
@@ -50,4 +50,4 @@ TEST(SmallGameTrainer, MarksWhatTheRulesForbidInTheFile) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

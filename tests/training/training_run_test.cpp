@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 using test::SlowClock;
@@ -120,4 +120,4 @@ TEST(TrainingRun, WritesStepsAsJson) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

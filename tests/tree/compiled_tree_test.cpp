@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 // Walks tree and rules side by side.
@@ -109,4 +109,4 @@ TEST(SetLayout, GivesEverySetOneOfConsecutivePlacesBucketByBucket) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 TEST(Deck, GoesSuitBySuitFromTheLowestRank) {
@@ -81,4 +81,4 @@ TEST(Deck, WalksEveryDealOnceInTheOrderOfSummation) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test

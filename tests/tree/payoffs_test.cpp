@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tamarin::testing {
+namespace tamarin::test {
 namespace {
 
 // Plays every line of betting for one deal and compares each ending.
@@ -64,4 +64,4 @@ TEST(Payoffs, ThereAreFewOutcomes) {
 }
 
 } // namespace
-} // namespace tamarin::testing
+} // namespace tamarin::test
