@@ -92,8 +92,9 @@ bool AuxiliaryGame::read(const NodeMap* nodeMaps) {
             for (uint8_t a = 0; a < numAbstractedActions; ++a) {
                 if (!from.isActionValid(a))
                     continue;
+                // No training leaves a negative sum of strategies, and averages would differ by it.
                 if (node.child[a] == CompiledTree::noChild || !std::isfinite(from.regretSum[a]) ||
-                    !std::isfinite(from.strategySum[a]))
+                    !std::isfinite(from.strategySum[a]) || from.strategySum[a] < 0.0)
                     return false;
                 const uint8_t place = actions_[set].count++;
                 actions_[set].action[place] = a;

@@ -80,6 +80,8 @@ FilesReport reportFiles(const ReportOptions& options) {
         report.text += "no hashes to compare with: " + unknown + '\n';
     }
     auto strategies = nlohmann::ordered_json::array();
+    if (options.strategies && options.progress)
+        options.progress("strategies");
     if (options.strategies)
         report.wrong += reportStrategies(options.directory, report.text, strategies);
     report.json = {{"directory", lookup},

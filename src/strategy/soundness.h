@@ -30,9 +30,11 @@ std::string faultOf(const CFRNode& node, const LegalActions& legal, ValidActions
 // each with an action at least.
 bool holdsSmallGame(const NodeStore& nodes, const Game& game);
 
-// The same of a file, whose tree this is, and everything else that can be known of a file without a
-// header: its exact size, and its keys, complete, in ascending order, in their own section, padded
-// with zeros. An error names the file, the record and its byte offset, and what is wrong there.
+// The same of a file, whose tree this is, but for sets without any action: training that takes away
+// what is useless may leave them, and they call. And everything else that can be known of a file
+// without a header: its exact size, and its keys, complete, in ascending order, in their own
+// section, padded with zeros. An error names the file, the record and its byte offset, and what is
+// wrong there.
 Status checkStrategyFile(const Game& game, const CompiledTree& tree, const std::string& path,
                          FileSystem& files = systemFiles());
 

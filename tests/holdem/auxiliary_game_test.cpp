@@ -2,6 +2,8 @@
 
 #include "solver/auxiliary_fixture.h"
 
+#include <limits>
+
 #include <gtest/gtest.h>
 
 namespace tamarin::test {
@@ -60,6 +62,27 @@ TEST(AuxiliaryGame, ValuesOfAnUntrainedGameAddUpToNothing) {
     EXPECT_NEAR(util[0] + util[1] + util[2], 0, 1e-12);
     EXPECT_LT(util[0], 0);
     EXPECT_GT(util[1], 0);
+}
+
+TEST(AuxiliaryGame, RefusesNumbersThatNoTrainingLeaves) {
+    const GamePtr game = auxiliaryGameOf(2, 0);
+    QuickTables quick(2, 0);
+    CFR solver(game.get());
+    solver.setEquityTables(&quick.tables);
+    {
+        QuietOutput quiet;
+        solver.trainIS(0, quick.tables.indexer(0), 0, 0);
+    }
+    AuxiliaryGame auxiliary(*game);
+    CFRNode& node = *solver.nodeMap(1, 0).at("1:0:50:c");
+    for (const double sum : {-0.5, -std::numeric_limits<double>::infinity()}) {
+        node.strategySum[1] = sum;
+        EXPECT_FALSE(auxiliary.read(&solver.nodeMap(0, 0))) << sum;
+    }
+    node.strategySum[1] = 0.5;
+    EXPECT_TRUE(auxiliary.read(&solver.nodeMap(0, 0)));
+    node.regretSum[1] = std::numeric_limits<double>::infinity();
+    EXPECT_FALSE(auxiliary.read(&solver.nodeMap(0, 0)));
 }
 
 TEST(AuxiliaryGame, RefusesNodesOfAnotherTree) {
