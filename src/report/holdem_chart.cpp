@@ -1,6 +1,6 @@
 #include "report/holdem_chart.h"
 
-#include "report/strategy_page.h"
+#include "report/page.h"
 #include "solver/cfr.h"
 
 #include <algorithm>
@@ -13,6 +13,12 @@ namespace {
 
 constexpr char ranks[] = "AKQJT98765432";
 constexpr const char* actionWords[numAbstractedActions] = {"fold", "call", "raise"};
+
+constexpr const char* style = R"(
+.grid{border-spacing:2px;border-collapse:separate;margin:.5rem 0 1.5rem}
+.grid td{width:3.1rem;height:2.1rem;padding:0;text-align:center;font-size:.78rem;
+color:var(--on);border-radius:3px}
+)";
 
 using Grid = std::array<std::array<uint8_t, 13>, 13>;
 
@@ -178,18 +184,11 @@ nlohmann::ordered_json chartAsJson(const PreflopDecision& decision) {
 std::string chartPage(const HoldemGame& game, const std::vector<PreflopDecision>& decisions,
                       const std::string& source) {
     std::string page = fmt::format(
-        "<!doctype html>\n<html lang=en>\n<meta charset=utf-8>\n<meta name=viewport "
-        "content=\"width=device-width\">\n<title>{0}</title>\n<style>{1}"
-        ".grid{{border-spacing:2px;border-collapse:separate;margin:.5rem 0 1.5rem}}"
-        ".grid td{{width:3.1rem;height:2.1rem;padding:0;text-align:center;font-size:.78rem;"
-        "color:var(--on);border-radius:3px}}"
-        "h2{{font-size:1.1rem;margin:1.5rem 0 .25rem}}</style>\n<main>\n<h1>{0}</h1>\n"
-        "<p>First decisions before the flop, from {2}. Ten buckets of alike hands; suited hands "
-        "above the diagonal. A hand's colours are the shares of its "
-        "actions.</p>\n"
+        "<p>First decisions before the flop, from {}. Ten buckets of alike hands; suited hands "
+        "above the diagonal. A hand's colours are the shares of its actions.</p>\n"
         "<p class=legend><span><i class=fold></i>fold</span><span><i class=call></i>call or "
         "check</span><span><i class=raise></i>raise</span></p>\n",
-        escapedForPage(game.name), strategyPageStyle(), escapedForPage(source));
+        escapedForPage(source));
     for (const PreflopDecision& decision : decisions) {
         const auto shares = bucketShares(decision.bucket);
         page += fmt::format("<h2>{}</h2>\n<table class=sets>\n",
@@ -223,7 +222,7 @@ std::string chartPage(const HoldemGame& game, const std::vector<PreflopDecision>
         }
         page += "</table>\n";
     }
-    return page + "</main>\n</html>\n";
+    return pageOf(game.name, std::string(actionStyle) + style, page);
 }
 
 } // namespace tamarin

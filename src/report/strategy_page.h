@@ -1,6 +1,5 @@
-// A strategy as one self-contained HTML page: the betting tree, every information set's
-// probabilities as a bar, the reach of every line, and what each ending is worth. It fetches
-// nothing, runs no script, and follows the reader's light or dark preference.
+// A strategy as a page (report/page.h): the betting tree, every information set's probabilities as
+// a bar, the reach of every line, and what each ending is worth.
 #pragma once
 
 #include "directory/strategies.h"
@@ -17,9 +16,5 @@ std::string strategyPage(const NamedGame& game, const Profile& profile, const Pr
 // What a card field means to a reader: the card's letter in a four-rank deck, which is dealt from
 // jack to ace; else the rank's letter.
 std::string cardLabel(const Game& game, uint32_t field);
-
-// What other pages share with this one: the style sheet's rules, and text made safe for a page.
-const char* strategyPageStyle();
-std::string escapedForPage(const std::string& text);
 
 } // namespace tamarin

@@ -1,7 +1,7 @@
 #include "report/table_page.h"
 
 #include "abstraction/quantise.h"
-#include "report/strategy_page.h"
+#include "report/page.h"
 
 #include <algorithm>
 #include <array>
@@ -14,16 +14,8 @@ namespace tamarin {
 namespace {
 
 constexpr const char* style = R"(
-:root{--bg:#fcfcfb;--ink:#1d2329;--soft:#66707a;--line:#dde1e4;--bar:#3f7fbf}
-@media(prefers-color-scheme:dark){:root{--bg:#15181b;--ink:#e6e9ec;--soft:#98a2ab;--line:#31373d;
---bar:#4a8ccb}}
-*{box-sizing:border-box}
-body{margin:0;background:var(--bg);color:var(--ink);font:15px/1.45 system-ui,sans-serif}
-main{max-width:62rem;margin:0 auto;padding:2rem 1.25rem 4rem}
-h1{font-size:1.5rem;margin:0 0 .25rem}
-h2{font-size:1.1rem;margin:2rem 0 .5rem}
-p{margin:.25rem 0 1rem;color:var(--soft)}
-table{border-collapse:collapse;font-variant-numeric:tabular-nums}
+:root{--bar:#3f7fbf}
+@media(prefers-color-scheme:dark){:root{--bar:#4a8ccb}}
 .range td{padding:.2rem 1.5rem .2rem 0;border-bottom:1px solid var(--line)}
 .spread{width:100%}
 .spread td{padding:.1rem .75rem .1rem 0;white-space:nowrap;text-align:right}
@@ -154,16 +146,11 @@ std::string grid(const TableSummary& summary) {
 
 std::string tablePage(const TableView& view) {
     const TableSummary& summary = view.summary;
-    const std::string title = titleOf(*summary.file);
-    std::string text = "<!doctype html>\n<html lang=en><head><meta charset=utf-8>\n"
-                       "<meta name=viewport content=\"width=device-width,initial-scale=1\">\n";
-    text += fmt::format("<title>{}</title>\n<style>{}</style></head>\n<body><main>\n",
-                        escapedForPage(title), style);
-    text += fmt::format("<h1>{}</h1>\n<p>{}: {} entries, {} bytes{}</p>\n", escapedForPage(title),
-                        escapedForPage(view.path), summary.entries, summary.file->bytes,
-                        summary.notNumbers == 0
-                            ? std::string()
-                            : fmt::format(", {} of them no numbers", summary.notNumbers));
+    std::string text = fmt::format(
+        "<p>{}: {} entries, {} bytes{}</p>\n", escapedForPage(view.path), summary.entries,
+        summary.file->bytes,
+        summary.notNumbers == 0 ? std::string()
+                                : fmt::format(", {} of them no numbers", summary.notNumbers));
     if (summary.notNumbers < summary.entries)
         text += range(summary);
     if (!summary.all.empty() && summary.notNumbers == 0) {
@@ -174,7 +161,7 @@ std::string tablePage(const TableView& view) {
                         grid(other);
     }
     text += "<h2>How the entries are spread</h2>\n" + histogram(summary);
-    return text + "</main></body></html>\n";
+    return pageOf(titleOf(*summary.file), style, text);
 }
 
 } // namespace tamarin

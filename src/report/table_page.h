@@ -1,6 +1,5 @@
-// A table as a page of its own, without scripts and without anything from elsewhere: its range, its
-// histogram, and for pre-flop the coloured grids of starting hands, of all pre-flop tables that lie
-// there.
+// A table as a page (report/page.h): its range, its histogram, and for pre-flop the coloured grids
+// of starting hands, of all pre-flop tables that lie there.
 #pragma once
 
 #include "report/table_view.h"

@@ -1,6 +1,7 @@
 #include "report/table_view.h"
 
 #include "abstraction/round_indexers.h"
+#include "support/progress.h"
 
 #include <cmath>
 #include <filesystem>
@@ -12,13 +13,6 @@ namespace tamarin {
 namespace {
 
 constexpr size_t barLength = 40;
-
-std::string grouped(uint64_t number) {
-    std::string text = std::to_string(number);
-    for (size_t at = text.size(); at > 3; at -= 3)
-        text.insert(at - 3, ",");
-    return text;
-}
 
 bool isQuantised(const TableSummary& summary) {
     const EntryKind kind = kindOf(*summary.file);
@@ -117,12 +111,13 @@ Result<TableView> viewTable(const TableFile& file, const std::string& path) {
 
 std::string tableText(const TableView& view) {
     const TableSummary& summary = view.summary;
-    std::string text = fmt::format(
-        "{}: {}\n{} {}, {} bytes\n", view.path, titleOf(*summary.file), grouped(summary.entries),
-        isOfHands(summary) ? "hands that are distinct up to suits" : "entries",
-        grouped(summary.file->bytes));
+    std::string text =
+        fmt::format("{}: {}\n{} {}, {} bytes\n", view.path, titleOf(*summary.file),
+                    describeCount(summary.entries),
+                    isOfHands(summary) ? "hands that are distinct up to suits" : "entries",
+                    describeCount(summary.file->bytes));
     if (summary.notNumbers > 0)
-        text += fmt::format("{} entries are no numbers\n", grouped(summary.notNumbers));
+        text += fmt::format("{} entries are no numbers\n", describeCount(summary.notNumbers));
     if (summary.notNumbers == summary.entries)
         return text;
     text +=
@@ -134,10 +129,10 @@ std::string tableText(const TableView& view) {
     for (const TableSummary::Bin& bin : summary.histogram) {
         const double share = static_cast<double>(bin.entries) / static_cast<double>(most);
         const auto length = static_cast<size_t>(std::lround(share * barLength));
-        text += fmt::format("{} {:>12} {:5.1f} % {}\n", binText(summary, bin), grouped(bin.entries),
-                            100.0 * static_cast<double>(bin.entries) /
-                                static_cast<double>(summary.entries),
-                            std::string(bin.entries > 0 ? std::max<size_t>(length, 1) : 0, '#'));
+        text += fmt::format(
+            "{} {:>12} {:5.1f} % {}\n", binText(summary, bin), describeCount(bin.entries),
+            100.0 * static_cast<double>(bin.entries) / static_cast<double>(summary.entries),
+            std::string(bin.entries > 0 ? std::max<size_t>(length, 1) : 0, '#'));
     }
     if (!summary.all.empty())
         text += '\n' + gridText(summary);
