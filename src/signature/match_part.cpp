@@ -8,7 +8,6 @@
 #include "solver/cfr.h"
 #include "support/rng.h"
 
-#include <array>
 #include <cassert>
 #include <vector>
 

@@ -4,7 +4,6 @@
 #include "support/silent_output.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 #include <omp.h>
 
