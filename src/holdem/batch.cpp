@@ -254,22 +254,7 @@ void HoldemBatch::replaceSeat(HoldemSets& responder, int seat) {
 
 void HoldemBatch::iterate(HoldemRule rule, std::span<BatchDeal> deals) {
     place(deals);
-    switch (rule) {
-    case HoldemRule::player:
-        walk<HoldemRule::player>(deals);
-        break;
-    case HoldemRule::counterfactual:
-        walk<HoldemRule::counterfactual>(deals);
-        break;
-    case HoldemRule::counterfactualPlus:
-        walk<HoldemRule::counterfactualPlus>(deals);
-        break;
-    case HoldemRule::average:
-        walk<HoldemRule::average>(deals);
-        break;
-    case HoldemRule::respond:
-        assert(!"respond() has its own arguments");
-    }
+    withRule(rule, [&]<HoldemRule fixed>() { walk<fixed>(deals); });
 }
 
 void HoldemBatch::respond(HoldemSets& responder, int seat, std::span<BatchDeal> deals) {

@@ -28,8 +28,9 @@ public:
     HoldemBatch(const Game& game, HoldemSets& sets, int threads = 0);
     ~HoldemBatch();
 
-    // As HoldemWalk's.
+    // As HoldemWalk's; any rule but respond.
     void iterate(HoldemRule rule, std::span<BatchDeal> deals);
+    // The rule respond: seat's numbers are those of responder, HoldemSets of the same game.
     void respond(HoldemSets& responder, int seat, std::span<BatchDeal> deals);
     // Everybody plays the average strategy, seat that of responder.
     void valueOfResponse(HoldemSets& responder, int seat, std::span<BatchDeal> deals);

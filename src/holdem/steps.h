@@ -15,6 +15,24 @@
 
 namespace tamarin {
 
+// Calls walk with any rule but respond as a template argument: each rule's walk is compiled for
+// itself.
+template <class Walk>
+void withRule(HoldemRule rule, const Walk& walk) {
+    switch (rule) {
+    case HoldemRule::player:
+        return walk.template operator()<HoldemRule::player>();
+    case HoldemRule::counterfactual:
+        return walk.template operator()<HoldemRule::counterfactual>();
+    case HoldemRule::counterfactualPlus:
+        return walk.template operator()<HoldemRule::counterfactualPlus>();
+    case HoldemRule::average:
+        return walk.template operator()<HoldemRule::average>();
+    case HoldemRule::respond:
+        assert(!"respond() has its own arguments");
+    }
+}
+
 // Where a deal's numbers and payoffs lie.
 struct PlacedDeal {
     std::vector<SetNumbers*> slotNumbers; // [slot]: the deal's bucket

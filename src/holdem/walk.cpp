@@ -92,33 +92,9 @@ void HoldemWalk::walk(double* util) const {
 }
 
 void HoldemWalk::iterate(HoldemRule rule, const State& deal, const DealBuckets& buckets,
-                         double weight, double* util) {
+                         double* util) {
     HoldemSteps::place(sets_, parts_->payoffs, deal, buckets, parts_->deal);
-    parts_->deal.weight = weight;
-    switch (rule) {
-    case HoldemRule::player:
-        walk<HoldemRule::player>(util);
-        break;
-    case HoldemRule::counterfactual:
-        walk<HoldemRule::counterfactual>(util);
-        break;
-    case HoldemRule::counterfactualPlus:
-        walk<HoldemRule::counterfactualPlus>(util);
-        break;
-    case HoldemRule::average:
-        walk<HoldemRule::average>(util);
-        break;
-    case HoldemRule::respond:
-        assert(!"respond() has its own arguments");
-    }
-}
-
-void HoldemWalk::respond(HoldemSets& responder, int seat, const State& deal,
-                         const DealBuckets& buckets, double weight, double* util) {
-    HoldemSteps::place(sets_, parts_->payoffs, deal, buckets, parts_->deal);
-    HoldemSteps::replaceSeat(sets_, responder, seat, parts_->deal);
-    parts_->deal.weight = weight;
-    walk<HoldemRule::respond>(util);
+    withRule(rule, [&]<HoldemRule fixed>() { walk<fixed>(util); });
 }
 
 } // namespace tamarin

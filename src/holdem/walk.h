@@ -38,13 +38,8 @@ public:
     ~HoldemWalk();
 
     // Walks the deal (hole cards and whole board in the state), updating what the rule says. util
-    // receives the value to each seat. weight multiplies what is added to regrets and strategies.
-    // Any rule but respond.
-    void iterate(HoldemRule rule, const State& deal, const DealBuckets& buckets, double weight,
-                 double* util);
-    // The rule respond: seat's numbers are those of responder, a HoldemSets of the same game.
-    void respond(HoldemSets& responder, int seat, const State& deal, const DealBuckets& buckets,
-                 double weight, double* util);
+    // receives the value to each seat. Any rule but respond.
+    void iterate(HoldemRule rule, const State& deal, const DealBuckets& buckets, double* util);
 
 private:
     template <HoldemRule rule>

@@ -28,6 +28,7 @@
 #include "strategy/node_maps.h"
 
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -40,6 +41,7 @@ class AuxiliaryGame;
 class CompiledGame;
 class HoldemBuckets;
 class HoldemSets;
+class TrainingProgress;
 } // namespace tamarin
 
 class CFR {
@@ -192,6 +194,8 @@ private:
     void runTraining(unsigned long long iterations, Form form);
     // Adds the nodes of all deals and returns how many deals there are.
     unsigned long long buildNodes(Form form);
+    // The plain form's walk over all deals, each in an otherwise fresh state; returns their number.
+    unsigned long long forEachDeal(const std::function<void(State&)>& visit);
     // Deals boardCount board cards and everybody's hole cards from the front of cards.
     void dealCards(Game* game, State* state, unsigned char* cards, unsigned char boardCount);
     void runAuxiliaryTraining(unsigned long long iterations, hand_indexer_t* indexer,
@@ -203,6 +207,11 @@ private:
 
     void copyToMaps(const tamarin::NodeStore& from);
     void useMaps();
+    void runHoldemTraining(unsigned long long iterations, Form form);
+    void trainHoldemSets(tamarin::HoldemSets& sets, unsigned long long iterations,
+                         const tamarin::HoldemBuckets& source, tamarin::TrainingProgress& progress);
+    void trainHoldemNodes(unsigned long long iterations, const tamarin::HoldemBuckets& source,
+                          tamarin::TrainingProgress& progress);
     std::unique_ptr<tamarin::HoldemSets> takeHoldemSets();
     void keepHoldemSets(std::unique_ptr<tamarin::HoldemSets> sets);
 

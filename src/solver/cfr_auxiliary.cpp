@@ -56,7 +56,7 @@ void CFR::runAuxiliaryTraining(unsigned long long iterations, hand_indexer_t* in
     const FlagGuard buckets(useCardAbstraction, FlagGuard::After::off);
     const FlagGuard clusters(useClusterEquity, FlagGuard::After::off);
     equityRound = round;
-    tamarin::TrainingProgress progress(iterations, 10, time(nullptr));
+    tamarin::TrainingProgress progress(iterations, 10);
     if (!treeReady) {
         const auto size = hand_indexer_size(indexer, static_cast<unsigned>(indexerRound));
         State state{};

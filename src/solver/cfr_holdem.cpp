@@ -46,6 +46,14 @@ private:
 } // namespace
 
 void CFR::trainHoldem(unsigned long long iterations) {
+    runHoldemTraining(iterations, Form::compiled);
+}
+
+void CFR::trainHoldemPlain(unsigned long long iterations) {
+    runHoldemTraining(iterations, Form::plain);
+}
+
+void CFR::runHoldemTraining(unsigned long long iterations, Form form) {
     if (equityTables == nullptr && bucketSource == nullptr)
         throw "Deve carregar equity tables para correr cfr no hold'em poker";
     const std::unique_ptr<const tamarin::HoldemBuckets> fromTables =
@@ -54,53 +62,51 @@ void CFR::trainHoldem(unsigned long long iterations) {
     const tamarin::HoldemBuckets& source = bucketSource ? *bucketSource : *fromTables;
     const FlagGuard tables(useHoldemTables, FlagGuard::After::off);
     const FlagGuard abstraction(useCardAbstraction, FlagGuard::After::off);
-    tamarin::TrainingProgress progress(iterations, 100, time(nullptr));
+    tamarin::TrainingProgress progress(iterations, 100);
 
-    std::unique_ptr<tamarin::HoldemSets> sets = takeHoldemSets();
-    if (!sets) { // a strategy of another tree: the plain form knows what becomes of it
-        trainHoldemPlain(iterations);
-        return;
+    std::unique_ptr<tamarin::HoldemSets> sets;
+    if (form == Form::compiled)
+        sets = takeHoldemSets();
+    if (sets) {
+        try {
+            trainHoldemSets(*sets, iterations, source, progress);
+        } catch (...) {
+            keepHoldemSets(std::move(sets)); // the solver is not to lose its nodes
+            throw;
+        }
+        keepHoldemSets(std::move(sets));
+    } else { // as asked, or a strategy of another tree: the plain form knows what becomes of it
+        trainHoldemNodes(iterations, source, progress);
     }
+    if (gameUtility == nullptr)
+        gameUtility = new double[game->numPlayers]();
+}
+
+void CFR::trainHoldemSets(tamarin::HoldemSets& sets, unsigned long long iterations,
+                          const tamarin::HoldemBuckets& source,
+                          tamarin::TrainingProgress& progress) {
     if (!treeReady) {
         for (int count = 1; count <= bucketCombinations; ++count)
             printTreeProgress(count);
         treeReady = true;
     }
-    std::cout << "Number of information sets: " << sets->numSets() << std::endl;
+    std::cout << "Number of information sets: " << sets.numSets() << std::endl;
 
-    try {
-        tamarin::HoldemWalk walk(*game, *sets);
-        DealSequence deals(*game);
-        State deal{};
-        tamarin::DealBuckets buckets;
-        for (unsigned long long it = 0; it < iterations; ++it) {
-            progress.at(it);
-            deals.next(&deal);
-            tamarin::fillDealBuckets(*game, deal, source, buckets);
-            double util[MAX_PLAYERS];
-            walk.iterate(tamarin::HoldemRule::player, deal, buckets, 1.0, util);
-        }
-    } catch (...) {
-        keepHoldemSets(std::move(sets)); // the solver is not to lose its nodes
-        throw;
+    tamarin::HoldemWalk walk(*game, sets);
+    DealSequence deals(*game);
+    State deal{};
+    tamarin::DealBuckets buckets;
+    for (unsigned long long it = 0; it < iterations; ++it) {
+        progress.at(it);
+        deals.next(&deal);
+        tamarin::fillDealBuckets(*game, deal, source, buckets);
+        double util[MAX_PLAYERS];
+        walk.iterate(tamarin::HoldemRule::player, deal, buckets, util);
     }
-    keepHoldemSets(std::move(sets));
-
-    if (gameUtility == nullptr)
-        gameUtility = new double[game->numPlayers]();
 }
 
-void CFR::trainHoldemPlain(unsigned long long iterations) {
-    if (equityTables == nullptr && bucketSource == nullptr)
-        throw "Deve carregar equity tables para correr cfr no hold'em poker";
-    const std::unique_ptr<const tamarin::HoldemBuckets> fromTables =
-        bucketSource ? nullptr
-                     : std::make_unique<tamarin::TableBuckets>(*equityTables, game->numPlayers);
-    const tamarin::HoldemBuckets& source = bucketSource ? *bucketSource : *fromTables;
-    const FlagGuard tables(useHoldemTables, FlagGuard::After::off);
-    const FlagGuard abstraction(useCardAbstraction, FlagGuard::After::off);
-    tamarin::TrainingProgress progress(iterations, 100, time(nullptr));
-
+void CFR::trainHoldemNodes(unsigned long long iterations, const tamarin::HoldemBuckets& source,
+                           tamarin::TrainingProgress& progress) {
     const int players = game->numPlayers;
     State state{};
     const auto setBuckets = [&](const tamarin::DealBuckets& buckets) {
@@ -139,9 +145,6 @@ void CFR::trainHoldemPlain(unsigned long long iterations) {
         double util[MAX_PLAYERS];
         calc(&state, reach, 0, util);
     }
-
-    if (gameUtility == nullptr)
-        gameUtility = new double[static_cast<size_t>(players)]();
 }
 
 // The numbers to train on: those of the solver when its tree is ready, else zeros. Null where the

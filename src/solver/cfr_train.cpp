@@ -8,7 +8,6 @@
 #include "tree/deck.h"
 
 #include <algorithm>
-#include <ctime>
 #include <exception>
 #include <iostream>
 #include <vector>
@@ -31,7 +30,7 @@ void CFR::runTraining(unsigned long long iterations, Form form) {
     }
     const int cards = tamarin::cardsNeeded(*game);
     const auto board = static_cast<unsigned char>(tamarin::boardCardsOf(*game));
-    tamarin::TrainingProgress progress(iterations, 100, time(nullptr));
+    tamarin::TrainingProgress progress(iterations, 100);
 
     if (!treeReady) {
         if (standardDeck)

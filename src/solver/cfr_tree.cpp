@@ -45,6 +45,10 @@ unsigned long long CFR::buildNodes(Form form) {
             return tamarin::countDeals(*game);
         }
     }
+    return forEachDeal([this](State& state) { createAbstractedGameTree(&state); });
+}
+
+unsigned long long CFR::forEachDeal(const std::function<void(State&)>& visit) {
     std::vector<uint8_t> deck = tamarin::solverDeck(*game);
     const int cards = tamarin::cardsNeeded(*game);
     const auto board = static_cast<unsigned char>(tamarin::boardCardsOf(*game));
@@ -57,7 +61,7 @@ unsigned long long CFR::buildNodes(Form form) {
         std::sort(current, current + cards);
         do {
             dealCards(game, &state, current, board);
-            createAbstractedGameTree(&state);
+            visit(state);
             ++count;
         } while (std::next_permutation(current, current + cards));
     }

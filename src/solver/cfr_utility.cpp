@@ -2,11 +2,8 @@
 
 #include "solver/card_rank_solving.h"
 #include "solver/cfr.h"
-#include "solver/combinator.h"
-#include "tree/deck.h"
 
 #include <algorithm>
-#include <vector>
 
 void CFR::calcUtil(State* state, double* util) {
     const int players = game->numPlayers;
@@ -44,26 +41,13 @@ void CFR::calcUtility(double* result) {
 
 void CFR::calcUtilityPlain(double* result) {
     const int players = game->numPlayers;
-    std::vector<uint8_t> deck = tamarin::solverDeck(*game);
-    const int cards = tamarin::cardsNeeded(*game);
-    const auto board = static_cast<unsigned char>(tamarin::boardCardsOf(*game));
     std::fill_n(result, players, 0.0);
-    State state;
-    initState(game, 0, &state);
-    int deals = 0;
-    combinator combinations(deck.data(), static_cast<int>(deck.size()), cards);
-    while (combinations.next()) {
-        unsigned char* const current = combinations.getCurrent();
-        std::sort(current, current + cards);
-        do {
-            dealCards(game, &state, current, board);
-            double util[MAX_PLAYERS];
-            calcUtil(&state, util);
-            for (int p = 0; p < players; ++p)
-                result[p] += util[p];
-            ++deals;
-        } while (std::next_permutation(current, current + cards));
-    }
+    const unsigned long long deals = forEachDeal([&](State& state) {
+        double util[MAX_PLAYERS];
+        calcUtil(&state, util);
+        for (int p = 0; p < players; ++p)
+            result[p] += util[p];
+    });
     for (int p = 0; p < players; ++p)
-        result[p] = result[p] / deals;
+        result[p] = result[p] / static_cast<double>(deals);
 }

@@ -7,10 +7,10 @@ namespace tamarin {
 
 class TrainingProgress {
 public:
-    // parts: how many lines the run has, 100 for percents, 10 for tenths. start: when the run
-    // began, so that the first line's time includes what came before the first iteration.
-    TrainingProgress(unsigned long long iterations, int parts, time_t start)
-        : iterations_(iterations), parts_(parts), last_(start) {}
+    // parts: how many lines the run has, 100 for percents, 10 for tenths. To be made when the run
+    // begins: the first line's time includes what comes before the first iteration.
+    TrainingProgress(unsigned long long iterations, int parts)
+        : iterations_(iterations), parts_(parts) {}
 
     // Prints when a part is reached, or at each iteration where there are fewer than parts. it is
     // below the number of iterations. Returns the iteration up to which nothing more will be
@@ -22,7 +22,7 @@ private:
 
     unsigned long long iterations_;
     int parts_;
-    time_t last_;
+    time_t last_ = time(nullptr);
     time_t elapsed_ = 0;
 };
 

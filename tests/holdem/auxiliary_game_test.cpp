@@ -18,16 +18,21 @@ TEST(AuxiliaryGame, FitsTheAuxiliaryGamesAndNoOthers) {
     EXPECT_FALSE(AuxiliaryGame::fits(*twoCards()));
 }
 
-// start() against the solver's own tree and elimination.
-TEST(AuxiliaryGame, StartsAsTheSolverDoes) {
-    const GamePtr game = auxiliaryGameOf(2, 0);
-    QuickTables quick(2, 0);
-    CFR solver(game.get());
-    solver.setEquityTables(&quick.tables);
-    {
-        QuietOutput quiet;
+// A solver of the two-player pre-flop game, with its tree and before any training.
+class AuxiliaryNodes : public ::testing::Test {
+protected:
+    AuxiliaryNodes() {
+        solver.setEquityTables(&quick.tables);
+        const QuietOutput quiet;
         solver.trainIS(0, quick.tables.indexer(0), 0, 0);
     }
+    const GamePtr game = auxiliaryGameOf(2, 0);
+    QuickTables quick{2, 0};
+    CFR solver{game.get()};
+};
+
+// start() against the solver's own tree and elimination.
+TEST_F(AuxiliaryNodes, StartAsTheSolversDo) {
     AuxiliaryGame fromNodes(*game);
     ASSERT_TRUE(fromNodes.read(&solver.nodeMap(0, 0)));
     AuxiliaryGame fresh(*game);
@@ -64,15 +69,7 @@ TEST(AuxiliaryGame, ValuesOfAnUntrainedGameAddUpToNothing) {
     EXPECT_GT(util[1], 0);
 }
 
-TEST(AuxiliaryGame, RefusesNumbersThatNoTrainingLeaves) {
-    const GamePtr game = auxiliaryGameOf(2, 0);
-    QuickTables quick(2, 0);
-    CFR solver(game.get());
-    solver.setEquityTables(&quick.tables);
-    {
-        QuietOutput quiet;
-        solver.trainIS(0, quick.tables.indexer(0), 0, 0);
-    }
+TEST_F(AuxiliaryNodes, WithNumbersThatNoTrainingLeavesAreRefused) {
     AuxiliaryGame auxiliary(*game);
     CFRNode& node = *solver.nodeMap(1, 0).at("1:0:50:c");
     for (const double sum : {-0.5, -std::numeric_limits<double>::infinity()}) {

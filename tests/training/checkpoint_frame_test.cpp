@@ -4,7 +4,6 @@
 #include "support/faulty_files.h"
 #include "training/mended_checkpoint.h"
 
-#include <algorithm>
 #include <vector>
 
 #include <gtest/gtest.h>

@@ -3,7 +3,6 @@
 #include "solver/games.h"
 #include "training/best_response.h"
 
-#include <cmath>
 #include <cstring>
 
 #include <gtest/gtest.h>

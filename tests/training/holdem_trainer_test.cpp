@@ -235,7 +235,7 @@ TEST(HoldemBatch, FindsTheValuesOfSingleWalks) {
     batch.iterate(HoldemRule::average, deals);
     for (const BatchDeal& deal : deals) {
         double util[MAX_PLAYERS];
-        walk.iterate(HoldemRule::average, deal.cards, deal.buckets, 1.0, util);
+        walk.iterate(HoldemRule::average, deal.cards, deal.buckets, util);
         EXPECT_EQ(deal.value[0], util[0]);
         EXPECT_EQ(deal.value[1], util[1]);
     }

@@ -3,8 +3,6 @@
 #include "solver/games.h"
 #include "training/best_response.h"
 
-#include <cmath>
-
 #include <gtest/gtest.h>
 
 namespace tamarin::test {
