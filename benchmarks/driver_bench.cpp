@@ -8,12 +8,11 @@
 #include "game/game.h"
 #include "support/clock.h"
 #include "support/rng.h"
+#include "support/silent_output.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <iostream>
-#include <memory>
-#include <sstream>
+#include <optional>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -68,19 +67,19 @@ void decide(benchmark::State& run, const char* gameName, const char* strategy) {
     }
     const auto home = std::filesystem::current_path();
     std::filesystem::current_path(directory);
-    // What the agent says while it loads would run into the table of results.
-    std::ostringstream said;
-    std::streambuf* const out = std::cout.rdbuf(said.rdbuf());
-    OpenAgent agent(gameName);
-    std::cout.rdbuf(out);
+    std::optional<OpenAgent> agent;
+    {
+        const tamarin::SilentOutput silent; // what it says would run into the table of results
+        agent.emplace(gameName);
+    }
     std::filesystem::current_path(home);
 
-    const std::vector<MatchState> decisions = randomDecisions(agent.definition(), 100'000);
+    const std::vector<MatchState> decisions = randomDecisions(agent->definition(), 100'000);
     tamarin::LatencyHistogram latency;
     size_t next = 0;
     for (auto _ : run) {
         const tamarin::TimePoint start = tamarin::steadyClock().now();
-        benchmark::DoNotOptimize(agent.decide(decisions[next]));
+        benchmark::DoNotOptimize(agent->decide(decisions[next]));
         latency.add(tamarin::steadyClock().now() - start);
         next = next + 1 == decisions.size() ? 0 : next + 1;
     }

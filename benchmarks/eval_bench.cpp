@@ -1,8 +1,7 @@
 // Ranking and equity, in hands or deals a second.
 //
 // The cost of a random hand is that of the memory: the table has 124 MiB, and each of the last
-// steps misses the caches. randomHands therefore has the number of hands in flight as its
-// argument.
+// steps misses the caches: rankMany overlaps sixteen hands, which hand after hand cannot.
 #include "eval/exact_equity.h"
 #include "eval/hand_table.h"
 #include "eval/sampled_equity.h"
@@ -53,65 +52,21 @@ void setRate(benchmark::State& state, const char* what, uint64_t each) {
                            benchmark::Counter::kIsRate);
 }
 
-template <size_t inFlight>
-void rankInFlight(const std::vector<Hand>& hands, uint64_t& sum) {
-    const int32_t* entries = table().data();
-    for (size_t i = 0; i + inFlight <= hands.size(); i += inFlight) {
-        uint32_t at[inFlight];
-        for (uint32_t& one : at)
-            one = 53;
-        for (size_t card = 0; card < 7; ++card)
-            for (size_t hand = 0; hand < inFlight; ++hand)
-                at[hand] =
-                    static_cast<uint32_t>(entries[at[hand] + hands[i + hand].cards[card] + 1U]);
-        for (const uint32_t value : at)
-            sum += value;
-    }
-}
-
-void randomHands(benchmark::State& state) {
-    const std::vector<Hand>& hands = randomHands();
-    table();
+// One after the other: the next hand's first step waits for this hand's value.
+void rankHandAfterHand(benchmark::State& state) {
+    const int32_t* const entries = table().data();
     uint64_t sum = 0;
-    for (auto _ : state) {
-        switch (state.range(0)) {
-        case 1:
-            // One after the other: the next hand's first step waits for this hand's value.
-            for (const Hand& hand : hands) {
-                uint32_t at = 53 + static_cast<uint32_t>(sum & 0);
-                for (const uint8_t card : hand.cards)
-                    at = static_cast<uint32_t>(table().data()[at + card + 1U]);
-                sum += at;
-                benchmark::DoNotOptimize(sum);
-            }
-            break;
-        case 4:
-            rankInFlight<4>(hands, sum);
-            break;
-        case 8:
-            rankInFlight<8>(hands, sum);
-            break;
-        case 16:
-            rankInFlight<16>(hands, sum);
-            break;
-        case 32:
-            rankInFlight<32>(hands, sum);
-            break;
-        default:
-            rankInFlight<64>(hands, sum);
+    for (auto _ : state)
+        for (const Hand& hand : randomHands()) {
+            uint32_t at = 53 + static_cast<uint32_t>(sum & 0);
+            for (const uint8_t card : hand.cards)
+                at = static_cast<uint32_t>(entries[at + card + 1U]);
+            sum += at;
+            benchmark::DoNotOptimize(sum);
         }
-        benchmark::DoNotOptimize(sum);
-    }
     setRate(state, "hands", handCount);
 }
-BENCHMARK(randomHands)
-    ->Arg(1)
-    ->Arg(4)
-    ->Arg(8)
-    ->Arg(16)
-    ->Arg(32)
-    ->Arg(64)
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(rankHandAfterHand)->Unit(benchmark::kMillisecond);
 
 void rankManyHands(benchmark::State& state) {
     const std::vector<Hand>& hands = randomHands();

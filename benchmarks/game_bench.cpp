@@ -1,29 +1,17 @@
 // The rules engine: text, actions, showdowns, ranking.
+#include "game/definition_file.h"
 #include "game/game.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
 namespace {
 
-tamarin::GamePtr loadGame(const char* name) {
-    char path[512];
-    std::snprintf(path, sizeof path, "%s/games/%s", TAMARIN_SOURCE_DIR, name);
-    FILE* file = std::fopen(path, "r");
-    if (!file) {
-        std::fprintf(stderr, "%s cannot be opened\n", path);
-        std::exit(1);
-    }
-    tamarin::GamePtr game(readGame(file));
-    std::fclose(file);
-    return game;
-}
-
-const tamarin::GamePtr limit = loadGame("holdem.limit.2p.reverse_blinds.game");
-const tamarin::GamePtr noLimit = loadGame("holdem.nolimit.2p.reverse_blinds.game");
+const tamarin::GamePtr limit =
+    tamarin::readDefinitionFile(TAMARIN_SOURCE_DIR "/games/holdem.limit.2p.reverse_blinds.game");
+const tamarin::GamePtr noLimit =
+    tamarin::readDefinitionFile(TAMARIN_SOURCE_DIR "/games/holdem.nolimit.2p.reverse_blinds.game");
 
 constexpr char limitRiver[] = "MATCHSTATE:1:17:crrc/crrc/rrc/cr:|9hQd/8dAs8s/4h/6d";
 constexpr char noLimitRiver[] = "MATCHSTATE:0:3:cr300c/cr900c/cc/r2700:QsKh|/2c3d4h/Td/9c";

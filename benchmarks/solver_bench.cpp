@@ -5,15 +5,13 @@
 // are iterations. The ratio of two in one run is what the compiled tree is worth.
 // trainToEquilibrium is one algorithm each; items are iterations over all 24 deals, and after the
 // run NashConv says how far a second's work comes.
+#include "game/definition_file.h"
 #include "holdem/buckets.h"
 #include "holdem/sets.h"
 #include "solver/cfr.h"
+#include "support/silent_output.h"
 #include "training/best_response.h"
 #include "training/small_game_trainer.h"
-
-#include <cstdio>
-#include <iostream>
-#include <string>
 
 #include <benchmark/benchmark.h>
 
@@ -21,55 +19,33 @@ using namespace tamarin;
 
 namespace {
 
-GamePtr gameOf(const char* name) {
-    FILE* const file = std::fopen((TAMARIN_SOURCE_DIR "/games/" + std::string(name)).c_str(), "r");
-    GamePtr game(readGame(file));
-    std::fclose(file);
-    return game;
-}
-
 GamePtr kuhn() {
-    return gameOf("kuhn.limit.3p.game");
+    return readDefinitionFile(TAMARIN_SOURCE_DIR "/games/kuhn.limit.3p.game");
 }
 
-class Quiet {
-public:
-    Quiet() : before_(std::cout.rdbuf(nullptr)) {}
-    ~Quiet() {
-        std::cout.rdbuf(before_);
-        std::cout.clear();
-    }
-
-private:
-    std::streambuf* before_;
-};
-
-void trainKuhn(benchmark::State& state) {
-    const Quiet quiet;
+template <class Train>
+void trainKuhnBy(benchmark::State& state, int iterations, Train train) {
+    const SilentOutput silent;
     const GamePtr game = kuhn();
     CFR solver(game.get());
     solver.train(1000);
-    constexpr int iterations = 1'000'000;
     for (auto _ : state)
-        solver.train(iterations);
+        train(solver, static_cast<unsigned long long>(iterations));
     state.SetItemsProcessed(state.iterations() * iterations);
+}
+
+void trainKuhn(benchmark::State& state) {
+    trainKuhnBy(state, 1'000'000, [](CFR& solver, unsigned long long n) { solver.train(n); });
 }
 BENCHMARK(trainKuhn)->Unit(benchmark::kMillisecond);
 
 void trainKuhnPlain(benchmark::State& state) {
-    const Quiet quiet;
-    const GamePtr game = kuhn();
-    CFR solver(game.get());
-    solver.train(1000);
-    constexpr int iterations = 10'000;
-    for (auto _ : state)
-        solver.trainPlain(iterations);
-    state.SetItemsProcessed(state.iterations() * iterations);
+    trainKuhnBy(state, 10'000, [](CFR& solver, unsigned long long n) { solver.trainPlain(n); });
 }
 BENCHMARK(trainKuhnPlain)->Unit(benchmark::kMillisecond);
 
 void calcKuhnUtility(benchmark::State& state) {
-    const Quiet quiet;
+    const SilentOutput silent;
     const GamePtr game = kuhn();
     CFR solver(game.get());
     solver.train(1000);
@@ -130,8 +106,9 @@ public:
 
 template <class Train>
 void trainHoldemBy(benchmark::State& state, int iterations, Train train) {
-    const Quiet quiet;
-    const GamePtr game = gameOf("holdem.limit.2p.reverse_blinds.game");
+    const SilentOutput silent;
+    const GamePtr game =
+        readDefinitionFile(TAMARIN_SOURCE_DIR "/games/holdem.limit.2p.reverse_blinds.game");
     const BucketOfFirstCard buckets;
     CFR solver(game.get());
     solver.setHoldemBuckets(&buckets);

@@ -1,1 +1,0 @@
-tamarin_bench(driver SOURCES driver_bench.cpp USES driver dealer)

@@ -1,1 +1,0 @@
-tamarin_bench(game SOURCES game_bench.cpp USES game)

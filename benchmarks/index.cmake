@@ -1,1 +1,0 @@
-tamarin_bench(index SOURCES index_bench.cpp USES index)

@@ -1,1 +1,0 @@
-tamarin_bench(solver SOURCES solver_bench.cpp USES training)
