@@ -3,7 +3,6 @@
 #include "abstraction/EquityTables.h"
 #include "directory/json.h"
 #include "directory/manifest.h"
-#include "directory/playing_directory.h"
 #include "directory/table_manifest.h"
 #include "driver/LimitHoldemAgent.h"
 #include "driver/player.h"
@@ -31,17 +30,13 @@ bool givesBuckets(const TableFile& file, int players) {
 
 Result<std::unique_ptr<HoldemGame>> openHoldem(const std::string& name,
                                                const std::string& directory) {
-    const auto path = findGameFile(name, directory);
-    if (!path)
-        return Error{path.error()};
-    auto rules = readGameFile(*path);
-    if (!rules)
-        return Error{rules.error()};
-    if (!isHoldem(**rules))
+    auto game = openGameFile(name, directory);
+    if (!game)
+        return Error{game.error()};
+    if (!isHoldem(*game->rules))
         return std::unique_ptr<HoldemGame>();
-    const bool raises = (*rules)->bettingRule != noLimitRule;
-    return std::make_unique<HoldemGame>(
-        HoldemGame{*path, bareName(*path), std::move(*rules), raises});
+    const bool raises = game->rules->bettingRule != noLimitRule;
+    return std::make_unique<HoldemGame>(HoldemGame{std::move(*game), raises});
 }
 
 std::string holdemStrategyPath(const std::string& directory, const HoldemGame& game) {
@@ -113,13 +108,7 @@ Status makeMissingTables(const std::string& directory, int players, int threads,
     build.forPlayers = players;
     build.threads = threads;
     build.lookInto = {TableGroup::holdem}; // they are about to be trained on
-    build.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
-        progress.at(step, done, total);
-    };
-    build.log = [&](const std::string& line) { progress.line(line); };
-    build.stop = [] { return interrupted(); };
-    keepManifest(build);
-    const auto built = buildTables(build);
+    const auto built = buildForCommand(build, progress);
     return built ? Status() : Error{built.error()};
 }
 

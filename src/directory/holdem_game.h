@@ -1,13 +1,11 @@
-// What the commands share about hold'em games: which they are, where their strategy lies, and the
-// tables that give a hand's bucket.
+// A hold'em game in a playing directory: its definition, where its strategy lies, and the tables
+// that give a hand's bucket.
 #pragma once
 
-#include "game/definition.h"
+#include "directory/playing_directory.h"
 #include "holdem/buckets.h"
 #include "support/result.h"
 
-#include <cstdint>
-#include <functional>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -17,10 +15,7 @@ class EquityTables;
 namespace tamarin {
 
 // A hold'em game that a command was given, found and read.
-struct HoldemGame {
-    std::string path; // of its definition
-    std::string name; // bare file name
-    GamePtr rules;
+struct HoldemGame : GameFile {
     bool raises; // whether the strategy's tree holds raises; a no-limit game's does not
 };
 

@@ -63,6 +63,16 @@ Result<GamePtr> readGameFile(const std::string& path) {
     return game;
 }
 
+Result<GameFile> openGameFile(const std::string& name, const std::string& directory) {
+    auto path = findGameFile(name, directory);
+    if (!path)
+        return Error{path.error()};
+    auto rules = readGameFile(*path);
+    if (!rules)
+        return Error{rules.error()};
+    return GameFile{*path, bareName(*path), std::move(*rules)};
+}
+
 Result<std::string> placeGameFile(const std::string& path, const std::string& directory) {
     const std::string name = bareName(path);
     const fs::path target = fs::path{directory} / name;
@@ -81,6 +91,8 @@ Result<std::string> placeGameFile(const std::string& path, const std::string& di
         return Error{target.string() + " differs from " + path +
                      ": use another --dir, or the definition that is there"};
     }
+    if (Status made = makeDirectories(directory); !made)
+        return Error{made.error()};
     if (Status written = writeWholeFile(target.string(), *wanted); !written)
         return Error{written.error()};
     complain("copied {} to {}", path, target.string());

@@ -20,9 +20,17 @@ Result<std::string> findGameFile(const std::string& name, const std::string& dir
 // Reads the definition at path. readGame says on standard error what is wrong with it.
 Result<GamePtr> readGameFile(const std::string& path);
 
-// Makes sure that directory holds the definition at path under its bare file name, copying it when
-// there is none, and returns that name. A different file of the same name there is an error: its
-// tables and strategies would belong to another game.
+// A definition that was found and read; name as for findGameFile().
+struct GameFile {
+    std::string path;
+    std::string name; // bare file name
+    GamePtr rules;
+};
+Result<GameFile> openGameFile(const std::string& name, const std::string& directory);
+
+// Makes sure that directory, which is made where it is missing, holds the definition at path under
+// its bare file name, copying it when there is none, and returns that name. A different file of the
+// same name there is an error: its tables and strategies would belong to another game.
 Result<std::string> placeGameFile(const std::string& path, const std::string& directory);
 
 // The last component of a path.

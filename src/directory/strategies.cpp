@@ -1,7 +1,6 @@
 #include "directory/strategies.h"
 
 #include "directory/manifest.h"
-#include "directory/playing_directory.h"
 #include "strategy/mapped_strategy.h"
 #include "strategy/soundness.h"
 #include "strategy/strategy_file.h"
@@ -10,16 +9,13 @@
 namespace tamarin {
 
 Result<NamedGame> openSmallGame(const std::string& name, const std::string& directory) {
-    const auto path = findGameFile(name, directory);
-    if (!path)
-        return Error{path.error()};
-    auto rules = readGameFile(*path);
-    if (!rules)
-        return Error{rules.error()};
-    auto small = SmallGame::make(**rules);
+    auto game = openGameFile(name, directory);
+    if (!game)
+        return Error{game.error()};
+    auto small = SmallGame::make(*game->rules);
     if (!small)
-        return Error{*path + ": " + small.error()};
-    return NamedGame{*path, bareName(*path), std::move(*rules), std::move(*small)};
+        return Error{game->path + ": " + small.error()};
+    return NamedGame{std::move(*game), std::move(*small)};
 }
 
 std::string strategyDirectory(const std::string& directory, const std::string& gameName) {

@@ -2,21 +2,18 @@
 // strategies/NAME/strategyN, where NAME is the game file's name without ".game".
 #pragma once
 
+#include "directory/playing_directory.h"
 #include "support/result.h"
 #include "training/best_response.h"
 #include "training/small_game_trainer.h"
 
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace tamarin {
 
 // A game that a command was given, found, read and enumerated.
-struct NamedGame {
-    std::string path; // of its definition
-    std::string name; // bare file name
-    GamePtr rules;
+struct NamedGame : GameFile {
     std::unique_ptr<SmallGame> small;
 };
 

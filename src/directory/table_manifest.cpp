@@ -2,6 +2,7 @@
 
 #include "directory/manifest.h"
 #include "directory/notice.h"
+#include "support/interrupt.h"
 #include "support/lock.h"
 
 #include <filesystem>
@@ -51,16 +52,21 @@ void catchUpOnManifest(const std::string& lookup) {
 
 } // namespace
 
-void keepManifest(BuildOptions& build) {
+Result<BuildReport> buildForCommand(BuildOptions build, StepProgress& progress) {
     const std::string lookup = inDirectory(build.directory, "lookup");
-    const uint64_t seed = build.seed;
-    build.begin = [lookup, seed](const std::vector<const TableFile*>& files) {
-        warnOfManifest(announceFiles(lookup, entriesOf(files, seed)));
-    };
-    build.made = [lookup, seed](const std::vector<const TableFile*>& files) {
-        warnOfManifest(recordFiles(lookup, entriesOf(files, seed)));
-    };
     catchUpOnManifest(lookup);
+    build.begin = [&](const std::vector<const TableFile*>& files) {
+        warnOfManifest(announceFiles(lookup, entriesOf(files, build.seed)));
+    };
+    build.made = [&](const std::vector<const TableFile*>& files) {
+        warnOfManifest(recordFiles(lookup, entriesOf(files, build.seed)));
+    };
+    build.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
+        progress.at(step, done, total);
+    };
+    build.log = [&](const std::string& line) { progress.line(line); };
+    build.stop = [] { return interrupted(); };
+    return buildTables(build);
 }
 
 } // namespace tamarin

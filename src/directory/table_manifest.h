@@ -1,13 +1,14 @@
-// What the manifest of lookup/ says of the tables that a builder makes.
+// The table builder as the commands run it, with what the manifest of lookup/ says of each table.
 #pragma once
 
+#include "support/step_progress.h"
 #include "table_builder/table_builder.h"
 
 namespace tamarin {
 
-// Lets the builder enter every table that it makes, with how and from what, as soon as it is there;
-// first enters what an earlier run made and was killed before entering. The directory and the seed
-// must be set. A failure is a line on standard error.
-void keepManifest(BuildOptions& build);
+// Builds with the progress shown; a signal ends the work. Every table is entered in the manifest,
+// with how it was made and from what, as soon as it is there; before that, what an earlier run made
+// and was killed before entering. A manifest that cannot be kept is a line on standard error.
+Result<BuildReport> buildForCommand(BuildOptions build, StepProgress& progress);
 
 } // namespace tamarin

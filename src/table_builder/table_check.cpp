@@ -42,11 +42,8 @@ public:
             return equities(file);
         case TableGroup::clusters:
             return clusters(file);
-        case TableGroup::utilities: {
-            const auto entries = doubles(file.path, file.bytes);
-            return entries.empty() ? "cannot be read"
-                                   : problemOfEntries(entries, fairUtilities, options_.threads);
-        }
+        case TableGroup::utilities:
+            return problemOfTable(doubles(file.path, file.bytes), fairUtilities);
         case TableGroup::holdem:
             return holdem(file);
         }
@@ -77,6 +74,11 @@ private:
         return doubles(equityPath(players, round),
                        roundSizes[static_cast<size_t>(round)] * sizeof(double));
     }
+    template <class Entry>
+    std::string problemOfTable(std::span<const Entry> entries, const EntryLimits& limits) {
+        return entries.empty() ? "cannot be read"
+                               : problemOfEntries(entries, limits, options_.threads);
+    }
     TableRange range(const std::string& path, std::span<const double> entries) {
         auto at = ranges_.find(path);
         if (at == ranges_.end())
@@ -105,10 +107,7 @@ private:
 
     std::string equities(const TableFile& file) {
         const auto entries = equitiesOf(file.players, file.round);
-        if (entries.empty())
-            return "cannot be read";
-        if (std::string damage = problemOfEntries(entries, equityEntries, options_.threads);
-            !damage.empty())
+        if (std::string damage = problemOfTable(entries, equityEntries); !damage.empty())
             return damage;
         if (file.round == 0)
             return preflop(file, entries);
@@ -193,10 +192,7 @@ private:
 
     std::string clusters(const TableFile& file) {
         const auto entries = quantised(file);
-        if (entries.empty())
-            return "cannot be read";
-        if (std::string damage = problemOfEntries(entries, clusterEntries, options_.threads);
-            !damage.empty())
+        if (std::string damage = problemOfTable(entries, clusterEntries); !damage.empty())
             return damage;
         const auto equity = equitiesOf(file.players, file.round);
         if (equity.empty())
@@ -208,10 +204,7 @@ private:
 
     std::string holdem(const TableFile& file) {
         const auto entries = quantised(file);
-        if (entries.empty())
-            return "cannot be read";
-        if (std::string damage = problemOfEntries(entries, bucketEntries, options_.threads);
-            !damage.empty())
+        if (std::string damage = problemOfTable(entries, bucketEntries); !damage.empty())
             return damage;
         const auto equity = equitiesOf(file.players, file.round);
         const std::string utilityFile = utilityPath(2, file.round, utilitySeatOf(file.seat));

@@ -2,7 +2,7 @@
 #include "bots/bot.h"
 #include "bots/token_greeting.h"
 #include "directory/playing_directory.h"
-#include "toolbox/commands.h"
+#include "toolbox/command.h"
 #include "toolbox/numbers.h"
 #include "toolbox/token_option.h"
 

@@ -11,12 +11,13 @@
 //         command.callback([options, &status] { status = show(*options); });
 //     }
 //
-// declared and listed in commands.{h,cpp}. The body returns one of the statuses below. Results go
+// declared and listed in commands.{h,cpp}. The body returns one of the statuses there. Results go
 // to standard output, progress and log to standard error. Whatever the person typed wrong is thrown
 // as a UsageError; whatever else went wrong is one line through complain() and exitFailed.
 #pragma once
 
 #include "directory/notice.h"
+#include "toolbox/commands.h"
 
 #include <cstdint>
 #include <string>
@@ -27,20 +28,6 @@
 #include <nlohmann/json.hpp>
 
 namespace tamarin {
-
-// Exit statuses. After a signal the status is interruptStatus() of support/interrupt.h, 128 + its
-// number, with the work so far saved and reported.
-inline constexpr int exitDone = 0;
-inline constexpr int exitFailed = 1;
-inline constexpr int exitUsage = 2;
-
-// Adds itself to the program; the callback leaves its exit status in status.
-using AddCommand = void (*)(CLI::App& app, int& status);
-
-// The program: parses the arguments with the commands given and runs the one that was named.
-// Returns the exit status. Wrong usage prints "tamarin: WHAT; try 'tamarin NAME --help'" and gives
-// exitUsage; an exception that escapes a command prints its text and gives exitFailed.
-int runToolbox(int argc, const char* const* argv, const std::vector<AddCommand>& commands);
 
 // A subcommand with a line of description and one example, shown by --help.
 CLI::App& addCommand(CLI::App& app, const std::string& name, const std::string& description,

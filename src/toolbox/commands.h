@@ -1,9 +1,28 @@
-// The subcommands of `tamarin`, one file each.
+// The program `tamarin`: its subcommands, one file each, and how one is run. What a subcommand is
+// written with is in command.h.
 #pragma once
 
-#include "toolbox/command.h"
+#include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace tamarin {
+
+// Exit statuses. After a signal the status is interruptStatus() of support/interrupt.h, 128 + its
+// number, with the work so far saved and reported.
+inline constexpr int exitDone = 0;
+inline constexpr int exitFailed = 1;
+inline constexpr int exitUsage = 2;
+
+// Adds itself to the program; the callback leaves its exit status in status.
+using AddCommand = void (*)(CLI::App& app, int& status);
+
+// The program: parses the arguments with the commands given and runs the one that was named.
+// Returns the exit status. Wrong usage prints "tamarin: WHAT; try 'tamarin NAME --help'" and gives
+// exitUsage; an exception that escapes a command prints its text and gives exitFailed.
+int runToolbox(int argc, const char* const* argv, const std::vector<AddCommand>& commands);
 
 void addMatchCommand(CLI::App& app, int& status);
 void addBotCommand(CLI::App& app, int& status);

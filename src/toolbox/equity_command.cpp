@@ -3,7 +3,7 @@
 #include "support/clock.h"
 #include "support/interrupt.h"
 #include "support/progress.h"
-#include "toolbox/commands.h"
+#include "toolbox/command.h"
 #include "toolbox/numbers.h"
 
 #include <algorithm>
@@ -51,13 +51,11 @@ EquityQuestion readQuestion(const Options& options) {
 }
 
 std::string describeOpponents(const Options& options, int randomOpponents) {
-    std::string text;
-    for (const std::string& hand : options.against)
-        text += (text.empty() ? "" : " and ") + hand;
+    std::vector<std::string> opponents = options.against;
     if (randomOpponents > 0)
-        text += fmt::format("{}{} random hand{}", text.empty() ? "" : " and ", randomOpponents,
-                            randomOpponents == 1 ? "" : "s");
-    return text;
+        opponents.push_back(
+            fmt::format("{} random hand{}", randomOpponents, randomOpponents == 1 ? "" : "s"));
+    return fmt::format("{}", fmt::join(opponents, " and "));
 }
 
 // Shown only when the answer takes its time.

@@ -2,7 +2,7 @@
 #include "eval/hand_range.h"
 #include "game/text.h"
 #include "index/hand_indexer.h"
-#include "toolbox/commands.h"
+#include "toolbox/command.h"
 
 #include <charconv>
 #include <optional>
@@ -24,20 +24,7 @@ constexpr std::array<const char*, 4> roundNames = {"preflop", "flop", "turn", "r
 // The tables' structures: all board cards of a round as one group.
 std::vector<uint8_t> tableStructure(size_t round) {
     constexpr std::array<uint8_t, 4> boardCards = {0, 3, 4, 5};
-    if (round == 0)
-        return {2};
-    return {2, boardCards[round]};
-}
-
-// "2,3,1,1".
-std::string showRounds(const std::vector<uint8_t>& structure) {
-    std::string text;
-    for (const uint8_t cards : structure) {
-        if (!text.empty())
-            text += ',';
-        text += std::to_string(cards);
-    }
-    return text;
+    return round == 0 ? std::vector<uint8_t>{2} : std::vector<uint8_t>{2, boardCards[round]};
 }
 
 template <class Number>
@@ -70,7 +57,7 @@ HandIndexer makeIndexer(const std::vector<uint8_t>& structure) {
     if (!indexer)
         throw UsageError(fmt::format("rounds of {} cards cannot be indexed: at most 4 rounds, 52 "
                                      "cards and as many hands as 64 bits number",
-                                     showRounds(structure)));
+                                     fmt::join(structure, ",")));
     return std::move(*indexer);
 }
 

@@ -8,7 +8,7 @@
 #include "report/match_report.h"
 #include "support/interrupt.h"
 #include "support/progress.h"
-#include "toolbox/commands.h"
+#include "toolbox/command.h"
 #include "toolbox/numbers.h"
 #include "toolbox/token_option.h"
 
@@ -225,30 +225,28 @@ private:
     LoggedHand logged_;
 };
 
-std::string titleOf(const Options& options, const std::string& gameFile) {
-    return fmt::format("{} seed {} {}", bareName(gameFile), options.seed,
+std::string titleOf(const Options& options, const std::string& game) {
+    return fmt::format("{} seed {} {}", game, options.seed,
                        options.duplicate ? "duplicate"
                                          : (options.fixedSeats ? "fixed seats" : "rotated"));
 }
 
 int match(const Options& options) {
-    const auto gameFile = findGameFile(options.game, options.directory);
-    if (!gameFile)
-        return fail(gameFile.error());
-    const auto game = readGameFile(*gameFile);
+    const auto game = openGameFile(options.game, options.directory);
     if (!game)
         return fail(game.error());
-    if (const Status dealable = checkDealable(game->get()); !dealable)
-        return fail(fmt::format("cannot deal {}: {}", *gameFile, dealable.error()));
-    const std::vector<Seat> seats = readSeats(options, **game);
+    const Game& definition = *game->rules;
+    if (const Status dealable = checkDealable(&definition); !dealable)
+        return fail(fmt::format("cannot deal {}: {}", game->path, dealable.error()));
+    const std::vector<Seat> seats = readSeats(options, definition);
     const MatchOptions rules = rulesOf(options, seats.size());
     const SeatingOptions seating = seatingOf(options, seats);
-    Recorder recorder(**game, seats);
+    Recorder recorder(definition, seats);
     if (!options.log.empty())
         if (Status created = recorder.createLog(options.log); !created)
             return fail(created.error());
 
-    const auto plans = planSeats(options, seats, *gameFile);
+    const auto plans = planSeats(options, seats, game->path);
     if (!plans)
         return fail(plans.error());
     auto players = seatPlayers(*plans, seating);
@@ -256,16 +254,16 @@ int match(const Options& options) {
         complain(players.error());
         return interrupted() ? interruptStatus() : exitFailed;
     }
-    if (Status begun = recorder.begin(titleOf(options, *gameFile), rules.hands, options.quiet);
+    if (Status begun = recorder.begin(titleOf(options, game->name), rules.hands, options.quiet);
         !begun)
         return fail(begun.error());
-    MatchResult result = playMatch(game->get(), *players, rules, recorder.events());
+    MatchResult result = playMatch(&definition, *players, rules, recorder.events());
     recorder.endProgress();
     dismissPlayers(*players, result.stopped);
     if (Status closed = recorder.closeLog(); !closed && result.failure.empty())
         result.failure = closed.error();
 
-    const MatchReport report{bareName(*gameFile), game->get(), rules, &result};
+    const MatchReport report{game->name, &definition, rules, &result};
     if (options.json)
         printJson(reportAsJson(report));
     else

@@ -9,7 +9,6 @@
 #include "support/interrupt.h"
 #include "support/progress.h"
 #include "toolbox/command.h"
-#include "toolbox/commands.h"
 #include "toolbox/holdem_training.h"
 #include "toolbox/numbers.h"
 
@@ -84,8 +83,6 @@ Result<bool> goodHoldemStrategy(const HoldemGame& game, const std::string& direc
 }
 
 int prepareHoldem(const HoldemGame& game, TrainingRequest request) {
-    if (Status made = makeDirectories(request.directory); !made)
-        return fail(made.error());
     if (const auto placed = placeGameFile(game.path, request.directory); !placed)
         return fail(placed.error());
     request.resumeIfThere = true;
@@ -120,8 +117,6 @@ int prepare(const std::string& name, TrainingRequest request) {
     const auto game = openSmallGame(name, request.directory);
     if (!game)
         return fail(game.error());
-    if (Status made = makeDirectories(request.directory); !made)
-        return fail(made.error());
     if (const auto placed = placeGameFile(game->path, request.directory); !placed)
         return fail(placed.error());
     const std::string strategies = strategyDirectory(request.directory, game->name);

@@ -1,7 +1,7 @@
 // tamarin rank: names a hand of five to seven cards, and its place among all hands.
 #include "eval/hand_range.h"
 #include "eval/hand_value.h"
-#include "toolbox/commands.h"
+#include "toolbox/command.h"
 
 #include <memory>
 

@@ -10,7 +10,6 @@
 #include "strategy/mapped_strategy.h"
 #include "support/file.h"
 #include "toolbox/command.h"
-#include "toolbox/commands.h"
 #include "toolbox/output_place.h"
 #include "training/line_reach.h"
 #include "tree/card_rank_keys.h"
@@ -58,10 +57,7 @@ Result<Shown> find(const Options& options) {
 
 // The nodes of each file, in the order in which they lie there; files that are the same, once.
 int showText(const Shown& shown, const std::string& directory) {
-    const auto gameFile = findGameFile(shown.game, directory);
-    if (!gameFile)
-        return fail(gameFile.error());
-    const auto game = readGameFile(*gameFile);
+    const auto game = openGameFile(shown.game, directory);
     if (!game)
         return fail(game.error());
     std::vector<std::string> hashes;
@@ -73,7 +69,7 @@ int showText(const Shown& shown, const std::string& directory) {
     }
     const bool same = std::equal(hashes.begin() + 1, hashes.end(), hashes.begin());
     for (size_t i = 0; i < (same ? 1 : hashes.size()); ++i) {
-        CFR solver(game->get());
+        CFR solver(game->rules.get());
         if (!solver.load(shown.files[i]))
             return fail(shown.files[i] + " is no whole strategy of " + shown.game);
         if (!same)

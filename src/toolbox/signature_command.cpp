@@ -1,6 +1,6 @@
 // tamarin signature: one number for what this program computes.
 #include "support/interrupt.h"
-#include "toolbox/commands.h"
+#include "toolbox/command.h"
 #include "toolbox/signature_report.h"
 
 #include <memory>

@@ -13,7 +13,7 @@
 #include "table_builder/sampling_estimate.h"
 #include "table_builder/table_builder.h"
 #include "table_builder/table_check.h"
-#include "toolbox/commands.h"
+#include "toolbox/command.h"
 #include "toolbox/verify.h"
 
 #include <csignal>
@@ -188,17 +188,11 @@ int makeTables(const Options& options) {
             return status;
 
     StepProgress progress(options.quiet);
-    build.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
-        progress.at(step, done, total);
-    };
-    build.log = [&](const std::string& line) { progress.line(line); };
-    build.stop = [] { return interrupted(); };
     const std::string lookup = inDirectory(options.directory, "lookup");
-    keepManifest(build);
     for (int g = 0; g < tableGroups; ++g)
         build.lookInto.push_back(static_cast<TableGroup>(g));
     const TimePoint start = steadyClock().now();
-    const auto built = buildTables(build);
+    const auto built = buildForCommand(build, progress);
     if (!built) {
         if (interrupted()) {
             progress.line("stopped; what is done is kept, and the same command goes on from there");

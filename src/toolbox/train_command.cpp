@@ -1,6 +1,5 @@
 // tamarin train: trains a game towards an equilibrium, with a log, checkpoints and resumption.
 #include "toolbox/command.h"
-#include "toolbox/commands.h"
 #include "toolbox/holdem_training.h"
 #include "toolbox/numbers.h"
 #include "toolbox/small_game_training.h"

@@ -1,5 +1,5 @@
 // tamarin verify: whether what was generated in a playing directory is still what it was.
-#include "toolbox/commands.h"
+#include "toolbox/command.h"
 #include "toolbox/verify.h"
 
 #include <memory>

@@ -3,7 +3,6 @@
 #include "support/tree_paths.h"
 #include "toolbox/tamarin_process.h"
 
-#include <cstdio>
 #include <stdexcept>
 
 namespace tamarin::test {

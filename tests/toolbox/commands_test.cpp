@@ -1,7 +1,6 @@
-#include "toolbox/commands.h"
-
 #include "support/file.h"
 #include "support/tree_paths.h"
+#include "toolbox/command.h"
 #include "toolbox/tamarin_process.h"
 
 #include <algorithm>
