@@ -43,15 +43,13 @@ function(tamarin_test name)
     foreach(used IN LISTS TEST_USES)
         target_link_libraries(test_${name} PRIVATE tamarin_${used})
     endforeach()
+    set(properties TIMEOUT 300)
     if(TEST_SLOW)
-        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS slow TIMEOUT 1800
-            ENVIRONMENT "${TAMARIN_TEST_ENVIRONMENT}")
+        set(properties TIMEOUT 1800 LABELS slow)
     elseif(TEST_THREADS)
+        list(APPEND properties LABELS threads)
         add_dependencies(threaded_tests test_${name})
-        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS threads TIMEOUT 300
-            ENVIRONMENT "${TAMARIN_TEST_ENVIRONMENT}")
-    else()
-        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300
-            ENVIRONMENT "${TAMARIN_TEST_ENVIRONMENT}")
     endif()
+    gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60
+        PROPERTIES ${properties} ENVIRONMENT "${TAMARIN_TEST_ENVIRONMENT}")
 endfunction()

@@ -5,7 +5,6 @@
 #include "game/game.h"
 
 #include <array>
-#include <cstring>
 
 namespace tamarin {
 
@@ -44,10 +43,7 @@ inline const Game& gameOf(uint8_t byte) {
     static const std::array<GamePtr, definitions.size()> games = [] {
         std::array<GamePtr, definitions.size()> read;
         for (size_t i = 0; i < definitions.size(); ++i) {
-            FILE* file =
-                fmemopen(const_cast<char*>(definitions[i]), std::strlen(definitions[i]), "r");
-            read[i].reset(readGame(file));
-            std::fclose(file);
+            read[i] = gameFromText(definitions[i]);
             expect(read[i] != nullptr, "the games of this file are well formed");
         }
         return read;

@@ -6,7 +6,6 @@
 #include "game/definition.h"
 #include "holdem/read_strategy.h"
 #include "strategy/mapped_strategy.h"
-#include "strategy/strategy_file.h"
 #include "training/holdem_trainer.h"
 
 #include <cmath>

@@ -7,7 +7,6 @@
 #include "strategy/soundness.h"
 #include "training/small_game.h"
 
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <sstream>

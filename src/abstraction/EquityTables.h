@@ -36,7 +36,6 @@
 #include "index/hand_index.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <iosfwd>
 #include <memory>
 #include <optional>

@@ -1,6 +1,5 @@
 #include "abstraction/quantise.h"
 
-#include <algorithm>
 #include <cassert>
 #include <cstddef>
 #include <omp.h>

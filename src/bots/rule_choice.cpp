@@ -1,7 +1,6 @@
 #include "bots/rule_choice.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace tamarin {
 

@@ -11,7 +11,6 @@
 
 #include <string>
 #include <sys/types.h>
-#include <utility>
 #include <vector>
 
 namespace tamarin {

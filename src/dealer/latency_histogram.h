@@ -8,8 +8,8 @@
 
 namespace tamarin {
 
-// Durations in bounded memory: counts in bins whose width is at most 1/32 of their
-// value, so a quantile is right to about 3 %. From a nanosecond to centuries.
+// Durations in bounded memory: counts in bins whose width is at most 1/32 of their value, so a
+// quantile is right to about 3 %. From a nanosecond to centuries.
 class LatencyHistogram {
 public:
     void add(Duration duration);

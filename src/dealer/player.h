@@ -5,7 +5,6 @@
 #include "dealer/connection.h"
 #include "support/clock.h"
 
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>

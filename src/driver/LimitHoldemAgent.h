@@ -12,7 +12,6 @@
 #include "solver/cfr.h"
 
 #include <memory>
-#include <string>
 
 // By number of players, 0..3; "n/a" where there is no such game.
 extern const char* const HoldemStrategyFiles[4];

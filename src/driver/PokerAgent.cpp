@@ -4,9 +4,7 @@
 #include "game/definition_file.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <string>

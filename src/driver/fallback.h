@@ -2,8 +2,6 @@
 // once when it first happens and once, with the count, when the match is over.
 #pragma once
 
-#include <string>
-
 namespace tamarin {
 
 class FallbackCount {

@@ -5,7 +5,6 @@
 #include "support/parallel_errors.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cassert>
 #include <limits>

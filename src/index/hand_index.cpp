@@ -12,7 +12,6 @@
 #include <cstdlib>
 #include <new>
 #include <span>
-#include <utility>
 #include <vector>
 
 namespace tamarin {

@@ -2,7 +2,6 @@
 
 #include "support/rng.h"
 
-#include <cmath>
 #include <ostream>
 
 CFRNode::CFRNode() {}

@@ -8,7 +8,6 @@
 #include "tree/abstracted_actions.h"
 
 #include <iosfwd>
-#include <limits>
 
 class CFRNode {
 public:

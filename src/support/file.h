@@ -16,7 +16,6 @@
 #include <string>
 #include <sys/stat.h>
 #include <sys/types.h>
-#include <vector>
 
 namespace tamarin {
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <string>
 #include <utility>
 
 std::minstd_rand0& global_urng() {

@@ -17,7 +17,6 @@
 #include <algorithm>
 #include <array>
 #include <memory>
-#include <mutex>
 
 namespace tamarin {
 

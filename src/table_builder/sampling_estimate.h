@@ -3,7 +3,6 @@
 
 #include "abstraction/round_indexers.h"
 #include "support/clock.h"
-#include "support/result.h"
 
 #include <array>
 #include <cstdint>

@@ -7,7 +7,6 @@
 // their hashes are in the manifest.
 #pragma once
 
-#include "support/result.h"
 #include "table_builder/table_plan.h"
 
 #include <cstdint>

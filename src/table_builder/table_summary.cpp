@@ -3,7 +3,6 @@
 #include "abstraction/quantise.h"
 #include "abstraction/round_indexers.h"
 #include "abstraction/work.h"
-#include "game/game.h"
 #include "game/text.h"
 #include "support/file.h"
 #include "support/parallel_errors.h"

@@ -9,7 +9,6 @@
 #include <functional>
 #include <iostream>
 #include <limits>
-#include <sstream>
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,6 @@
 #include "abstraction/next_card.h"
 #include "game/showdown.h"
 
-#include <array>
 #include <vector>
 
 namespace tamarin::test {

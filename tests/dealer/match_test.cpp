@@ -3,7 +3,6 @@
 #include "dealer/fake_player.h"
 #include "game/games.h"
 
-#include <algorithm>
 #include <atomic>
 #include <map>
 #include <set>

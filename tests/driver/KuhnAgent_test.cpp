@@ -12,7 +12,6 @@
 #include <regex>
 #include <set>
 #include <string>
-#include <thread>
 
 #include <gtest/gtest.h>
 

@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <functional>
 #include <string>
 #include <thread>
 #include <unistd.h>

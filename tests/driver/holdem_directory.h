@@ -9,10 +9,8 @@
 #include "table_builder/table_plan.h"
 
 #include <cstdint>
-#include <cstring>
 #include <fstream>
 #include <string>
-#include <vector>
 
 namespace tamarin::test {
 

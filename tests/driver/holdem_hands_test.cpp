@@ -3,7 +3,6 @@
 #include "abstraction/round_indexers.h"
 #include "driver/holdem_directory.h"
 
-#include <array>
 #include <memory>
 #include <string>
 #include <utility>

@@ -17,7 +17,6 @@
 #include <memory>
 #include <string>
 #include <sys/stat.h>
-#include <thread>
 #include <utility>
 #include <vector>
 

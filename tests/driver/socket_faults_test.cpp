@@ -2,7 +2,6 @@
 #include "driver/recording_agent.h"
 #include "support/faulty_sockets.h"
 
-#include <cerrno>
 #include <set>
 #include <string>
 #include <thread>

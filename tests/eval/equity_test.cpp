@@ -2,8 +2,6 @@
 
 #include "eval/opponent_tally.h"
 
-#include <cmath>
-
 #include <gtest/gtest.h>
 
 namespace tamarin::test {

@@ -3,10 +3,8 @@
 #include "eval/scratch_directory.h"
 #include "eval/seven_card_table.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include <gtest/gtest.h>
 

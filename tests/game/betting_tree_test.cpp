@@ -2,7 +2,6 @@
 #include "game/games.h"
 
 #include <array>
-#include <vector>
 
 #include <gtest/gtest.h>
 

@@ -3,9 +3,7 @@
 #include "game/games.h"
 #include "game/plain_ranking.h"
 
-#include <algorithm>
 #include <array>
-#include <map>
 #include <set>
 #include <vector>
 

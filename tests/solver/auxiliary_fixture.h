@@ -9,7 +9,6 @@
 #include "support/tree_paths.h"
 
 #include <bit>
-#include <memory>
 
 #include <gtest/gtest.h>
 

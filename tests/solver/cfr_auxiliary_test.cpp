@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <memory>
 #include <regex>
-#include <set>
 #include <vector>
 
 #include <gtest/gtest.h>

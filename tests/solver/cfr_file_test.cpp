@@ -4,7 +4,6 @@
 #include "support/file.h"
 #include "support/temp_directory.h"
 
-#include <cmath>
 #include <csignal>
 #include <cstring>
 #include <filesystem>

@@ -2,7 +2,6 @@
 #include "solver/games.h"
 #include "tree/deck.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include <gtest/gtest.h>

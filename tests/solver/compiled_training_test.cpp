@@ -6,8 +6,6 @@
 #include "support/temp_directory.h"
 
 #include <bit>
-#include <cmath>
-#include <functional>
 
 #include <gtest/gtest.h>
 

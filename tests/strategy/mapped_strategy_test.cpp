@@ -5,7 +5,6 @@
 #include "support/temp_directory.h"
 
 #include <cstring>
-#include <span>
 #include <string>
 #include <vector>
 

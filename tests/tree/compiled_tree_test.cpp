@@ -2,7 +2,6 @@
 
 #include "solver/games.h"
 
-#include <functional>
 #include <set>
 #include <stdexcept>
 
