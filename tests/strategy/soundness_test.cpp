@@ -66,6 +66,21 @@ TEST_F(StrategyCheck, NamesThePlaceOfAFault) {
     EXPECT_NE(verdict(other), "");
 }
 
+TEST_F(StrategyCheck, LooksIntoEverySection) {
+    constexpr size_t section = 4 + 16 * 108; // bytes
+    for (size_t m = 0; m < 3; ++m) {
+        std::string other = bytes;
+        other[m * section] = 15;
+        EXPECT_EQ(verdict(other), ", byte " + std::to_string(m * section) + ": section " +
+                                      std::to_string(m) +
+                                      " counts 15 information sets, not 16; it is damaged or "
+                                      "another game's");
+        other = bytes;
+        other[(m + 1) * section - 108] = 'x'; // its last key
+        EXPECT_NE(verdict(other), "") << m;
+    }
+}
+
 TEST_F(StrategyCheck, RefusesNumbersThatNoTrainingLeaves) {
     const auto with = [&](size_t offset, double value) {
         std::string other = bytes;
