@@ -172,6 +172,7 @@ TEST_F(CheckpointFrame, KnowsAGameByItsDefinition) {
     const std::string text = gameConfig(*parseGame(twoPlayerLimit));
     EXPECT_TRUE(text.starts_with("game.rule = limit\ngame.numPlayers = 2\n")) << text;
     EXPECT_NE(text, gameConfig(*parseGame(threePlayerLimit)));
+    EXPECT_TRUE(gameConfig(*parseGame(twoPlayerNoLimit)).starts_with("game.rule = nolimit\n"));
     EXPECT_EQ(text.find("GAMEDEF"), std::string::npos);
 }
 

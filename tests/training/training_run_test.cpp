@@ -4,6 +4,8 @@
 #include "training/slow_clock.h"
 #include "training/small_game_trainer.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 namespace tamarin::test {
@@ -111,6 +113,45 @@ TEST(TrainingRun, SavesEverySoManyIterations) {
     hooks.save = [&] { saved.push_back(trainer->iteration()); };
     runTraining(*trainer, goal, hooks);
     EXPECT_EQ(saved, (std::vector<uint64_t>{30, 60, 90}));
+}
+
+// Without a number of iterations between checkpoints, time alone asks for them.
+TEST(TrainingRun, SavesEverySoManySeconds) {
+    const auto game = kuhn();
+    const auto trainer = makeTrainer(*game, {});
+    TrainingGoal goal;
+    goal.seconds = 1000;
+    int saved = 0;
+    TrainingHooks hooks;
+    hooks.save = [&] { ++saved; };
+    runTraining(*trainer, goal, hooks, SlowClock());
+    EXPECT_EQ(saved, 0) << "nobody asked for any";
+    hooks.saveEverySeconds = 100;
+    runTraining(*trainer, goal, hooks, SlowClock());
+    EXPECT_GT(saved, 2);
+    EXPECT_LT(saved, 10);
+}
+
+TEST(TrainingRun, ShowsHowFarItIs) {
+    const auto game = kuhn();
+    const auto trainer = makeTrainer(*game, {});
+    TrainingGoal goal;
+    goal.iterations = 40;
+    std::vector<uint64_t> told;
+    TrainingHooks hooks;
+    hooks.progress = [&](uint64_t iteration) { told.push_back(iteration); };
+    runTraining(*trainer, goal, hooks);
+    EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+    ASSERT_FALSE(told.empty());
+    EXPECT_EQ(told.front(), 1U);
+    EXPECT_EQ(told.back(), 40U);
+}
+
+TEST(TrainingRun, SaysWhyItEnded) {
+    EXPECT_STREQ(describe(TrainingEnd::iterations), "all iterations done");
+    EXPECT_STREQ(describe(TrainingEnd::seconds), "time is up");
+    EXPECT_STREQ(describe(TrainingEnd::nashConv), "NashConv reached");
+    EXPECT_STREQ(describe(TrainingEnd::stopped), "stopped by a signal");
 }
 
 TEST(TrainingRun, WritesStepsAsJson) {
