@@ -1,6 +1,7 @@
 #include "bots/random_choice.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 
 namespace tamarin {
@@ -39,6 +40,7 @@ Action randomChoice(const Game* game, const State* state, rng_state_t* generator
         const double size = least * powerOf(ratio, genrand_int32(generator));
         action.size = std::clamp(static_cast<int32_t>(std::lround(size)), least, most);
     }
+    assert(isValidAction(game, state, 0, &action));
     return action;
 }
 

@@ -5,6 +5,7 @@
 #include "support/rng.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
@@ -186,6 +187,7 @@ double KuhnAgent::getEv(int ofMode) {
 }
 
 void KuhnAgent::updateEv(int ofMode, double value) {
+    assert(ofMode >= 0 && ofMode < numModes);
     Ring& ring = rings[ofMode];
     if (ring.position == 10)
         ring.position = 0;

@@ -7,6 +7,7 @@
 #include "table_builder/table_builder.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
@@ -124,6 +125,7 @@ void LimitHoldemAgent::lookUpBuckets() {
     const int round = state.state.round;
     uint8_t cards[MAX_HOLE_CARDS + MAX_BOARD_CARDS];
     gatherCards(cards);
+    assert(seat < game->numPlayers && game->numPlayers <= 3); // the solver's places for buckets
     // The two-player tables have two seats; the third takes the second's, as it did in training.
     const uint8_t two = hands->bucket(2, round, std::min(seat, 1), cards);
     solver->holdemBucket[round][1][seat] = two; // the others are all-in

@@ -1,11 +1,11 @@
 #include "holdem/auxiliary_game.h"
 
+#include "strategy/packed_node.h"
 #include "tree/deck.h"
 #include "tree/regret_matching.h"
 
 #include <algorithm>
 #include <cassert>
-#include <cmath>
 #include <random>
 
 namespace tamarin {
@@ -86,21 +86,11 @@ bool AuxiliaryGame::read(const NodeMap* nodeMaps) {
             if (found == map.end())
                 return false;
             ++taken;
-            const CFRNode& from = *found->second;
             const size_t set = bucket * count + n;
-            actions_[set] = {};
-            for (uint8_t a = 0; a < numAbstractedActions; ++a) {
-                if (!from.isActionValid(a))
-                    continue;
-                // No training leaves a negative sum of strategies, and averages would differ by it.
-                if (node.child[a] == CompiledTree::noChild || !std::isfinite(from.regretSum[a]) ||
-                    !std::isfinite(from.strategySum[a]) || from.strategySum[a] < 0.0)
-                    return false;
-                const uint8_t place = actions_[set].count++;
-                actions_[set].action[place] = a;
-                numbers_[set].regret[place] = from.regretSum[a];
-                numbers_[set].strategy[place] = from.strategySum[a];
-            }
+            const auto actions = packNode(*found->second, node, numbers_[set]);
+            if (!actions)
+                return false;
+            actions_[set] = *actions;
             nodes_[set] = found->second;
         }
     }
@@ -111,12 +101,10 @@ bool AuxiliaryGame::read(const NodeMap* nodeMaps) {
 }
 
 void AuxiliaryGame::write() const {
-    for (size_t set = 0; set < nodes_.size(); ++set)
-        for (uint8_t i = 0; i < actions_[set].count; ++i) {
-            const uint8_t a = actions_[set].action[i];
-            nodes_[set]->regretSum[a] = numbers_[set].regret[i];
-            nodes_[set]->strategySum[a] = numbers_[set].strategy[i];
-        }
+    for (size_t set = 0; set < nodes_.size(); ++set) {
+        assert(nodes_[set] != nullptr);
+        unpackNode(actions_[set], numbers_[set], *nodes_[set]);
+    }
 }
 
 void AuxiliaryGame::visit(const uint8_t* buckets, uint32_t outcome) {

@@ -98,16 +98,6 @@ size_t HoldemBatch::numSubtrees() const {
     return parts_->subtrees.size();
 }
 
-namespace {
-
-// One deal at one trunk node.
-template <HoldemRule rule, size_t stride>
-HoldemVisit<rule, stride> visitOf(const HoldemSteps::Step& step, const PlacedDeal& deal) {
-    return {deal.slotNumbers[step.slot][step.offset], step.first, step.last, step.player, deal};
-}
-
-} // namespace
-
 // One batch on its way: reaches go down the trunk, subtrees are walked, values come up the trunk,
 // and then the trunk's numbers change. Going down and coming up only look at the numbers.
 template <HoldemRule rule, size_t stride>
@@ -126,7 +116,7 @@ public:
         for (size_t i = 0; i < numTrunk_; ++i) {
             TrunkPlace& place = trunkPlace(d, i);
             const HoldemSteps::Step& step = stepOf(i);
-            auto visit = visitOf<rule, stride>(step, parts_.placed[d]);
+            auto visit = visitOf(step, parts_.placed[d]);
             visit.choose(place.reach);
             for (int a = step.first; a <= step.last; ++a) {
                 place.strategy[a] = visit.strategy[a];
@@ -170,7 +160,7 @@ public:
         const HoldemSteps::Step& step = stepOf(i);
         for (size_t d = 0; d < numDeals_; ++d) {
             const TrunkPlace& place = trunkPlace(d, i);
-            auto visit = visitOf<rule, stride>(step, parts_.placed[d]);
+            auto visit = visitOf(step, parts_.placed[d]);
             double actionValue[numAbstractedActions];
             for (int a = step.first; a <= step.last; ++a) {
                 visit.below[a] = place.strategy[a] * place.reach[step.player];
@@ -182,6 +172,10 @@ public:
     }
 
 private:
+    static HoldemVisit<rule, stride> visitOf(const HoldemSteps::Step& step,
+                                             const PlacedDeal& deal) {
+        return {deal.slotNumbers[step.slot][step.offset], step.first, step.last, step.player, deal};
+    }
     const HoldemSteps::Step& stepOf(size_t i) const { return parts_.steps[parts_.trunk[i].node]; }
     TrunkPlace& trunkPlace(size_t deal, size_t i) const {
         return parts_.trunkPlaces[deal * numTrunk_ + i];

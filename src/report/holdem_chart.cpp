@@ -4,6 +4,7 @@
 #include "solver/cfr.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include <fmt/format.h>
 
@@ -46,8 +47,10 @@ int waysAt(size_t row, size_t column) {
 std::array<double, 10> bucketShares(const Grid& grid) {
     std::array<double, 10> shares{};
     for (size_t row = 0; row < 13; ++row)
-        for (size_t column = 0; column < 13; ++column)
+        for (size_t column = 0; column < 13; ++column) {
+            assert(grid[row][column] < shares.size()); // the tables were looked into when opened
             shares[grid[row][column]] += waysAt(row, column) / 1326.0;
+        }
     return shares;
 }
 

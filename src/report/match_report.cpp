@@ -78,6 +78,16 @@ nlohmann::ordered_json intervalAsJson(const Interval& interval, double factor) {
     return json;
 }
 
+nlohmann::ordered_json latencyAsJson(const LatencyHistogram& latency) {
+    const auto microseconds = [](Duration duration) {
+        return static_cast<double>(duration.count()) / 1e3;
+    };
+    return {{"answers", latency.count()},
+            {"median", microseconds(latency.quantile(0.5))},
+            {"p99", microseconds(latency.quantile(0.99))},
+            {"longest", microseconds(latency.longest())}};
+}
+
 } // namespace
 
 std::string reportAsTable(const MatchReport& report) {
@@ -116,20 +126,6 @@ std::string reportAsTable(const MatchReport& report) {
     }
     return head + layOut(rows);
 }
-
-namespace {
-
-nlohmann::ordered_json latencyAsJson(const LatencyHistogram& latency) {
-    const auto microseconds = [](Duration duration) {
-        return static_cast<double>(duration.count()) / 1e3;
-    };
-    return {{"answers", latency.count()},
-            {"median", microseconds(latency.quantile(0.5))},
-            {"p99", microseconds(latency.quantile(0.99))},
-            {"longest", microseconds(latency.longest())}};
-}
-
-} // namespace
 
 nlohmann::ordered_json reportAsJson(const MatchReport& report) {
     const MatchResult& result = *report.result;

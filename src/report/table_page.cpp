@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cmath>
 
 #include <fmt/format.h>
@@ -50,6 +51,7 @@ constexpr Ramp blues{{{237, 243, 249}, {166, 200, 228}, {63, 127, 191}, {16, 50,
 constexpr Ramp oranges{{{252, 240, 226}, {243, 190, 138}, {217, 113, 60}, {110, 44, 14}}};
 
 Colour shade(const Ramp& ramp, double place) {
+    assert(std::isfinite(place)); // a table with other entries gets no grid
     const double at = std::clamp(place, 0.0, 1.0) * static_cast<double>(ramp.size() - 1);
     const size_t step = std::min(static_cast<size_t>(at), ramp.size() - 2);
     const double along = at - static_cast<double>(step);

@@ -3,6 +3,7 @@
 #include "tree/deck.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace tamarin {
 
@@ -69,6 +70,7 @@ void averageValues(const Game& game, CompiledGame& compiled, const InformationSe
             std::fill_n(value, stride, 0.0);
             for (uint8_t i = 0; i < actions.count; ++i) {
                 const int32_t child = nodes[n].child[actions.action[i]];
+                assert(child != CompiledTree::noChild); // as it was when the sets were read
                 const double* const below = child >= 0
                                                 ? &values[static_cast<size_t>(child) * stride]
                                                 : settled + static_cast<size_t>(~child) * stride;

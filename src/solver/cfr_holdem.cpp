@@ -10,6 +10,7 @@
 #include "tree/deck.h"
 
 #include <algorithm>
+#include <cassert>
 #include <iostream>
 #include <vector>
 
@@ -171,6 +172,7 @@ std::unique_ptr<tamarin::HoldemSets> CFR::takeHoldemSets() {
 }
 
 void CFR::keepHoldemSets(std::unique_ptr<tamarin::HoldemSets> sets) {
+    assert(sets != nullptr && store == nullptr); // they are the solver's only nodes
     if (sets->numSets() <= mapLimits.informationSets) {
         copyToMaps(*sets);
         return;

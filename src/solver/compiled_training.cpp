@@ -5,6 +5,7 @@
 #include "tree/regret_matching.h"
 
 #include <algorithm>
+#include <cassert>
 #include <numeric>
 
 namespace tamarin {
@@ -113,6 +114,7 @@ CompiledTraining::CompiledTraining(const Game& game, const CompiledTree& tree, P
 
 void CompiledTraining::run(unsigned long long iterations, double* utilSum) {
     double padded[12] = {}; // MAX_PLAYERS rounded up to the widest stride
+    assert(numPlayers_ <= std::size(padded));
     std::copy_n(utilSum, numPlayers_, padded);
     if (numPlayers_ <= 2)
         iterate<2>(iterations, numCards_, deck_, programs_, padded);

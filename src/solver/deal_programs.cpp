@@ -3,6 +3,7 @@
 #include "tree/deck.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace tamarin {
 
@@ -72,6 +73,7 @@ const Step* DealPrograms::scratchProgram(const uint32_t* positions) {
         for (size_t i = 0; i < actions.count; ++i) {
             const uint8_t a = actions.action[i];
             const int32_t child = node.child[a];
+            assert(child < 0 || static_cast<size_t>(child) > n); // values are added up from behind
             step.childValue[i] = child >= 0 ? &values_[static_cast<size_t>(child) * stride]
                                             : settled + static_cast<size_t>(~child) * stride;
             edgeReach_[n * numAbstractedActions + a] = step.reachBelow + i;

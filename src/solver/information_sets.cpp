@@ -1,31 +1,11 @@
 #include "solver/information_sets.h"
 
+#include "strategy/packed_node.h"
 #include "tree/deck.h"
 
-#include <cmath>
+#include <cassert>
 
 namespace tamarin {
-
-namespace {
-
-// The valid actions' numbers, or nothing when an action leads nowhere or a number is not finite.
-std::optional<SetActions> readNode(const CompiledTree::Node& at, const CFRNode& node,
-                                   SetNumbers& numbers) {
-    SetActions actions;
-    for (uint8_t a = 0; a < numAbstractedActions; ++a) {
-        if (!node.isActionValid(a))
-            continue;
-        if (at.child[a] == CompiledTree::noChild || !std::isfinite(node.regretSum[a]) ||
-            !std::isfinite(node.strategySum[a]))
-            return std::nullopt;
-        numbers.regret[actions.count] = node.regretSum[a];
-        numbers.strategy[actions.count] = node.strategySum[a];
-        actions.action[actions.count++] = a;
-    }
-    return actions;
-}
-
-} // namespace
 
 InformationSets::InformationSets(const CompiledTree& tree, const Game& game)
     : layout_(cardRankLayout(tree, game)), numbers_(layout_.numSets()), actions_(layout_.numSets()),
@@ -44,7 +24,7 @@ std::optional<InformationSets> InformationSets::read(const CompiledTree& tree, c
             if (found == map.end())
                 return std::nullopt;
             const size_t set = sets.layout_.index(at, static_cast<uint64_t>(field));
-            const auto actions = readNode(at, *found->second, sets.numbers_[set]);
+            const auto actions = packNode(*found->second, at, sets.numbers_[set]);
             if (!actions)
                 return std::nullopt;
             sets.actions_[set] = *actions;
@@ -55,12 +35,10 @@ std::optional<InformationSets> InformationSets::read(const CompiledTree& tree, c
 }
 
 void InformationSets::write() const {
-    for (size_t set = 0; set < nodes_.size(); ++set)
-        for (uint8_t i = 0; i < actions_[set].count; ++i) {
-            const uint8_t a = actions_[set].action[i];
-            nodes_[set]->regretSum[a] = numbers_[set].regret[i];
-            nodes_[set]->strategySum[a] = numbers_[set].strategy[i];
-        }
+    for (size_t set = 0; set < nodes_.size(); ++set) {
+        assert(nodes_[set] != nullptr);
+        unpackNode(actions_[set], numbers_[set], *nodes_[set]);
+    }
 }
 
 } // namespace tamarin

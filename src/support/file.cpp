@@ -105,6 +105,35 @@ private:
     FileSystem& files_;
 };
 
+// Gives the file the first name of PATH.bad, PATH.bad.2, ... that is free. take(name) is a call
+// that fails with EEXIST where it is not.
+template <class Take>
+Result<std::string> asBadFile(const std::string& path, const Take& take) {
+    for (int number = 1;; ++number) {
+        std::string name = path + ".bad";
+        if (number > 1)
+            name += "." + std::to_string(number);
+        if (take(name.c_str()) == 0)
+            return name;
+        if (errno != EEXIST)
+            return failure(path, ("move it to " + name).c_str(), errno);
+    }
+}
+
+// rename() that replaces nothing, which some file systems cannot do in one step.
+int moveToFreeName(const char* from, const char* to) {
+    if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0)
+        return 0;
+    if (errno != EINVAL && errno != ENOSYS)
+        return -1;
+    struct stat about = {};
+    if (::lstat(to, &about) == 0) {
+        errno = EEXIST;
+        return -1;
+    }
+    return ::rename(from, to);
+}
+
 } // namespace
 
 Status writeWholeFile(const std::string& path, const std::string& contents, FileSystem& files) {
@@ -215,39 +244,6 @@ Status makeDirectories(const std::string& path, FileSystem& files) {
             return {};
     }
 }
-
-namespace {
-
-// Gives the file the first name of PATH.bad, PATH.bad.2, ... that is free. take(name) is a call
-// that fails with EEXIST where it is not.
-template <class Take>
-Result<std::string> asBadFile(const std::string& path, const Take& take) {
-    for (int number = 1;; ++number) {
-        std::string name = path + ".bad";
-        if (number > 1)
-            name += "." + std::to_string(number);
-        if (take(name.c_str()) == 0)
-            return name;
-        if (errno != EEXIST)
-            return failure(path, ("move it to " + name).c_str(), errno);
-    }
-}
-
-// rename() that replaces nothing, which some file systems cannot do in one step.
-int moveToFreeName(const char* from, const char* to) {
-    if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0)
-        return 0;
-    if (errno != EINVAL && errno != ENOSYS)
-        return -1;
-    struct stat about = {};
-    if (::lstat(to, &about) == 0) {
-        errno = EEXIST;
-        return -1;
-    }
-    return ::rename(from, to);
-}
-
-} // namespace
 
 Result<std::string> setAsideBadFile(const std::string& path) {
     return asBadFile(path, [&](const char* name) { return moveToFreeName(path.c_str(), name); });

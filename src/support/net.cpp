@@ -153,6 +153,59 @@ bool connectFully(int fd, const sockaddr_in& address, tamarin::SocketCalls& call
     }
 }
 
+// The time one call of getLine may take. It runs from the first wait.
+class Deadline {
+public:
+    Deadline(int64_t timeoutMicros, tamarin::SocketCalls& calls)
+        : timeout_(timeoutMicros), calls_(calls) {}
+
+    bool limited() const { return timeout_ >= 0; }
+
+    // What is left, negative when it is over. A time-out of 0 never is: it takes all that is there.
+    int64_t remaining() {
+        if (timeout_ <= 0)
+            return timeout_;
+        const int64_t now = calls_.nowMicros();
+        if (start_ < 0)
+            start_ = now;
+        return timeout_ - (now - start_);
+    }
+
+private:
+    int64_t timeout_;
+    tamarin::SocketCalls& calls_;
+    int64_t start_ = -1;
+};
+
+// Waits as long as the deadline lets it; whether there is something to read.
+bool waitForMore(int fd, Deadline& deadline, tamarin::SocketCalls& calls) {
+    for (;;) {
+        const int64_t remaining = deadline.remaining();
+        if (deadline.limited() && remaining < 0)
+            return false;
+        const int ready = calls.waitReadable(fd, remaining);
+        if (ready >= 0 || errno != EINTR)
+            return ready > 0;
+    }
+}
+
+// Fills the used-up buffer: 1 filled, 0 end of stream, -1 time-out or error.
+int refill(ReadBuf* rb, Deadline& deadline, tamarin::SocketCalls& calls) {
+    bool wait = deadline.limited();
+    for (;;) {
+        if (wait && !waitForMore(rb->fd, deadline, calls))
+            return -1;
+        const ssize_t got = calls.receive(rb->fd, rb->buffer, sizeof rb->buffer);
+        rb->position = 0;
+        rb->count = got > 0 ? static_cast<int32_t>(got) : 0;
+        if (got >= 0)
+            return got > 0;
+        if (errno != EINTR && !tamarin::wouldBlock())
+            return -1;
+        wait = wait || tamarin::wouldBlock();
+    }
+}
+
 } // namespace
 
 int connectTo(const char* host, unsigned short port) {
@@ -230,63 +283,6 @@ void destroyReadBuf(ReadBuf* rb) {
     ::close(rb->fd);
     std::free(rb);
 }
-
-namespace {
-
-// The time one call of getLine may take. It runs from the first wait.
-class Deadline {
-public:
-    Deadline(int64_t timeoutMicros, tamarin::SocketCalls& calls)
-        : timeout_(timeoutMicros), calls_(calls) {}
-
-    bool limited() const { return timeout_ >= 0; }
-
-    // What is left, negative when it is over. A time-out of 0 never is: it takes all that is there.
-    int64_t remaining() {
-        if (timeout_ <= 0)
-            return timeout_;
-        const int64_t now = calls_.nowMicros();
-        if (start_ < 0)
-            start_ = now;
-        return timeout_ - (now - start_);
-    }
-
-private:
-    int64_t timeout_;
-    tamarin::SocketCalls& calls_;
-    int64_t start_ = -1;
-};
-
-// Waits as long as the deadline lets it; whether there is something to read.
-bool waitForMore(int fd, Deadline& deadline, tamarin::SocketCalls& calls) {
-    for (;;) {
-        const int64_t remaining = deadline.remaining();
-        if (deadline.limited() && remaining < 0)
-            return false;
-        const int ready = calls.waitReadable(fd, remaining);
-        if (ready >= 0 || errno != EINTR)
-            return ready > 0;
-    }
-}
-
-// Fills the used-up buffer: 1 filled, 0 end of stream, -1 time-out or error.
-int refill(ReadBuf* rb, Deadline& deadline, tamarin::SocketCalls& calls) {
-    bool wait = deadline.limited();
-    for (;;) {
-        if (wait && !waitForMore(rb->fd, deadline, calls))
-            return -1;
-        const ssize_t got = calls.receive(rb->fd, rb->buffer, sizeof rb->buffer);
-        rb->position = 0;
-        rb->count = got > 0 ? static_cast<int32_t>(got) : 0;
-        if (got >= 0)
-            return got > 0;
-        if (errno != EINTR && !tamarin::wouldBlock())
-            return -1;
-        wait = wait || tamarin::wouldBlock();
-    }
-}
-
-} // namespace
 
 ssize_t getLine(ReadBuf* rb, size_t maxLen, char* line, int64_t timeoutMicros) {
     return getLine(rb, maxLen, line, timeoutMicros, tamarin::systemSockets());

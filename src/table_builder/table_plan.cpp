@@ -98,42 +98,6 @@ PlannedTable lookAt(const std::string& directory, const TableFile& file) {
     return table;
 }
 
-} // namespace
-
-const char* nameOf(TableGroup group) {
-    return factsOf(group).name;
-}
-const char* describe(TableGroup group) {
-    return factsOf(group).what;
-}
-
-const std::vector<TableFile>& allTables() {
-    static const std::vector<TableFile> list = makeList();
-    return list;
-}
-
-bool isMadeFrom(const TableFile& made, const TableFile& source) {
-    const bool sameRound = made.round == source.round && made.players == source.players;
-    switch (made.group) {
-    case TableGroup::sevenCards:
-        return false;
-    case TableGroup::equities:
-        return source.path == sevenCardTablePath;
-    case TableGroup::clusters:
-        return source.group == TableGroup::equities && sameRound;
-    case TableGroup::utilities:
-        return (source.group == TableGroup::equities || source.group == TableGroup::clusters) &&
-               sameRound;
-    case TableGroup::holdem:
-        return (source.group == TableGroup::equities && sameRound) ||
-               (source.group == TableGroup::utilities && source.round == made.round &&
-                source.seat == utilitySeatOf(made.seat));
-    }
-    return false;
-}
-
-namespace {
-
 TablePlan planWanted(const std::string& directory,
                      const std::function<bool(const TableFile&)>& isWanted, bool force,
                      const DamagedTables& damaged) {
@@ -178,6 +142,38 @@ TablePlan planWanted(const std::string& directory,
 }
 
 } // namespace
+
+const char* nameOf(TableGroup group) {
+    return factsOf(group).name;
+}
+const char* describe(TableGroup group) {
+    return factsOf(group).what;
+}
+
+const std::vector<TableFile>& allTables() {
+    static const std::vector<TableFile> list = makeList();
+    return list;
+}
+
+bool isMadeFrom(const TableFile& made, const TableFile& source) {
+    const bool sameRound = made.round == source.round && made.players == source.players;
+    switch (made.group) {
+    case TableGroup::sevenCards:
+        return false;
+    case TableGroup::equities:
+        return source.path == sevenCardTablePath;
+    case TableGroup::clusters:
+        return source.group == TableGroup::equities && sameRound;
+    case TableGroup::utilities:
+        return (source.group == TableGroup::equities || source.group == TableGroup::clusters) &&
+               sameRound;
+    case TableGroup::holdem:
+        return (source.group == TableGroup::equities && sameRound) ||
+               (source.group == TableGroup::utilities && source.round == made.round &&
+                source.seat == utilitySeatOf(made.seat));
+    }
+    return false;
+}
 
 TablePlan planTables(const std::string& directory, const std::vector<TableGroup>& groups,
                      bool force, const DamagedTables& damaged) {
