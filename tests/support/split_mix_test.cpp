@@ -8,6 +8,30 @@
 namespace tamarin::test {
 namespace {
 
+// The sequence that the algorithm's published implementations give for this seed.
+TEST(SplitMix, GivesThePublishedNumbers) {
+    SplitMix random(1234567);
+    for (const uint64_t number : {6457827717110365317U, 3203168211198807973U, 9817491932198370423U,
+                                  4593380528125082431U, 16408922859458223821U})
+        EXPECT_EQ(random(), number);
+}
+
+// By the high half of the next number.
+TEST(SplitMix, DrawsBelow) {
+    SplitMix numbers(1234567);
+    SplitMix random(1234567);
+    for (const uint32_t range : {1U, 2U, 52U, 4'000'000'000U})
+        EXPECT_EQ(random.below(range),
+                  static_cast<uint32_t>((numbers() >> 32U) * static_cast<uint64_t>(range) >> 32U));
+}
+
+TEST(UnitInterval, TakesTheHighBits) {
+    EXPECT_EQ(unitInterval(0), 0.0);
+    EXPECT_EQ(unitInterval(2047), 0.0);
+    EXPECT_EQ(unitInterval(uint64_t{1} << 63U), 0.5);
+    EXPECT_EQ(unitInterval(~uint64_t{0}), 1.0 - 0x1p-53);
+}
+
 TEST(HandRandom, HandsShareNoNumbers) {
     std::set<double> seen;
     for (uint64_t seed = 0; seed < 10; ++seed)

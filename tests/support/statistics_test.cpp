@@ -70,4 +70,12 @@ TEST(StudentQuantile, AgreesWithTheTables) {
     EXPECT_NEAR(studentQuantile975(9), 2.262157, 1e-4);
 }
 
+// The series (Abramowitz and Stegun 1964, 26.7.5), added up with forty digits.
+TEST(StudentQuantile, IsTheSeriesFromFourDegreesOn) {
+    EXPECT_NEAR(studentQuantile975(4), 2.775582224236797930, 1e-14);
+    EXPECT_NEAR(studentQuantile975(5), 2.570308227150842714, 1e-14);
+    EXPECT_NEAR(studentQuantile975(7), 2.364575373950131286, 1e-14);
+    EXPECT_NEAR(studentQuantile975(30), 2.042272425276678012, 1e-14);
+}
+
 } // namespace tamarin::test
