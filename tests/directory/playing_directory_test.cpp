@@ -52,6 +52,26 @@ TEST(ReadGameFile, ReadsOrSaysWhyNot) {
     EXPECT_EQ(bad.error(), "could not read game " + (scratch / "bad.game"));
 }
 
+TEST(OpenGameFile, FindsReadsAndNames) {
+    const auto game = openGameFile(source, "/");
+    ASSERT_TRUE(game.ok());
+    EXPECT_EQ(game->path, source);
+    EXPECT_EQ(game->name, kuhn);
+    EXPECT_EQ(game->rules->numPlayers, 3);
+    EXPECT_EQ(openGameFile("/nonexistent/my.game", "/").error(),
+              "no game definition at /nonexistent/my.game");
+}
+
+TEST(PlaceGameFile, MakesTheDirectory) {
+    const Scratch scratch;
+    const std::string below = scratch / "a/b";
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(*placeGameFile(source, below), kuhn);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "tamarin: copied " + source + " to " + below + "/" + kuhn + "\n");
+    EXPECT_TRUE(readGameFile(below + "/" + kuhn).ok());
+}
+
 TEST(PlaceGameFile, CopiesItOnce) {
     const Scratch scratch;
     testing::internal::CaptureStderr();

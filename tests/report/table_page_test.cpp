@@ -37,6 +37,15 @@ TEST_F(TablePage, ColoursStartingHandsByEquityAndByBucket) {
     EXPECT_NE(page->find("#103260;color:#fff\" title=\"" + greatest + ": 0.900000\"><b>" +
                          greatest + "</b>0.900"),
               std::string::npos);
+    EXPECT_EQ(countOf(*page,
+                      "<p>lookup/preflop_2p: 169 entries, 1352 bytes</p>\n<table class=range>"
+                      "\n<tr><td>least<td>0.100000<td>"),
+              1U);
+    EXPECT_EQ(
+        countOf(*page, "<p class=legend><span><i style=\"background:#edf3f9\"></i>0.100</span>"),
+        1U);
+    EXPECT_EQ(countOf(*page, "<i style=\"background:#103260\"></i>0.900</span></p>"), 1U);
+    EXPECT_EQ(countOf(*page, "<tr><td>0.3800 to 0.4200<td>167<td class=soft>98.8%"), 1U);
     // Self-contained: nothing is fetched and nothing runs.
     for (const char* outside : {"http", "<script", "src=", "@import", "url("})
         EXPECT_EQ(countOf(*page, outside), 0U) << outside;

@@ -43,6 +43,9 @@ TEST_F(View, CountsTheHandsOfEachBucket) {
     EXPECT_EQ(json["histogram"][0]["entries"], 166);
     EXPECT_EQ(json["histogram"][7]["entries"], 1);
     EXPECT_EQ(json["seat"], 0);
+    EXPECT_EQ(json["greatest"]["value"], 9);
+    EXPECT_EQ(json["greatest"]["index"], 0);
+    EXPECT_EQ(json["greatest"]["hand"], handAt(0, 0));
     EXPECT_EQ(json["hands"][startingHands()[2].name], 2);
     EXPECT_EQ(json["hands"].size(), 169U);
 }
