@@ -35,8 +35,7 @@ Result<std::unique_ptr<HoldemGame>> openHoldem(const std::string& name,
         return Error{game.error()};
     if (!isHoldem(*game->rules))
         return std::unique_ptr<HoldemGame>();
-    const bool raises = game->rules->bettingRule != noLimitRule;
-    return std::make_unique<HoldemGame>(HoldemGame{std::move(*game), raises});
+    return std::make_unique<HoldemGame>(HoldemGame{std::move(*game)});
 }
 
 std::string holdemStrategyPath(const std::string& directory, const HoldemGame& game) {

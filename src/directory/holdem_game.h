@@ -15,9 +15,7 @@ class EquityTables;
 namespace tamarin {
 
 // A hold'em game that a command was given, found and read.
-struct HoldemGame : GameFile {
-    bool raises; // whether the strategy's tree holds raises; a no-limit game's does not
-};
+struct HoldemGame : GameFile {};
 
 // The game when it is hold'em, null for any other game that reads; name as for openSmallGame().
 Result<std::unique_ptr<HoldemGame>> openHoldem(const std::string& name,
