@@ -3,6 +3,7 @@
 // The cost of a random hand is that of the memory: the table has 124 MiB, and each of the last
 // steps misses the caches: rankMany overlaps sixteen hands, which hand after hand cannot.
 #include "eval/exact_equity.h"
+#include "eval/hand_evaluator.h"
 #include "eval/hand_table.h"
 #include "eval/sampled_equity.h"
 #include "eval/seven_card_table.h"
@@ -80,6 +81,34 @@ void rankManyHands(benchmark::State& state) {
     setRate(state, "hands", handCount);
 }
 BENCHMARK(rankManyHands)->Unit(benchmark::kMillisecond);
+
+// The same hands through tables that stay in the cache.
+void rankManyHandsInTheCache(benchmark::State& state) {
+    const std::vector<Hand>& hands = randomHands();
+    std::vector<uint16_t> values(handCount);
+    HandEvaluator::shared();
+    for (auto _ : state) {
+        HandEvaluator::shared().rankMany(reinterpret_cast<const uint8_t(*)[7]>(hands.data()),
+                                         values.data(), handCount);
+        benchmark::ClobberMemory();
+    }
+    setRate(state, "hands", handCount);
+}
+BENCHMARK(rankManyHandsInTheCache)->Unit(benchmark::kMillisecond);
+
+// All 1,081 holdings of a board, for boards at random.
+void rankHoldingsOfABoard(benchmark::State& state) {
+    const std::vector<Hand>& hands = randomHands();
+    std::vector<uint16_t> values(47 * 46 / 2);
+    size_t next = 0;
+    for (auto _ : state) {
+        HandEvaluator::shared().rankHoldings(hands[next].cards, values.data());
+        benchmark::ClobberMemory();
+        next = (next + 1) % hands.size();
+    }
+    setRate(state, "hands", values.size());
+}
+BENCHMARK(rankHoldingsOfABoard)->Unit(benchmark::kMicrosecond);
 
 // Calls visit(row, f) for every increasing six cards a..f, with the row of their state.
 template <class Visit>

@@ -1,4 +1,6 @@
-// Every hand of five, six and seven cards, against the rules engine and the known counts.
+// Every hand of five, six and seven cards by the table and by the evaluator in the cache, against
+// the rules engine and the known counts.
+#include "eval/hand_evaluator.h"
 #include "eval/hand_value.h"
 #include "eval/seven_card_table.h"
 
@@ -16,6 +18,16 @@ const SevenCardTable& table() {
     return made;
 }
 
+const HandKey& cardKey(unsigned card) {
+    static const std::array<HandKey, 52> keys = [] {
+        std::array<HandKey, 52> made;
+        for (uint8_t i = 0; i < 52; ++i)
+            made[i] = keyOfCard(i);
+        return made;
+    }();
+    return keys[card];
+}
+
 // Compares the values met with the showdown ranks of the same hands.
 class Comparison {
 public:
@@ -26,6 +38,8 @@ public:
         disagreements_ += known != value;
         ++counts_[value >> 12];
     }
+
+    void agree(uint32_t value, uint32_t tables) { disagreements_ += value != tables; }
 
     // One value a rank, in the same strict order, and the counts of the categories.
     void check(const std::array<uint64_t, 9>& counts, size_t classes) const {
@@ -51,18 +65,21 @@ private:
     uint64_t disagreements_ = 0;
 };
 
-// Walks all sets of `left` more cards below `end`, carrying the table's state along.
-template <int left, bool closing>
-void walkAll(Comparison& comparison, CardSet cards, uint32_t state, unsigned end) {
+// Walks all sets of `left` more cards below `end`, carrying the table's state along; of hands of
+// `size` cards, which the evaluator that stays in the cache ranks, too.
+template <int size, int left>
+void walkAll(Comparison& comparison, const HandKey& hand, uint32_t state, unsigned end) {
     const int32_t* entries = table().data();
     for (unsigned card = left - 1; card < end; ++card) {
-        const CardSet now = cards | cardBit(static_cast<uint8_t>(card));
+        const HandKey now = hand + cardKey(card);
         const auto next = static_cast<uint32_t>(entries[state + card + 1]);
-        if constexpr (left == 1)
-            comparison.meet(rankCardSet(now),
-                            closing ? static_cast<uint32_t>(entries[next]) : next);
-        else
-            walkAll<left - 1, closing>(comparison, now, next, card);
+        if constexpr (left == 1) {
+            const uint32_t value = size < 7 ? static_cast<uint32_t>(entries[next]) : next;
+            comparison.meet(rankCardSet(now.cards), value);
+            comparison.agree(HandEvaluator::shared().value<size>(now), value);
+        } else {
+            walkAll<size, left - 1>(comparison, now, next, card);
+        }
     }
 }
 
@@ -70,20 +87,20 @@ void walkAll(Comparison& comparison, CardSet cards, uint32_t state, unsigned end
 
 TEST(AllHands, OfFiveCards) {
     Comparison comparison;
-    walkAll<5, true>(comparison, 0, 53, 52);
+    walkAll<5, 5>(comparison, {}, 53, 52);
     comparison.check({1302540, 1098240, 123552, 54912, 10200, 5108, 3744, 624, 40}, 7462);
 }
 
 TEST(AllHands, OfSixCards) {
     Comparison comparison;
-    walkAll<6, true>(comparison, 0, 53, 52);
+    walkAll<6, 6>(comparison, {}, 53, 52);
     comparison.check({6612900, 9730740, 2532816, 732160, 361620, 205792, 165984, 14664, 1844},
                      6075);
 }
 
 TEST(AllHands, OfSevenCards) {
     Comparison comparison;
-    walkAll<7, false>(comparison, 0, 53, 52);
+    walkAll<7, 7>(comparison, {}, 53, 52);
     comparison.check(
         {23294460, 58627800, 31433400, 6461620, 6180020, 4047644, 3473184, 224848, 41584}, 4824);
 }

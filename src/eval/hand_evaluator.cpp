@@ -1,0 +1,128 @@
+#include "eval/hand_evaluator.h"
+
+#include "eval/hand_value.h"
+#include "eval/rank_masks.h"
+
+#include <algorithm>
+#include <cassert>
+#include <vector>
+
+namespace tamarin {
+
+namespace {
+
+constexpr auto cardKeys = [] {
+    std::array<HandKey, 52> keys{};
+    for (uint8_t card = 0; card < 52; ++card)
+        keys[card] = keyOfCard(card);
+    return keys;
+}();
+
+constexpr auto rankPowers = [] {
+    std::array<uint32_t, 13> powers{};
+    for (uint8_t rank = 0; rank < 13; ++rank)
+        powers[rank] = static_cast<uint32_t>(keyOfCard(static_cast<uint8_t>(4 * rank)).sum);
+    return powers;
+}();
+
+// Calls visit(masks, sum) for every multiset of so many ranks from `from` on, at most four of each.
+template <class Visit>
+void forEachMultiset(RankMasks masks, uint32_t sum, uint32_t from, int left, const Visit& visit) {
+    if (left == 0) {
+        visit(masks, sum);
+        return;
+    }
+    for (uint32_t rank = from; rank < 13; ++rank)
+        if ((masks.quads >> rank & 1) == 0)
+            forEachMultiset(withRank(masks, rank), sum + rankPowers[rank], rank, left - 1, visit);
+}
+
+} // namespace
+
+// The fullest rows first: they are the hardest to find room for.
+template <int cards, class Table>
+void HandEvaluator::fill(Table& table) {
+    struct Entry {
+        uint32_t place;
+        uint16_t value;
+    };
+    std::vector<std::vector<Entry>> rows(table.shifts.size());
+    forEachMultiset({}, 0, 0, cards, [&](RankMasks masks, uint32_t sum) {
+        const uint32_t value = handValueOfRank(rankWithoutFlush(showdownTables(), masks));
+        rows[Table::rowOf(sum)].push_back({Table::placeOf(sum), static_cast<uint16_t>(value)});
+    });
+    std::vector<uint32_t> order;
+    for (uint32_t row = 0; row < rows.size(); ++row)
+        order.push_back(row);
+    std::ranges::stable_sort(order, std::greater<>(),
+                             [&](uint32_t row) { return rows[row].size(); });
+    for (const uint32_t row : order) {
+        const auto fits = [&](uint32_t shift) {
+            return std::ranges::all_of(rows[row], [&](const Entry& entry) {
+                return table.values[(entry.place + shift) % Table::size] == 0; // no hand's value
+            });
+        };
+        uint32_t shift = 0;
+        while (!fits(shift))
+            ++shift;
+        assert(shift < Table::size);
+        table.shifts[row] = static_cast<uint16_t>(shift);
+        for (const Entry& entry : rows[row]) {
+            uint16_t& value = table.values[(entry.place + shift) % Table::size];
+            assert(value == 0); // two sums of a row in one place would never be parted
+            value = entry.value;
+        }
+    }
+}
+
+HandEvaluator::HandEvaluator() {
+    fill<7>(seven_);
+    fill<6>(six_);
+    fill<5>(five_);
+    for (uint32_t ranks = 0; ranks < flushes_.size(); ++ranks)
+        if (std::popcount(ranks) >= 5)
+            flushes_[ranks] =
+                static_cast<uint16_t>(handValueOfRank(showdownTables().oneSuitVal[ranks]));
+}
+
+const HandEvaluator& HandEvaluator::shared() {
+    static const HandEvaluator made;
+    return made;
+}
+
+uint32_t HandEvaluator::rank7(const uint8_t* cards) const {
+    HandKey hand;
+    for (int i = 0; i < 7; ++i)
+        hand = hand + cardKeys[cards[i]];
+    return value<7>(hand);
+}
+
+void HandEvaluator::rankMany(const uint8_t (*hands)[7], uint16_t* values, size_t count) const {
+    for (size_t i = 0; i < count; ++i) {
+        uint64_t sum = 0;
+        for (const uint8_t card : hands[i])
+            sum += cardKeys[card].sum;
+        // Which cards they are matters to the few flushes alone.
+        values[i] = static_cast<uint16_t>(flushOf(sum) == 0 ? seven_.at(static_cast<uint32_t>(sum))
+                                                            : rank7(hands[i]));
+    }
+}
+
+void HandEvaluator::rankHoldings(const uint8_t* board, uint16_t* values) const {
+    HandKey five;
+    for (int i = 0; i < 5; ++i)
+        five = five + cardKeys[board[i]];
+    std::array<HandKey, 47> left;
+    size_t count = 0;
+    for (uint8_t card = 0; card < 52; ++card)
+        if ((five.cards & cardKeys[card].cards) == 0)
+            left[count++] = cardKeys[card];
+    assert(count == left.size());
+    for (size_t high = 1; high < count; ++high) {
+        const HandKey six = five + left[high];
+        for (size_t low = 0; low < high; ++low)
+            *values++ = static_cast<uint16_t>(value<7>(six + left[low]));
+    }
+}
+
+} // namespace tamarin
