@@ -64,7 +64,7 @@ void HandEvaluator::fill(Table& table) {
             });
         };
         uint32_t shift = 0;
-        while (!fits(shift))
+        while (shift < Table::size && !fits(shift))
             ++shift;
         assert(shift < Table::size);
         table.shifts[row] = static_cast<uint16_t>(shift);

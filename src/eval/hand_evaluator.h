@@ -1,5 +1,5 @@
-// Hands of five to seven cards ranked by tables that stay in the cache: 250 kB, computed in some ten
-// milliseconds, where the seven-card table has 124 MiB. The values are the same (hand_value.h).
+// Hands of five to seven cards ranked by tables that stay in the cache: 250 kB, computed in some
+// ten milliseconds, where the seven-card table has 124 MiB. The values are the same (hand_value.h).
 //
 // Every card has a key, and a hand's key is their sum: the ranks in powers of five, which tell how
 // many there are of each, and a counter for each suit. Without a flush the ranks alone decide: the
