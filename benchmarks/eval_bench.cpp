@@ -102,7 +102,7 @@ void rankHoldingsOfABoard(benchmark::State& state) {
     std::vector<uint16_t> values(47 * 46 / 2);
     size_t next = 0;
     for (auto _ : state) {
-        HandEvaluator::shared().rankHoldings(hands[next].cards, values.data());
+        HandEvaluator::shared().rankHoldings({hands[next].cards, 5}, values.data());
         benchmark::ClobberMemory();
         next = (next + 1) % hands.size();
     }

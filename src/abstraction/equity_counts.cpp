@@ -8,7 +8,7 @@ size_t EquityCounts::memoryBytes() {
            boardClasses[0] * flopHoldings * sizeof(Wins);
 }
 
-Result<EquityCounts> EquityCounts::compute(const SevenCardTable& table, const Work& work) {
+Result<EquityCounts> EquityCounts::compute(const Work& work) {
     EquityCounts counts;
     auto river = LargeBuffer<RiverWins>::take(boardClasses[2] * riverHoldings, "the river's wins");
     auto turn = LargeBuffer<Wins>::take(boardClasses[1] * turnHoldings, "the turn's wins");
@@ -27,7 +27,7 @@ Result<EquityCounts> EquityCounts::compute(const SevenCardTable& table, const Wo
     const BoardSet turns(4);
     const BoardSet flops(3);
     const bool swept = forEach(work, rivers.size(), [&](size_t b) {
-        sweepRiver(table, rivers.board(b), &counts.river_[b * riverHoldings]);
+        sweepRiver(rivers.board(b), &counts.river_[b * riverHoldings]);
     });
     // What remains is a third of the whole at most; the river's boards stand for it.
     Work silent = work;

@@ -13,7 +13,6 @@
 #include "abstraction/next_card.h"
 #include "abstraction/round_indexers.h"
 #include "abstraction/work.h"
-#include "eval/seven_card_table.h"
 
 #include <array>
 #include <cstddef>
@@ -26,7 +25,7 @@ inline constexpr std::array<size_t, 3> boardClasses{1755, 16432, 134459}; // of 
 class EquityCounts {
 public:
     // Some seconds of work, reported in river boards.
-    static Result<EquityCounts> compute(const SevenCardTable& table, const Work& work);
+    static Result<EquityCounts> compute(const Work& work);
 
     // What compute() takes.
     static size_t memoryBytes();

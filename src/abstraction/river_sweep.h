@@ -13,8 +13,6 @@
 // taken off twice). Wins only: who ties has not won.
 #pragma once
 
-#include "eval/seven_card_table.h"
-
 #include <cstddef>
 #include <cstdint>
 
@@ -40,6 +38,6 @@ constexpr uint32_t winsOverTwo(RiverWins wins) {
 inline constexpr size_t riverHoldings = 47 * 46 / 2;
 
 // wins receives riverHoldings entries, numbered as in boards.h. board: five different cards.
-void sweepRiver(const SevenCardTable& table, const uint8_t* board, RiverWins* wins);
+void sweepRiver(const uint8_t* board, RiverWins* wins);
 
 } // namespace tamarin

@@ -109,20 +109,33 @@ void HandEvaluator::rankMany(const uint8_t (*hands)[7], uint16_t* values, size_t
     }
 }
 
-void HandEvaluator::rankHoldings(const uint8_t* board, uint16_t* values) const {
-    HandKey five;
-    for (int i = 0; i < 5; ++i)
-        five = five + cardKeys[board[i]];
-    std::array<HandKey, 47> left;
+template <int cards>
+void HandEvaluator::rankHoldings(const HandKey& board, uint16_t* values) const {
+    std::array<HandKey, static_cast<size_t>(54 - cards)> left;
     size_t count = 0;
     for (uint8_t card = 0; card < 52; ++card)
-        if ((five.cards & cardKeys[card].cards) == 0)
+        if ((board.cards & cardKeys[card].cards) == 0)
             left[count++] = cardKeys[card];
     assert(count == left.size());
     for (size_t high = 1; high < count; ++high) {
-        const HandKey six = five + left[high];
+        const HandKey withHigh = board + left[high];
         for (size_t low = 0; low < high; ++low)
-            *values++ = static_cast<uint16_t>(value<7>(six + left[low]));
+            *values++ = static_cast<uint16_t>(value<cards>(withHigh + left[low]));
+    }
+}
+
+void HandEvaluator::rankHoldings(std::span<const uint8_t> board, uint16_t* values) const {
+    assert(board.size() >= 3 && board.size() <= 5);
+    HandKey key;
+    for (const uint8_t card : board)
+        key = key + cardKeys[card];
+    switch (board.size()) {
+    case 3:
+        return rankHoldings<5>(key, values);
+    case 4:
+        return rankHoldings<6>(key, values);
+    default:
+        return rankHoldings<7>(key, values);
     }
 }
 

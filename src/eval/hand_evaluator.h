@@ -17,6 +17,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace tamarin {
 
@@ -64,9 +65,10 @@ public:
     uint32_t rank7(const uint8_t* cards) const;
     void rankMany(const uint8_t (*hands)[7], uint16_t* values, size_t count) const;
 
-    // The values of all hands of a river board and two of the 47 other cards, which are numbered in
-    // ascending order: low < high at high * (high - 1) / 2 + low. values: 1,081 entries.
-    void rankHoldings(const uint8_t* board, uint16_t* values) const;
+    // The values of all hands of a board of 3, 4 or 5 cards and two of the others, which are
+    // numbered in ascending order: low < high at high * (high - 1) / 2 + low. values: 1,176, 1,128
+    // or 1,081 entries.
+    void rankHoldings(std::span<const uint8_t> board, uint16_t* values) const;
 
 private:
     // The rank sums of hands of one size. A sum is spread over 32 bits; the upper ones name its
@@ -87,6 +89,8 @@ private:
     HandEvaluator();
     template <int cards, class Table>
     static void fill(Table& table);
+    template <int cards>
+    void rankHoldings(const HandKey& board, uint16_t* values) const;
 
     // Not 0 where a suit has five cards: the highest bit of its counter, each having begun at 3.
     static uint64_t flushOf(uint64_t sum) {

@@ -99,15 +99,4 @@ Result<SevenCardBuild> buildSevenCardFiles(const std::string& directory, bool fo
     return build;
 }
 
-Status mendSevenCardFile(const std::string& path, int threads) {
-    const SevenCardTable right = SevenCardTable::generate(threads);
-    const Result<TableFileCheck> check = compareSevenCardFile(path, right);
-    if (check && check->state == TableFileState::missing)
-        return Error{path + " is missing"};
-    const Result<bool> needed = clearTheWay(path, check, false);
-    if (!needed)
-        return Error{needed.error()};
-    return *needed ? right.save(path) : Status();
-}
-
 } // namespace tamarin

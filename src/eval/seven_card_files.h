@@ -42,9 +42,4 @@ Result<SevenCardBuild> buildSevenCardFiles(const std::string& directory, bool fo
                                            int threads = 0,
                                            const std::function<void(uint64_t)>& done = {});
 
-// For work that builds on every entry: generates the table and compares the file with it; where
-// they differ, the file is announced, kept as NAME.bad and made anew as above. A missing one is an
-// error.
-Status mendSevenCardFile(const std::string& path, int threads = 0);
-
 } // namespace tamarin

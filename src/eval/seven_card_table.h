@@ -25,7 +25,7 @@ public:
     // Maps the file read-only. Refused with one line: a file that is missing, unreadable or of the
     // wrong size, one with an entry that leads outside the table, and one that does not rank a few
     // dozen sample hands as the rules do. So a table that opens may still rank some hands wrongly,
-    // but no hand leads outside it; work that builds on every entry calls mendSevenCardFile first.
+    // but no hand leads outside it.
     // Reads the whole file: some 30 ms once it is in memory.
     static Result<SevenCardTable> open(const std::string& path = sevenCardTablePath);
 

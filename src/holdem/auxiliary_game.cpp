@@ -185,6 +185,47 @@ AuxiliaryGame::Values::Values(const AuxiliaryGame& auxiliary)
     }
 }
 
+std::vector<AuxiliaryGame::Values::Ending> AuxiliaryGame::Values::endings() const {
+    assert(auxiliary_.numPlayers() == 2);
+    const std::vector<CompiledTree::Node>& nodes = auxiliary_.tree_.nodes();
+    constexpr std::array<Ranks, 3> orders{{{0, 1, -1}, {0, 0, -1}, {1, 0, -1}}}; // seat 0 worse, ..
+    std::vector<Ending> endings;
+    // By node, what both seats' buckets reach it with; depth-first order puts children behind their
+    // parents.
+    Ending start{};
+    for (auto& ofSeat : start.reach)
+        ofSeat.fill(1.0);
+    std::vector<Ending> reached(nodes.size(), start);
+    for (size_t n = 0; n < nodes.size(); ++n)
+        for (uint8_t a = 0; a < numAbstractedActions; ++a) {
+            const int32_t child = nodes[n].child[a];
+            if (child == CompiledTree::noChild)
+                continue;
+            Ending below = reached[n];
+            for (size_t bucket = 0; bucket < numBuckets; ++bucket) {
+                const size_t set = bucket * nodes.size() + n;
+                const SetActions& actions = auxiliary_.actions_[set];
+                double share = 0;
+                for (uint8_t i = 0; i < actions.count; ++i)
+                    if (actions.action[i] == a)
+                        share = average_[set][i];
+                below.reach[nodes[n].player][bucket] *= share;
+            }
+            if (child >= 0) {
+                reached[static_cast<size_t>(child)] = below;
+                continue;
+            }
+            for (size_t order = 0; order < orders.size(); ++order) {
+                const double* const settled = auxiliary_.settled_[outcome(orders[order])] +
+                                              static_cast<size_t>(~child) * auxiliary_.stride_;
+                below.payoff[0][order] = settled[0];
+                below.payoff[1][orders.size() - 1 - order] = settled[1];
+            }
+            endings.push_back(below);
+        }
+    return endings;
+}
+
 void AuxiliaryGame::Values::of(const uint8_t* buckets, uint32_t outcome, double* util) const {
     constexpr size_t mostNodes = 32; // three players have twelve
     const std::vector<CompiledTree::Node>& nodes = auxiliary_.tree_.nodes();

@@ -65,6 +65,14 @@ public:
     // they are now; bound to the object.
     class Values {
     public:
+        // One end of the betting of two players.
+        struct Ending {
+            // The product of a seat's probabilities on the way there, by its bucket.
+            std::array<std::array<double, numBuckets>, 2> reach;
+            // Chips for a seat whose hand is worse, as good and better.
+            std::array<std::array<double, 3>, 2> payoff;
+        };
+
         explicit Values(const AuxiliaryGame& auxiliary);
         // util: numPlayers entries.
         void of(const uint8_t* buckets, uint32_t outcome, double* util) const;
@@ -72,6 +80,8 @@ public:
         const std::array<double, 2>& ofPair(const uint8_t* buckets, uint32_t outcome) const {
             return pairs_[(outcome * numBuckets + buckets[0]) * numBuckets + buckets[1]];
         }
+        // Two players: all ends; ofPair is the sum of reach x reach x payoff over them.
+        std::vector<Ending> endings() const;
 
     private:
         const AuxiliaryGame& auxiliary_;

@@ -39,7 +39,7 @@ void addCounts(Fnv1a& hash, const DealCounts& counts) {
 }
 
 // River boards swept one by one, and the indices of their holdings.
-void addBoards(Fnv1a& hash, const SevenCardTable& table, const BoardSet& boards, int round) {
+void addBoards(Fnv1a& hash, const BoardSet& boards, int round) {
     const RoundIndexer indexer(round);
     const HoldingIndexer holdings(round, *indexer.get());
     std::vector<uint32_t> indices(boards.holdings());
@@ -54,7 +54,7 @@ void addBoards(Fnv1a& hash, const SevenCardTable& table, const BoardSet& boards,
             hash.add(index);
         if (round != 3)
             continue;
-        sweepRiver(table, boards.board(number), wins.data());
+        sweepRiver(boards.board(number), wins.data());
         for (const RiverWins count : wins)
             hash.add(count);
     }
@@ -65,14 +65,13 @@ struct FlopEquities {
     std::vector<double> overOne;
     std::vector<double> overTwo;
 };
-FlopEquities flopEquities(const SevenCardTable& table, const BoardSet& rivers,
-                          const BoardSet& turns, const uint8_t* flop) {
+FlopEquities flopEquities(const BoardSet& rivers, const BoardSet& turns, const uint8_t* flop) {
     std::map<size_t, std::vector<RiverWins>> swept;
     const std::function riverRow = [&](size_t number) -> const RiverWins* {
         std::vector<RiverWins>& wins = swept[number];
         if (wins.empty()) {
             wins.resize(riverHoldings);
-            sweepRiver(table, rivers.board(number), wins.data());
+            sweepRiver(rivers.board(number), wins.data());
         }
         return wins.data();
     };

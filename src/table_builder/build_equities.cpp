@@ -1,7 +1,6 @@
 // Exact equities of all rounds at once.
 
 #include "abstraction/equity_files.h"
-#include "eval/seven_card_files.h"
 #include "support/progress.h"
 #include "table_builder/build_steps.h"
 
@@ -22,19 +21,12 @@ uint64_t leastEquityMemory() {
 }
 
 Status buildEquities(const BuildOptions& options, const Work& work, const Files& files) {
-    const std::string sevenCards = inDirectory(options.directory, sevenCardTablePath);
-    // One wrong entry would be in every table of equities.
-    if (Status right = mendSevenCardFile(sevenCards, work.threads); !right)
-        return right;
-    auto table = SevenCardTable::open(sevenCards);
-    if (!table)
-        return Error{table.error()};
     Work counting = work;
     counting.progress = [&](uint64_t done, uint64_t total) {
         if (options.progress)
             options.progress("Ranking river boards", done, total);
     };
-    auto counts = EquityCounts::compute(*table, counting);
+    auto counts = EquityCounts::compute(counting);
     if (!counts)
         return Error{counts.error()};
 

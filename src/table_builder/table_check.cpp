@@ -130,7 +130,7 @@ private:
 
     double riverEquity(const uint8_t* hand, int players) {
         std::array<RiverWins, riverHoldings> wins;
-        sweepRiver(sevenCardTable(), hand + 2, wins.data());
+        sweepRiver(hand + 2, wins.data());
         uint8_t left[deckCards];
         const size_t count = cardsWithout(hand + 2, 5, left);
         const auto position = [&](uint8_t card) {

@@ -159,9 +159,8 @@ bool isMadeFrom(const TableFile& made, const TableFile& source) {
     const bool sameRound = made.round == source.round && made.players == source.players;
     switch (made.group) {
     case TableGroup::sevenCards:
-        return false;
     case TableGroup::equities:
-        return source.path == sevenCardTablePath;
+        return false;
     case TableGroup::clusters:
         return source.group == TableGroup::equities && sameRound;
     case TableGroup::utilities:

@@ -10,10 +10,9 @@ namespace tamarin::test {
 namespace {
 
 EquityCounts countsWith(int threads) {
-    static const SevenCardTable table = SevenCardTable::generate();
     Work work;
     work.threads = threads;
-    auto counts = EquityCounts::compute(table, work);
+    auto counts = EquityCounts::compute(work);
     EXPECT_TRUE(counts.ok());
     return std::move(*counts);
 }

@@ -17,7 +17,7 @@ public:
         std::vector<RiverWins>& row = river_[board];
         if (row.empty()) {
             row.resize(riverHoldings);
-            sweepRiver(table_, rivers.board(board), row.data());
+            sweepRiver(rivers.board(board), row.data());
         }
         return row.data();
     }
@@ -44,7 +44,6 @@ public:
     BoardSet turns{4};
 
 private:
-    SevenCardTable table_ = SevenCardTable::generate();
     std::map<size_t, std::vector<RiverWins>> river_;
     std::map<size_t, std::vector<Wins>> turn_;
 };

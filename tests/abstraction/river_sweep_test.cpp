@@ -8,14 +8,9 @@
 namespace tamarin::test {
 namespace {
 
-const SevenCardTable& table() {
-    static const SevenCardTable made = SevenCardTable::generate();
-    return made;
-}
-
 std::vector<RiverWins> sweep(const std::vector<uint8_t>& board) {
     std::vector<RiverWins> wins(riverHoldings);
-    sweepRiver(table(), board.data(), wins.data());
+    sweepRiver(board.data(), wins.data());
     return wins;
 }
 
