@@ -1,8 +1,7 @@
 #include "abstraction/equity_files.h"
 
 #include "abstraction/holding_index.h"
-#include "support/file.h"
-#include "support/parallel_errors.h"
+#include "abstraction/table_output.h"
 
 #include <algorithm>
 #include <array>
@@ -13,7 +12,6 @@ namespace tamarin {
 namespace {
 
 constexpr size_t leastWindow = size_t{1} << 20;
-constexpr size_t chunk = size_t{1} << 17; // equities converted and written at a time: a megabyte
 
 // Wins over opponents + 1 opponents, and the deals that they are out of.
 uint64_t winsOver(RiverWins wins, size_t opponents) {
@@ -26,46 +24,9 @@ uint64_t winsOver(const Wins& wins, size_t opponents) {
 constexpr std::array<uint32_t, 2> riverDeals{riverDeals2, riverDeals3};
 constexpr std::array<uint32_t, holdemRounds> riversAfter{flopRivers, flopRivers, turnRivers, 1};
 
-struct Output {
-    size_t opponents; // less one
-    AtomicFile file;
-};
-
-// body(i) for each output, side by side.
-template <class Body>
-Status onEach(std::vector<Output>& outputs, const Work& work, const Body& body) {
-    std::array<Status, 2> results;
-    ParallelErrors errors;
-#pragma omp parallel for schedule(static, 1)                                                       \
-    num_threads(std::min(work.threadCount(), static_cast <int>(outputs.size())))
-    for (size_t i = 0; i < outputs.size(); ++i)
-        errors.run([&] { results[i] = body(outputs[i]); });
-    errors.rethrow();
-    for (Status& result : results)
-        if (!result)
-            return std::move(result);
-    return {};
-}
-
-template <class Count>
-Status appendEquities(Output& output, const Count* wins, size_t count, double deals,
-                      const Work& work) {
-    std::vector<double> equities(std::min(count, chunk));
-    for (size_t begin = 0; begin < count; begin += chunk) {
-        if (work.shouldStop())
-            return stopped();
-        const size_t size = std::min(chunk, count - begin);
-        for (size_t i = 0; i < size; ++i)
-            equities[i] = static_cast<double>(winsOver(wins[begin + i], output.opponents)) / deals;
-        if (Status written = output.file.write(equities.data(), size * sizeof(double)); !written)
-            return written;
-    }
-    return {};
-}
-
 template <class Count>
 Status writeRound(const BoardSet& boards, const std::function<const Count*(size_t)>& row, int round,
-                  std::vector<Output>& outputs, size_t memory, const Work& work) {
+                  std::vector<TableOutput>& outputs, size_t memory, const Work& work) {
     const auto r = static_cast<size_t>(round);
     const size_t size = roundSizes[r];
     const size_t window = std::min(size, std::max(leastWindow, memory) / sizeof(Count));
@@ -92,9 +53,11 @@ Status writeRound(const BoardSet& boards, const std::function<const Count*(size_
         });
         if (!scattered)
             return stopped();
-        const Status appended = onEach(outputs, work, [&](Output& output) {
-            const double deals = double(riversAfter[r]) * double(riverDeals[output.opponents]);
-            return appendEquities(output, gathered->data(), count, deals, work);
+        const Status appended = onEachOutput(outputs, work, [&](TableOutput& output) {
+            const double deals = double(riversAfter[r]) * double(riverDeals[output.which]);
+            return appendEntries(output.file, count, work, [&](size_t i) {
+                return static_cast<double>(winsOver((*gathered)[i], output.which)) / deals;
+            });
         });
         if (!appended)
             return appended;
@@ -102,13 +65,13 @@ Status writeRound(const BoardSet& boards, const std::function<const Count*(size_
     return {};
 }
 
-Status writePreflop(const EquityCounts& counts, std::vector<Output>& outputs) {
-    for (Output& output : outputs) {
+Status writePreflop(const EquityCounts& counts, std::vector<TableOutput>& outputs) {
+    for (TableOutput& output : outputs) {
         std::array<double, roundSizes[0]> equities;
         for (size_t i = 0; i < equities.size(); ++i) {
             const EquityCounts::PreflopWins& wins = counts.preflop()[i];
-            const uint64_t deals = wins.flops * riversAfter[0] * riverDeals[output.opponents];
-            equities[i] = static_cast<double>(output.opponents == 0 ? wins.overOne : wins.overTwo) /
+            const uint64_t deals = wins.flops * riversAfter[0] * riverDeals[output.which];
+            equities[i] = static_cast<double>(output.which == 0 ? wins.overOne : wins.overTwo) /
                           static_cast<double>(deals);
         }
         if (Status written = output.file.write(equities.data(), sizeof equities); !written)
@@ -120,8 +83,9 @@ Status writePreflop(const EquityCounts& counts, std::vector<Output>& outputs) {
 } // namespace
 
 Status writeEquityFiles(const EquityCounts& counts, int round, const std::string& pathOverOne,
-                        const std::string& pathOverTwo, size_t memory, const Work& work) {
-    std::vector<Output> outputs;
+                        const std::string& pathOverTwo, size_t memory, const Work& work,
+                        BackgroundCommits& commits) {
+    std::vector<TableOutput> outputs;
     for (size_t opponents = 0; opponents < 2; ++opponents) {
         const std::string& path = opponents == 0 ? pathOverOne : pathOverTwo;
         if (path.empty())
@@ -147,7 +111,9 @@ Status writeEquityFiles(const EquityCounts& counts, int round, const std::string
     }
     if (!status)
         return status;
-    return onEach(outputs, work, [](Output& output) { return output.file.commit(); });
+    for (TableOutput& output : outputs)
+        commits.add(std::move(output.file));
+    return {};
 }
 
 } // namespace tamarin

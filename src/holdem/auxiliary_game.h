@@ -90,6 +90,8 @@ public:
     };
 
 private:
+    friend class AuxiliaryEquilibrium;
+
     size_t setOf(size_t node, const uint8_t* buckets) const {
         return buckets[tree_.nodes()[node].player] * tree_.nodes().size() + node;
     }

@@ -206,11 +206,11 @@ void addTables(Fnv1a& hash, const SevenCardTable& table) {
     const BoardSet flops(3);
     const BoardSet turns(4);
     const BoardSet rivers(5);
-    addBoards(hash, table, flops, 1);
-    addBoards(hash, table, turns, 2);
-    addBoards(hash, table, rivers, 3);
+    addBoards(hash, flops, 1);
+    addBoards(hash, turns, 2);
+    addBoards(hash, rivers, 3);
 
-    const FlopEquities equities = flopEquities(table, rivers, turns, flops.board(1'000));
+    const FlopEquities equities = flopEquities(rivers, turns, flops.board(1'000));
     for (const double equity : equities.overOne)
         hash.add(equity);
     for (const double equity : equities.overTwo)

@@ -34,7 +34,8 @@ Status buildEquities(const BuildOptions& options, const Work& work, const Files&
         options.memory == 0
             ? uint64_t{1} << 30
             : std::max(leastWindow, options.memory - EquityCounts::memoryBytes() - otherMemory);
-    for (int round = 0; round < holdemRounds; ++round) {
+    BackgroundCommits commits;
+    for (int round = holdemRounds; round-- > 0;) { // the longest first: the disk is the slower part
         std::array<std::string, 2> paths;
         for (const TableFile* file : files)
             if (file->round == round)
@@ -49,11 +50,12 @@ Status buildEquities(const BuildOptions& options, const Work& work, const Files&
                                      " equities",
                                  done, total);
         };
-        if (Status written = writeEquityFiles(*counts, round, paths[0], paths[1], window, writing);
+        if (Status written =
+                writeEquityFiles(*counts, round, paths[0], paths[1], window, writing, commits);
             !written)
             return written;
     }
-    return {};
+    return commits.wait();
 }
 
 } // namespace tamarin

@@ -1,189 +1,209 @@
-// Utilities: the auxiliary game of each round, solved and sampled.
+// Utilities: the auxiliary game of each round, solved and counted out.
 //
-// The rounds are trained side by side, since one training is a chain of updates that cannot be
-// shared out; sampling is shared out in blocks. Every training and every block has an engine of its
-// own, seeded from the seed, the round and the block's number.
+// All of it is exact: how often the clusters meet is counted over every board, hand and opponent,
+// the game over these numbers is solved until hardly anything can be gained, and what each hand
+// wins in it is the mean over every opponent. So the tables depend on nothing but their sources.
 
 #include "abstraction/large_buffer.h"
 #include "abstraction/table_names.h"
-#include "holdem/auxiliary_deals.h"
-#include "support/file.h"
-#include "support/parallel_errors.h"
-#include "support/split_mix.h"
+#include "abstraction/table_output.h"
+#include "holdem/auxiliary_equilibrium.h"
+#include "holdem/exact_utilities.h"
+#include "support/background_commits.h"
 #include "table_builder/build_steps.h"
 #include "table_builder/built_in_games.h"
+#include "table_builder/round_boards.h"
 #include "table_builder/table_parts.h"
 
 #include <algorithm>
 #include <array>
-#include <memory>
 
 namespace tamarin {
 
 namespace {
 
-constexpr size_t blockHands = 4096;
-constexpr size_t blocksAtOnce = 128; // of each seat: four megabytes
-constexpr uint64_t trainingPart = 100;
+// CFR+ comes to 1e-5 of a chip within some hundred iterations of a millisecond.
+constexpr double enoughNashConv = 1e-5;
+constexpr size_t iterationsAtATime = 100;
+constexpr size_t mostIterations = 20'000;
 
-// An engine for one purpose, far from those of neighbouring rounds, purposes and seeds.
-std::minstd_rand0 engineFor(uint64_t seed, int round, uint64_t purpose) {
-    uint64_t mixed = seed;
-    for (const uint64_t part : {static_cast<uint64_t>(round) + 1, purpose + 1})
-        mixed = mixBits(mixed + part * splitMixStep);
-    return std::minstd_rand0(static_cast<uint32_t>(mixed % (std::minstd_rand0::modulus - 1) + 1));
-}
+constexpr uint64_t otherMemory = uint64_t{64} << 20;
+constexpr uint64_t leastWindow = uint64_t{32} << 20;
 
-struct RoundGame {
-    int round;
+// A utility as it is gathered, of both seats: 24 bits of each.
+using Gathered = std::array<float, 2>;
+
+struct Round {
+    int number;
+    size_t hands;
     GamePtr game;
-    RoundIndexer indexer;
+    RoundBoards boards;
     LargeBuffer<uint8_t> clusters;
-    std::unique_ptr<AuxiliaryGame> auxiliary;
 
-    ClusterLookup lookup() const { return {indexer.get(), clusters.data()}; }
+    std::string name() const { return roundNames[static_cast<size_t>(number)]; }
 };
 
-Result<std::unique_ptr<RoundGame>> openRound(const BuildOptions& options, const Work& work,
-                                             int round) {
+Work reporting(const BuildOptions& options, const Work& work, const std::string& step) {
+    Work part = work;
+    part.progress = [&options, step](uint64_t done, uint64_t total) {
+        if (options.progress)
+            options.progress(step, done, total);
+    };
+    return part;
+}
+
+// The clusters, copied onto huge pages: they are looked up all over the table, and with small pages
+// every look-up would wait for an address first.
+Result<LargeBuffer<uint8_t>> readClusters(const BuildOptions& options, int round) {
     const size_t hands = roundSizes[static_cast<size_t>(round)];
-    auto game = auxiliaryGameIn(options.directory, 2, round);
-    if (!game)
-        return Error{game.error()};
-    const auto clusterFile =
+    const auto file =
         MappedFile::open(inDirectory(options.directory, clusterPath(2, round)), hands);
-    if (!clusterFile)
-        return Error{clusterFile.error()};
-    // Copied onto huge pages: clusters are looked up all over the table, and with small pages every
-    // look-up would wait for an address first. A third off the river's training.
+    if (!file)
+        return Error{file.error()};
     auto clusters = LargeBuffer<uint8_t>::take(hands, "clusters");
     if (!clusters)
-        return Error{clusters.error()};
-    std::copy_n(clusterFile->as<uint8_t>().data(), hands, clusters->data());
-    auto equities = MappedFile::open(inDirectory(options.directory, equityPath(2, round)),
-                                     hands * sizeof(double));
-    if (!equities)
-        return Error{equities.error()};
-    // The file has been looked into, but what is trained on is this copy: a byte that changed since
-    // must not reach beyond the buckets.
+        return clusters;
+    std::copy_n(file->as<uint8_t>().data(), hands, clusters->data());
+    // The file has been looked into, but what is counted with is this copy: a byte that changed
+    // since must not reach beyond the clusters.
     if (*std::max_element(clusters->data(), clusters->data() + hands) >= AuxiliaryGame::numBuckets)
         return Error{clusterPath(2, round) + " holds clusters above 100: delete it"};
+    return clusters;
+}
 
+Result<ClusterMeetings> countMeetings(const Round& round, const Work& work) {
+    std::vector<ClusterMeetings> ofThreads(static_cast<size_t>(work.threadCount()));
+    const bool counted = forEach(work, round.boards.size(), [&](size_t b) {
+        RankedBoard board;
+        round.boards.rank(b, board);
+        std::array<uint8_t, numHoldings(deckCards)> clusters;
+        for (size_t h = 0; h < board.holdings(); ++h)
+            clusters[h] = round.clusters[board.indices[h]];
+        ofThreads[static_cast<size_t>(omp_get_thread_num())].addBoard(
+            HoldingOrder(board.values.data(), board.cardsLeft), clusters.data(),
+            board.weights.data());
+    });
+    if (!counted)
+        return stopped();
+    ClusterMeetings meetings;
+    for (const ClusterMeetings& ofThread : ofThreads)
+        meetings.add(ofThread);
+    return meetings;
+}
+
+// A game solved for the meetings of its round's clusters.
+Status solve(const BuildOptions& options, const Work& work, const Round& round,
+             AuxiliaryGame& auxiliary) {
+    const auto equities = MappedFile::open(
+        inDirectory(options.directory, equityPath(2, round.number)), round.hands * sizeof(double));
+    if (!equities)
+        return Error{equities.error()};
     const TableRange range = rangeOfFile(*equities, work.threads);
     std::array<double, AuxiliaryGame::numBuckets> winProb;
     for (size_t b = 0; b < winProb.size(); ++b)
-        winProb[b] = static_cast<double>(b) / 100.0 * (range.max - range.min) + range.min;
-    auto opened = std::unique_ptr<RoundGame>(
-        new RoundGame{round, std::move(*game), RoundIndexer(round), std::move(*clusters), nullptr});
-    opened->auxiliary = std::make_unique<AuxiliaryGame>(*opened->game);
-    opened->auxiliary->start(winProb);
-    return opened;
+        winProb[b] = static_cast<double>(b) / clusterLevels * (range.max - range.min) + range.min;
+    auxiliary.start(winProb);
+
+    const auto meetings =
+        countMeetings(round, reporting(options, work, "Counting " + round.name() + " meetings"));
+    if (!meetings)
+        return Error{meetings.error()};
+    AuxiliaryEquilibrium equilibrium(auxiliary, *meetings);
+    size_t iterations = 0;
+    do {
+        if (work.shouldStop())
+            return stopped();
+        equilibrium.run(iterationsAtATime);
+        iterations += iterationsAtATime;
+    } while (iterations < mostIterations && equilibrium.nashConv() > enoughNashConv);
+    equilibrium.write();
+    return {};
 }
 
-Status train(const BuildOptions& options, const Work& work,
-             const std::vector<std::unique_ptr<RoundGame>>& rounds) {
-    const uint64_t iterations = options.trainingIterations;
-    std::atomic<uint64_t> done{0};
-    std::atomic<bool> stopping{false};
-    ParallelErrors errors;
-    const auto trainRound = [&](RoundGame& round) {
-        AuxiliaryTraining training(*round.auxiliary, round.lookup());
-        std::minstd_rand0 engine = engineFor(options.seed, round.round, 0);
-        for (uint64_t it = 0; it < iterations && !stopping && !errors.met(); it += trainingPart) {
-            const uint64_t part = std::min(trainingPart, iterations - it);
-            training.run(part, engine);
-            const uint64_t now = done += part;
-            if (work.shouldStop())
-                stopping = true;
-            if (omp_get_thread_num() == 0 && options.progress)
-                options.progress("Training auxiliary games", now, iterations * rounds.size());
-        }
-    };
-#pragma omp parallel for schedule(dynamic, 1) num_threads(work.threadCount())
-    for (size_t r = 0; r < rounds.size(); ++r)
-        errors.run([&] { trainRound(*rounds[r]); });
-    errors.rethrow();
-    if (options.progress)
-        options.progress("Training auxiliary games", done, iterations * rounds.size());
-    return stopping ? Status(stopped()) : Status();
+// Both seats are counted in one go, but only the files asked for are written.
+Status countOut(const BuildOptions& options, const Work& work, const Round& round,
+                const AuxiliaryGame& auxiliary, std::vector<TableOutput>& outputs) {
+    const uint64_t allowed =
+        options.memory == 0 ? UINT64_MAX
+                            : options.memory - std::min(options.memory, round.hands + otherMemory);
+    const size_t window = std::min(round.hands, std::max(leastWindow, allowed) / sizeof(Gathered));
+    auto gathered = LargeBuffer<Gathered>::take(window, "gathering utilities");
+    if (!gathered)
+        return Error{gathered.error()};
+    const ExactUtilities exact(auxiliary, round.clusters.data());
+    const size_t passes = (round.hands + window - 1) / window;
+    for (size_t pass = 0; pass < passes; ++pass) {
+        const size_t begin = pass * window;
+        const size_t count = std::min(window, round.hands - begin);
+        Work part = reporting(options, work, "Counting " + round.name() + " utilities");
+        part.progress = [&, whole = part.progress](uint64_t done, uint64_t total) {
+            whole(pass * total + done, passes * total);
+        };
+        const bool counted = forEach(part, round.boards.size(), [&](size_t b) {
+            RankedBoard board;
+            round.boards.rank(b, board);
+            std::array<double, numHoldings(deckCards)> utilities;
+            for (size_t seat = 0; seat < 2; ++seat) {
+                exact.ofBoard(board.values.data(), board.indices.data(), board.cardsLeft, seat,
+                              utilities.data());
+                for (size_t h = 0; h < board.holdings(); ++h)
+                    if (board.indices[h] - begin < count)
+                        (*gathered)[board.indices[h] - begin][seat] =
+                            static_cast<float>(utilities[h]);
+            }
+        });
+        if (!counted)
+            return stopped();
+        const Status written = onEachOutput(outputs, work, [&](TableOutput& output) {
+            return appendEntries(output.file, count, work, [&](size_t i) {
+                return static_cast<double>((*gathered)[i][output.which]);
+            });
+        });
+        if (!written)
+            return written;
+    }
+    return {};
 }
 
-// Both seats are sampled in one go, but only the files asked for are written: the other one, good
-// already, may come from another seed.
-Status fill(const BuildOptions& options, const Work& work, const RoundGame& round,
-            const Files& wanted) {
-    const size_t hands = roundSizes[static_cast<size_t>(round.round)];
-    const UtilityFiller filler(*round.auxiliary, round.lookup(), round.round);
-    struct Output {
-        size_t seat;
-        AtomicFile file;
-    };
-    std::vector<Output> outputs;
-    for (const TableFile* table : wanted) {
-        if (table->round != round.round)
+Status buildRound(const BuildOptions& options, const Work& work, int number, const Files& files,
+                  BackgroundCommits& commits) {
+    std::vector<TableOutput> outputs;
+    for (const TableFile* table : files) {
+        if (table->round != number)
             continue;
         auto file = AtomicFile::create(inDirectory(options.directory, table->path));
         if (!file)
             return Error{file.error()};
         outputs.push_back({static_cast<size_t>(table->seat), std::move(*file)});
     }
-    const std::string step =
-        "Sampling " + std::string(roundNames[static_cast<size_t>(round.round)]) + " utilities";
-    std::array<std::vector<double>, 2> utilities;
-    for (auto& ofSeat : utilities)
-        ofSeat.resize(std::min(hands, blockHands * blocksAtOnce));
-    for (size_t first = 0; first < hands; first += utilities[0].size()) {
-        const size_t last = std::min(first + utilities[0].size(), hands);
-        const size_t blocks = (last - first + blockHands - 1) / blockHands;
-        const auto fillBlock = [&](size_t b) {
-            if (work.shouldStop())
-                return;
-            const size_t begin = first + b * blockHands;
-            double* const at[] = {&utilities[0][begin - first], &utilities[1][begin - first]};
-            std::minstd_rand0 engine = engineFor(options.seed, round.round, 1 + begin / blockHands);
-            filler.fill(begin, std::min(begin + blockHands, last), at, engine);
-        };
-        ParallelErrors errors;
-#pragma omp parallel for schedule(dynamic, 1) num_threads(work.threadCount())
-        for (size_t b = 0; b < blocks; ++b)
-            errors.run([&] { fillBlock(b); });
-        errors.rethrow();
-        if (work.shouldStop())
-            return stopped();
-        for (Output& output : outputs)
-            if (Status written = output.file.write(utilities[output.seat].data(),
-                                                   (last - first) * sizeof(double));
-                !written)
-                return written;
-        if (options.progress)
-            options.progress(step, last, hands);
-    }
-    for (Output& output : outputs)
-        if (Status committed = output.file.commit(); !committed)
-            return committed;
+    if (outputs.empty())
+        return {};
+    auto game = auxiliaryGameIn(options.directory, 2, number);
+    if (!game)
+        return Error{game.error()};
+    auto clusters = readClusters(options, number);
+    if (!clusters)
+        return Error{clusters.error()};
+    const Round round{number, roundSizes[static_cast<size_t>(number)], std::move(*game),
+                      RoundBoards(number), std::move(*clusters)};
+    AuxiliaryGame auxiliary(*round.game);
+    if (Status solved = solve(options, work, round, auxiliary); !solved)
+        return solved;
+    if (Status counted = countOut(options, work, round, auxiliary, outputs); !counted)
+        return counted;
+    for (TableOutput& output : outputs)
+        commits.add(std::move(output.file));
     return {};
 }
 
 } // namespace
 
 Status buildUtilities(const BuildOptions& options, const Work& work, const Files& files) {
-    // The longest first.
-    std::vector<std::unique_ptr<RoundGame>> rounds;
-    for (int round = holdemRounds; round-- > 0;) {
-        if (std::none_of(files.begin(), files.end(),
-                         [&](const TableFile* file) { return file->round == round; }))
-            continue;
-        auto opened = openRound(options, work, round);
-        if (!opened)
-            return Error{opened.error()};
-        rounds.push_back(std::move(*opened));
-    }
-    if (Status trained = train(options, work, rounds); !trained)
-        return trained;
-    for (const auto& round : rounds)
-        if (Status filled = fill(options, work, *round, files); !filled)
-            return filled;
-    return {};
+    BackgroundCommits commits;
+    for (int round = holdemRounds; round-- > 0;) // the longest first
+        if (Status built = buildRound(options, work, round, files, commits); !built)
+            return built;
+    return commits.wait();
 }
 
 } // namespace tamarin

@@ -30,8 +30,12 @@ protected:
 
     static std::string at(const char* name) { return (directory / name).string(); }
     static void write(int round, const char* one, const char* two, size_t memory) {
-        const Status written = writeEquityFiles(*counts, round, at(one), at(two), memory, {});
+        BackgroundCommits commits;
+        const Status written =
+            writeEquityFiles(*counts, round, at(one), at(two), memory, {}, commits);
         ASSERT_TRUE(written.ok()) << written.error();
+        const Status committed = commits.wait();
+        ASSERT_TRUE(committed.ok()) << committed.error();
     }
     static MappedFile map(const char* name) {
         auto file = MappedFile::open(at(name));
@@ -79,7 +83,8 @@ TEST_F(EquityFiles, LittleMemoryGivesTheSameBytes) {
 TEST_F(EquityFiles, StoppedWorkLeavesNothing) {
     Work work;
     work.stop = [] { return true; };
-    const Status status = writeEquityFiles(*counts, 2, at("a"), at("b"), 1U << 30, work);
+    BackgroundCommits commits;
+    const Status status = writeEquityFiles(*counts, 2, at("a"), at("b"), 1U << 30, work, commits);
     EXPECT_FALSE(status.ok());
     EXPECT_FALSE(std::filesystem::exists(at("a")));
     for (const auto& entry : std::filesystem::directory_iterator(directory))
@@ -87,7 +92,8 @@ TEST_F(EquityFiles, StoppedWorkLeavesNothing) {
 }
 
 TEST_F(EquityFiles, UnwritablePlaceIsAnError) {
-    const Status status = writeEquityFiles(*counts, 0, at("nowhere/one"), "", size_t{1} << 20, {});
+    const Status status =
+        writeEquityFiles(*counts, 0, at("nowhere/one"), "", size_t{1} << 20, {}, commits);
     ASSERT_FALSE(status.ok());
     EXPECT_NE(status.error().find("nowhere/one"), std::string::npos);
 }
