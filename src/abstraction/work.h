@@ -30,8 +30,8 @@ inline Error stopped() {
     return Error{"stopped"};
 }
 
-// body(i) for every i below count, on all threads, in no fixed order. Reports i of count. False
-// when the work was stopped.
+// body(i) for every i below count, on all threads, in no fixed order. Reports how many of count are
+// done, at the end all. False when the work was stopped.
 template <class Body>
 bool forEach(const Work& work, size_t count, const Body& body) {
     std::atomic<size_t> done{0};
@@ -53,6 +53,8 @@ bool forEach(const Work& work, size_t count, const Body& body) {
         });
     }
     errors.rethrow();
+    if (!stopping)
+        work.report(count, count);
     return !stopping;
 }
 

@@ -12,7 +12,7 @@ namespace tamarin {
 namespace {
 
 // How a group's files were made, and what from.
-ManifestEntry entryOf(const TableFile& file, uint64_t seed) {
+ManifestEntry entryOf(const TableFile& file) {
     const std::string name = std::filesystem::path(file.path).filename().string();
     switch (file.group) {
     case TableGroup::sevenCards:
@@ -22,17 +22,17 @@ ManifestEntry entryOf(const TableFile& file, uint64_t seed) {
     case TableGroup::clusters:
         return {name, "cut into 101 clusters", "the equities"};
     case TableGroup::utilities:
-        return {name, fmt::format("trained and sampled with seed {}", seed), "the clusters"};
+        return {name, "solved and counted exactly", "the clusters"};
     case TableGroup::holdem:
         return {name, "cut into 10 buckets", "the utilities and equities"};
     }
     return {};
 }
 
-std::vector<ManifestEntry> entriesOf(const std::vector<const TableFile*>& files, uint64_t seed) {
+std::vector<ManifestEntry> entriesOf(const std::vector<const TableFile*>& files) {
     std::vector<ManifestEntry> entries;
     for (const TableFile* file : files)
-        entries.push_back(entryOf(*file, seed));
+        entries.push_back(entryOf(*file));
     return entries;
 }
 
@@ -56,10 +56,10 @@ Result<BuildReport> buildForCommand(BuildOptions build, StepProgress& progress) 
     const std::string lookup = inDirectory(build.directory, "lookup");
     catchUpOnManifest(lookup);
     build.begin = [&](const std::vector<const TableFile*>& files) {
-        warnOfManifest(announceFiles(lookup, entriesOf(files, build.seed)));
+        warnOfManifest(announceFiles(lookup, entriesOf(files)));
     };
     build.made = [&](const std::vector<const TableFile*>& files) {
-        warnOfManifest(recordFiles(lookup, entriesOf(files, build.seed)));
+        warnOfManifest(recordFiles(lookup, entriesOf(files)));
     };
     build.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
         progress.at(step, done, total);

@@ -19,36 +19,39 @@ ExactUtilities::ExactUtilities(const AuxiliaryGame& auxiliary, const uint8_t* cl
     assert(auxiliary.numPlayers() == 2);
     const auto endings = AuxiliaryGame::Values(auxiliary).endings();
     for (size_t seat = 0; seat < parts_.size(); ++seat) {
-        parts_[seat].resize((endings.size() + lanes - 1) / lanes);
-        for (size_t e = 0; e < endings.size(); ++e) {
-            Part& part = parts_[seat][e / lanes];
-            const size_t lane = e % lanes;
-            const auto [worse, tied, better] = endings[e].payoff[seat];
+        std::vector<std::array<double, AuxiliaryGame::numBuckets>> factors;
+        for (const auto& ending : endings) {
+            auto factor = ending.reach[1 - seat];
+            std::transform(factor.begin(), factor.end(), factor.begin(), rounded);
+            const auto known = std::find(factors.begin(), factors.end(), factor);
+            const auto number = static_cast<size_t>(known - factors.begin());
+            if (known == factors.end())
+                factors.push_back(factor);
+            parts_[seat].resize((factors.size() + lanes - 1) / lanes);
+            Part& part = parts_[seat][number / lanes];
+            const size_t lane = number % lanes;
+            const auto [worse, tied, better] = ending.payoff[seat];
             for (size_t bucket = 0; bucket < AuxiliaryGame::numBuckets; ++bucket) {
-                part.opponent[bucket].lane[lane] = rounded(endings[e].reach[1 - seat][bucket]);
-                const double own = endings[e].reach[seat][bucket];
+                part.opponent[bucket].lane[lane] = factor[bucket];
+                const double own = ending.reach[seat][bucket];
                 Terms& terms = part.own[bucket];
                 // Those beaten are counted among the others as well.
-                terms.beaten.lane[lane] = own * (better - tied);
-                terms.notBetter.lane[lane] = own * (tied - worse);
-                terms.any.lane[lane] = own * worse;
+                terms.beaten.lane[lane] += own * (better - tied);
+                terms.notBetter.lane[lane] += own * (tied - worse);
+                terms.any.lane[lane] += own * worse;
             }
         }
     }
 }
 
-void ExactUtilities::ofBoard(const uint16_t* values, const uint32_t* indices, size_t cardsLeft,
-                             size_t seat, double* utilities) const {
-    const HoldingOrder order(values, cardsLeft);
+void ExactUtilities::ofBoard(const HoldingOrder& order, const uint32_t* indices, size_t seat,
+                             double* utilities) const {
     const size_t holdings = order.size();
-    std::array<uint8_t, numHoldings(deckCards)> cluster;
-    for (size_t h = 0; h < holdings; ++h)
-        cluster[h] = clusters_[indices[h]];
     std::fill_n(utilities, holdings, 0.0);
     std::array<Row, numHoldings(deckCards)> weights;
     for (const Part& part : parts_[seat]) {
         for (size_t h = 0; h < holdings; ++h)
-            weights[h] = part.opponent[cluster[h]];
+            weights[h] = part.opponent[clusters_[indices[h]]];
         sweepShowdowns(order, weights.data(),
                        [&](size_t number, const Row& beaten, const Row& notBetter, const Row& any) {
                            // Deliberately the cluster of the index's low byte; see UtilityFiller.
@@ -62,7 +65,7 @@ void ExactUtilities::ofBoard(const uint16_t* values, const uint32_t* indices, si
                            utilities[number] += sum;
                        });
     }
-    const auto opponents = static_cast<double>(numHoldings(cardsLeft - 2));
+    const auto opponents = static_cast<double>(numHoldings(order.cardsLeft() - 2));
     for (size_t h = 0; h < holdings; ++h)
         utilities[h] /= opponents;
 }

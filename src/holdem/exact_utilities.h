@@ -6,10 +6,10 @@
 //
 //   own factor x (payoffs x sums of the opponents' factors over those worse, tied and better)
 //
-// and the sums come from one sweep over the board's sorted holdings, for all ends at once
-// (abstraction/showdown_sweep.h). The factors are rounded to multiples of 2^-40: the sums are then
-// exact, and a hand has the same utility to the bit on every board and in every place where the
-// sweep meets it.
+// and the sums come from one sweep over the board's sorted holdings, for all factors at once
+// (abstraction/showdown_sweep.h). Ends that the opponent reaches alike share a factor. The factors
+// are rounded to multiples of 2^-40: the sums are then exact, and a hand has the same utility to
+// the bit on every board and in every place where the sweep meets it.
 #pragma once
 
 #include "abstraction/boards.h"
@@ -29,17 +29,16 @@ public:
     // clusters: of the round, as for UtilityFiller, the hero's own oddity included; kept.
     ExactUtilities(const AuxiliaryGame& auxiliary, const uint8_t* clusters);
 
-    // utilities receives what the seat wins on average with each holding of a board. values: the
-    // holdings' hand values; indices: their hand indices; both as numbered in boards.h. Any number
-    // of threads may call it.
-    void ofBoard(const uint16_t* values, const uint32_t* indices, size_t cardsLeft, size_t seat,
+    // utilities receives what the seat wins on average with each holding of a board. indices: the
+    // holdings' hand indices, numbered as in boards.h. Any number of threads may call it.
+    void ofBoard(const HoldingOrder& order, const uint32_t* indices, size_t seat,
                  double* utilities) const;
 
 private:
-    static constexpr size_t lanes = 8; // ends that a sweep takes at a time
+    static constexpr size_t lanes = 4; // factors that a sweep takes at a time
     using Row = WeightRow<double, lanes>;
-    // By the own bucket: what an opponent's factor adds for each end where the opponent is worse,
-    // at most as good, and in any case.
+    // By the own bucket: what an opponent's factor adds where the opponent is worse, at most as
+    // good, and in any case.
     struct Terms {
         Row beaten;
         Row notBetter;

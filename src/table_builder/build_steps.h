@@ -22,7 +22,8 @@ Status buildHoldem(const BuildOptions& options, const Work& work, const Files& f
 // empty when nothing is wrong, or when the file cannot be read.
 std::string damageOf(const TableFile& file, const std::string& path, int threads);
 
-// The least memory that buildEquities can do with.
+// The least memory that buildEquities and buildUtilities can do with.
 uint64_t leastEquityMemory();
+uint64_t leastUtilityMemory();
 
 } // namespace tamarin

@@ -142,10 +142,10 @@ Status countOut(const BuildOptions& options, const Work& work, const Round& roun
         const bool counted = forEach(part, round.boards.size(), [&](size_t b) {
             RankedBoard board;
             round.boards.rank(b, board);
+            const HoldingOrder order(board.values.data(), board.cardsLeft);
             std::array<double, numHoldings(deckCards)> utilities;
             for (size_t seat = 0; seat < 2; ++seat) {
-                exact.ofBoard(board.values.data(), board.indices.data(), board.cardsLeft, seat,
-                              utilities.data());
+                exact.ofBoard(order, board.indices.data(), seat, utilities.data());
                 for (size_t h = 0; h < board.holdings(); ++h)
                     if (board.indices[h] - begin < count)
                         (*gathered)[board.indices[h] - begin][seat] =
@@ -197,6 +197,10 @@ Status buildRound(const BuildOptions& options, const Work& work, int number, con
 }
 
 } // namespace
+
+uint64_t leastUtilityMemory() {
+    return roundSizes[3] + leastWindow + otherMemory;
+}
 
 Status buildUtilities(const BuildOptions& options, const Work& work, const Files& files) {
     BackgroundCommits commits;

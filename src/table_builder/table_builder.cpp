@@ -19,13 +19,23 @@ namespace tamarin {
 
 namespace {
 
+// What a group can do with, by going through the boards more than once.
+uint64_t leastMemoryOf(TableGroup group) {
+    const uint64_t least = group == TableGroup::equities    ? leastEquityMemory()
+                           : group == TableGroup::utilities ? leastUtilityMemory()
+                                                            : memoryOf(group);
+    return std::min(least, memoryOf(group));
+}
+
 Status checkMemory(const BuildOptions& options, const TablePlan& plan) {
     uint64_t memory = plan.memory;
     if (options.memory != 0) {
-        const uint64_t least =
-            diskOf(plan, TableGroup::equities) != 0 ? leastEquityMemory() : plan.memory;
-        if (options.memory < std::min(least, plan.memory))
-            return Error{"this needs " + describeBytes(std::min(least, plan.memory)) +
+        uint64_t least = 0;
+        for (int g = 0; g < tableGroups; ++g)
+            if (const auto group = static_cast<TableGroup>(g); diskOf(plan, group) != 0)
+                least = std::max(least, leastMemoryOf(group));
+        if (options.memory < least)
+            return Error{"this needs " + describeBytes(least) +
                          " of memory at least, more than the " + describeBytes(options.memory) +
                          " allowed"};
         memory = std::min(memory, options.memory);

@@ -2,16 +2,15 @@
 //
 // Seven-card table, equities, clusters, utilities, hold'em tables; minutes where the plain form in
 // EquityTables takes most of a day. Each file appears whole or not at all, so work that was
-// stopped, even by a crash, goes on with the file it was at and ends in the same bytes. The bytes
-// of the utilities depend on the seed, since they are sampled; no bytes depend on the number of
-// threads. Builders in one directory wait for each other. A file of the wrong size is moved to
-// NAME.bad and made again. So is a damaged one (abstraction/table_contents.h). The builder reads
-// through every file that it is about to use, and through others when asked to.
+// stopped, even by a crash, goes on with the file it was at and ends in the same bytes. No bytes
+// depend on chance or on the number of threads. Builders in one directory wait for each other. A
+// file of the wrong size is moved to NAME.bad and made again. So is a damaged one
+// (abstraction/table_contents.h). The builder reads through every file that it is about to use, and
+// through others when asked to.
 //
 // The auxiliary games are read from the directory; where it has none, the built-in ones serve. A
 // file that may not be read, or something else in a file's place, stops the work before it
-// begins. Utilities take as many iterations and samples as those of EquityTables::loadUtility; each
-// round's training, and each block of 4,096 hands in sampling, draws from an engine of its own.
+// begins.
 #pragma once
 
 #include "support/result.h"
@@ -31,9 +30,7 @@ struct BuildOptions {
     bool force = false;             // make the wanted ones even when they are there; of groups only
     std::vector<TableGroup> lookInto; // those of the wanted whose every entry is looked at
     int threads = 0;                  // 0: all cores
-    uint64_t seed = 1;                // of the utilities
     uint64_t memory = 0;              // bytes that may be taken; 0: as much as is useful
-    uint64_t trainingIterations = 100'000;
 
     // Told what is going on, on the calling thread; none need be given.
     std::function<void(const std::string& step, uint64_t done, uint64_t total)> progress;

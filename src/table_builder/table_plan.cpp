@@ -34,7 +34,7 @@ constexpr std::array<GroupFacts, tableGroups> facts{{
          boardClasses[0] * numHoldings(49) * 8 + roundSizes[3] * 4 + working,
      6, 3},
     {"clusters", "clusters of equity", roundSizes[3] + working, 10, 1},
-    {"utility", "utilities in the auxiliary games", roundSizes[3] + 2 * working, 20, 20},
+    {"utility", "utilities in the auxiliary games", roundSizes[3] * 9 + working, 8, 6},
     {"holdem", "hold'em buckets", roundSizes[3] + working, 10, 1},
 }};
 

@@ -169,7 +169,6 @@ int makeTables(const Options& options) {
     build.groups = groupsOf(options);
     build.force = options.force;
     build.threads = options.threads;
-    build.seed = options.seed;
     build.memory = memoryLimit(options);
     if (options.dryRun && options.sampled)
         return showSamplingEstimate(options);
@@ -258,7 +257,8 @@ void addTablesCommand(CLI::App& app, int& status) {
             return std::string(text.empty() ? "give a size such as 2GB" : "");
         })
         ->type_name("SIZE");
-    addSeedOption(command, options->seed);
+    addSeedOption(command, options->seed)
+        ->description("Seed of the hands that --verify looks at, and of --sampled");
     addThreadsOption(command, options->threads);
     addJsonOption(command, options->json);
     addQuietOption(command, options->quiet);

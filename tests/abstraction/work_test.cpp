@@ -46,9 +46,22 @@ TEST(ForEach, AnExceptionReachesTheCallerAndEndsTheWork) {
         EXPECT_THROW(forEach(work, 1000, [](size_t) {}), std::runtime_error);
         work.stop = nullptr;
         work.progress = [](uint64_t, uint64_t) { throw std::runtime_error("progress"); };
-        if (threads == 1) { // the first thread reports, and may come too late to have work
-            EXPECT_THROW(forEach(work, 1000, [](size_t) {}), std::runtime_error);
-        }
+        EXPECT_THROW(forEach(work, 1000, [](size_t) {}), std::runtime_error);
+    }
+}
+
+TEST(ForEach, ReportsTheEndWhoeverDidTheWork) {
+    for (const size_t count : {1U, 65U, 1000U}) {
+        Work work;
+        work.threads = 3;
+        uint64_t last = 0;
+        work.progress = [&](uint64_t done, uint64_t total) {
+            EXPECT_GE(done, last);
+            EXPECT_EQ(total, count);
+            last = done;
+        };
+        EXPECT_TRUE(forEach(work, count, [](size_t) {}));
+        EXPECT_EQ(last, count);
     }
 }
 

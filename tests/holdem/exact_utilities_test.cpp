@@ -78,7 +78,7 @@ struct Board {
 
 std::vector<double> exactly(const ExactUtilities& exact, const Board& board, size_t seat) {
     std::vector<double> utilities(board.values.size());
-    exact.ofBoard(board.values.data(), board.indices.data(), board.left.size(), seat,
+    exact.ofBoard(HoldingOrder(board.values.data(), board.left.size()), board.indices.data(), seat,
                   utilities.data());
     return utilities;
 }
