@@ -1,13 +1,19 @@
 // Clusters and hold'em buckets: levels of what the equity and utility files hold.
+//
+// The tables of a round are made side by side, a part of all of them at a time, so that every
+// source is gone through once for its range and once more for its levels.
 
-#include "abstraction/large_buffer.h"
 #include "abstraction/quantise.h"
+#include "abstraction/round_indexers.h"
 #include "abstraction/table_names.h"
-#include "support/file.h"
+#include "support/background_commits.h"
+#include "support/parallel_errors.h"
 #include "support/util.h"
 #include "table_builder/build_steps.h"
 #include "table_builder/table_parts.h"
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 
 namespace tamarin {
@@ -20,98 +26,172 @@ struct Source {
     TableRange range;
 };
 
-Result<Source> openSource(const BuildOptions& options, const Work& work, const std::string& path,
-                          uint64_t hands) {
-    auto file = MappedFile::open(inDirectory(options.directory, path), hands * sizeof(double));
-    if (!file)
-        return Error{file.error()};
-    const TableRange range = rangeOfFile(*file, work.threads);
-    return Source{std::move(*file), range};
+// The sources of a round by path, each opened once.
+class Sources {
+public:
+    Sources(const BuildOptions& options, const Work& work, uint64_t hands)
+        : options_(options), work_(work), hands_(hands) {}
+
+    Result<const Source*> at(const std::string& path) {
+        auto known = sources_.find(path);
+        if (known == sources_.end()) {
+            auto file =
+                MappedFile::open(inDirectory(options_.directory, path), hands_ * sizeof(double));
+            if (!file)
+                return Error{file.error()};
+            const TableRange range = rangeOfFile(*file, work_.threads);
+            known = sources_.emplace(path, Source{std::move(*file), range}).first;
+        }
+        return &known->second;
+    }
+
+    void forgetPages() const {
+        for (const auto& [path, source] : sources_)
+            source.file.forgetPages();
+    }
+
+private:
+    const BuildOptions& options_;
+    const Work& work_;
+    uint64_t hands_;
+    std::map<std::string, Source> sources_;
+};
+
+// Levels of one or two sources, and the files that hold them.
+struct Quantised {
+    const Source* equities;
+    const Source* utilities; // none for clusters
+    std::vector<AtomicFile> files;
+    std::vector<uint8_t> part{};
+};
+
+Status addFile(const BuildOptions& options, const TableFile& file, Quantised& table) {
+    auto output = AtomicFile::create(inDirectory(options.directory, file.path));
+    if (!output)
+        return Error{output.error()};
+    table.files.push_back(std::move(*output));
+    return {};
 }
 
-Status saveBytes(const BuildOptions& options, const TableFile& file,
-                 const LargeBuffer<uint8_t>& bytes) {
-    return saveTable(inDirectory(options.directory, file.path).c_str(), bytes.data(), file.bytes);
+void makePart(Quantised& table, size_t begin, size_t count, int threads) {
+    table.part.resize(count);
+    const Source& equities = *table.equities;
+    const auto equityPart = equities.file.as<double>().subspan(begin, count);
+    if (table.utilities == nullptr)
+        clustersOf(equityPart, equities.range, table.part.data(), threads);
+    else
+        holdemBucketsOf(table.utilities->file.as<double>().subspan(begin, count),
+                        table.utilities->range, equityPart, equities.range, table.part.data(),
+                        threads);
 }
 
-void report(const BuildOptions& options, const char* step, uint64_t done, size_t total) {
-    if (options.progress)
-        options.progress(step, done, total);
+// Writes the tables of a round, all of so many hands.
+Status writeTables(const Work& work, const Sources& sources, uint64_t hands,
+                   std::vector<Quantised>& tables, BackgroundCommits& commits) {
+    Status status;
+    inParts(hands, [&](size_t begin, size_t count) {
+        if (!status)
+            return;
+        if (work.shouldStop()) {
+            status = stopped();
+            return;
+        }
+        for (Quantised& table : tables)
+            makePart(table, begin, count, work.threads);
+        sources.forgetPages();
+        std::vector<Status> written(tables.size());
+        ParallelErrors errors;
+#pragma omp parallel for schedule(dynamic, 1) num_threads(work.threadCount())
+        for (size_t t = 0; t < tables.size(); ++t)
+            errors.run([&] {
+                for (AtomicFile& file : tables[t].files)
+                    if (written[t])
+                        written[t] = file.write(tables[t].part.data(), count);
+            });
+        errors.rethrow();
+        for (Status& ofTable : written)
+            if (!ofTable && status)
+                status = std::move(ofTable);
+    });
+    if (!status)
+        return status;
+    for (Quantised& table : tables)
+        for (AtomicFile& file : table.files)
+            commits.add(std::move(file));
+    return {};
+}
+
+// The tables of each round: tablesOf(files of the round, its sources, the tables to make).
+template <class TablesOf>
+Status buildRounds(const BuildOptions& options, const Work& work, const Files& files,
+                   const char* step, const TablesOf& tablesOf) {
+    BackgroundCommits commits;
+    size_t done = 0;
+    for (int round = holdemRounds; round-- > 0;) { // the longest first
+        const uint64_t hands = roundSizes[static_cast<size_t>(round)];
+        Files ofRound;
+        std::copy_if(files.begin(), files.end(), std::back_inserter(ofRound),
+                     [&](const TableFile* file) { return file->round == round; });
+        if (ofRound.empty())
+            continue;
+        if (options.progress)
+            options.progress(step, done, files.size());
+        if (work.shouldStop())
+            return stopped();
+        Sources sources(options, work, hands);
+        std::vector<Quantised> tables;
+        if (Status opened = tablesOf(ofRound, sources, tables); !opened)
+            return opened;
+        if (Status written = writeTables(work, sources, hands, tables, commits); !written)
+            return written;
+        done += ofRound.size();
+        if (options.progress)
+            options.progress(step, done, files.size());
+    }
+    return commits.wait();
 }
 
 } // namespace
 
 Status buildClusters(const BuildOptions& options, const Work& work, const Files& files) {
-    for (size_t i = 0; i < files.size(); ++i) {
-        const TableFile& file = *files[i];
-        report(options, "Cutting equities into clusters", i, files.size());
-        if (work.shouldStop())
-            return stopped();
-        auto equities = openSource(options, work, equityPath(file.players, file.round), file.bytes);
-        auto clusters = LargeBuffer<uint8_t>::take(file.bytes, "clusters");
-        if (!equities)
-            return Error{equities.error()};
-        if (!clusters)
-            return Error{clusters.error()};
-        inParts(file.bytes, [&](size_t begin, size_t count) {
-            clustersOf(equities->file.as<double>().subspan(begin, count), equities->range,
-                       clusters->data() + begin, work.threads);
-            equities->file.forgetPages();
-        });
-        if (Status saved = saveBytes(options, file, *clusters); !saved)
-            return saved;
-        report(options, "Cutting equities into clusters", i + 1, files.size());
-    }
-    return {};
+    const auto tablesOf = [&](const Files& ofRound, Sources& sources,
+                              std::vector<Quantised>& tables) -> Status {
+        for (const TableFile* file : ofRound) {
+            const auto equities = sources.at(equityPath(file->players, file->round));
+            if (!equities)
+                return Error{equities.error()};
+            tables.push_back({*equities, nullptr, {}});
+            if (Status added = addFile(options, *file, tables.back()); !added)
+                return added;
+        }
+        return {};
+    };
+    return buildRounds(options, work, files, "Cutting equities into clusters", tablesOf);
 }
 
 Status buildHoldem(const BuildOptions& options, const Work& work, const Files& files) {
-    // A round's utilities serve several tables: their ranges are found once.
-    std::map<std::string, Source> sources;
-    const auto sourceAt = [&](const std::string& path, uint64_t hands) -> Result<const Source*> {
-        auto at = sources.find(path);
-        if (at == sources.end()) {
-            auto source = openSource(options, work, path, hands);
-            if (!source)
-                return Error{source.error()};
-            at = sources.emplace(path, std::move(*source)).first;
-        }
-        return &at->second;
-    };
-    size_t done = 0;
-    for (int round = 0; round < 4; ++round) {
-        sources.clear();
-        for (const TableFile* file : files) {
-            if (file->round != round)
-                continue;
-            report(options, "Making hold'em buckets", done, files.size());
-            if (work.shouldStop())
-                return stopped();
-            const auto utilities =
-                sourceAt(utilityPath(2, round, utilitySeatOf(file->seat)), file->bytes);
-            const auto equities = sourceAt(equityPath(file->players, round), file->bytes);
-            auto buckets = LargeBuffer<uint8_t>::take(file->bytes, "hold'em buckets");
-            if (!utilities)
-                return Error{utilities.error()};
+    const auto tablesOf = [&](const Files& ofRound, Sources& sources,
+                              std::vector<Quantised>& tables) -> Status {
+        for (const TableFile* file : ofRound) {
+            const auto equities = sources.at(equityPath(file->players, file->round));
             if (!equities)
                 return Error{equities.error()};
-            if (!buckets)
-                return Error{buckets.error()};
-            const MappedFile& utilityFile = (*utilities)->file;
-            const MappedFile& equityFile = (*equities)->file;
-            inParts(file->bytes, [&](size_t begin, size_t count) {
-                holdemBucketsOf(utilityFile.as<double>().subspan(begin, count), (*utilities)->range,
-                                equityFile.as<double>().subspan(begin, count), (*equities)->range,
-                                buckets->data() + begin, work.threads);
-                utilityFile.forgetPages();
-                equityFile.forgetPages();
+            const auto utilities =
+                sources.at(utilityPath(2, file->round, utilitySeatOf(file->seat)));
+            if (!utilities)
+                return Error{utilities.error()};
+            // Seats that share their utilities have the same table.
+            auto table = std::find_if(tables.begin(), tables.end(), [&](const Quantised& known) {
+                return known.equities == *equities && known.utilities == *utilities;
             });
-            if (Status saved = saveBytes(options, *file, *buckets); !saved)
-                return saved;
-            report(options, "Making hold'em buckets", ++done, files.size());
+            if (table == tables.end())
+                table = tables.insert(table, Quantised{*equities, *utilities, {}});
+            if (Status added = addFile(options, *file, *table); !added)
+                return added;
         }
-    }
-    return {};
+        return {};
+    };
+    return buildRounds(options, work, files, "Making hold'em buckets", tablesOf);
 }
 
 } // namespace tamarin

@@ -33,9 +33,9 @@ constexpr std::array<GroupFacts, tableGroups> facts{{
      boardClasses[2] * riverHoldings * 4 + boardClasses[1] * numHoldings(48) * 8 +
          boardClasses[0] * numHoldings(49) * 8 + roundSizes[3] * 4 + working,
      6, 3},
-    {"clusters", "clusters of equity", roundSizes[3] + working, 10, 1},
+    {"clusters", "clusters of equity", 4 * working, 10, 1},
     {"utility", "utilities in the auxiliary games", roundSizes[3] * 9 + working, 8, 6},
-    {"holdem", "hold'em buckets", roundSizes[3] + working, 10, 1},
+    {"holdem", "hold'em buckets", 5 * working, 8, 1},
 }};
 
 const GroupFacts& factsOf(TableGroup group) {
