@@ -10,11 +10,14 @@
 #include "eval/exact_equity.h"
 #include "eval/hand_table.h"
 #include "holdem/auxiliary_deals.h"
+#include "holdem/auxiliary_equilibrium.h"
 #include "holdem/auxiliary_game.h"
+#include "holdem/exact_utilities.h"
 #include "signature/parts.h"
 #include "support/rng.h"
 #include "support/util.h"
 #include "table_builder/built_in_games.h"
+#include "table_builder/round_boards.h"
 
 #include <algorithm>
 #include <array>
@@ -165,27 +168,35 @@ void addEquities(Fnv1a& hash, const SevenCardTable& table) {
     }
 }
 
-// An auxiliary game over made-up clusters, trained a little, and utilities of its first hands.
-void addUtilities(Fnv1a& hash, int players, int round, unsigned long long iterations) {
-    const GamePtr game = gameFromText(auxiliaryGameText(players, round));
-    const RoundIndexer indexer(round);
-    const size_t size = roundSizes[static_cast<size_t>(round)];
+// One pattern over and over: quick to lay down however slow the build.
+LargeBuffer<uint8_t> madeUpClusters(size_t size) {
     auto clusters = LargeBuffer<uint8_t>::take(size, "clusters");
     if (!clusters)
         throw std::bad_alloc();
-    // One pattern over and over: quick to lay down however slow the build.
     std::vector<uint8_t> pattern(std::min<size_t>(size, 99'991));
     for (size_t i = 0; i < pattern.size(); ++i)
         pattern[i] = static_cast<uint8_t>((i * 2654435761U >> 7U) % AuxiliaryGame::numBuckets);
     for (size_t at = 0; at < size; at += pattern.size())
         std::copy_n(pattern.data(), std::min(pattern.size(), size - at), clusters->data() + at);
+    return std::move(*clusters);
+}
 
-    AuxiliaryGame auxiliary(*game);
+void startWithRisingChances(AuxiliaryGame& auxiliary) {
     std::array<double, AuxiliaryGame::numBuckets> winProb;
     for (size_t b = 0; b < winProb.size(); ++b)
         winProb[b] = static_cast<double>(b) / 100.0;
     auxiliary.start(winProb);
-    const ClusterLookup lookup{indexer.get(), clusters->data()};
+}
+
+// An auxiliary game over made-up clusters, trained a little, and utilities of its first hands.
+void addUtilities(Fnv1a& hash, int players, int round, unsigned long long iterations) {
+    const GamePtr game = gameFromText(auxiliaryGameText(players, round));
+    const RoundIndexer indexer(round);
+    const size_t size = roundSizes[static_cast<size_t>(round)];
+    const auto clusters = madeUpClusters(size);
+    AuxiliaryGame auxiliary(*game);
+    startWithRisingChances(auxiliary);
+    const ClusterLookup lookup{indexer.get(), clusters.data()};
     std::minstd_rand0 engine(41);
     AuxiliaryTraining(auxiliary, lookup).run(iterations, engine);
     constexpr size_t hands = 169;
@@ -198,6 +209,42 @@ void addUtilities(Fnv1a& hash, int players, int round, unsigned long long iterat
         for (const double chips : ofSeat)
             hash.add(chips);
     hash.add(static_cast<uint32_t>(engine()));
+}
+
+// The same clusters' game over a few boards, solved and counted out.
+void addExactUtilities(Fnv1a& hash, int round) {
+    const GamePtr game = gameFromText(auxiliaryGameText(2, round));
+    const size_t size = roundSizes[static_cast<size_t>(round)];
+    const auto clusters = madeUpClusters(size);
+    AuxiliaryGame auxiliary(*game);
+    startWithRisingChances(auxiliary);
+    const RoundBoards boards(round);
+    const size_t step = std::max<size_t>(1, boards.size() / boardsOfRound);
+    RankedBoard board;
+    ClusterMeetings meetings;
+    const auto rank = [&](size_t number) {
+        boards.rank(number, board);
+        return HoldingOrder(board.values.data(), board.cardsLeft);
+    };
+    for (size_t number = 0; number < boards.size(); number += step) {
+        std::array<uint8_t, numHoldings(deckCards)> cluster;
+        const HoldingOrder order = rank(number);
+        for (size_t h = 0; h < order.size(); ++h)
+            cluster[h] = clusters[board.indices[h]];
+        meetings.addBoard(order, cluster.data(), board.weights.data());
+    }
+    AuxiliaryEquilibrium equilibrium(auxiliary, meetings);
+    equilibrium.run(40);
+    hash.add(equilibrium.nashConv());
+    equilibrium.write();
+    const ExactUtilities exact(auxiliary, clusters.data());
+    const HoldingOrder order = rank(boards.size() / 2);
+    std::array<double, numHoldings(deckCards)> utilities;
+    for (size_t seat = 0; seat < 2; ++seat) {
+        exact.ofBoard(order, board.indices.data(), seat, utilities.data());
+        for (size_t h = 0; h < order.size(); ++h)
+            hash.add(utilities[h]);
+    }
 }
 
 } // namespace
@@ -220,6 +267,8 @@ void addTables(Fnv1a& hash, const SevenCardTable& table) {
     for (int round = 0; round < holdemRounds; ++round)
         addUtilities(hash, 2, round, 3);
     addUtilities(hash, 3, 1, 2);
+    for (int round = 0; round < holdemRounds; ++round)
+        addExactUtilities(hash, round);
 }
 
 } // namespace tamarin
