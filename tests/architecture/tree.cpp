@@ -39,6 +39,7 @@ const RoomUses& allowedUses() {
         {"game", {"support"}},
         {"eval", {"support", "game"}},
         {"abstraction", {"support", "index", "game", "eval"}},
+        {"clustering", {"support", "index", "game", "eval", "abstraction"}},
         {"tree", {"support", "game"}},
         {"strategy", {"support", "game", "tree"}},
         {"holdem", {"support", "index", "game", "abstraction", "tree", "strategy"}},
@@ -59,12 +60,12 @@ const RoomUses& allowedUses() {
          {"support", "game", "abstraction", "tree", "strategy", "holdem", "solver", "training",
           "table_builder", "driver"}},
         {"report",
-         {"support", "game", "abstraction", "tree", "strategy", "holdem", "solver", "training",
-          "table_builder", "driver", "dealer", "directory"}},
+         {"support", "game", "abstraction", "clustering", "tree", "strategy", "holdem", "solver",
+          "training", "table_builder", "driver", "dealer", "directory"}},
         {"toolbox",
-         {"support", "index", "game", "eval", "abstraction", "tree", "strategy", "holdem", "solver",
-          "training", "table_builder", "driver", "bots", "dealer", "signature", "directory",
-          "report"}},
+         {"support", "index", "game", "eval", "abstraction", "clustering", "tree", "strategy",
+          "holdem", "solver", "training", "table_builder", "driver", "bots", "dealer", "signature",
+          "directory", "report"}},
     };
     return uses;
 }

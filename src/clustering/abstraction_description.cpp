@@ -1,0 +1,124 @@
+#include "clustering/abstraction_description.h"
+
+#include "clustering/checked_file.h"
+
+namespace tamarin {
+
+namespace {
+
+constexpr CheckedKind descriptionKind{"tmrnabst", 1, "the description of a card abstraction"};
+
+bool possible(const AbstractionDescription& description) {
+    if (static_cast<size_t>(description.options.method) >= methodNames.size())
+        return false;
+    for (const RoundDescription& round : description.rounds)
+        if (round.buckets == 0 || round.buckets > mostBuckets ||
+            round.centres.size() % round.buckets != 0)
+            return false;
+    const size_t starting = description.startingHandClusters.size();
+    return starting == 0 || starting == roundSizes[0];
+}
+
+} // namespace
+
+BucketCounts AbstractionDescription::counts() const {
+    BucketCounts counts{};
+    for (size_t round = 0; round < counts.size(); ++round)
+        counts[round] = rounds[round].buckets;
+    return counts;
+}
+
+void pack(Packer& packer, const AbstractionOptions& options) {
+    packer.add(static_cast<uint32_t>(options.method));
+    packer.add(options.clusters);
+    packer.add(options.seed);
+    packer.add(options.sample);
+    packer.add(options.restarts);
+    packer.add(options.iterations);
+    packer.add(options.tolerance);
+}
+
+void unpack(Unpacker& unpacker, AbstractionOptions& options) {
+    uint32_t method = 0;
+    unpacker.take(method);
+    options.method = static_cast<AbstractionMethod>(method);
+    unpacker.take(options.clusters);
+    unpacker.take(options.seed);
+    unpacker.take(options.sample);
+    unpacker.take(options.restarts);
+    unpacker.take(options.iterations);
+    unpacker.take(options.tolerance);
+}
+
+void pack(Packer& packer, const RoundDescription& round) {
+    packer.add(round.buckets);
+    packer.add(round.hands);
+    packer.add(round.checksum);
+    packer.add(round.distance);
+    packer.add(round.deckHands);
+    packer.add(round.centres);
+}
+
+void unpack(Unpacker& unpacker, RoundDescription& round) {
+    unpacker.take(round.buckets);
+    unpacker.take(round.hands);
+    unpacker.take(round.checksum);
+    unpacker.take(round.distance);
+    unpacker.take(round.deckHands);
+    unpacker.take(round.centres);
+}
+
+Status writeDescription(const std::string& path, const AbstractionDescription& description) {
+    Packer packer;
+    pack(packer, description.options);
+    for (const RoundDescription& round : description.rounds)
+        pack(packer, round);
+    packer.add(description.startingHandClusters);
+    return writeCheckedFile(path, descriptionKind, packer.bytes());
+}
+
+Result<AbstractionDescription> readDescription(const std::string& path) {
+    const Result<std::string> payload = readCheckedFile(path, descriptionKind);
+    if (!payload)
+        return Error{payload.error()};
+    AbstractionDescription description;
+    Unpacker unpacker(*payload);
+    unpack(unpacker, description.options);
+    for (RoundDescription& round : description.rounds)
+        unpack(unpacker, round);
+    unpacker.take(description.startingHandClusters);
+    if (!unpacker.whole() || !possible(description))
+        return Error{path + ": holds numbers that no card abstraction has"};
+    return description;
+}
+
+std::string differenceOf(const AbstractionOptions& there, const BucketCounts& countsThere,
+                         const AbstractionOptions& here, const BucketCounts& countsHere) {
+    const auto differ = [](const char* field, const auto& made, const auto& wanted) {
+        return std::string(field) + " is " + made + " there and " + wanted + " here";
+    };
+    if (there.method != here.method)
+        return differ("the method", std::string(methodNames[static_cast<size_t>(there.method)]),
+                      methodNames[static_cast<size_t>(here.method)]);
+    if (countsThere != countsHere)
+        return differ("the number of buckets", abstractionName(countsThere, AbstractionMethod::emd),
+                      abstractionName(countsHere, AbstractionMethod::emd));
+    const struct {
+        const char* name;
+        uint64_t there;
+        uint64_t here;
+    } fields[] = {
+        {"the number of clusters of starting hands", there.clusters, here.clusters},
+        {"the seed", there.seed, here.seed},
+        {"the sample", there.sample, here.sample},
+        {"the number of restarts", there.restarts, here.restarts},
+        {"the number of iterations", there.iterations, here.iterations},
+        {"the tolerance", there.tolerance, here.tolerance},
+    };
+    for (const auto& field : fields)
+        if (field.there != field.here)
+            return differ(field.name, std::to_string(field.there), std::to_string(field.here));
+    return {};
+}
+
+} // namespace tamarin

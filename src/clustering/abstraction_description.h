@@ -1,0 +1,85 @@
+// What is known of a card abstraction: how it was made, what its files must hold, how well it fits.
+//
+// The file `abstraction` of its folder, a checked file (checked_file.h) whose payload is, in this
+// order:
+//
+//   4       method: 0 emd, 1 percentile
+//   4       clusters of starting hands that river hands are measured against; 0 for percentile
+//   8       seed
+//   8       hands sampled for the turn, and as many for the river; 0: chosen by the counts
+//   4       restarts
+//   4       most iterations of a fit
+//   4       a fit ends when an iteration wins less than one part in so many
+//   then for each round:
+//   4       buckets
+//   8       hands
+//   8       checksum of the round's file
+//   8       sum of the distances of all hands of the deck from their centres
+//   8       hands of the deck
+//   8, N    length and bytes of the centres, one row of N / buckets bytes each, in bucket order
+//   and
+//   8, N    the cluster of each starting hand: 169 bytes, or none
+#pragma once
+
+#include "clustering/abstraction_name.h"
+#include "support/result.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tamarin {
+
+struct AbstractionOptions {
+    AbstractionMethod method = AbstractionMethod::emd;
+    uint32_t clusters = 8;
+    uint64_t seed = 1;
+    uint64_t sample = 0;
+    uint32_t restarts = 3;
+    uint32_t iterations = 50;
+    uint32_t tolerance = 1000;
+
+    bool operator==(const AbstractionOptions&) const = default;
+};
+
+struct RoundDescription {
+    uint32_t buckets = 0;
+    uint64_t hands = 0;
+    uint64_t checksum = 0;
+    uint64_t distance = 0;
+    uint64_t deckHands = 0;
+    std::vector<uint8_t> centres;
+
+    bool operator==(const RoundDescription&) const = default;
+    // Of a hand of the deck from its centre.
+    double meanDistance() const {
+        return deckHands == 0 ? 0 : static_cast<double>(distance) / static_cast<double>(deckHands);
+    }
+};
+
+struct AbstractionDescription {
+    AbstractionOptions options;
+    std::array<RoundDescription, holdemRounds> rounds;
+    std::vector<uint8_t> startingHandClusters;
+
+    bool operator==(const AbstractionDescription&) const = default;
+    BucketCounts counts() const;
+};
+
+Status writeDescription(const std::string& path, const AbstractionDescription& description);
+// Refuses a file that is not such a description, or holds numbers that none has.
+Result<AbstractionDescription> readDescription(const std::string& path);
+
+// "seed is 1 there and 2 here", for the first option or count that differs; empty when none does.
+std::string differenceOf(const AbstractionOptions& there, const BucketCounts& countsThere,
+                         const AbstractionOptions& here, const BucketCounts& countsHere);
+
+class Packer;
+class Unpacker;
+void pack(Packer& packer, const AbstractionOptions& options);
+void unpack(Unpacker& unpacker, AbstractionOptions& options);
+void pack(Packer& packer, const RoundDescription& round);
+void unpack(Unpacker& unpacker, RoundDescription& round);
+
+} // namespace tamarin
