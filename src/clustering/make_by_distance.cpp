@@ -1,0 +1,255 @@
+// The method emd: k-means over histograms before the river, over strengths on it.
+#include "clustering/abstraction_run.h"
+#include "clustering/deck_samples.h"
+#include "clustering/equity_histograms.h"
+#include "clustering/fit_centres.h"
+#include "clustering/river_strength.h"
+#include "support/split_mix.h"
+
+#include <numeric>
+
+namespace tamarin {
+
+namespace {
+
+// Every fit and every sample draws numbers of its own.
+uint64_t seedOf(const AbstractionRun& run, FitStep step, bool sample) {
+    return mixBits(run.options.options.seed +
+                   splitMixStep * (2 * static_cast<uint64_t>(step) + sample));
+}
+
+uint64_t sampleOf(const AbstractionRun& run, int round) {
+    const uint64_t asked = run.options.options.sample;
+    return asked != 0 ? asked : defaultSample(run.buckets(round));
+}
+
+// Fits centres, or goes on fitting; they are in run.state.fit.best then.
+template <class Metric>
+Status fit(AbstractionRun& run, FitStep step, const std::string& name, uint32_t centres,
+           const PointSet<Metric>& points) {
+    const AbstractionOptions& options = run.options.options;
+    if (run.state.step != step) {
+        run.state.step = step;
+        run.state.fit = {};
+    }
+    const Work work = run.beginStep(name);
+    Work parts = work; // a fit does not know how long it will be: each of its parts is told apart
+    Status saved;
+    FitWatch watch;
+    watch.iterated = [&](const FitState& state) {
+        const bool last = state.restart == options.restarts;
+        if (Status now = last ? run.save() : run.saveNowAndThen(); !now)
+            saved = now;
+    };
+    parts.stop = [&] { return !saved.ok() || work.shouldStop(); };
+    const FitOptions fitting{centres, seedOf(run, step, false), options.restarts,
+                             options.iterations, options.tolerance};
+    const Status fitted = fitCentres(points, fitting, parts, watch, run.state.fit);
+    if (!saved)
+        return saved;
+    if (!fitted) {
+        if (Status kept = run.save(); !kept)
+            return kept;
+        return fitted;
+    }
+    run.endStep();
+    return {};
+}
+
+template <class Metric, class Row>
+Status passWithCentres(AbstractionRun& run, int round, const std::string& name,
+                       const auto& makeRows) {
+    auto buckets = AbstractionRun::takeBuckets(round);
+    if (!buckets)
+        return Error{buckets.error()};
+    const Work work = run.beginStep(name);
+    const NearestCentres<Metric> centres(run.state.fit.best);
+    const auto totals = passOverRound<Row>(
+        round, {buckets->data(), buckets->size()}, work, makeRows, [&](const Row& row) {
+            const Nearest nearest = centres.find(row.data());
+            return BucketChoice{nearest.number, nearest.distance};
+        });
+    if (!totals)
+        return stopped();
+    const Status finished =
+        run.finishRound(round, {buckets->data(), buckets->size()}, *totals, run.state.fit.best);
+    run.endStep();
+    return finished;
+}
+
+Status clusterStartingHands(AbstractionRun& run, const EarlyHistograms& early) {
+    const auto hands = startingHandCounts();
+    const PointSet<HistogramMetric> points({early.preflop.begin(), early.preflop.end()},
+                                           {hands.begin(), hands.end()});
+    if (Status fitted = fit(run, FitStep::startingHands, "clustering starting hands",
+                            run.options.options.clusters, points);
+        !fitted)
+        return fitted;
+    const NearestCentres<HistogramMetric> centres(run.state.fit.best);
+    std::vector<uint8_t> clusters;
+    for (const HistogramRow& row : early.preflop)
+        clusters.push_back(static_cast<uint8_t>(centres.find(row.data()).number));
+    run.state.startingHandClusters = std::move(clusters);
+    run.state.step = FitStep::none;
+    run.state.fit = {};
+    return run.save();
+}
+
+// Every starting hand by itself, weakest first.
+Status separateStartingHands(AbstractionRun& run, const EarlyHistograms& early) {
+    const auto hands = startingHandCounts();
+    std::array<uint16_t, 169> order;
+    std::iota(order.begin(), order.end(), uint16_t{0});
+    // Each hand's sum is that of one hand of the deck, times the hands that it stands for.
+    const auto strength = [&](uint16_t hand) { return early.preflopStrength[hand] / hands[hand]; };
+    std::stable_sort(order.begin(), order.end(),
+                     [&](uint16_t a, uint16_t b) { return strength(a) < strength(b); });
+    std::array<uint16_t, 169> buckets;
+    std::vector<uint8_t> centres;
+    for (uint16_t rank = 0; rank < order.size(); ++rank) {
+        buckets[order[rank]] = rank;
+        const HistogramRow& row = early.preflop[order[rank]];
+        centres.insert(centres.end(), row.begin(), row.end());
+    }
+    return run.finishRound(0, buckets, {0, numHoldings(deckCards)}, std::move(centres));
+}
+
+Status makePreflop(AbstractionRun& run, const EarlyHistograms& early) {
+    if (run.buckets(0) == roundSizes[0])
+        return separateStartingHands(run, early);
+    const auto hands = startingHandCounts();
+    const PointSet<HistogramMetric> points({early.preflop.begin(), early.preflop.end()},
+                                           {hands.begin(), hands.end()});
+    if (Status fitted = fit(run, FitStep::preflop, "fitting the pre-flop", run.buckets(0), points);
+        !fitted)
+        return fitted;
+    const NearestCentres<HistogramMetric> centres(run.state.fit.best);
+    std::array<uint16_t, 169> buckets;
+    PassTotals totals;
+    for (size_t hand = 0; hand < buckets.size(); ++hand) {
+        const Nearest nearest = centres.find(early.preflop[hand].data());
+        buckets[hand] = static_cast<uint16_t>(nearest.number);
+        totals.distance += uint64_t{hands[hand]} * nearest.distance;
+        totals.hands += hands[hand];
+    }
+    return run.finishRound(0, buckets, totals, run.state.fit.best);
+}
+
+Status assignFlop(AbstractionRun& run, const EarlyHistograms& early) {
+    std::vector<uint16_t> buckets(early.flop.size());
+    const Work work = run.beginStep("placing flop hands");
+    const NearestCentres<HistogramMetric> centres(run.state.fit.best);
+    std::atomic<uint64_t> distance{0};
+    std::atomic<uint64_t> hands{0};
+    const bool done = forEach(work, chunksOf(early.flop.size()), [&](size_t chunk) {
+        const size_t end = std::min((chunk + 1) * chunkPoints, early.flop.size());
+        PassTotals own;
+        for (size_t hand = chunk * chunkPoints; hand < end; ++hand) {
+            const Nearest nearest = centres.find(early.flop[hand].data());
+            buckets[hand] = static_cast<uint16_t>(nearest.number);
+            own.distance += uint64_t{early.flopHands[hand]} * nearest.distance;
+            own.hands += early.flopHands[hand];
+        }
+        distance += own.distance;
+        hands += own.hands;
+    });
+    if (!done)
+        return stopped();
+    const Status finished = run.finishRound(1, buckets, {distance, hands}, run.state.fit.best);
+    run.endStep();
+    return finished;
+}
+
+Status makeFlop(AbstractionRun& run, const EarlyHistograms& early) {
+    {
+        const PointSet<HistogramMetric> points(early.flop, early.flopHands);
+        if (Status fitted = fit(run, FitStep::flop, "fitting the flop", run.buckets(1), points);
+            !fitted)
+            return fitted;
+    }
+    return assignFlop(run, early);
+}
+
+Status makeTurn(AbstractionRun& run, const EquityHistograms& histograms) {
+    {
+        const Work work = run.beginStep("sampling turn hands");
+        auto rows =
+            sampleTurn(histograms, sampleOf(run, 2), seedOf(run, FitStep::turn, true), work);
+        if (!rows)
+            return stopped();
+        run.endStep();
+        const PointSet<HistogramMetric> points(std::move(*rows), {});
+        if (Status fitted = fit(run, FitStep::turn, "fitting the turn", run.buckets(2), points);
+            !fitted)
+            return fitted;
+    }
+    return passWithCentres<HistogramMetric, HistogramRow>(
+        run, 2, "placing turn hands",
+        [&](const uint8_t* board, HistogramRow* rows) { histograms.turnRows(board, rows); });
+}
+
+Status makeRiver(AbstractionRun& run) {
+    const RiverStrength strength(run.state.startingHandClusters, run.options.options.clusters);
+    {
+        const Work work = run.beginStep("sampling river hands");
+        auto rows =
+            sampleRiver(strength, sampleOf(run, 3), seedOf(run, FitStep::river, true), work);
+        if (!rows)
+            return stopped();
+        run.endStep();
+        const PointSet<StrengthMetric> points(std::move(*rows), {});
+        if (Status fitted = fit(run, FitStep::river, "fitting the river", run.buckets(3), points);
+            !fitted)
+            return fitted;
+    }
+    return passWithCentres<StrengthMetric, StrengthRow>(
+        run, 3, "placing river hands",
+        [&](const uint8_t* board, StrengthRow* rows) { strength.rows(board, rows); });
+}
+
+Status makeEarlyRounds(AbstractionRun& run, const EquityHistograms& histograms) {
+    const bool clusters = run.state.startingHandClusters.empty();
+    if (!clusters && run.state.done(0) && run.state.done(1))
+        return {};
+    const Work work = run.beginStep("counting flop histograms");
+    const auto early = earlyHistograms(histograms, work);
+    if (!early)
+        return Error{early.error()};
+    run.endStep();
+    if (clusters)
+        if (Status made = clusterStartingHands(run, *early); !made)
+            return made;
+    if (!run.state.done(0))
+        if (Status made = makePreflop(run, *early); !made)
+            return made;
+    if (!run.state.done(1))
+        return makeFlop(run, *early);
+    return {};
+}
+
+Status makeBeforeRiver(AbstractionRun& run) {
+    const AbstractionRun& known = run;
+    if (!known.state.startingHandClusters.empty() && known.state.done(0) && known.state.done(1) &&
+        known.state.done(2))
+        return {};
+    const Work work = run.beginStep("counting river equities");
+    const BoardSet rivers(5);
+    const auto bins = riverBins(rivers, work);
+    if (!bins)
+        return Error{bins.error()};
+    run.endStep();
+    const EquityHistograms histograms(rivers, *bins);
+    if (Status made = makeEarlyRounds(run, histograms); !made)
+        return made;
+    return run.state.done(2) ? Status() : makeTurn(run, histograms);
+}
+
+} // namespace
+
+Status makeByDistance(AbstractionRun& run) {
+    if (Status made = makeBeforeRiver(run); !made)
+        return made;
+    return run.state.done(3) ? Status() : makeRiver(run);
+}
+
+} // namespace tamarin
