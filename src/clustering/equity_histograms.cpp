@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <memory>
 #include <mutex>
+#include <numeric>
 
 namespace tamarin {
 
@@ -143,6 +144,20 @@ std::array<uint8_t, 169> startingHandCounts() {
             ++counts[hand_index_last(indexer.get(), cards)];
         }
     return counts;
+}
+
+std::array<uint16_t, 169> ranksOfStartingHands(const EarlyHistograms& early) {
+    const auto hands = startingHandCounts();
+    // A starting hand's sum is that of one hand of the deck, times the hands that it stands for.
+    const auto strength = [&](uint16_t hand) { return early.preflopStrength[hand] / hands[hand]; };
+    std::array<uint16_t, 169> order;
+    std::iota(order.begin(), order.end(), uint16_t{0});
+    std::stable_sort(order.begin(), order.end(),
+                     [&](uint16_t a, uint16_t b) { return strength(a) < strength(b); });
+    std::array<uint16_t, 169> ranks;
+    for (uint16_t rank = 0; rank < order.size(); ++rank)
+        ranks[order[rank]] = rank;
+    return ranks;
 }
 
 } // namespace tamarin

@@ -55,4 +55,8 @@ Result<EarlyHistograms> earlyHistograms(const EquityHistograms& histograms, cons
 // Hole card pairs of the deck that each starting hand stands for: 6, 4 or 12.
 std::array<uint8_t, 169> startingHandCounts();
 
+// Where each starting hand comes when they are sorted by strength, weakest first; of equals the one
+// with the lower number.
+std::array<uint16_t, 169> ranksOfStartingHands(const EarlyHistograms& early);
+
 } // namespace tamarin

@@ -97,20 +97,11 @@ Status clusterStartingHands(AbstractionRun& run, const EarlyHistograms& early) {
 
 // Every starting hand by itself, weakest first.
 Status separateStartingHands(AbstractionRun& run, const EarlyHistograms& early) {
-    const auto hands = startingHandCounts();
-    std::array<uint16_t, 169> order;
-    std::iota(order.begin(), order.end(), uint16_t{0});
-    // Each hand's sum is that of one hand of the deck, times the hands that it stands for.
-    const auto strength = [&](uint16_t hand) { return early.preflopStrength[hand] / hands[hand]; };
-    std::stable_sort(order.begin(), order.end(),
-                     [&](uint16_t a, uint16_t b) { return strength(a) < strength(b); });
-    std::array<uint16_t, 169> buckets;
-    std::vector<uint8_t> centres;
-    for (uint16_t rank = 0; rank < order.size(); ++rank) {
-        buckets[order[rank]] = rank;
-        const HistogramRow& row = early.preflop[order[rank]];
-        centres.insert(centres.end(), row.begin(), row.end());
-    }
+    const std::array<uint16_t, 169> buckets = ranksOfStartingHands(early);
+    std::vector<uint8_t> centres(buckets.size() * histogramWidth);
+    for (size_t hand = 0; hand < buckets.size(); ++hand)
+        std::copy_n(early.preflop[hand].begin(), histogramWidth,
+                    centres.begin() + static_cast<ptrdiff_t>(buckets[hand] * histogramWidth));
     return run.finishRound(0, buckets, {0, numHoldings(deckCards)}, std::move(centres));
 }
 

@@ -34,6 +34,7 @@ void addEquityCommand(CLI::App& app, int& status);
 void addRankCommand(CLI::App& app, int& status);
 void addIndexCommand(CLI::App& app, int& status);
 void addTablesCommand(CLI::App& app, int& status);
+void addAbstractCommand(CLI::App& app, int& status);
 void addVerifyCommand(CLI::App& app, int& status);
 void addSignatureCommand(CLI::App& app, int& status);
 
