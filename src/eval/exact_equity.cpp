@@ -1,5 +1,6 @@
 #include "eval/exact_equity.h"
 
+#include "eval/hand_evaluator.h"
 #include "eval/opponent_tally.h"
 #include "eval/preflop_equity.h"
 
@@ -12,36 +13,48 @@ namespace {
 
 constexpr CardSet allCards = 0x1fff1fff1fff1fff;
 
-// Tallies the two-card hands of the unknown cards on a full board.
+// What stays the same over all boards of a question.
+struct Question {
+    const HandEvaluator& evaluator = HandEvaluator::shared();
+    std::array<HandKey, maxOpponents + 1> hands; // the known ones
+    size_t known = 0;
+    int randomOpponents = 0;
+};
+
+// Tallies the two-card hands of the unknown cards on a full board. Values of a row first, then
+// their comparison, which the compiler makes in vectors.
 template <bool perCard>
-OpponentTally tallyHands(CardSet board, CardSet unknown, int own) {
-    std::array<CardSet, 52> cards;
+OpponentTally tallyHands(const HandEvaluator& evaluator, const HandKey& board, CardSet unknown,
+                         uint16_t own) {
+    std::array<HandKey, 52> cards;
     size_t count = 0;
     for (; unknown != 0; unknown &= unknown - 1)
-        cards[count++] = unknown & (~unknown + 1);
-    std::array<uint32_t, 52> beaten{};
-    std::array<uint32_t, 52> tied{};
+        cards[count++] = keyOfCards(unknown & (~unknown + 1));
+    std::array<uint16_t, 52> beaten{};
+    std::array<uint16_t, 52> tied{};
+    std::array<uint16_t, 52> values;
     OpponentTally tally;
-    for (size_t a = 0; a < count; ++a) {
-        const CardSet withA = board | cards[a];
-        uint32_t beatenA = 0;
-        uint32_t tiedA = 0;
+    for (size_t a = 1; a < count; ++a) {
+        const HandKey withA = board + cards[a];
+        for (size_t b = 0; b < a; ++b)
+            values[b] = static_cast<uint16_t>(evaluator.value<7>(withA + cards[b]));
+        uint16_t beatenA = 0;
+        uint16_t tiedA = 0;
         for (size_t b = 0; b < a; ++b) {
-            const int rank = rankCardSet(withA | cards[b]);
-            const uint32_t isBeaten = rank < own;
-            const uint32_t isTied = rank == own;
-            beatenA += isBeaten;
-            tiedA += isTied;
+            const auto isBeaten = static_cast<uint16_t>(values[b] < own);
+            const auto isTied = static_cast<uint16_t>(values[b] == own);
+            beatenA = static_cast<uint16_t>(beatenA + isBeaten);
+            tiedA = static_cast<uint16_t>(tiedA + isTied);
             if constexpr (perCard) {
-                beaten[b] += isBeaten;
-                tied[b] += isTied;
+                beaten[b] = static_cast<uint16_t>(beaten[b] + isBeaten);
+                tied[b] = static_cast<uint16_t>(tied[b] + isTied);
             }
         }
         tally.beaten += beatenA;
         tally.tied += tiedA;
         if constexpr (perCard) {
-            beaten[a] += beatenA;
-            tied[a] += tiedA;
+            beaten[a] = static_cast<uint16_t>(beaten[a] + beatenA);
+            tied[a] = static_cast<uint16_t>(tied[a] + tiedA);
         }
     }
     if constexpr (perCard)
@@ -50,36 +63,38 @@ OpponentTally tallyHands(CardSet board, CardSet unknown, int own) {
     return tally;
 }
 
-void countFullBoard(DealCounts& counts, std::span<const CardSet> hands, CardSet board,
-                    CardSet unknown, int randomOpponents) {
-    counts.deals += opponentDeals(static_cast<uint64_t>(std::popcount(unknown)), randomOpponents);
-    const int own = rankCardSet(board | hands[0]);
+void countFullBoard(DealCounts& counts, const Question& question, const HandKey& board,
+                    CardSet unknown) {
+    counts.deals +=
+        opponentDeals(static_cast<uint64_t>(std::popcount(unknown)), question.randomOpponents);
+    const HandEvaluator& evaluator = question.evaluator;
+    const uint32_t own = evaluator.value<7>(board + question.hands[0]);
     size_t alreadyTied = 0;
-    for (size_t i = 1; i < hands.size(); ++i) {
-        const int other = rankCardSet(board | hands[i]);
+    for (size_t i = 1; i < question.known; ++i) {
+        const uint32_t other = evaluator.value<7>(board + question.hands[i]);
         if (other > own)
             return;
         alreadyTied += other == own;
     }
     OpponentTally tally;
-    if (randomOpponents == 1)
-        tally = tallyHands<false>(board, unknown, own);
-    else if (randomOpponents == 2)
-        tally = tallyHands<true>(board, unknown, own);
-    countBoard(counts, tally, randomOpponents, alreadyTied, 1);
+    if (question.randomOpponents == 1)
+        tally = tallyHands<false>(evaluator, board, unknown, static_cast<uint16_t>(own));
+    else if (question.randomOpponents == 2)
+        tally = tallyHands<true>(evaluator, board, unknown, static_cast<uint16_t>(own));
+    countBoard(counts, tally, question.randomOpponents, alreadyTied, 1);
 }
 
 // Completes the board with `left` of the candidates; unknown are all the cards not yet placed.
-void completeBoard(DealCounts& counts, std::span<const CardSet> hands, CardSet board,
-                   CardSet unknown, CardSet candidates, int left, int randomOpponents) {
+void completeBoard(DealCounts& counts, const Question& question, const HandKey& board,
+                   CardSet unknown, CardSet candidates, int left) {
     if (left == 0) {
-        countFullBoard(counts, hands, board, unknown, randomOpponents);
+        countFullBoard(counts, question, board, unknown);
         return;
     }
     for (; candidates != 0; candidates &= candidates - 1) {
         const CardSet card = candidates & (~candidates + 1);
-        completeBoard(counts, hands, board | card, unknown & ~card, candidates & ~card, left - 1,
-                      randomOpponents);
+        completeBoard(counts, question, board + keyOfCards(card), unknown & ~card,
+                      candidates & ~card, left - 1);
     }
 }
 
@@ -105,8 +120,12 @@ DealCounts exactEquity(std::span<const CardSet> hands, CardSet board, int random
     }
     if (boardCards == 0)
         return exactPreflopEquity(hands, randomOpponents);
+    Question question;
+    for (const CardSet hand : hands)
+        question.hands[question.known++] = keyOfCards(hand);
+    question.randomOpponents = randomOpponents;
     DealCounts counts;
-    completeBoard(counts, hands, board, unknown, unknown, 5 - boardCards, randomOpponents);
+    completeBoard(counts, question, keyOfCards(board), unknown, unknown, 5 - boardCards);
     return counts;
 }
 

@@ -12,13 +12,6 @@ namespace tamarin {
 
 namespace {
 
-constexpr auto cardKeys = [] {
-    std::array<HandKey, 52> keys{};
-    for (uint8_t card = 0; card < 52; ++card)
-        keys[card] = keyOfCard(card);
-    return keys;
-}();
-
 constexpr auto rankPowers = [] {
     std::array<uint32_t, 13> powers{};
     for (uint8_t rank = 0; rank < 13; ++rank)
@@ -39,6 +32,15 @@ void forEachMultiset(RankMasks masks, uint32_t sum, uint32_t from, int left, con
 }
 
 } // namespace
+
+HandKey keyOfCards(CardSet cards) {
+    HandKey sum;
+    for (; cards != 0; cards &= cards - 1) {
+        const auto bit = static_cast<uint8_t>(std::countr_zero(cards));
+        sum = sum + cardKeys[static_cast<uint8_t>((bit & 15U) << 2U | bit >> 4U)];
+    }
+    return sum;
+}
 
 // The fullest rows first: they are the hardest to find room for.
 template <int cards, class Table>

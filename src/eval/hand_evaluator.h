@@ -38,6 +38,16 @@ constexpr HandKey keyOfCard(uint8_t card) {
             CardSet{1} << ((card & 3U) << 4U | card >> 2U)};
 }
 
+inline constexpr auto cardKeys = [] {
+    std::array<HandKey, 52> keys{};
+    for (uint8_t card = 0; card < 52; ++card)
+        keys[card] = keyOfCard(card);
+    return keys;
+}();
+
+// The sum of the keys of a set of cards.
+HandKey keyOfCards(CardSet cards);
+
 class HandEvaluator {
 public:
     // The tables, computed at the first call.
@@ -60,6 +70,12 @@ public:
         else
             return five_.at(ranks);
     }
+
+    // The two halves of a value, for work on ranks without suits; the larger one is the hand's.
+    // Seven ranks, at most four alike, by the sum of 5^rank as in a key; and the ranks of a suit,
+    // whose value is 0 where they are fewer than five.
+    uint32_t valueOfSevenRanks(uint32_t powers) const { return seven_.at(powers); }
+    uint32_t valueOfSuit(uint32_t ranks) const { return flushes_[ranks]; }
 
     // Cards are bytes 0..51, all different; neither is checked.
     uint32_t rank7(const uint8_t* cards) const;

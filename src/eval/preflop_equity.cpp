@@ -1,7 +1,7 @@
 #include "eval/preflop_equity.h"
 
+#include "eval/hand_evaluator.h"
 #include "eval/opponent_tally.h"
-#include "eval/rank_masks.h"
 
 #include <algorithm>
 #include <array>
@@ -20,16 +20,22 @@ uint32_t suitMask(CardSet cards, uint32_t suit) {
     return static_cast<uint32_t>(cards >> (16 * suit)) & allRanks;
 }
 
-RankMasks withMask(RankMasks masks, uint32_t rankMask) {
-    for (; rankMask != 0; rankMask &= rankMask - 1)
-        masks = withRank(masks, static_cast<uint32_t>(std::countr_zero(rankMask)));
-    return masks;
-}
+// 5^rank, which add up to the key of some ranks (hand_evaluator.h).
+constexpr auto powers = [] {
+    std::array<uint32_t, ranks> made{};
+    uint32_t power = 1;
+    for (uint32_t& of : made) {
+        of = power;
+        power *= 5;
+    }
+    return made;
+}();
 
-RankMasks withCards(RankMasks masks, CardSet cards) {
-    for (uint32_t suit = 0; suit < 4; ++suit)
-        masks = withMask(masks, suitMask(cards, suit));
-    return masks;
+uint32_t powersOf(uint32_t rankMask) {
+    uint32_t sum = 0;
+    for (; rankMask != 0; rankMask &= rankMask - 1)
+        sum += powers[static_cast<size_t>(std::countr_zero(rankMask))];
+    return sum;
 }
 
 uint64_t choose(uint64_t n, uint64_t k) {
@@ -52,21 +58,21 @@ uint32_t multisetKey(const RankCounts& counts) {
 }
 constexpr size_t multisetKeys = 14 * 14 * 14 * 14 * 14;
 
-// Calls visit(counts, masks, ways) for every multiset of `left` ranks with at most available[r]
-// cards of rank r, added to what counts and masks hold; ways is the number of card sets it stands
+// Calls visit(counts, sum, ways) for every multiset of `left` ranks with at most available[r]
+// cards of rank r, added to what counts and sum hold; ways is the number of card sets it stands
 // for.
 template <class Visit>
-void forEachMultiset(const RankCounts& available, RankCounts& counts, RankMasks masks,
-                     uint32_t from, int left, uint64_t ways, const Visit& visit) {
+void forEachMultiset(const RankCounts& available, RankCounts& counts, uint32_t sum, uint32_t from,
+                     int left, uint64_t ways, const Visit& visit) {
     if (left == 0) {
-        visit(counts, masks, ways);
+        visit(counts, sum, ways);
         return;
     }
     for (uint32_t rank = from; rank < ranks; ++rank) {
-        RankMasks next = masks;
+        uint32_t next = sum;
         const auto most = std::min<int>(left, available[rank]);
         for (int n = 1; n <= most; ++n) {
-            next = withRank(next, rank);
+            next += powers[rank];
             counts[rank] = static_cast<uint8_t>(counts[rank] + 1);
             forEachMultiset(available, counts, next, rank + 1, left - n,
                             ways * choose(available[rank], static_cast<uint64_t>(n)), visit);
@@ -77,7 +83,7 @@ void forEachMultiset(const RankCounts& available, RankCounts& counts, RankMasks 
 
 // A class of boards, and the cards it leaves unknown.
 struct BoardClass {
-    RankMasks masks;       // the board's ranks
+    uint32_t sum;          // of the powers of the board's ranks
     uint32_t flushRanks;   // its ranks in the flush suit; 0 when no flush is possible
     uint32_t flushUnknown; // ranks of that suit that are unknown
     RankCounts
@@ -89,10 +95,11 @@ struct BoardClass {
 class PreflopCounter {
 public:
     PreflopCounter(std::span<const CardSet> hands, int randomOpponents)
-        : tables_(showdownTables()), hands_(hands), opponents_(randomOpponents) {
-        for (const CardSet hand : hands_) {
-            assert(std::popcount(hand) == 2 && (known_ & hand) == 0);
-            known_ |= hand;
+        : evaluator_(HandEvaluator::shared()), hands_(hands), opponents_(randomOpponents) {
+        for (size_t i = 0; i < hands_.size(); ++i) {
+            assert(std::popcount(hands_[i]) == 2 && (known_ & hands_[i]) == 0);
+            known_ |= hands_[i];
+            sums_[i] = static_cast<uint32_t>(keyOfCards(hands_[i]).sum);
         }
         for (uint32_t rank = 0; rank < ranks; ++rank)
             unknown_[rank] = static_cast<uint8_t>(
@@ -140,9 +147,9 @@ private:
                 continue;
             RankCounts counts{};
             forEachMultiset(
-                rest, counts, withMask({}, flush), 0, boardSize - size, 1,
-                [&](const RankCounts& others, RankMasks masks, uint64_t ways) {
-                    BoardClass board{masks, flush, available & ~flush, rest, ways * alike};
+                rest, counts, powersOf(flush), 0, boardSize - size, 1,
+                [&](const RankCounts& others, uint32_t sum, uint64_t ways) {
+                    BoardClass board{sum, flush, available & ~flush, rest, ways * alike};
                     RankCounts all = others;
                     for (uint32_t rank = 0; rank < ranks; ++rank) {
                         board.restUnknown[rank] =
@@ -157,9 +164,9 @@ private:
 
     void countPlainBoards() {
         RankCounts counts{};
-        forEachMultiset(unknown_, counts, {}, 0, boardSize, 1,
-                        [&](const RankCounts& board, RankMasks masks, uint64_t ways) {
-                            BoardClass plain{masks, 0, 0, unknown_, ways};
+        forEachMultiset(unknown_, counts, 0, 0, boardSize, 1,
+                        [&](const RankCounts& board, uint32_t sum, uint64_t ways) {
+                            BoardClass plain{sum, 0, 0, unknown_, ways};
                             plain.boards -= flushBoards_[multisetKey(board)];
                             for (uint32_t rank = 0; rank < ranks; ++rank)
                                 plain.restUnknown[rank] =
@@ -168,21 +175,21 @@ private:
                         });
     }
 
-    int rankOfKnown(const BoardClass& board, size_t hand) const {
-        const int plain = rankWithoutFlush(tables_, withCards(board.masks, hands_[hand]));
+    uint32_t valueOfKnown(const BoardClass& board, size_t hand) const {
+        const uint32_t plain = evaluator_.valueOfSevenRanks(board.sum + sums_[hand]);
         if (board.flushRanks == 0)
             return plain;
-        return std::max<int>(plain, tables_.oneSuitVal[board.flushRanks | suitedRanks_[hand]]);
+        return std::max(plain, evaluator_.valueOfSuit(board.flushRanks | suitedRanks_[hand]));
     }
 
     void countClass(const BoardClass& board) {
         if (board.boards == 0)
             return;
         counts_.deals += board.boards * dealsPerBoard_;
-        const int own = rankOfKnown(board, 0);
+        const uint32_t own = valueOfKnown(board, 0);
         size_t tied = 0;
         for (size_t i = 1; i < hands_.size(); ++i) {
-            const int other = rankOfKnown(board, i);
+            const uint32_t other = valueOfKnown(board, i);
             if (other > own)
                 return;
             tied += other == own;
@@ -195,33 +202,33 @@ private:
     }
 
     // Beaten and tied hands that a kind of card takes part in: beaten in the low half of the word,
-    // tied in the high half. A hand of rank `rank` adds 0, the low one or the high one.
-    static uint64_t outcome(int rank, int own) {
-        return rank < own ? 1 : rank == own ? uint64_t{1} << 32 : 0;
+    // tied in the high half. A hand of that value adds 0, the low one or the high one.
+    static uint64_t outcome(uint32_t value, uint32_t own) {
+        return static_cast<uint64_t>(value < own) | static_cast<uint64_t>(value == own) << 32U;
     }
 
     // Kinds of cards: per rank, the one of the flush suit and the others.
     template <bool perCard>
-    OpponentTally tallyOpponents(const BoardClass& board, int own) const {
+    OpponentTally tallyOpponents(const BoardClass& board, uint32_t own) const {
         std::array<uint64_t, ranks> inFlush{};
         std::array<uint64_t, ranks> inRest{};
         uint64_t total = 0;
         const bool flushes = board.flushRanks != 0;
-        const int onBoard = tables_.oneSuitVal[board.flushRanks];
+        const uint32_t onBoard = evaluator_.valueOfSuit(board.flushRanks);
 
         for (uint32_t a = 0; a < ranks; ++a) {
             const uint64_t restA = board.restUnknown[a];
-            const uint64_t flushA = board.flushUnknown >> a & 1;
+            const uint32_t flushA = board.flushUnknown >> a & 1;
             if (restA + flushA == 0)
                 continue;
-            const RankMasks withA = withRank(board.masks, a);
-            const int oneA = flushes ? tables_.oneSuitVal[board.flushRanks | flushA << a] : 0;
+            const uint32_t withA = board.sum + powers[a];
+            const uint32_t oneA = evaluator_.valueOfSuit(board.flushRanks | flushA << a);
             for (uint32_t b = a; b < ranks; ++b) {
                 const uint64_t restB = board.restUnknown[b];
-                const uint64_t flushB = board.flushUnknown >> b & 1;
+                const uint32_t flushB = board.flushUnknown >> b & 1;
                 if (restB + flushB == 0)
                     continue;
-                const int plain = rankWithoutFlush(tables_, withRank(withA, b));
+                const uint32_t plain = evaluator_.valueOfSevenRanks(withA + powers[b]);
                 const uint64_t neither = outcome(std::max(plain, onBoard), own);
                 if (a == b) {
                     // Two of one rank: both of the other suits, or one of them of the flush suit.
@@ -247,10 +254,10 @@ private:
                 }
                 if (!flushes)
                     continue;
-                const int oneB = tables_.oneSuitVal[board.flushRanks | flushB << b];
+                const uint32_t oneB = evaluator_.valueOfSuit(board.flushRanks | flushB << b);
                 const uint64_t onlyA = flushA * outcome(std::max(plain, oneA), own);
                 const uint64_t onlyB = flushB * outcome(std::max(plain, oneB), own);
-                const int two = tables_.oneSuitVal[board.flushRanks | 1U << a | 1U << b];
+                const uint32_t two = evaluator_.valueOfSuit(board.flushRanks | 1U << a | 1U << b);
                 const uint64_t both = flushA * flushB * outcome(std::max(plain, two), own);
                 total += onlyA * restB + onlyB * restA + both;
                 if constexpr (perCard) {
@@ -275,12 +282,13 @@ private:
         return tally;
     }
 
-    const ShowdownTables& tables_;
+    const HandEvaluator& evaluator_;
     std::span<const CardSet> hands_;
     int opponents_;
     CardSet known_ = 0;
     RankCounts unknown_{}; // unknown cards of each rank
     uint64_t dealsPerBoard_ = 0;
+    std::array<uint32_t, maxOpponents + 1> sums_{};        // of the powers of each hand's ranks
     std::array<uint32_t, maxOpponents + 1> suitedRanks_{}; // of each hand, in the flush suit walked
     std::vector<uint32_t> flushBoards_ = std::vector<uint32_t>(multisetKeys);
     DealCounts counts_;

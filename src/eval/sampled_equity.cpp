@@ -1,96 +1,133 @@
 #include "eval/sampled_equity.h"
 
+#include "eval/hand_evaluator.h"
+#include "support/batched_draws.h"
 #include "support/parallel_errors.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <bit>
 #include <cassert>
 #include <omp.h>
+#include <utility>
 #include <vector>
 
 namespace tamarin {
 namespace {
 
 // Draws deals for fixed ranges and board.
+//
+// Cards are drawn independently of each other, several from one word (batched_draws.h), and those
+// that are taken already are passed over: what is left is a uniform choice, without a deck to keep
+// in order, and without a branch for each card.
 class Sampler {
 public:
     Sampler(std::span<const HandRange> ranges, CardSet board, int randomOpponents)
-        : board_(board), randomOpponents_(randomOpponents) {
+        : board_(keyOfCards(board)), used_(board), ranges_(ranges.size()),
+          missing_(static_cast<size_t>(5 - std::popcount(board))),
+          cards_(missing_ + 2 * static_cast<size_t>(randomOpponents)) {
         assert(!ranges.empty() &&
                ranges.size() + static_cast<size_t>(randomOpponents) <= maxOpponents + 1);
-        for (const HandRange& range : ranges) {
-            std::vector<CardSet> hands;
-            for (const CardSet hand : range.hands)
+        for (size_t i = 0; i < ranges.size(); ++i) {
+            for (const CardSet hand : ranges[i].hands)
                 if ((hand & board) == 0)
-                    hands.push_back(hand);
-            assert(!hands.empty());
-            ranges_.push_back(std::move(hands));
+                    ranges_[i].push_back(keyOfCards(hand));
+            assert(!ranges_[i].empty());
+            hands_[i] = ranges_[i][0];
+            if (ranges_[i].size() == 1) {
+                used_ |= hands_[i].cards;
+            } else {
+                drawnHands_.push_back(i);
+                handDraws_.add(static_cast<uint32_t>(ranges_[i].size()));
+            }
         }
     }
 
     void sampleBlockInto(DealCounts& counts, SplitMix random) const {
-        for (uint64_t deal = 0; deal < sampleBlock; ++deal)
-            sampleDeal(counts, random);
+        // By how many tie with the hand; the last is for lost deals, so that no branch is needed.
+        std::array<uint64_t, lost + 1> deals{};
+        Hands hands = hands_;
+        for (uint64_t deal = 0; deal < sampleBlock; ++deal) {
+            const CardSet used = drawnHands_.empty() ? used_ : drawHands(hands, random);
+            ++deals[dealTo(hands, used, random)];
+        }
+        for (size_t tied = 0; tied < counts.best.size(); ++tied)
+            counts.best[tied] += deals[tied];
+        counts.deals += sampleBlock;
     }
 
 private:
+    using Hands = std::array<HandKey, maxOpponents + 1>;
+    static constexpr size_t lost = maxOpponents + 1;
+    static constexpr size_t cardsOfDraw = 10; // as many as one word has room for
+
     // One hand a range; all are drawn again when two share a card, which keeps every combination
-    // equally likely.
-    CardSet drawHands(std::array<CardSet, maxOpponents + 1>& hands, SplitMix& random) const {
+    // equally likely. Returns the cards used, the board's too.
+    CardSet drawHands(Hands& hands, SplitMix& random) const {
+        std::array<uint32_t, BatchedDraws::most> drawn;
         while (true) {
-            CardSet used = board_;
-            size_t i = 0;
-            for (; i < ranges_.size(); ++i) {
-                const auto size = static_cast<uint32_t>(ranges_[i].size());
-                hands[i] = ranges_[i][size == 1 ? 0 : random.below(size)];
-                if ((hands[i] & used) != 0)
-                    break;
-                used |= hands[i];
+            handDraws_.draw(random, drawn.data());
+            CardSet used = used_;
+            bool apart = true;
+            for (size_t i = 0; i < drawnHands_.size(); ++i) {
+                const HandKey& hand = ranges_[drawnHands_[i]][drawn[i]];
+                hands[drawnHands_[i]] = hand;
+                apart &= (used & hand.cards) == 0;
+                used |= hand.cards;
             }
-            if (i == ranges_.size())
+            if (apart)
                 return used;
         }
     }
 
-    static CardSet drawCard(CardSet& used, SplitMix& random) {
-        while (true) {
-            const CardSet card = cardBit(static_cast<uint8_t>(random.below(52)));
-            if ((used & card) == 0) {
-                used |= card;
-                return card;
+    // At least cards_ different cards, none of them used.
+    void drawCards(uint8_t* cards, CardSet used, SplitMix& random) const {
+        std::array<uint32_t, cardsOfDraw> drawn;
+        size_t count = 0;
+        while (count < cards_) {
+            drawAlike<52>(random, drawn);
+            for (const uint32_t card : drawn) {
+                const CardSet bit = cardBit(static_cast<uint8_t>(card));
+                cards[count] = static_cast<uint8_t>(card);
+                count += (used & bit) == 0;
+                used |= bit;
             }
         }
     }
 
-    void sampleDeal(DealCounts& counts, SplitMix& random) const {
-        std::array<CardSet, maxOpponents + 1> hands;
-        CardSet used = drawHands(hands, random);
-        CardSet board = board_;
-        for (int cards = std::popcount(board); cards < 5; ++cards)
-            board |= drawCard(used, random);
-        ++counts.deals;
-        const int own = rankCardSet(board | hands[0]);
+    // How many opponents tie with the first hand, or lost. All are ranked: to stop at the first
+    // better one would take branches that nothing foretells.
+    size_t dealTo(const Hands& hands, CardSet used, SplitMix& random) const {
+        std::array<uint8_t, 52> cards; // the last draw may bring more than are needed
+        drawCards(cards.data(), used, random);
+        HandKey board = board_;
+        for (size_t i = 0; i < missing_; ++i)
+            board = board + cardKeys[cards[i]];
+        const uint32_t own = evaluator_.value<7>(board + hands[0]);
+        uint32_t best = 0;
         size_t tied = 0;
-        for (size_t i = 1; i < ranges_.size(); ++i) {
-            const int other = rankCardSet(board | hands[i]);
-            if (other > own)
-                return;
+        const auto meet = [&](const HandKey& hand) {
+            const uint32_t other = evaluator_.value<7>(board + hand);
+            best = std::max(best, other);
             tied += other == own;
-        }
-        for (int i = 0; i < randomOpponents_; ++i) {
-            const CardSet first = drawCard(used, random);
-            const int other = rankCardSet(board | first | drawCard(used, random));
-            if (other > own)
-                return;
-            tied += other == own;
-        }
-        ++counts.best[tied];
+        };
+        for (size_t i = 1; i < ranges_.size(); ++i)
+            meet(hands[i]);
+        for (size_t i = missing_; i < cards_; i += 2)
+            meet(cardKeys[cards[i]] + cardKeys[cards[i + 1]]);
+        return best > own ? lost : tied;
     }
 
-    std::vector<std::vector<CardSet>> ranges_;
-    CardSet board_;
-    int randomOpponents_;
+    const HandEvaluator& evaluator_ = HandEvaluator::shared();
+    HandKey board_;
+    CardSet used_; // the board and the hands of the ranges that have one alone
+    std::vector<std::vector<HandKey>> ranges_;
+    size_t missing_;
+    size_t cards_; // that a deal needs besides the ranges' hands
+    Hands hands_;
+    std::vector<size_t> drawnHands_; // the ranges that have more than one
+    BatchedDraws handDraws_;
 };
 
 } // namespace
