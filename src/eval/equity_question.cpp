@@ -2,6 +2,7 @@
 
 #include "eval/exact_equity.h"
 #include "eval/matchups.h"
+#include "eval/range_sweep.h"
 #include "eval/sampled_equity.h"
 #include "support/interrupt.h"
 #include "support/parallel_errors.h"
@@ -9,13 +10,17 @@
 #include <algorithm>
 #include <atomic>
 #include <bit>
+#include <cassert>
+#include <limits>
 #include <omp.h>
+#include <optional>
 
 namespace tamarin {
 namespace {
 
-// What an exact answer may cost before the automatic choice samples instead.
-constexpr double patience = 6; // seconds of one core
+// What an exact answer may cost before the automatic choice samples instead: five seconds of two
+// cores. The choice must not depend on the machine, or answers would.
+constexpr double patience = 10; // seconds of one core
 
 // Seconds of one core for one matchup, from measurements with some slack (EPYC Milan).
 double secondsPerMatchup(size_t hands, CardSet board, int randomOpponents) {
@@ -25,8 +30,18 @@ double secondsPerMatchup(size_t hands, CardSet board, int randomOpponents) {
     double boards = 1;
     for (int i = 0; i < missing; ++i)
         boards *= (48.0 - i) / (i + 1);
-    const double rankings = static_cast<double>(hands) + (randomOpponents == 0 ? 0 : 990);
-    return boards * rankings * 8e-9;
+    const double known = 10e-9 * static_cast<double>(hands);
+    return boards * (randomOpponents == 0 ? 15e-9 + known : known + 4e-6);
+}
+
+// Of finding the matchups, for each combination of hands.
+constexpr double secondsPerCombination = 2e-6;
+
+double combinationsOf(const std::vector<HandRange>& players) {
+    double combinations = 1;
+    for (const HandRange& range : players)
+        combinations *= static_cast<double>(range.hands.size());
+    return combinations;
 }
 
 Status checkQuestion(const EquityQuestion& question) {
@@ -53,63 +68,118 @@ Status checkQuestion(const EquityQuestion& question) {
     return {};
 }
 
-Result<EquityAnswer> answerExactly(const EquityQuestion& question, const EquityOptions& options,
-                                   const std::vector<Matchup>& all) {
-    EquityAnswer answer{{}, true};
+// Adds up count(i) for i from 0 to `parts`, in parallel.
+template <class Count>
+Result<DealCounts> addParts(size_t parts, const EquityOptions& options, const Count& count) {
+    DealCounts total;
     std::atomic<uint64_t> done{0};
-    const auto count = static_cast<int64_t>(all.size());
     ParallelErrors errors;
 #pragma omp parallel num_threads(options.threads > 0 ? options.threads : omp_get_max_threads())
     {
         DealCounts counts;
-        const auto countMatchup = [&](const Matchup& matchup) {
-            DealCounts one = exactEquity(matchup.hands, question.board, question.randomOpponents);
-            counts += one *= matchup.times;
+        const auto addPart = [&](size_t part) {
+            counts += count(part);
             ++done;
             if (options.progress && omp_get_thread_num() == 0)
-                options.progress(done, all.size());
+                options.progress(done, parts);
         };
 #pragma omp for schedule(dynamic)
-        for (int64_t i = 0; i < count; ++i) {
-            if (interrupted())
-                continue;
-            errors.run([&] { countMatchup(all[static_cast<size_t>(i)]); });
-        }
+        for (size_t part = 0; part < parts; ++part)
+            if (!interrupted())
+                errors.run([&] { addPart(part); });
 #pragma omp critical
-        answer.counts += counts;
+        total += counts;
     }
     errors.rethrow();
-    if (done != all.size())
+    if (done != parts)
         return Error{"interrupted"};
-    return answer;
+    return total;
 }
 
-} // namespace
+Result<DealCounts> countMatchups(const EquityQuestion& question, const EquityOptions& options,
+                                 const std::vector<Matchup>& all) {
+    return addParts(all.size(), options, [&](size_t i) {
+        DealCounts one = exactEquity(all[i].hands, question.board, question.randomOpponents);
+        return one *= all[i].times;
+    });
+}
 
-Result<EquityAnswer> answerEquity(const EquityQuestion& question, const EquityOptions& options) {
-    if (Status status = checkQuestion(question); !status)
-        return Error{status.error()};
-    if (options.method != EquityMethod::sampled) {
-        const bool possible = question.randomOpponents <= 2;
-        if (!possible && options.method == EquityMethod::exact)
-            return Error{"an exact answer takes at most two random opponents, not " +
-                         std::to_string(question.randomOpponents) + "; sample with --deals N"};
-        if (possible) {
-            // Where nobody insists, looking for match-ups ends when they are clearly too many.
-            const double each = secondsPerMatchup(question.players.size(), question.board,
-                                                  question.randomOpponents);
-            const size_t most = options.method == EquityMethod::exact
-                                    ? SIZE_MAX
-                                    : static_cast<size_t>(patience / each) + 1;
-            const Result<std::vector<Matchup>> all =
-                matchups(question.players, question.board, most);
-            if (!all && options.method == EquityMethod::exact)
-                return Error{all.error()};
-            if (all && (options.method == EquityMethod::exact ||
-                        static_cast<double>(all->size()) * each <= patience))
-                return answerExactly(question, options, *all);
-        }
+Result<DealCounts> countBoards(RangeSweep& sweep, const EquityOptions& options) {
+    constexpr size_t boardsOfPart = 128;
+    const size_t boards = sweep.listBoards();
+    auto counts = addParts((boards + boardsOfPart - 1) / boardsOfPart, options, [&](size_t part) {
+        return sweep.count(part * boardsOfPart, std::min((part + 1) * boardsOfPart, boards));
+    });
+    if (counts)
+        counts->deals = sweep.deals();
+    return counts;
+}
+
+HandRange allHands() {
+    const auto all = parseHandRange("random");
+    assert(all);
+    return *all;
+}
+
+// For two or three players: the sweep of all boards, a random opponent being a range of all hands.
+std::optional<RangeSweep> sweepFor(const EquityQuestion& question) {
+    std::vector<HandRange> ranges = question.players;
+    if (ranges.size() + static_cast<size_t>(question.randomOpponents) > 3)
+        return {};
+    for (int i = 0; i < question.randomOpponents; ++i)
+        ranges.push_back(allHands());
+    return RangeSweep(ranges, question.board);
+}
+
+// How to count every deal: matchup by matchup or board by board, whichever is the sooner.
+struct Plan {
+    std::optional<RangeSweep> sweep;
+    std::vector<Matchup> matchups;                            // used where they are not empty
+    double seconds = std::numeric_limits<double>::infinity(); // of one core, roughly
+    std::string refusal;                                      // why there is neither
+};
+
+Plan planExactAnswer(const EquityQuestion& question, double limit) {
+    Plan plan;
+    if (question.randomOpponents > 2) {
+        plan.refusal = "an exact answer takes at most two random opponents, not " +
+                       std::to_string(question.randomOpponents) + "; sample with --deals N";
+        return plan;
     }
+    plan.sweep = sweepFor(question);
+    if (plan.sweep)
+        plan.seconds = plan.sweep->seconds();
+    const double most = std::min(limit, plan.seconds);
+    const double finding = secondsPerCombination * combinationsOf(question.players);
+    if (finding > most)
+        return plan;
+    // Looking for matchups ends when they are clearly too many.
+    const double each =
+        secondsPerMatchup(question.players.size(), question.board, question.randomOpponents);
+    auto found = matchups(question.players, question.board,
+                          most < 1e6 ? static_cast<size_t>(most / each) + 1 : SIZE_MAX);
+    if (!found) {
+        plan.refusal = found.error();
+        return plan;
+    }
+    const double seconds = finding + static_cast<double>(found->size()) * each;
+    if (seconds < plan.seconds) {
+        plan.seconds = seconds;
+        plan.matchups = std::move(*found);
+    }
+    return plan;
+}
+
+Result<EquityAnswer> answerExactly(const EquityQuestion& question, const EquityOptions& options,
+                                   Plan& plan) {
+    const auto counts = plan.matchups.empty() ? countBoards(*plan.sweep, options)
+                                              : countMatchups(question, options, plan.matchups);
+    if (!counts)
+        return Error{counts.error()};
+    return EquityAnswer{*counts, true, plan.seconds};
+}
+
+Result<EquityAnswer> answerBySample(const EquityQuestion& question, const EquityOptions& options) {
     EquityAnswer answer;
     answer.counts = sampledEquity(
         question.players, question.board, question.randomOpponents, options.deals, options.seed,
@@ -121,6 +191,27 @@ Result<EquityAnswer> answerEquity(const EquityQuestion& question, const EquityOp
         [] { return interrupted(); });
     if (interrupted() && answer.counts.deals < options.deals)
         return Error{"interrupted"};
+    return answer;
+}
+
+} // namespace
+
+Result<EquityAnswer> answerEquity(const EquityQuestion& question, const EquityOptions& options) {
+    if (Status status = checkQuestion(question); !status)
+        return Error{status.error()};
+    if (options.method == EquityMethod::sampled)
+        return answerBySample(question, options);
+    const bool insists = options.method == EquityMethod::exact;
+    Plan plan =
+        planExactAnswer(question, insists ? std::numeric_limits<double>::infinity() : patience);
+    const bool possible = plan.sweep || !plan.matchups.empty();
+    if (possible && (insists || plan.seconds <= patience))
+        return answerExactly(question, options, plan);
+    if (insists)
+        return Error{plan.refusal};
+    auto answer = answerBySample(question, options);
+    if (answer)
+        answer->exactSeconds = plan.seconds;
     return answer;
 }
 

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <vector>
 
 namespace tamarin {
@@ -23,8 +24,8 @@ struct EquityQuestion {
 };
 
 enum class EquityMethod {
-    automatic, // exact where that takes a few seconds at most, else sampled
-    exact,     // refused for three or more random opponents and for very wide ranges
+    automatic, // exact where that takes five seconds of two cores at most, else sampled
+    exact,     // refused for three or more random opponents, and for wide ranges of four players
     sampled,
 };
 
@@ -33,14 +34,17 @@ struct EquityOptions {
     uint64_t deals = 1000000; // of a sample; a multiple of sampleBlock is drawn
     uint64_t seed = 1;        // the same seed gives the same counts, whatever the threads
     int threads = 0;          // 0: all cores
-    // Called from the calling thread with the work done and the whole, in matchups of hands that
-    // differ (exact) or in deals (sampled).
+    // Called from the calling thread with the work done and the whole, in steps (exact) or in
+    // deals (sampled).
     std::function<void(uint64_t, uint64_t)> progress;
 };
 
 struct EquityAnswer {
     DealCounts counts;
     bool exact = false;
+    // What counting every deal takes, in seconds of one core: an estimate. Infinite where it is not
+    // known to be possible, or was not asked for.
+    double exactSeconds = std::numeric_limits<double>::infinity();
 };
 
 // Errors: a card held twice, hands that cannot be held together, a board of another size, too many

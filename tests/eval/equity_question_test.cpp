@@ -66,7 +66,7 @@ TEST(EquityQuestion, SamplesWhatCannotBeCounted) {
     EXPECT_FALSE(given.exact);
     EXPECT_GE(given.counts.deals, 100000U);
     EXPECT_FALSE(answer(question({"AA"}, "", 1), EquityMethod::sampled).exact);
-    EXPECT_FALSE(answer(question({"random", "random", "random"}, "", 0)).exact);
+    EXPECT_FALSE(answer(question({"random", "random", "random", "random"}, "", 0)).exact);
 }
 
 TEST(EquityQuestion, ExactRandomAgainstRandomIsEven) {
@@ -87,7 +87,7 @@ TEST(EquityQuestion, Refusals) {
               std::string::npos);
     EXPECT_NE(refusal(question({"AA"}, "", 3), EquityMethod::exact).find("two random"),
               std::string::npos);
-    EXPECT_NE(refusal(question({"random", "random", "random"}, "", 0), EquityMethod::exact)
+    EXPECT_NE(refusal(question({"random", "random", "random", "random"}, "", 0), EquityMethod::exact)
                   .find("combinations"),
               std::string::npos);
 }
