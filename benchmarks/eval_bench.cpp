@@ -5,6 +5,7 @@
 #include "eval/exact_equity.h"
 #include "eval/hand_evaluator.h"
 #include "eval/hand_table.h"
+#include "eval/range_sweep.h"
 #include "eval/sampled_equity.h"
 #include "eval/seven_card_table.h"
 #include "support/rng.h"
@@ -236,5 +237,19 @@ void exactPreflopAgainstAKnownHand(benchmark::State& state) {
         benchmark::DoNotOptimize(exactEquity(hands, 0, 0));
 }
 BENCHMARK(exactPreflopAgainstAKnownHand)->Unit(benchmark::kMillisecond);
+
+// Boards before the flop, swept for ranges; the argument is the number of opponents with all hands.
+void sweepOfARange(benchmark::State& state) {
+    std::vector<HandRange> ranges{*parseHandRange("22+,A2s+,KTs+")};
+    for (int64_t i = 0; i < state.range(0); ++i)
+        ranges.push_back(*parseHandRange("random"));
+    RangeSweep sweep(ranges, 0);
+    sweep.listBoards();
+    constexpr size_t boards = 1000;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(sweep.count(0, boards));
+    setRate(state, "boards", boards);
+}
+BENCHMARK(sweepOfARange)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 
 } // namespace

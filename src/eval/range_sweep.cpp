@@ -361,7 +361,8 @@ double RangeSweep::seconds() const {
         static_cast<double>(renamings_.size() + 1);
     const auto own = static_cast<double>(own_);
     const auto all = static_cast<double>(holdings_.size());
-    return boards * (1e-6 + all * 10e-9 + own * (twoOpponents_ ? alike_ ? 70e-9 : 110e-9 : 3e-9));
+    return twoOpponents_ ? boards * (1.5e-6 + all * 24e-9 + own * (alike_ ? 35e-9 : 60e-9))
+                         : boards * (1e-6 + all * 17e-9 + own * 5e-9);
 }
 
 } // namespace tamarin

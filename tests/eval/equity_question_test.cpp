@@ -3,7 +3,9 @@
 #include "eval/exact_equity.h"
 #include "eval/plain_equity.h"
 
+#include <cmath>
 #include <stdexcept>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -77,6 +79,38 @@ TEST(EquityQuestion, ExactRandomAgainstRandomIsEven) {
     EXPECT_DOUBLE_EQ(equity.pot, 0.5);
 }
 
+// Both ways of counting, and every number of threads.
+TEST(EquityQuestion, ThreePlayersAreCountedHoweverWideTheirRanges) {
+    EquityOptions options;
+    options.method = EquityMethod::exact;
+    const auto counts = [&](const EquityQuestion& asked, int threads) {
+        options.threads = threads;
+        return answerEquity(asked, options)->counts;
+    };
+    for (const char* board : {"Qs8h3d", "Qs8h3d2s", "Qs8h3d2s9h"}) {
+        const EquityQuestion asked = question({"AsKs,JcJd", "22+,A2s+"}, board, 1);
+        DealCounts sum;
+        for (const CardSet own : asked.players[0].hands)
+            for (const CardSet other : asked.players[1].hands)
+                if (((own | asked.board) & other) == 0)
+                    sum += exactEquity(std::vector<CardSet>{own, other}, asked.board, 1);
+        EXPECT_EQ(counts(asked, 1), sum) << board;
+        EXPECT_EQ(counts(asked, 3), sum) << board;
+    }
+}
+
+TEST(EquityQuestion, SaysWhatExactWouldTake) {
+    const EquityAnswer wide = answer(
+        question({"QhJh,T9s,A8o+,KTs,9c8c,87s,65s", "22+,AsKd,A9o+,KTs", "33+,AhKd,QTs+"}, "", 0));
+    EXPECT_FALSE(wide.exact);
+    EXPECT_GT(wide.exactSeconds, 10);
+    EXPECT_LT(wide.exactSeconds, 1000);
+    EXPECT_FALSE(std::isfinite(answer(question({"AA"}, "", 5)).exactSeconds));
+    const EquityAnswer river = answer(question({"random"}, "7c7d2h9sKs", 2));
+    EXPECT_TRUE(river.exact);
+    EXPECT_LT(river.exactSeconds, 0.01);
+}
+
 TEST(EquityQuestion, Refusals) {
     EXPECT_NE(refusal(question({"AA"}, "", 0)).find("2 to 10 players, not 1"), std::string::npos);
     EXPECT_NE(refusal(question({"AA"}, "", 10)).find("not 11"), std::string::npos);
@@ -87,9 +121,10 @@ TEST(EquityQuestion, Refusals) {
               std::string::npos);
     EXPECT_NE(refusal(question({"AA"}, "", 3), EquityMethod::exact).find("two random"),
               std::string::npos);
-    EXPECT_NE(refusal(question({"random", "random", "random", "random"}, "", 0), EquityMethod::exact)
-                  .find("combinations"),
-              std::string::npos);
+    EXPECT_NE(
+        refusal(question({"random", "random", "random", "random"}, "", 0), EquityMethod::exact)
+            .find("combinations"),
+        std::string::npos);
 }
 
 // One that left the parallel region there would end the process, with a single thread too.

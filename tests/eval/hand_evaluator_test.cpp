@@ -56,6 +56,24 @@ TEST(HandKey, HoldsRanksSuitsAndCards) {
     const HandKey both = keyOfCard(0) + keyOfCard(51);
     EXPECT_EQ(both.sum, keyOfCard(0).sum + keyOfCard(51).sum);
     EXPECT_EQ(both.cards, cardBit(0) | cardBit(51));
+    EXPECT_EQ(keyOfCards(both.cards | cardBit(5)).sum, (both + keyOfCard(5)).sum);
+    EXPECT_EQ(keyOfCards(both.cards | cardBit(5)).cards, both.cards | cardBit(5));
+    for (uint8_t card = 0; card < 52; ++card)
+        EXPECT_EQ(keyOfCards(cardBit(card)).sum, cardKeys[card].sum);
+}
+
+TEST(HandEvaluator, RanksSevenRanksAndSuits) {
+    SplitMix random(4);
+    for (int i = 0; i < 20'000; ++i) {
+        const auto seven = draw<7>(random, i % 2 == 0 ? 2 : 4);
+        const CardSet cards = setOf(seven);
+        uint32_t value = evaluator().valueOfSevenRanks(static_cast<uint32_t>(keyOf(seven).sum));
+        for (int suit = 0; suit < 4; ++suit)
+            value = std::max(value, evaluator().valueOfSuit(cards >> (16 * suit) & 0x1fff));
+        ASSERT_EQ(value, handValueOf(cards)) << i;
+    }
+    EXPECT_EQ(evaluator().valueOfSuit(0x0f), 0U);
+    EXPECT_EQ(evaluator().valueOfSuit(0x1f00), largestHandValue);
 }
 
 TEST(HandEvaluator, StaysInTheCache) {
@@ -95,7 +113,7 @@ TEST(HandEvaluator, RanksHandsOfSixAndSevenCardsAsTheRulesDo) {
 
 TEST(HandEvaluator, RanksManyAsItRanksOne) {
     SplitMix random(2);
-    for (const size_t count : {0U, 1U, 7U, 10'000U}) {
+    for (const size_t count : {0U, 1U, 4U, 7U, 10'000U}) {
         std::vector<std::array<uint8_t, 7>> hands(count);
         for (size_t i = 0; i < count; ++i)
             hands[i] = draw<7>(random, i % 2 == 0 ? 2 : 4);

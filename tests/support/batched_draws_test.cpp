@@ -103,4 +103,19 @@ TEST(BatchedDraws, AreUniform) {
     }
 }
 
+// The same numbers, whether the bound is known to the compiler or not.
+TEST(BatchedDraws, AlikeAreThoseBelowOneBound) {
+    const BatchedDraws draws = drawsBelow(std::vector<uint32_t>(10, 52));
+    SplitMix random(19);
+    SplitMix again(19);
+    for (int i = 0; i < 20'000; ++i) {
+        std::array<uint32_t, 10> alike;
+        std::array<uint32_t, 10> drawn;
+        drawAlike<52>(random, alike);
+        draws.draw(again, drawn.data());
+        ASSERT_EQ(alike, drawn) << i;
+    }
+    EXPECT_EQ(random(), again()); // and as many words
+}
+
 } // namespace tamarin::test

@@ -51,6 +51,35 @@ TEST(EquityCommand, SeedRepeatsASample) {
     EXPECT_EQ(run.out, runTamarin(other).out);
 }
 
+TEST(EquityCommand, RangesOfThreePlayersAreCounted) {
+    const ToolboxRun run = runTamarin({"equity", "TT+,AKs", "--vs", "QQ", "--vs", "AKo,A5s-A2s"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, "TT+,AKs against QQ and AKo,A5s-A2s\n"
+                       "  win 32.244 %  tie 3.938 %  loss 63.817 %  pot equity 34.149 %\n"
+                       "  exact: 5,362,389,648 deals counted\n");
+    EXPECT_EQ(runTamarin({"equity", "random", "Qs8h3d", "--players", "3", "--threads", "3"}).out,
+              "random against 2 random hands on Qs8h3d\n"
+              "  win 32.280 %  tie 2.151 %  loss 65.569 %  pot equity 33.333 %\n"
+              "  exact: 1,136,464,726,320 deals counted\n");
+}
+
+TEST(EquityCommand, SaysWhenCountingWouldTakeLonger) {
+    const std::vector<std::string> wide{
+        "equity", "QhJh,T9s,A8o+,KTs,9c8c", "--vs", "22+,AsKd,A9o+,KTs", "--vs", "33+,AhKd,QTs+"};
+    const ToolboxRun run = runTamarin(wide);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.out.find("sampled: 1,000,448 deals, seed 1;"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("--exact counts every deal, in about "), std::string::npos) << run.out;
+    auto asJson = wide;
+    asJson.push_back("--json");
+    EXPECT_GT(runTamarin(asJson).json()["exactSeconds"].get<double>(), 10);
+    // Nothing is said where it was not asked for, or cannot be.
+    asJson.insert(asJson.end(), {"--deals", "1024"});
+    EXPECT_FALSE(runTamarin(asJson).json().contains("exactSeconds"));
+    EXPECT_FALSE(
+        runTamarin({"equity", "AA", "--players", "6", "--json"}).json().contains("exactSeconds"));
+}
+
 TEST(EquityCommand, SaysWhatIsWrong) {
     expectRefused({"equity"}, 2, "HAND");
     expectRefused({"equity", "AXs"}, 2, "no rank");
