@@ -215,6 +215,9 @@ private:
         uint64_t total = 0;
         const bool flushes = board.flushRanks != 0;
         const uint32_t onBoard = evaluator_.valueOfSuit(board.flushRanks);
+        std::array<uint32_t, ranks> ones; // the flush of the board and one card more, if any
+        for (uint32_t a = 0; a < ranks; ++a)
+            ones[a] = evaluator_.valueOfSuit(board.flushRanks | (board.flushUnknown & 1U << a));
 
         for (uint32_t a = 0; a < ranks; ++a) {
             const uint64_t restA = board.restUnknown[a];
@@ -222,7 +225,7 @@ private:
             if (restA + flushA == 0)
                 continue;
             const uint32_t withA = board.sum + powers[a];
-            const uint32_t oneA = evaluator_.valueOfSuit(board.flushRanks | flushA << a);
+            const uint32_t oneA = ones[a];
             for (uint32_t b = a; b < ranks; ++b) {
                 const uint64_t restB = board.restUnknown[b];
                 const uint32_t flushB = board.flushUnknown >> b & 1;
@@ -254,7 +257,7 @@ private:
                 }
                 if (!flushes)
                     continue;
-                const uint32_t oneB = evaluator_.valueOfSuit(board.flushRanks | flushB << b);
+                const uint32_t oneB = ones[b];
                 const uint64_t onlyA = flushA * outcome(std::max(plain, oneA), own);
                 const uint64_t onlyB = flushB * outcome(std::max(plain, oneB), own);
                 const uint32_t two = evaluator_.valueOfSuit(board.flushRanks | 1U << a | 1U << b);

@@ -21,8 +21,8 @@
 namespace tamarin {
 
 // The outcomes for hands[0] over every board against the other known hands and randomOpponents (0,
-// 1 or 2) random ones. Hands are sets of two cards, all different; 1 to 10 hands. About a
-// millisecond for known hands alone, tens of milliseconds with random opponents.
+// 1 or 2) random ones. Hands are sets of two cards, all different; 1 to 10 hands. Some
+// milliseconds for known hands alone, some 100 with random opponents.
 DealCounts exactPreflopEquity(std::span<const CardSet> hands, int randomOpponents);
 
 } // namespace tamarin
