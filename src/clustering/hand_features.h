@@ -15,6 +15,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <emmintrin.h>
 
 namespace tamarin {
 
@@ -37,14 +38,23 @@ inline constexpr size_t strengthWidth = 8; // clusters of starting hands at most
 struct HistogramMetric {
     static constexpr size_t width = histogramWidth;
     static uint32_t distance(const uint8_t* a, const uint8_t* b) {
-        uint32_t sum = 0;
-        for (size_t i = 0; i < width; ++i)
-            sum += static_cast<uint32_t>(a[i] < b[i] ? b[i] - a[i] : a[i] - b[i]);
-        return sum;
+        // The processor's sum of absolute differences, by name: g++ and clang each see it in a loop
+        // that the other one unrolls.
+        static_assert(width % 16 == 0);
+        __m128i sums = _mm_setzero_si128();
+        for (size_t i = 0; i < width; i += 16)
+            sums = _mm_add_epi64(sums, _mm_sad_epu8(load(a + i), load(b + i)));
+        const __m128i upper = _mm_unpackhi_epi64(sums, sums);
+        return static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_add_epi64(sums, upper)));
     }
     // Whether rows whose entries add up to sums that far apart can be at most so distant.
     static bool canBeWithin(uint32_t sumDifference, uint32_t distance) {
         return sumDifference <= distance;
+    }
+
+private:
+    static __m128i load(const uint8_t* bytes) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
     }
 };
 

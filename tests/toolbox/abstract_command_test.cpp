@@ -1,0 +1,70 @@
+#include "clustering/fake_abstraction.h"
+#include "support/temp_directory.h"
+#include "toolbox/run_toolbox.h"
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+namespace tamarin::test {
+
+namespace {
+
+std::string usageError(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "abstract");
+    const ToolboxRun ran = runTamarin(arguments);
+    EXPECT_EQ(ran.status, exitUsage);
+    EXPECT_EQ(ran.out, "");
+    EXPECT_EQ(std::count(ran.err.begin(), ran.err.end(), '\n'), 1) << ran.err;
+    return ran.err;
+}
+
+} // namespace
+
+TEST(AbstractCommand, SaysWhatIsWrong) {
+    EXPECT_NE(usageError({"169-200-200"}).find("'169-200-200' is no card abstraction"),
+              std::string::npos);
+    EXPECT_NE(usageError({"1-1-1-1", "--method", "guess"}).find("no method 'guess'"),
+              std::string::npos);
+    EXPECT_NE(usageError({"1-1-1-1", "--name", "../x"}).find("is no name"), std::string::npos);
+    EXPECT_NE(usageError({"1-1-1-1", "--clusters", "9"}).find("--clusters"), std::string::npos);
+    EXPECT_NE(usageError({}).find("COUNTS"), std::string::npos);
+}
+
+TEST(AbstractCommand, ADryRunWritesNothing) {
+    const TempDirectory directory;
+    const std::vector<std::string> arguments{"abstract", "169-30-40-50", "--dir", directory.path(),
+                                             "--dry-run"};
+    const ToolboxRun text = runTamarin(arguments);
+    EXPECT_EQ(text.status, exitDone) << text.err;
+    EXPECT_NE(text.out.find("lookup/169-30-40-50/turn: 27.9 MB\n"), std::string::npos) << text.out;
+    std::vector<std::string> withJson = arguments;
+    withJson.insert(withJson.end(), {"--json", "--method", "percentile"});
+    const ToolboxRun ran = runTamarin(withJson);
+    EXPECT_EQ(ran.status, exitDone) << ran.err;
+    EXPECT_EQ(ran.json()["name"], "169-30-40-50-percentile");
+    EXPECT_EQ(ran.json()["state"], "missing");
+    EXPECT_EQ(ran.json()["files"][3]["bytes"], 246312508);
+    EXPECT_EQ(directory.names(), std::set<std::string>{});
+}
+
+TEST(AbstractCommand, WhatIsThereAndDoesNotFitIsRefused) {
+    const TempDirectory directory;
+    ASSERT_TRUE(writeFake(directory.path(), "x").ok()); // of a few hands
+    const std::vector<std::string> arguments{"abstract", "169-3-4-5", "--name",
+                                             "x",        "--dir",     directory.path()};
+    ToolboxRun ran = runTamarin(arguments);
+    EXPECT_EQ(ran.status, exitFailed);
+    EXPECT_NE(ran.err.find("hands on the flop, not 1286792; --force makes it anew"),
+              std::string::npos)
+        << ran.err;
+    std::vector<std::string> verifying = arguments;
+    verifying.emplace_back("--verify");
+    ran = runTamarin(verifying);
+    EXPECT_EQ(ran.status, exitFailed);
+    EXPECT_NE(ran.err.find("hands on the flop"), std::string::npos) << ran.err;
+    verifying.emplace_back("--force");
+    EXPECT_EQ(runTamarin(verifying).status, exitUsage);
+}
+
+} // namespace tamarin::test
