@@ -78,7 +78,7 @@ Status checkCentres(const AbstractionDescription& description, const std::string
     return {};
 }
 
-Status checkRound(const CheckOptions& options, const CardAbstraction& abstraction, int round,
+Status checkRound(const AbstractionCheck& options, const CardAbstraction& abstraction, int round,
                   uint64_t hands, const Work& work) {
     const AbstractionDescription& description = abstraction.description();
     const ChooseBucket choose = description.options.method == AbstractionMethod::emd
@@ -178,7 +178,7 @@ PlainEquities plainEquities(const uint8_t* cards, int boardCards) {
     return equities;
 }
 
-Result<std::array<uint64_t, holdemRounds>> checkAbstraction(const CheckOptions& options) {
+Result<std::array<uint64_t, holdemRounds>> checkAbstraction(const AbstractionCheck& options) {
     const auto opened = CardAbstraction::open(options.directory, options.name);
     if (!opened)
         return Error{opened.error()};

@@ -16,7 +16,7 @@
 
 namespace tamarin {
 
-struct CheckOptions {
+struct AbstractionCheck {
     std::string directory = ".";
     std::string name;
     uint64_t seed = 1;
@@ -28,7 +28,7 @@ struct CheckOptions {
 
 // How many hands of each round were counted afresh. An error names the first that is not in the
 // bucket where it belongs. The pre-flop of a percentile abstraction is not counted afresh.
-Result<std::array<uint64_t, holdemRounds>> checkAbstraction(const CheckOptions& options);
+Result<std::array<uint64_t, holdemRounds>> checkAbstraction(const AbstractionCheck& options);
 
 // Of one hand, two hole cards and three or four board cards: how many rivers lie in each bin of
 // equity, and the sum of the equities in halves.

@@ -54,12 +54,12 @@ double secondsOf(const MakeOptions& options) {
     const auto root = [&](size_t round) {
         return std::sqrt(static_cast<double>(options.counts[round]));
     };
+    const auto ofSample = [&](size_t round) {
+        return root(round) * static_cast<double>(sampleOf(options, round)) / 1e6;
+    };
     const double fits =
-        options.options.restarts *
-        (0.35 * root(1) + (0.3 * root(2) * static_cast<double>(sampleOf(options, 2)) +
-                           0.15 * root(3) * static_cast<double>(sampleOf(options, 3))) /
-                              1e6);
-    const double passes = 10 + 0.3 * root(2) + 0.8 * root(3);
+        options.options.restarts * (0.15 * root(1) + 0.05 * ofSample(2) + 0.1 * ofSample(3));
+    const double passes = 5 + 0.05 * root(2) + 0.6 * root(3);
     return 8 + fits + passes;
 }
 

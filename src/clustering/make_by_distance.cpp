@@ -33,11 +33,15 @@ Status fit(AbstractionRun& run, FitStep step, const std::string& name, uint32_t 
         run.state.fit = {};
     }
     const Work work = run.beginStep(name);
-    Work parts = work; // a fit does not know how long it will be: each of its parts is told apart
+    // Told in iterations: most restarts end before they have had all of theirs.
+    Work parts = work;
+    parts.progress = nullptr;
+    const uint64_t all = uint64_t{options.restarts} * options.iterations;
     Status saved;
     FitWatch watch;
     watch.iterated = [&](const FitState& state) {
         const bool last = state.restart == options.restarts;
+        work.report(uint64_t{state.restart} * options.iterations + state.iteration, all);
         if (Status now = last ? run.save() : run.saveNowAndThen(); !now)
             saved = now;
     };

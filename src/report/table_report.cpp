@@ -1,5 +1,6 @@
 #include "report/table_report.h"
 
+#include "clustering/card_abstraction.h"
 #include "directory/manifest.h"
 #include "report/strategy_report.h"
 #include "table_builder/table_check.h"
@@ -33,6 +34,33 @@ std::string whyUnknown(const Result<ManifestComparison>& compared, const std::st
     return compared->state == ManifestState::nonsense
                ? lookup + "/manifest.json is no manifest: delete it"
                : "";
+}
+
+// The card abstractions below lookup/, by name.
+std::vector<std::string> abstractionsIn(const std::string& lookup) {
+    std::vector<std::string> names;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(lookup, ignored))
+        if (std::filesystem::exists(entry.path() / descriptionFileName, ignored))
+            names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// Every byte of each of them. Returns how many are wrong.
+size_t reportAbstractions(const ReportOptions& options, const std::string& lookup,
+                          std::string& text, nlohmann::ordered_json& json) {
+    size_t wrong = 0;
+    for (const std::string& name : abstractionsIn(lookup)) {
+        if (options.progress)
+            options.progress("card abstraction " + name);
+        const auto opened = CardAbstraction::open(options.directory, name);
+        wrong += !opened;
+        const std::string result = opened ? "good" : opened.error();
+        json.push_back({{"name", name}, {"good", opened.ok()}, {"result", result}});
+        text += abstractionFolder(options.directory, name) + ": " + result + '\n';
+    }
+    return wrong;
 }
 
 } // namespace
@@ -84,13 +112,16 @@ FilesReport reportFiles(const ReportOptions& options) {
         options.progress("strategies");
     if (options.strategies)
         report.wrong += reportStrategies(options.directory, report.text, strategies);
+    auto abstractions = nlohmann::ordered_json::array();
+    if (options.strategies)
+        report.wrong += reportAbstractions(options, lookup, report.text, abstractions);
     report.json = {{"directory", lookup},
                    {"wrong", report.wrong},
                    {"tables", files},
                    {"differences", differences},
                    {"manifest", unknown.empty() ? "read" : unknown}};
     if (options.strategies)
-        report.json["strategies"] = strategies;
+        report.json.update({{"abstractions", abstractions}, {"strategies", strategies}});
     return report;
 }
 

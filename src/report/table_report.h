@@ -15,7 +15,7 @@ namespace tamarin {
 struct ReportOptions {
     std::string directory = ".";
     std::vector<TableGroup> groups; // of tables; all when empty
-    bool strategies = false;        // check these as well
+    bool strategies = false;        // check these and card abstractions as well
     uint64_t seed = 1;
     int threads = 0;
     std::function<void(const std::string& step)> progress; // told each step of the check
@@ -28,7 +28,7 @@ struct FilesReport {
 };
 
 // Checks the tables, compares their hashes with the manifest, and does so for the strategies where
-// they are wanted.
+// they are wanted; of card abstractions every byte, too.
 FilesReport reportFiles(const ReportOptions& options);
 
 } // namespace tamarin

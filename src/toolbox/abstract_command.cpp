@@ -93,9 +93,26 @@ int stoppedOrFailed(const std::string& error) {
     return interrupted() ? interruptStatus() : fail(error);
 }
 
+// What is there has the counts and the method that were named.
+Status isAsNamed(const MakeOptions& make) {
+    const std::string folder = abstractionFolder(make.directory, make.nameOrOwn());
+    const auto there = readDescription(folder + "/" + descriptionFileName);
+    if (!there)
+        return Error{there.error()};
+    AbstractionOptions named = there->options;
+    named.method = make.options.method;
+    const std::string difference =
+        differenceOf(there->options, there->counts(), named, make.counts);
+    if (!difference.empty())
+        return Error{folder + ": " + difference};
+    return {};
+}
+
 int check(const Options& options, const MakeOptions& make) {
+    if (const Status named = isAsNamed(make); !named)
+        return fail(named.error());
     StepProgress progress(options.quiet);
-    CheckOptions checking;
+    AbstractionCheck checking;
     checking.directory = make.directory;
     checking.name = make.nameOrOwn();
     checking.seed = make.options.seed;
@@ -171,7 +188,10 @@ int abstractCards(const Options& options) {
     const auto made = makeAbstraction(make);
     if (!made) {
         if (interrupted())
-            progress.line("stopped; what is done is kept, and the same command goes on from there");
+            progress.line(
+                fmt::format("stopped; what is done is kept, and the same command{} goes on "
+                            "from there",
+                            make.force ? " without --force" : ""));
         return stoppedOrFailed(made.error());
     }
     progress.line(fmt::format("all in {}", describeDuration(seconds(steadyClock().now() - start))));

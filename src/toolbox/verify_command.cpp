@@ -31,7 +31,8 @@ void addVerifyCommand(CLI::App& app, int& status) {
     auto options = std::make_shared<Options>();
     options->report.strategies = true;
     CLI::App& command = addCommand(
-        app, "verify", "Check tables and strategies: sizes, hashes, ranges and random entries",
+        app, "verify",
+        "Check tables, strategies and card abstractions: sizes, hashes, ranges and random entries",
         "tamarin verify --dir run\n\n"
         "Hashes are those of lookup/manifest.json and strategies/*/manifest.json. Entries of "
         "tables\n"

@@ -81,7 +81,7 @@ TEST(MakeAbstraction, StoppedAndTakenUpItIsTheSame) {
         << other.error();
     EXPECT_EQ(filesOf(directory, "stopped"), filesOf(directory, "whole"));
 
-    CheckOptions check;
+    AbstractionCheck check;
     check.directory = directory.path();
     check.name = "whole";
     check.hands = 100;
@@ -121,7 +121,7 @@ TEST(MakeAbstraction, Percentiles) {
     }
     // Every flop bucket has a tenth of the deck's hands, but for hands of one equity that stay
     // together.
-    CheckOptions check;
+    AbstractionCheck check;
     check.directory = directory.path();
     check.name = "169-10-100-7-percentile";
     check.hands = 200;

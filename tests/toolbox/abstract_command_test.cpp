@@ -63,8 +63,29 @@ TEST(AbstractCommand, WhatIsThereAndDoesNotFitIsRefused) {
     ran = runTamarin(verifying);
     EXPECT_EQ(ran.status, exitFailed);
     EXPECT_NE(ran.err.find("hands on the flop"), std::string::npos) << ran.err;
+    verifying[1] = "169-3-4-6";
+    ran = runTamarin(verifying);
+    EXPECT_EQ(ran.status, exitFailed);
+    EXPECT_NE(ran.err.find("the number of buckets is 169-3-4-5 there and 169-3-4-6 here"),
+              std::string::npos)
+        << ran.err;
     verifying.emplace_back("--force");
     EXPECT_EQ(runTamarin(verifying).status, exitUsage);
+}
+
+TEST(AbstractCommand, VerifyLooksIntoAbstractions) {
+    const TempDirectory directory;
+    ToolboxRun ran = runTamarin({"verify", "--dir", directory.path(), "--json", "--quiet"});
+    const auto before = ran.json();
+    EXPECT_EQ(before["abstractions"].size(), 0U);
+    ASSERT_TRUE(writeFake(directory.path(), "x").ok()); // of a few hands, so that it is none
+    ran = runTamarin({"verify", "--dir", directory.path(), "--json", "--quiet"});
+    EXPECT_EQ(ran.status, exitFailed);
+    const auto after = ran.json();
+    ASSERT_EQ(after["abstractions"].size(), 1U);
+    EXPECT_EQ(after["abstractions"][0]["name"], "x");
+    EXPECT_EQ(after["abstractions"][0]["good"], false);
+    EXPECT_EQ(after["wrong"].get<int>(), before["wrong"].get<int>() + 1);
 }
 
 } // namespace tamarin::test
