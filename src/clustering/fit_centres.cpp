@@ -156,8 +156,11 @@ std::vector<uint8_t> movedCentres(const PointSet<Metric>& points, const Assignme
 }
 
 template <class Metric>
-Status fitCentres(const PointSet<Metric>& points, const FitOptions& options, const Work& work,
+Status fitCentres(const PointSet<Metric>& points, const FitOptions& options, const Work& asked,
                   const FitWatch& watch, FitState& state) {
+    Work work = asked;
+    if (chunksOf(points.size()) <= 16) // waiting for each other would take longer than the work
+        work.threads = 1;
     const auto tell = [&] {
         if (watch.iterated)
             watch.iterated(state);

@@ -81,21 +81,23 @@ TYPED_TEST(FitCentres, EmptyCentresMoveAsInThePlainOne) {
 }
 
 TYPED_TEST(FitCentres, IsTheSameWithAnyNumberOfThreads) {
+    // Enough points for threads to share.
+    const PointSet<TypeParam> points(clumpedRows<TypeParam>(40000, 11), someWeights(40000, 12));
     FitOptions options;
     options.centres = 40;
     FitState one;
     this->work.threads = 1;
-    ASSERT_TRUE(fitCentres(this->many, options, this->work, {}, one).ok());
+    ASSERT_TRUE(fitCentres(points, options, this->work, {}, one).ok());
     for (const int threads : {2, 3}) {
         FitState several;
         this->work.threads = threads;
-        ASSERT_TRUE(fitCentres(this->many, options, this->work, {}, several).ok());
+        ASSERT_TRUE(fitCentres(points, options, this->work, {}, several).ok());
         EXPECT_EQ(several, one);
     }
     EXPECT_EQ(one.restart, 3U);
     options.seed = 2;
     FitState other;
-    ASSERT_TRUE(fitCentres(this->many, options, this->work, {}, other).ok());
+    ASSERT_TRUE(fitCentres(points, options, this->work, {}, other).ok());
     EXPECT_NE(other.best, one.best);
 }
 
