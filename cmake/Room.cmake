@@ -1,3 +1,14 @@
+# Of a target whose files may be compiled together. Names in unnamed namespaces must then differ within the
+# target, which they should anyhow: one name for one thing.
+function(tamarin_may_be_united target)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ${TAMARIN_UNITY} UNITY_BUILD_BATCH_SIZE 8)
+    if(TAMARIN_UNITY AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # g++ warns of unnamed namespaces in every file that another one includes, and of names that hide
+        # those of another file; builds file by file judge what is meant.
+        target_compile_options(${target} PRIVATE -Wno-subobject-linkage -Wno-shadow)
+    endif()
+endfunction()
+
 # tamarin_room(NAME SOURCES file... [USES room...])
 #
 # One room of src/ as the static library tamarin_NAME. Headers are included as "room/file.h", and
@@ -10,6 +21,7 @@ function(tamarin_room name)
     file(MAKE_DIRECTORY ${view})
     file(CREATE_LINK ${CMAKE_SOURCE_DIR}/src/${name} ${view}/${name} SYMBOLIC)
     add_library(tamarin_${name} STATIC ${ROOM_SOURCES})
+    tamarin_may_be_united(tamarin_${name})
     target_include_directories(tamarin_${name} PUBLIC ${view})
     target_link_libraries(tamarin_${name} PRIVATE tamarin_flags)
     if(TAMARIN_SANITIZE)
@@ -33,6 +45,7 @@ set(TAMARIN_TEST_ENVIRONMENT
 function(tamarin_test name)
     cmake_parse_arguments(TEST "SLOW;THREADS" "" "SOURCES;USES;LINKS" ${ARGN})
     add_executable(test_${name} ${TEST_SOURCES} $<TARGET_OBJECTS:tamarin_heard_signals>)
+    tamarin_may_be_united(test_${name})
     target_link_libraries(test_${name} PRIVATE tamarin_flags GTest::gtest_main ${TEST_LINKS})
     if(NOT TEST_SLOW)
         # The work is done in the rooms, which keep their -O3; this compiles a fifth faster.

@@ -42,13 +42,13 @@ struct Endpoint {
     auto operator<=>(const Endpoint&) const = default;
 };
 
-struct Connection {
+struct Ends {
     Endpoint local;
     Endpoint remote;
-    auto operator<=>(const Connection&) const = default;
+    auto operator<=>(const Ends&) const = default;
 };
 
-std::optional<Connection> connectionOf(int socket) {
+std::optional<Ends> connectionOf(int socket) {
     const auto end = [&](auto ask) -> std::optional<Endpoint> {
         sockaddr_in address{};
         socklen_t length = sizeof address;
@@ -61,7 +61,7 @@ std::optional<Connection> connectionOf(int socket) {
     const auto remote = end(::getpeername);
     if (!local || !remote)
         return std::nullopt;
-    return Connection{*local, *remote};
+    return Ends{*local, *remote};
 }
 
 // "0100007F:1F90", or with the 24 digits before it that make an IPv6 address of an IPv4 one.
@@ -84,10 +84,10 @@ std::optional<Endpoint> parseEndpoint(std::string_view text) {
     return endpoint;
 }
 
-using Inodes = std::map<Connection, uint64_t>;
+using Inodes = std::map<Ends, uint64_t>;
 
 // Adds what a list says of the connections that are asked for.
-void readList(const std::string& path, const std::set<Connection>& asked, Inodes& inodes) {
+void readList(const std::string& path, const std::set<Ends>& asked, Inodes& inodes) {
     const File file(std::fopen(path.c_str(), "re"));
     if (!file)
         return;
@@ -110,7 +110,7 @@ void readList(const std::string& path, const std::set<Connection>& asked, Inodes
 // Asks the kernel for each connection by its addresses, which takes microseconds however many
 // connections there are: a crowd that comes and goes leaves tens of thousands in the lists. False
 // when this kernel does not answer such questions.
-bool askKernel(const std::set<Connection>& asked, Inodes& inodes) {
+bool askKernel(const std::set<Ends>& asked, Inodes& inodes) {
     const int fd = ::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_SOCK_DIAG);
     if (fd < 0)
         return false;
@@ -267,8 +267,8 @@ std::vector<SocketOwner> ownersOfPeers(std::span<const int> sockets, pid_t group
         return owners;
 
     // The other end is listed with our addresses the other way round.
-    std::vector<std::optional<Connection>> peers;
-    std::set<Connection> asked;
+    std::vector<std::optional<Ends>> peers;
+    std::set<Ends> asked;
     for (const int socket : sockets) {
         auto& peer = peers.emplace_back(connectionOf(socket));
         if (peer) {

@@ -3,6 +3,7 @@
 #include "eval/hand_evaluator.h"
 #include "eval/opponent_tally.h"
 #include "eval/preflop_equity.h"
+#include "eval/rank_masks.h"
 
 #include <array>
 #include <bit>
@@ -10,8 +11,6 @@
 
 namespace tamarin {
 namespace {
-
-constexpr CardSet allCards = 0x1fff1fff1fff1fff;
 
 // What stays the same over all boards of a question.
 struct Question {

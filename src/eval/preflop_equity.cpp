@@ -2,6 +2,7 @@
 
 #include "eval/hand_evaluator.h"
 #include "eval/opponent_tally.h"
+#include "eval/rank_masks.h"
 
 #include <algorithm>
 #include <array>
@@ -15,10 +16,6 @@ namespace {
 constexpr uint32_t ranks = 13;
 constexpr uint32_t allRanks = (1U << ranks) - 1;
 constexpr int boardSize = 5;
-
-uint32_t suitMask(CardSet cards, uint32_t suit) {
-    return static_cast<uint32_t>(cards >> (16 * suit)) & allRanks;
-}
 
 // 5^rank, which add up to the key of some ranks (hand_evaluator.h).
 constexpr auto powers = [] {

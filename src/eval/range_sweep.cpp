@@ -1,5 +1,7 @@
 #include "eval/range_sweep.h"
 
+#include "eval/rank_masks.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -11,7 +13,6 @@ namespace tamarin {
 
 namespace {
 
-constexpr CardSet allCards = 0x1fff1fff1fff1fff;
 constexpr uint8_t ownBit = 1;
 constexpr uint8_t firstBit = 2;
 constexpr uint8_t secondBit = 4;

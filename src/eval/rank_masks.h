@@ -30,6 +30,14 @@ inline RankMasks withRank(RankMasks masks, uint32_t rank) {
     return masks;
 }
 
+// All cards of the deck.
+inline constexpr CardSet allCards = 0x1fff1fff1fff1fff;
+
+// The ranks of a suit's cards.
+inline uint32_t suitMask(CardSet cards, uint32_t suit) {
+    return static_cast<uint32_t>(cards >> (16 * suit)) & 0x1fff;
+}
+
 // The masks of concrete cards.
 inline RankMasks rankMasksOf(CardSet cards) {
     const auto c = static_cast<uint32_t>(cards & 0x1fff);

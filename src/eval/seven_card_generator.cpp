@@ -22,10 +22,6 @@ struct HandState {
     friend bool operator==(const HandState&, const HandState&) = default;
 };
 
-uint32_t suitMask(CardSet cards, uint32_t suit) {
-    return static_cast<uint32_t>(cards >> (16 * suit)) & 0x1fff;
-}
-
 uint32_t countOfRank(const HandState& state, uint32_t rank) {
     return static_cast<uint32_t>(state.loose >> (4 * rank) & 0xf) +
            static_cast<uint32_t>(std::popcount(state.suited & rankInEverySuit << rank));

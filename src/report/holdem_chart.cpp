@@ -15,7 +15,7 @@ namespace {
 constexpr char ranks[] = "AKQJT98765432";
 constexpr const char* actionWords[numAbstractedActions] = {"fold", "call", "raise"};
 
-constexpr const char* style = R"(
+constexpr const char* chartStyle = R"(
 .grid{border-spacing:2px;border-collapse:separate;margin:.5rem 0 1.5rem}
 .grid td{width:3.1rem;height:2.1rem;padding:0;text-align:center;font-size:.78rem;
 color:var(--on);border-radius:3px}
@@ -225,7 +225,7 @@ std::string chartPage(const HoldemGame& game, const std::vector<PreflopDecision>
         }
         page += "</table>\n";
     }
-    return pageOf(game.name, std::string(actionStyle) + style, page);
+    return pageOf(game.name, std::string(actionStyle) + chartStyle, page);
 }
 
 } // namespace tamarin

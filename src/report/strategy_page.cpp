@@ -13,7 +13,7 @@ namespace {
 constexpr size_t openNodes = 60;
 constexpr int openLevels = 3;
 
-constexpr const char* style = R"(
+constexpr const char* strategyStyle = R"(
 .values{margin:0 0 1.5rem}
 .values th,.values td{padding:.25rem 1.5rem .25rem 0;text-align:right;
 border-bottom:1px solid var(--line)}
@@ -56,7 +56,7 @@ public:
         text_ += "<p class=legend><span><i class=fold></i>fold</span><span><i class=call></i>"
                  "check or call</span><span><i class=raise></i>bet or raise</span></p>\n";
         addNode(0, 0, "start");
-        return pageOf(game_.name, std::string(actionStyle) + style, text_);
+        return pageOf(game_.name, std::string(actionStyle) + strategyStyle, text_);
     }
 
 private:

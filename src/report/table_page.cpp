@@ -14,7 +14,7 @@ namespace tamarin {
 
 namespace {
 
-constexpr const char* style = R"(
+constexpr const char* tableStyle = R"(
 :root{--bar:#3f7fbf}
 @media(prefers-color-scheme:dark){:root{--bar:#4a8ccb}}
 .range td{padding:.2rem 1.5rem .2rem 0;border-bottom:1px solid var(--line)}
@@ -163,7 +163,7 @@ std::string tablePage(const TableView& view) {
                         grid(other);
     }
     text += "<h2>How the entries are spread</h2>\n" + histogram(summary);
-    return pageOf(titleOf(*summary.file), style, text);
+    return pageOf(titleOf(*summary.file), tableStyle, text);
 }
 
 } // namespace tamarin

@@ -14,7 +14,7 @@ namespace tamarin {
 namespace {
 
 constexpr uint64_t indicesOfRound = 2'000;
-constexpr size_t hands = 2'000;
+constexpr size_t indexedHands = 2'000;
 
 void addRound(Fnv1a& hash, const HandIndexer& indexer, unsigned round) {
     const hand_index_t size = indexer.size(round);
@@ -33,7 +33,7 @@ void addHands(Fnv1a& hash, const HandIndexer& indexer, rng_state_t& generator) {
     std::array<uint8_t, 52> deck;
     std::iota(deck.begin(), deck.end(), uint8_t{0});
     const unsigned last = indexer.rounds() - 1;
-    for (size_t h = 0; h < hands; ++h) {
+    for (size_t h = 0; h < indexedHands; ++h) {
         for (size_t i = 0; i < indexer.cardsThrough(last); ++i)
             std::swap(deck[i], deck[i + genrand_int32(&generator) % (deck.size() - i)]);
         hand_index_t indices[4] = {};

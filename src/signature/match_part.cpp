@@ -15,7 +15,7 @@ namespace tamarin {
 
 namespace {
 
-constexpr uint32_t hands = 300;
+constexpr uint32_t matchHands = 300;
 
 enum Player { rule, random, raise };
 
@@ -29,7 +29,7 @@ public:
     }
 
     void play() {
-        for (uint32_t hand = 0; hand < hands; ++hand)
+        for (uint32_t hand = 0; hand < matchHands; ++hand)
             playHand(hand);
         for (size_t p = 0; p < game_->numPlayers; ++p) {
             hash_.add(scores_.chips(p));

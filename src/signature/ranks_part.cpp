@@ -12,7 +12,7 @@ namespace tamarin {
 
 namespace {
 
-constexpr size_t hands = 20'000;
+constexpr size_t rankedHands = 20'000;
 constexpr size_t handsInWords = 500;
 constexpr size_t stride = 7; // no divisor of a row: all columns are met
 
@@ -43,8 +43,8 @@ void addRanks(Fnv1a& hash, const SevenCardTable& table) {
     init_genrand(&generator, 7);
     std::array<uint8_t, 52> deck;
     std::iota(deck.begin(), deck.end(), uint8_t{0});
-    std::vector<std::array<uint8_t, 7>> drawn(hands);
-    for (size_t h = 0; h < hands; ++h) {
+    std::vector<std::array<uint8_t, 7>> drawn(rankedHands);
+    for (size_t h = 0; h < rankedHands; ++h) {
         draw(generator, deck, 7);
         std::copy_n(deck.begin(), 7, drawn[h].begin());
         const uint8_t* const cards = drawn[h].data();
@@ -61,8 +61,8 @@ void addRanks(Fnv1a& hash, const SevenCardTable& table) {
                 hash.add(describeHand(set));
         }
     }
-    std::vector<uint32_t> values(hands);
-    table.rankMany(reinterpret_cast<const uint8_t(*)[7]>(drawn.data()), values.data(), hands);
+    std::vector<uint32_t> values(rankedHands);
+    table.rankMany(reinterpret_cast<const uint8_t(*)[7]>(drawn.data()), values.data(), rankedHands);
     for (const uint32_t value : values)
         hash.add(value);
 }

@@ -9,13 +9,6 @@
 
 namespace tamarin {
 
-namespace {
-
-constexpr uint64_t leastWindow = uint64_t{32} << 20;
-constexpr uint64_t otherMemory = uint64_t{64} << 20;
-
-} // namespace
-
 uint64_t leastEquityMemory() {
     return EquityCounts::memoryBytes() + leastWindow + otherMemory;
 }

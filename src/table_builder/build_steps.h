@@ -22,6 +22,10 @@ Status buildHoldem(const BuildOptions& options, const Work& work, const Files& f
 // empty when nothing is wrong, or when the file cannot be read.
 std::string damageOf(const TableFile& file, const std::string& path, int threads);
 
+// What every step takes besides its tables, and the least window on the hands of a round.
+inline constexpr uint64_t otherMemory = uint64_t{64} << 20;
+inline constexpr uint64_t leastWindow = uint64_t{32} << 20;
+
 // The least memory that buildEquities and buildUtilities can do with.
 uint64_t leastEquityMemory();
 uint64_t leastUtilityMemory();

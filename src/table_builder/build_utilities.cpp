@@ -27,9 +27,6 @@ constexpr double enoughNashConv = 1e-5;
 constexpr size_t iterationsAtATime = 100;
 constexpr size_t mostIterations = 20'000;
 
-constexpr uint64_t otherMemory = uint64_t{64} << 20;
-constexpr uint64_t leastWindow = uint64_t{32} << 20;
-
 // A utility as it is gathered, of both seats: 24 bits of each.
 using Gathered = std::array<float, 2>;
 

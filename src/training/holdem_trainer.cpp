@@ -13,7 +13,7 @@ namespace tamarin {
 
 namespace {
 
-constexpr CheckpointKind kind{"tmrnhold", 3, "a checkpoint of hold'em training"};
+constexpr CheckpointKind holdemKind{"tmrnhold", 3, "a checkpoint of hold'em training"};
 
 static_assert(sizeof(SetNumbers) == 48);
 
@@ -116,12 +116,12 @@ double HoldemTrainer::averageRegret() const {
 }
 
 Status HoldemTrainer::writeCheckpoint(const std::string& path, FileSystem& files) const {
-    return writeCheckpointFile(path, kind, configText(game_, buckets_, config_), deals_,
+    return writeCheckpointFile(path, holdemKind, configText(game_, buckets_, config_), deals_,
                                {std::as_bytes(std::span(sets_.numbers(), sets_.numSets()))}, files);
 }
 
 Status HoldemTrainer::readCheckpoint(const std::string& path, FileSystem& files) {
-    Result<CheckpointFile> file = CheckpointFile::open(path, kind, files);
+    Result<CheckpointFile> file = CheckpointFile::open(path, holdemKind, files);
     if (!file)
         return Error{file.error()};
     if (Status same = file->madeWith(configText(game_, buckets_, config_)); !same)

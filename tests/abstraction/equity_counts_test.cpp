@@ -3,6 +3,7 @@
 
 #include "abstraction/plain_equity.h"
 #include "abstraction/random_cards.h"
+#include "eval/seven_card_table.h"
 
 #include <gtest/gtest.h>
 

@@ -92,6 +92,7 @@ TEST_F(EquityFiles, StoppedWorkLeavesNothing) {
 }
 
 TEST_F(EquityFiles, UnwritablePlaceIsAnError) {
+    BackgroundCommits commits;
     const Status status =
         writeEquityFiles(*counts, 0, at("nowhere/one"), "", size_t{1} << 20, {}, commits);
     ASSERT_FALSE(status.ok());

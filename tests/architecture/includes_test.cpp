@@ -16,7 +16,7 @@ namespace tamarin::test {
 
 namespace {
 
-const fs::path root = test::inTree("");
+const fs::path tree = test::inTree("");
 
 std::string lines(const std::vector<std::string>& list) {
     std::string text;
@@ -54,8 +54,8 @@ protected:
 } // namespace
 
 TEST(Includes, PointDownward) {
-    EXPECT_FALSE(includesBelow(root, "src").empty());
-    EXPECT_EQ(lines(backwardArrows(root)), "");
+    EXPECT_FALSE(includesBelow(tree, "src").empty());
+    EXPECT_EQ(lines(backwardArrows(tree)), "");
 }
 
 TEST(Includes, RoomListHasNoCircle) {
@@ -80,7 +80,7 @@ TEST(Includes, CMakeNamesNoMoreThanTheRoomMayUse) {
     static const std::regex call(R"(tamarin_room\(\s*(\w+)([^)]*)\))");
     static const std::regex keyword("[A-Z]+");
     for (const auto& [room, allowed] : allowedUses()) {
-        const fs::path file = root / "src" / room / "CMakeLists.txt";
+        const fs::path file = tree / "src" / room / "CMakeLists.txt";
         if (!fs::exists(file))
             continue;
         const std::string text = contents(file);

@@ -12,7 +12,7 @@ namespace tamarin::test {
 
 namespace {
 
-constexpr const char* noLimit = "holdem.nolimit.2p.reverse_blinds.game";
+constexpr const char* noLimitFile = "holdem.nolimit.2p.reverse_blinds.game";
 
 State stateOf(const Game& game, const char* text) {
     MatchState state{};
@@ -23,7 +23,7 @@ State stateOf(const Game& game, const char* text) {
 } // namespace
 
 RC_GTEST_PROP(RandomChoice, IsAlwaysLegal, (uint32_t seed)) {
-    for (const char* name : {"kuhn.limit.3p.game", "holdem.limit.3p.game", noLimit}) {
+    for (const char* name : {"kuhn.limit.3p.game", "holdem.limit.3p.game", noLimitFile}) {
         const GamePtr game = test::loadGameFile(name);
         rng_state_t generator;
         init_genrand(&generator, seed);
@@ -55,7 +55,7 @@ TEST(RandomChoice, TakesEachKindAsOften) {
 }
 
 TEST(RandomChoice, RaisesAreLogUniform) {
-    const GamePtr game = test::loadGameFile(noLimit);
+    const GamePtr game = test::loadGameFile(noLimitFile);
     const State state = stateOf(*game, "MATCHSTATE:1:0::|AsKs"); // from 200 to 20000
     rng_state_t generator;
     init_genrand(&generator, 1);
@@ -80,7 +80,7 @@ TEST(RandomChoice, RaisesAreLogUniform) {
 }
 
 TEST(RandomChoice, RepeatsWithItsSeed) {
-    const GamePtr game = test::loadGameFile(noLimit);
+    const GamePtr game = test::loadGameFile(noLimitFile);
     const State state = stateOf(*game, "MATCHSTATE:1:0::|AsKs");
     rng_state_t first;
     rng_state_t second;

@@ -29,12 +29,12 @@ namespace {
 const char* const limit2 = "holdem.limit.2p.reverse_blinds.game";
 const char* const limit3 = "holdem.limit.3p.game";
 const char* const noLimit2 = "holdem.nolimit.2p.reverse_blinds.game";
-constexpr unsigned long long shortTraining = 100; // progress comes in hundredths
+constexpr unsigned long long fewIterations = 100; // progress comes in hundredths
 
 // An agent whose state a test sets by hand.
 class OpenHoldemAgent : public LimitHoldemAgent {
 public:
-    explicit OpenHoldemAgent(const char* gameFile, unsigned long long iterations = shortTraining)
+    explicit OpenHoldemAgent(const char* gameFile, unsigned long long iterations = fewIterations)
         : LimitHoldemAgent(gameFile, iterations) {}
     OpenHoldemAgent(const char* gameFile, std::unique_ptr<CFR> ready,
                     std::unique_ptr<HoldemHands> over)

@@ -26,7 +26,7 @@ namespace tamarin::test {
 namespace {
 
 const std::string program = tamarin::test::inBuild("bin/player");
-const std::string kuhn = "kuhn.limit.3p.game";
+const std::string kuhnFile = "kuhn.limit.3p.game";
 
 struct Outcome {
     int status;
@@ -44,14 +44,14 @@ Outcome run(const PlayingDirectory& directory, std::vector<std::string> argument
 // Strategies for all seats, so that the player starts at once.
 void prepareKuhn() {
     testing::internal::CaptureStdout();
-    { KuhnAgent agent(kuhn.c_str(), {1, 20000}); }
+    { KuhnAgent agent(kuhnFile.c_str(), {1, 20000}); }
     testing::internal::GetCapturedStdout();
 }
 
 TEST(Player, NeedsThreeArguments) {
     const PlayingDirectory directory;
     for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{}, {kuhn}, {kuhn, "localhost"}}) {
+         {std::vector<std::string>{}, {kuhnFile}, {kuhnFile, "localhost"}}) {
         const Outcome outcome = run(directory, arguments);
         std::string echoed = program + "\n";
         for (const std::string& argument : arguments)
@@ -77,7 +77,7 @@ TEST(Player, SaysWhichGameCannotBeOpenedOrRead) {
 
 TEST(Player, ComparesTheWholeNameOfTheGame) {
     const PlayingDirectory directory;
-    const std::string path = "./" + kuhn;
+    const std::string path = "./" + kuhnFile;
     const Outcome outcome = run(directory, {path, "localhost", "1"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "ERROR: unknown game " + path + "\n");
@@ -88,7 +88,7 @@ TEST(Player, RefusesAPortThatIsNone) {
     const PlayingDirectory directory;
     prepareKuhn();
     for (const std::string port : {"port", "", "-1", "65536", "70000", "18446744073709551617"}) {
-        const Outcome outcome = run(directory, {kuhn, "localhost", port});
+        const Outcome outcome = run(directory, {kuhnFile, "localhost", port});
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(outcome.err, "ERROR: invalid port " + port + "\n");
     }
@@ -99,14 +99,14 @@ TEST(Player, RefusesAPortThatIsNone) {
 TEST(Player, BuildsTheAgentOfTheNameAndThenLooksAtThePort) {
     const PlayingDirectory directory;
     const std::string holdem = PlayingDirectory::read("holdem.limit.3p.game");
-    const std::string small = PlayingDirectory::read(kuhn);
+    const std::string small = PlayingDirectory::read(kuhnFile);
     for (const std::string name : {"holdem.limit.2p.reverse_blinds.game", "holdem.limit.3p.game",
                                    "holdem.nolimit.2p.reverse_blinds.game", "kuhn.limit.3p.game"}) {
-        PlayingDirectory::write(name, name == kuhn ? holdem : small);
+        PlayingDirectory::write(name, name == kuhnFile ? holdem : small);
         const Outcome outcome = run(directory, {name, "localhost", "port"});
         EXPECT_EQ(outcome.status, 1);
         EXPECT_TRUE(outcome.err.starts_with("ERROR: " + name + " is not " +
-                                            (name == kuhn ? "Kuhn poker: " : "hold'em: ")))
+                                            (name == kuhnFile ? "Kuhn poker: " : "hold'em: ")))
             << outcome.err;
     }
 }
@@ -121,8 +121,8 @@ TEST(Player, AnnouncesTheTrainingOfEachGame) {
     const std::string echo = "\nlocalhost\n1\n";
     const std::string warning = "Warning: could not load strategy from disk!\n";
     {
-        const auto player = start(kuhn);
-        EXPECT_TRUE(player->says(echo + warning + "Training kuhn agent with 100 iterations\n" +
+        const auto player = start(kuhnFile);
+        EXPECT_TRUE(player->says(echo + warning + "Training kuhnFile agent with 100 iterations\n" +
                                  "Finding equilibrium 0...\n"));
     }
     const std::pair<std::string, std::string> games[] = {
@@ -147,7 +147,7 @@ TEST(Player, AnnouncesTheTrainingOfEachGame) {
 TEST(Player, SwitchesTheSolversProgressOn) {
     const PlayingDirectory directory;
     prepareKuhn();
-    std::string words[] = {"player", kuhn, "localhost", "port"};
+    std::string words[] = {"player", kuhnFile, "localhost", "port"};
     char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), words[3].data()};
     CFR::logProgress = false;
     testing::internal::CaptureStdout();
@@ -162,18 +162,18 @@ TEST(Player, SwitchesTheSolversProgressOn) {
 // Of 64 decisions between two actions, two starts make some differently.
 TEST(Player, DrawsOtherNumbersInEveryStart) {
     const PlayingDirectory directory;
-    FILE* file = std::fopen(kuhn.c_str(), "r");
+    FILE* file = std::fopen(kuhnFile.c_str(), "r");
     const GamePtr game(readGame(file));
     std::fclose(file);
     CFR even(game.get());
     even.buildTree(); // untrained: every action as often
-    std::filesystem::create_directories("strategies/kuhn.limit.3p");
+    std::filesystem::create_directories("strategies/kuhnFile.limit.3p");
     for (int seat = 0; seat < 3; ++seat)
         ASSERT_TRUE(even.save(KuhnStrategyFiles[seat]));
     std::string answers[2];
     for (std::string& all : answers) {
         LoopbackDealer dealer;
-        Process player({program, kuhn, "127.0.0.1", std::to_string(dealer.port())},
+        Process player({program, kuhnFile, "127.0.0.1", std::to_string(dealer.port())},
                        directory.path());
         ASSERT_TRUE(dealer.accept());
         EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
@@ -208,7 +208,7 @@ TEST(Player, SaysNothingToTheDealerWhereStandardErrorIsClosed) {
     for (const std::string closed : {"2>&-", "<&- >&- 2>&-"}) {
         LoopbackDealer dealer;
         Process player({"/bin/sh", "-c",
-                        "exec " + program + " " + kuhn + " 127.0.0.1 " +
+                        "exec " + program + " " + kuhnFile + " 127.0.0.1 " +
                             std::to_string(dealer.port()) + " " + closed},
                        directory.path());
         ASSERT_TRUE(dealer.accept());
@@ -227,8 +227,8 @@ TEST(Player, OutlivesTheReaderOfItsErrors) {
     prepareKuhn();
     LoopbackDealer dealer;
     Process player({"/bin/sh", "-c",
-                    "{ " + program + " " + kuhn + " 127.0.0.1 " + std::to_string(dealer.port()) +
-                        " 2>&1 >/dev/null; echo $? >status; } | :"},
+                    "{ " + program + " " + kuhnFile + " 127.0.0.1 " +
+                        std::to_string(dealer.port()) + " 2>&1 >/dev/null; echo $? >status; } | :"},
                    directory.path());
     ASSERT_TRUE(dealer.accept());
     EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
@@ -246,7 +246,8 @@ TEST(Player, EndsAtOnceWhenItCannotAnswer) {
     const PlayingDirectory directory;
     prepareKuhn();
     LoopbackDealer dealer;
-    Process player({program, kuhn, "127.0.0.1", std::to_string(dealer.port())}, directory.path());
+    Process player({program, kuhnFile, "127.0.0.1", std::to_string(dealer.port())},
+                   directory.path());
     ASSERT_TRUE(dealer.accept());
     EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
     // A card that no strategy knows, so that there is a count to tell; then the dealer is gone by
@@ -293,10 +294,10 @@ TEST(Player, SaysThatTheDealerCannotBeReached) {
     LoopbackDealer nobody;
     nobody.stopListening();
     const std::string port = std::to_string(nobody.port());
-    Outcome outcome = run(directory, {kuhn, "127.0.0.1", port});
+    Outcome outcome = run(directory, {kuhnFile, "127.0.0.1", port});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "ERROR: could not connect to 127.0.0.1:" + port + "\n");
-    outcome = run(directory, {kuhn, "no.such.host.invalid", port + "abc"});
+    outcome = run(directory, {kuhnFile, "no.such.host.invalid", port + "abc"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "ERROR: could not look up address for no.such.host.invalid\n");
 }
@@ -326,8 +327,9 @@ TEST(Player, PlaysToTheEndOfTheMatch) {
     const PlayingDirectory directory;
     prepareKuhn();
     LoopbackDealer dealer;
-    Process player({program, kuhn, "localhost", std::to_string(dealer.port()) + "trailing", "more"},
-                   directory.path());
+    Process player(
+        {program, kuhnFile, "localhost", std::to_string(dealer.port()) + "trailing", "more"},
+        directory.path());
     ASSERT_TRUE(dealer.accept());
     EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
     dealer.send("# a comment\r\nMATCHSTATE:0:7:crf:As||\r\n");
@@ -337,7 +339,7 @@ TEST(Player, PlaysToTheEndOfTheMatch) {
     dealer.hangUp();
     EXPECT_EQ(player.wait(), 0);
     EXPECT_EQ(player.err(), "ERROR: could not read match state: nonsense\n");
-    EXPECT_EQ(player.out(), program + "\n" + kuhn + "\nlocalhost\n" +
+    EXPECT_EQ(player.out(), program + "\n" + kuhnFile + "\nlocalhost\n" +
                                 std::to_string(dealer.port()) + "trailing\nmore\n");
 }
 
@@ -347,7 +349,7 @@ TEST(Player, SurvivesADealerThatGoesAway) {
     // Closed before the version is read, in mid-hand, and with an answer on its way.
     for (const int when : {0, 1, 2}) {
         LoopbackDealer dealer;
-        Process player({program, kuhn, "localhost", std::to_string(dealer.port())},
+        Process player({program, kuhnFile, "localhost", std::to_string(dealer.port())},
                        directory.path());
         ASSERT_TRUE(dealer.accept());
         if (when > 0) {
@@ -389,7 +391,8 @@ TEST(Player, WaitsForASilentDealer) {
     const PlayingDirectory directory;
     prepareKuhn();
     LoopbackDealer dealer;
-    Process player({program, kuhn, "localhost", std::to_string(dealer.port())}, directory.path());
+    Process player({program, kuhnFile, "localhost", std::to_string(dealer.port())},
+                   directory.path());
     ASSERT_TRUE(dealer.accept());
     EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
     EXPECT_EQ(dealer.readLine(300), "");

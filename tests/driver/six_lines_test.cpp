@@ -20,7 +20,7 @@
 namespace tamarin::test {
 namespace {
 
-const std::string program = inBuild("bin/player");
+const std::string playerProgram = inBuild("bin/player");
 
 struct Session {
     std::string good; // a state that asks for an answer
@@ -65,11 +65,12 @@ const Session threePlayerLines{
      "MATCHSTATE:1:0:ccc/c:|AsKs|/2c2c2c", "MATCHSTATE:0:0:ccc/:||/As2c3c",
      "MATCHSTATE:2:4294967296::||AsKs"}};
 
-// The program player in its own process.
+// The playerProgram player in its own process.
 void playInProcess(const PlayingDirectory& directory, const std::string& game,
                    const Session& session) {
     LoopbackDealer dealer;
-    Process player({program, game, "127.0.0.1", std::to_string(dealer.port())}, directory.path());
+    Process player({playerProgram, game, "127.0.0.1", std::to_string(dealer.port())},
+                   directory.path());
     ASSERT_TRUE(dealer.accept());
     ASSERT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
     dealer.send(session.text());
@@ -79,7 +80,7 @@ void playInProcess(const PlayingDirectory& directory, const std::string& game,
     EXPECT_EQ(player.err(), session.errors());
 }
 
-// Has the agent write its strategy, so that the program starts at once.
+// Has the agent write its strategy, so that the playerProgram starts at once.
 template <class MakeAgent>
 void prepare(MakeAgent make) {
     testing::internal::CaptureStdout();

@@ -2,23 +2,13 @@
 
 #include "eval/exact_equity.h"
 #include "eval/plain_equity.h"
+#include "eval/ranges_of.h"
 
 #include <chrono>
 
 #include <gtest/gtest.h>
 
 namespace tamarin::test {
-
-namespace {
-
-std::vector<HandRange> rangesOf(const std::vector<std::string>& texts) {
-    std::vector<HandRange> ranges;
-    for (const std::string& text : texts)
-        ranges.push_back(*parseHandRange(text));
-    return ranges;
-}
-
-} // namespace
 
 TEST(Matchups, StartingHandsUpToSuits) {
     const auto found = matchups(rangesOf({"random"}), 0);

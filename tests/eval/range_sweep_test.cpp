@@ -2,6 +2,7 @@
 
 #include "eval/exact_equity.h"
 #include "eval/plain_equity.h"
+#include "eval/ranges_of.h"
 #include "support/split_mix.h"
 
 #include <algorithm>
@@ -12,13 +13,6 @@
 namespace tamarin::test {
 
 namespace {
-
-std::vector<HandRange> rangesOf(const std::vector<std::string>& texts) {
-    std::vector<HandRange> ranges;
-    for (const std::string& text : texts)
-        ranges.push_back(*parseHandRange(text));
-    return ranges;
-}
 
 DealCounts swept(const std::vector<HandRange>& ranges, CardSet board) {
     RangeSweep sweep(ranges, board);

@@ -2,6 +2,7 @@
 
 #include "eval/exact_equity.h"
 #include "eval/plain_equity.h"
+#include "eval/ranges_of.h"
 #include "support/split_mix.h"
 
 #include <array>
@@ -13,13 +14,6 @@
 namespace tamarin::test {
 
 namespace {
-
-std::vector<HandRange> rangesOf(const std::vector<std::string>& texts) {
-    std::vector<HandRange> ranges;
-    for (const std::string& text : texts)
-        ranges.push_back(*parseHandRange(text));
-    return ranges;
-}
 
 constexpr uint64_t deals = 400 * sampleBlock;
 

@@ -13,7 +13,7 @@
 namespace tamarin::test {
 namespace {
 
-std::string errorOf(const std::string& path) {
+std::string errorOfFile(const std::string& path) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(readDefinitionFile(path.c_str()), nullptr) << path;
     return testing::internal::GetCapturedStderr();
@@ -43,11 +43,11 @@ TEST_F(DefinitionFileTest, IsReadWhole) {
 
 TEST_F(DefinitionFileTest, SaysWhatItCannotOpenOrRead) {
     const std::string path = directory + "/none.game";
-    EXPECT_EQ(errorOf(path), "ERROR: could not open game " + path + "\n");
+    EXPECT_EQ(errorOfFile(path), "ERROR: could not open game " + path + "\n");
     std::ofstream(path) << "GAMEDEF\nnumRounds = 9\n";
-    EXPECT_EQ(errorOf(path),
+    EXPECT_EQ(errorOfFile(path),
               "invalid number of rounds: 9\nERROR: could not read game " + path + "\n");
-    EXPECT_EQ(errorOf(directory), "ERROR: could not read game " + directory + "\n");
+    EXPECT_EQ(errorOfFile(directory), "ERROR: could not read game " + directory + "\n");
 }
 
 // A pipe that nobody writes would be waited for, and a device without an end read, for ever.
@@ -55,7 +55,7 @@ TEST_F(DefinitionFileTest, DoesNotWaitForWhatIsNoFile) {
     const std::string pipe = directory + "/pipe.game";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     for (const std::string& path : {pipe, std::string("/dev/zero"), std::string("/dev/null")})
-        EXPECT_EQ(errorOf(path), "ERROR: could not read game " + path + "\n");
+        EXPECT_EQ(errorOfFile(path), "ERROR: could not read game " + path + "\n");
 }
 
 } // namespace

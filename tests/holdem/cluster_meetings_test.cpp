@@ -8,8 +8,8 @@
 namespace tamarin::test {
 namespace {
 
-struct Board {
-    Board(std::mt19937& random, size_t left) : cardsLeft(left) {
+struct Deal {
+    Deal(std::mt19937& random, size_t left) : cardsLeft(left) {
         for (size_t h = 0; h < numHoldings(left); ++h) {
             values.push_back(static_cast<uint16_t>(random() % 50 * 1009));
             // Few clusters, the highest among them, and weights that go with neither.
@@ -27,7 +27,7 @@ struct Board {
 // Own cluster, the other's, and -1, 0 or 1 as the own hand is worse, as good or better.
 using Plain = std::map<std::tuple<size_t, size_t, int>, uint64_t>;
 
-void addPlain(Plain& counts, const Board& board) {
+void addPlain(Plain& counts, const Deal& board) {
     const auto forEachHolding = [&](const auto& visit) {
         for (size_t high = 1; high < board.cardsLeft; ++high)
             for (size_t low = 0; low < high; ++low)
@@ -44,7 +44,7 @@ void addPlain(Plain& counts, const Board& board) {
     });
 }
 
-void add(ClusterMeetings& meetings, const Board& board) {
+void add(ClusterMeetings& meetings, const Deal& board) {
     meetings.addBoard(HoldingOrder(board.values.data(), board.cardsLeft), board.clusters.data(),
                       board.weights.data());
 }
@@ -67,7 +67,7 @@ TEST(ClusterMeetings, CountEveryPairOfHoldings) {
     ClusterMeetings meetings;
     Plain counts;
     for (const size_t cardsLeft : {47U, 49U, 52U}) {
-        const Board board(random, cardsLeft);
+        const Deal board(random, cardsLeft);
         add(meetings, board);
         addPlain(counts, board);
         expectPlain(meetings, counts);
@@ -76,8 +76,8 @@ TEST(ClusterMeetings, CountEveryPairOfHoldings) {
 
 TEST(ClusterMeetings, AddUp) {
     std::mt19937 random(5);
-    const Board first(random, 20);
-    const Board second(random, 9);
+    const Deal first(random, 20);
+    const Deal second(random, 9);
     ClusterMeetings sum;
     add(sum, first);
     ClusterMeetings other;
@@ -96,7 +96,7 @@ TEST(ClusterMeetings, AddUp) {
 // All holdings in one cluster at the greatest weight: what 32 bits hold is soon full.
 TEST(ClusterMeetings, CountMoreThan32BitsHold) {
     std::mt19937 random(6);
-    Board board(random, deckCards);
+    Deal board(random, deckCards);
     std::fill(board.values.begin(), board.values.end(), uint16_t{1});
     std::fill(board.clusters.begin(), board.clusters.end(), uint8_t{42});
     std::fill(board.weights.begin(), board.weights.end(), uint8_t{ClusterMeetings::mostWeight});

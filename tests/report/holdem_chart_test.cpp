@@ -1,18 +1,12 @@
 #include "report/holdem_chart.h"
 
 #include "game/games.h"
+#include "report/count_of.h"
 
 #include <gtest/gtest.h>
 
 namespace tamarin::test {
 namespace {
-
-size_t countOf(const std::string& text, const std::string& part) {
-    size_t count = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-        ++count;
-    return count;
-}
 
 // Everybody calls with bucket 0, which is nearly all; AKs, AKo and AA have buckets of their own.
 PreflopDecision afterARaise() {

@@ -1,6 +1,7 @@
 #include "report/table_page.h"
 
 #include "abstraction/sparse_tables.h"
+#include "report/count_of.h"
 #include "support/file.h"
 #include "toolbox/run_toolbox.h"
 
@@ -10,13 +11,6 @@ namespace tamarin::test {
 namespace {
 
 using TablePage = PlayingDirectory;
-
-size_t countOf(const std::string& text, const std::string& part) {
-    size_t count = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-        ++count;
-    return count;
-}
 
 TEST_F(TablePage, ColoursStartingHandsByEquityAndByBucket) {
     std::vector<double> equities(roundSizes[0], 0.4);

@@ -9,7 +9,7 @@
 namespace tamarin::test {
 namespace {
 
-class Solver : public CFR {
+class TreeSolver : public CFR {
 public:
     using CFR::CFR;
     // As training leaves it: a class of its own takes the plain road.
@@ -121,7 +121,7 @@ TEST(Tree, CompiledBuildingLeavesWhatEnumerationLeaves) {
         const GamePtr game = make();
         CFR compiled(game.get());
         compiled.buildTree();
-        Solver plain(game.get());
+        TreeSolver plain(game.get());
         plain.buildPlain();
         expectSameTree(compiled, plain);
     }

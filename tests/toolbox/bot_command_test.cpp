@@ -1,15 +1,12 @@
 #include "driver/loopback_dealer.h"
+#include "toolbox/kuhn_game.h"
 #include "toolbox/tamarin_process.h"
 
 #include <csignal>
 
 namespace tamarin::test {
 
-namespace {
-
-constexpr const char* kuhn = "kuhn.limit.3p.game";
-
-} // namespace
+namespace {} // namespace
 
 TEST(BotCommand, PlaysUntilTheDealerCloses) {
     const Scratch scratch;

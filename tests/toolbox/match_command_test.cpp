@@ -1,6 +1,7 @@
 #include "dealer/hand_log.h"
 #include "game/games.h"
 #include "support/tree_paths.h"
+#include "toolbox/kuhn_game.h"
 #include "toolbox/tamarin_process.h"
 
 #include <algorithm>
@@ -17,7 +18,6 @@ namespace tamarin::test {
 
 namespace {
 
-constexpr const char* kuhn = "kuhn.limit.3p.game";
 const std::vector<std::string> threeBots = {"--seat",         "rule=bot:rule", "--seat",
                                             "any=bot:random", "--seat",        "call=bot:call"};
 

@@ -1,5 +1,6 @@
 #include "support/lock.h"
 #include "support/tree_paths.h"
+#include "toolbox/kuhn_game.h"
 #include "toolbox/program.h"
 #include "toolbox/tamarin_process.h"
 
@@ -9,8 +10,6 @@ namespace tamarin::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-const std::string game = "kuhn.limit.3p.game";
 
 class Prepare : public ProgramTest {
 protected:

@@ -1,3 +1,4 @@
+#include "toolbox/kuhn_game.h"
 #include "toolbox/program.h"
 
 #include <nlohmann/json.hpp>
@@ -7,7 +8,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string game = "kuhn.limit.3p.game";
 const std::string file = "strategies/kuhn.limit.3p/strategy0";
 
 class Show : public ProgramTest {

@@ -1,4 +1,5 @@
 #include "support/lock.h"
+#include "toolbox/kuhn_game.h"
 #include "toolbox/program.h"
 
 #include <sstream>
@@ -10,8 +11,6 @@ namespace tamarin::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-const std::string game = "kuhn.limit.3p.game";
 
 class Train : public ProgramTest {
 protected:

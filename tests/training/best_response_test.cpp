@@ -1,6 +1,7 @@
 #include "training/best_response.h"
 
 #include "solver/games.h"
+#include "training/made_small.h"
 #include "training/small_game_trainer.h"
 #include "tree/deck.h"
 
@@ -10,12 +11,6 @@
 
 namespace tamarin::test {
 namespace {
-
-std::unique_ptr<SmallGame> small(const GamePtr& game) {
-    auto made = SmallGame::make(*game);
-    EXPECT_TRUE(made.ok());
-    return std::move(*made);
-}
 
 // A pure strategy of one seat: an action for each thing that it can see, in order of appearance.
 struct PureStrategy {

@@ -2,6 +2,7 @@
 
 #include "solver/games.h"
 #include "training/best_response.h"
+#include "training/made_small.h"
 
 #include <cstring>
 
@@ -12,12 +13,6 @@ namespace {
 
 constexpr Algorithm all[] = {Algorithm::cfr, Algorithm::cfrPlus, Algorithm::linear,
                              Algorithm::discounted, Algorithm::predictive};
-
-std::unique_ptr<SmallGame> small(const GamePtr& game) {
-    auto made = SmallGame::make(*game);
-    EXPECT_TRUE(made.ok());
-    return std::move(*made);
-}
 
 ProfileValue trained(const SmallGame& game, Algorithm algorithm, uint64_t iterations,
                      uint32_t sampledDeals = 0) {
