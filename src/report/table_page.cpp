@@ -2,6 +2,7 @@
 
 #include "abstraction/quantise.h"
 #include "report/page.h"
+#include "report/shades.h"
 
 #include <algorithm>
 #include <array>
@@ -15,51 +16,9 @@ namespace tamarin {
 namespace {
 
 constexpr const char* tableStyle = R"(
-:root{--bar:#3f7fbf}
-@media(prefers-color-scheme:dark){:root{--bar:#4a8ccb}}
-.range td{padding:.2rem 1.5rem .2rem 0;border-bottom:1px solid var(--line)}
-.spread{width:100%}
-.spread td{padding:.1rem .75rem .1rem 0;white-space:nowrap;text-align:right}
-.spread td:last-child{width:70%}
-.spread u{display:block;height:.95rem;background:var(--bar);border-radius:2px}
-.soft{color:var(--soft)}
-.grid{table-layout:fixed;width:100%;max-width:52rem}
-.grid td{border:1px solid var(--bg);padding:.2rem 0;text-align:center;font-size:.72rem;
-line-height:1.2;overflow:hidden}
-.grid b{display:block;font-size:.82rem}
 .legend i{display:inline-block;width:1.4rem;height:.8rem;margin-right:.3rem;vertical-align:-1px}
 .legend span{margin-right:1rem;white-space:nowrap}
 )";
-
-struct Colour {
-    double red, green, blue;
-
-    std::string text() const {
-        return fmt::format("#{:02x}{:02x}{:02x}", static_cast<int>(std::lround(red)),
-                           static_cast<int>(std::lround(green)),
-                           static_cast<int>(std::lround(blue)));
-    }
-    // Black or white, whichever reads better on it.
-    const char* ink() const {
-        return 0.299 * red + 0.587 * green + 0.114 * blue > 140 ? "#1d2329" : "#fff";
-    }
-};
-
-// Light to dark, so that the order shows without colour too.
-using Ramp = std::array<Colour, 4>;
-constexpr Ramp blues{{{237, 243, 249}, {166, 200, 228}, {63, 127, 191}, {16, 50, 96}}};
-constexpr Ramp oranges{{{252, 240, 226}, {243, 190, 138}, {217, 113, 60}, {110, 44, 14}}};
-
-Colour shade(const Ramp& ramp, double place) {
-    assert(std::isfinite(place)); // a table with other entries gets no grid
-    const double at = std::clamp(place, 0.0, 1.0) * static_cast<double>(ramp.size() - 1);
-    const size_t step = std::min(static_cast<size_t>(at), ramp.size() - 2);
-    const double along = at - static_cast<double>(step);
-    const auto mix = [&](double from, double to) { return from + along * (to - from); };
-    const Colour& a = ramp[step];
-    const Colour& b = ramp[step + 1];
-    return {mix(a.red, b.red), mix(a.green, b.green), mix(a.blue, b.blue)};
-}
 
 // A bucket is a level of equity, light to dark, in one colour for each level of utility.
 Colour colourOf(const TableSummary& summary, double value) {
@@ -102,11 +61,10 @@ std::string histogram(const TableSummary& summary) {
     std::string text = "<table class=spread>\n";
     for (const TableSummary::Bin& bin : summary.histogram)
         text += fmt::format(
-            "<tr><td>{}{}<td>{}<td class=soft>{:.1f}%<td><u style=\"width:{:.2f}%\"></u></tr>\n",
-            number(summary, bin.from, 4),
+            "<tr><td>{}{}<td>{}<td class=soft>{:.1f}%<td>{}</tr>\n", number(summary, bin.from, 4),
             bin.from == bin.to ? "" : " to " + number(summary, bin.to, 4), bin.entries,
             100.0 * static_cast<double>(bin.entries) / static_cast<double>(summary.entries),
-            100.0 * static_cast<double>(bin.entries) / static_cast<double>(most));
+            barOf(static_cast<double>(bin.entries) / static_cast<double>(most)));
     return text + "</table>\n";
 }
 
@@ -132,16 +90,11 @@ std::string grid(const TableSummary& summary) {
     std::array<std::string, 169> fields;
     for (size_t i = 0; i < fields.size(); ++i) {
         const StartingHand& hand = startingHands()[i];
-        const Colour colour = colourOf(summary, summary.all[i]);
         fields[static_cast<size_t>(hand.row * 13 + hand.column)] =
-            fmt::format("<td style=\"background:{};color:{}\" title=\"{}: {}\"><b>{}</b>{}",
-                        colour.text(), colour.ink(), hand.name, number(summary, summary.all[i], 6),
-                        hand.name, number(summary, summary.all[i], 3));
+            gridField(colourOf(summary, summary.all[i]), hand.name,
+                      number(summary, summary.all[i], 3), number(summary, summary.all[i], 6));
     }
-    std::string text = "<table class=grid>\n";
-    for (size_t i = 0; i < fields.size(); ++i)
-        text += (i % 13 == 0 ? "<tr>" : "") + fields[i] + (i % 13 == 12 ? "</tr>\n" : "");
-    return text + "</table>\n" + legend(summary);
+    return gridOf(fields) + legend(summary);
 }
 
 } // namespace
@@ -163,7 +116,7 @@ std::string tablePage(const TableView& view) {
                         grid(other);
     }
     text += "<h2>How the entries are spread</h2>\n" + histogram(summary);
-    return pageOf(titleOf(*summary.file), tableStyle, text);
+    return pageOf(titleOf(*summary.file), std::string(shadeStyle) + tableStyle, text);
 }
 
 } // namespace tamarin

@@ -3,6 +3,7 @@
 #include "support/clock.h"
 #include "support/interrupt.h"
 #include "support/progress.h"
+#include "toolbox/abstraction_place.h"
 #include "toolbox/command.h"
 #include "toolbox/numbers.h"
 
@@ -24,6 +25,7 @@ struct Options {
     uint64_t deals = 0; // 0: exact if feasible, else the default sample
     uint64_t seed = 1;
     int threads = 0;
+    AbstractionPlace place; // no name: no bucket is wanted
     bool json = false;
     bool quiet = false;
 };
@@ -59,6 +61,23 @@ std::string describeOpponents(const Options& options, int randomOpponents) {
     return fmt::format("{}", fmt::join(opponents, " and "));
 }
 
+// The hand's bucket, where one is wanted; nothing also for cards that no hand has, which the
+// counting refuses. Ahead of the counting, which may take long.
+Result<std::optional<HandBucket>> findBucket(const Options& options) {
+    if (options.place.name.empty())
+        return std::optional<HandBucket>{};
+    const auto hole = parseCards(options.hand);
+    if (!hole || hole->size() != 2) // a list has many buckets
+        throw UsageError("--abstraction wants two hole cards, such as AsKd, not " + options.hand);
+    const auto cards = parseCards(options.hand + " " + options.board);
+    if (!cards || cards->size() == 3 || cards->size() == 4 || cards->size() > 7)
+        return std::optional<HandBucket>{};
+    const auto bucket = bucketOf(options.place, *cards);
+    if (!bucket)
+        return Error{bucket.error()};
+    return std::optional{*bucket};
+}
+
 // Shown only when the answer takes its time.
 class LateProgress {
 public:
@@ -82,6 +101,9 @@ private:
 
 int equity(const Options& options) {
     const EquityQuestion question = readQuestion(options);
+    const auto bucket = findBucket(options);
+    if (!bucket)
+        return fail(bucket.error());
     EquityOptions how;
     how.seed = options.seed;
     how.threads = options.threads;
@@ -120,6 +142,8 @@ int equity(const Options& options) {
             if (std::isfinite(answer->exactSeconds))
                 json["exactSeconds"] = std::round(answer->exactSeconds);
         }
+        if (*bucket)
+            json["abstraction"] = (*bucket)->json();
         printJson(json);
         return exitDone;
     }
@@ -136,6 +160,8 @@ int equity(const Options& options) {
     if (!answer->exact && std::isfinite(answer->exactSeconds))
         fmt::print("  --exact counts every deal, in about {:.0f} s of one core\n",
                    answer->exactSeconds);
+    if (*bucket)
+        fmt::print("  {}\n", (*bucket)->text());
     return exitDone;
 }
 
@@ -147,6 +173,7 @@ void addEquityCommand(CLI::App& app, int& status) {
         app, "equity", "Win, tie, loss and pot equity of a hand against others",
         "tamarin equity AsKd\n"
         "  tamarin equity AsKd Qs8h3d --players 3\n"
+        "  tamarin equity AsKd Qs8h3d --abstraction 169-200-200-200 --dir run\n"
         "  tamarin equity TT+,AKs --vs QQ --vs AKo,A5s-A2s\n"
         "  tamarin equity AA --players 6 --deals 10000000 --seed 7 --json\n\n"
         "Hands: AsKd, AKs, AKo, AK, TT, TT+, ATs+, 77-TT, A5s-A2s, random, and lists with commas.\n"
@@ -169,6 +196,7 @@ void addEquityCommand(CLI::App& app, int& status) {
                    "Sample this many deals (rounded up to 1,024s)")
         ->default_str("1000000 where it is not exact")
         ->excludes(exact);
+    addAbstractionOption(command, options->place);
     addSeedOption(command, options->seed);
     addThreadsOption(command, options->threads);
     addJsonOption(command, options->json);

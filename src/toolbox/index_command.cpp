@@ -2,6 +2,7 @@
 #include "eval/hand_range.h"
 #include "game/text.h"
 #include "index/hand_indexer.h"
+#include "toolbox/abstraction_place.h"
 #include "toolbox/command.h"
 
 #include <charconv>
@@ -16,10 +17,11 @@ struct Options {
     std::vector<std::string> unindex; // ROUND INDEX
     std::string rounds;
     bool sizes = false;
+    AbstractionPlace place; // no name: no bucket is wanted
     bool json = false;
 };
 
-constexpr std::array<const char*, 4> roundNames = {"preflop", "flop", "turn", "river"};
+constexpr std::array<const char*, 4> roundTexts = {"preflop", "flop", "turn", "river"};
 
 // The tables' structures: all board cards of a round as one group.
 std::vector<uint8_t> tableStructure(size_t round) {
@@ -76,22 +78,35 @@ std::string showHand(const HandIndexer& indexer, const std::vector<uint8_t>& car
     return text;
 }
 
-void print(const Options& options, const HandIndexer& indexer, unsigned round, hand_index_t index,
-           const std::vector<uint8_t>& cards, const std::string& answer) {
+int print(const Options& options, const HandIndexer& indexer, unsigned round, hand_index_t index,
+          const std::vector<uint8_t>& cards, const std::string& answer) {
+    std::optional<HandBucket> bucket;
+    if (!options.place.name.empty()) {
+        const auto found = bucketOf(options.place, cards);
+        if (!found)
+            return fail(found.error());
+        bucket = *found;
+    }
     if (!options.json) {
         fmt::print("{}\n", answer);
-        return;
+        if (bucket)
+            fmt::print("{}\n", bucket->text());
+        return exitDone;
     }
     std::vector<unsigned> rounds;
     for (unsigned r = 0; r < indexer.rounds(); ++r)
         rounds.push_back(indexer.cardsIn(r));
     const auto canonical = indexer.unindex(round, index);
-    printJson({{"rounds", rounds},
-               {"round", round},
-               {"index", index},
-               {"size", indexer.size(round)},
-               {"cards", showHand(indexer, cards)},
-               {"canonical", showHand(indexer, *canonical)}});
+    nlohmann::ordered_json json = {{"rounds", rounds},
+                                   {"round", round},
+                                   {"index", index},
+                                   {"size", indexer.size(round)},
+                                   {"cards", showHand(indexer, cards)},
+                                   {"canonical", showHand(indexer, *canonical)}};
+    if (bucket)
+        json["abstraction"] = bucket->json();
+    printJson(json);
+    return exitDone;
 }
 
 int indexCards(const Options& options) {
@@ -118,8 +133,7 @@ int indexCards(const Options& options) {
     for (unsigned round = 0; round < indexer.rounds(); ++round)
         if (indexer.cardsThrough(round) == cards->size()) {
             const hand_index_t index = indexer.index(round, cards->data());
-            print(options, indexer, round, index, *cards, std::to_string(index));
-            return exitDone;
+            return print(options, indexer, round, index, *cards, std::to_string(index));
         }
     throw UsageError(
         fmt::format("{} cards do not end any of the rounds {}", cards->size(), options.rounds));
@@ -129,8 +143,8 @@ int unindexCards(const Options& options) {
     const std::string& roundText = options.unindex[0];
     const std::string& indexText = options.unindex[1];
     auto round = readNumber<unsigned>(roundText);
-    for (unsigned r = 0; r < roundNames.size() && options.rounds.empty(); ++r)
-        if (roundText == roundNames[r])
+    for (unsigned r = 0; r < roundTexts.size() && options.rounds.empty(); ++r)
+        if (roundText == roundTexts[r])
             round = r;
     const auto index = readNumber<hand_index_t>(indexText);
     if (!index)
@@ -144,7 +158,7 @@ int unindexCards(const Options& options) {
             throw UsageError(fmt::format("there is no round \"{}\" in {}; they count from 0",
                                          roundText, options.rounds));
     } else {
-        if (!round || *round >= roundNames.size())
+        if (!round || *round >= roundTexts.size())
             throw UsageError(fmt::format("there is no round \"{}\"; they are 0 to 3, or preflop, "
                                          "flop, turn, river",
                                          roundText));
@@ -157,14 +171,13 @@ int unindexCards(const Options& options) {
     if (!cards)
         throw UsageError(fmt::format("there is no index {}: round {} has {} hands, 0 to {}", *index,
                                      roundText, indexer.size(*round), indexer.size(*round) - 1));
-    print(options, indexer, *round, *index, *cards, showHand(indexer, *cards));
-    return exitDone;
+    return print(options, indexer, *round, *index, *cards, showHand(indexer, *cards));
 }
 
 int printSizes(const Options& options) {
     std::vector<uint64_t> sizes;
     if (options.rounds.empty()) {
-        for (size_t round = 0; round < roundNames.size(); ++round) {
+        for (size_t round = 0; round < roundTexts.size(); ++round) {
             const HandIndexer indexer = makeIndexer(tableStructure(round));
             sizes.push_back(indexer.size(indexer.rounds() - 1));
         }
@@ -197,6 +210,7 @@ void addIndexCommand(CLI::App& app, int& status) {
     CLI::App& command = addCommand(
         app, "index", "Print the number of a hand among those distinct up to suits, or the hand",
         "tamarin index AsKd Qs8h3d\n"
+        "  tamarin index AsKd Qs8h3d --abstraction 169-200-200-200 --dir run\n"
         "  tamarin index --unindex flop 612345\n"
         "  tamarin index --rounds 2,3,1,1 AsKd Qs8h3d 7c\n\n"
         "Hands that a renaming of the suits turns into each other have one number. Without\n"
@@ -207,9 +221,12 @@ void addIndexCommand(CLI::App& app, int& status) {
     command.add_option("--unindex", options->unindex, "Print a hand with this number instead")
         ->expected(2)
         ->type_name("ROUND INDEX");
-    command.add_option("--rounds", options->rounds, "Cards dealt in each round, as in 2,3,1,1")
-        ->type_name("N,...");
-    command.add_flag("--sizes", options->sizes, "Print how many numbers each round has instead");
+    CLI::Option* const rounds =
+        command.add_option("--rounds", options->rounds, "Cards dealt in each round, as in 2,3,1,1")
+            ->type_name("N,...");
+    CLI::Option* const sizes = command.add_flag("--sizes", options->sizes,
+                                                "Print how many numbers each round has instead");
+    addAbstractionOption(command, options->place)->excludes(rounds)->excludes(sizes);
     addJsonOption(command, options->json);
     command.callback([options, &status] { status = index(*options); });
 }

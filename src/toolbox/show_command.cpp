@@ -1,21 +1,26 @@
-// tamarin show: a strategy as text, as JSON or as a page.
+// tamarin show: a strategy, a table or a card abstraction as text, as JSON or as a page.
 #include "directory/holdem_game.h"
 #include "directory/manifest.h"
 #include "directory/playing_directory.h"
 #include "directory/strategies.h"
+#include "report/abstraction_page.h"
+#include "report/abstraction_view.h"
 #include "report/holdem_chart.h"
 #include "report/strategy_page.h"
 #include "report/table_page.h"
 #include "report/table_view.h"
 #include "strategy/mapped_strategy.h"
 #include "support/file.h"
+#include "toolbox/abstraction_place.h"
 #include "toolbox/command.h"
+#include "toolbox/numbers.h"
 #include "toolbox/output_place.h"
 #include "training/line_reach.h"
 #include "tree/card_rank_keys.h"
 
 #include <filesystem>
 #include <iostream>
+#include <optional>
 
 namespace tamarin {
 
@@ -26,6 +31,9 @@ struct Options {
     std::string game;
     std::string directory = ".";
     std::string html;
+    std::string round;              // of a card abstraction
+    std::optional<uint32_t> bucket; // of that round
+    int threads = 0;
     bool json = false;
 };
 
@@ -152,26 +160,65 @@ int showHoldem(const HoldemGame& game, const Options& options) {
     return exitDone;
 }
 
-int showTable(const TableFile& file, const std::string& path, const Options& options) {
-    const auto view = viewTable(file, path);
-    if (!view)
-        return fail(view.error());
+// What all kinds of views do: JSON, a page, or text where neither was asked for.
+template <class Json, class Text, class Page>
+int showView(const Options& options, const Json& json, const Text& text, const Page& page) {
     if (options.json)
-        printJson(tableJson(*view));
+        printJson(json());
     else if (options.html.empty())
-        fmt::print("{}", tableText(*view));
+        fmt::print("{}", text());
     if (options.html.empty())
         return exitDone;
-    if (Status written = writeWholeFile(options.html, tablePage(*view)); !written)
+    if (Status written = writeWholeFile(options.html, page()); !written)
         return fail(written.error());
     if (!options.json)
         fmt::print("wrote {}\n", options.html);
     return exitDone;
 }
 
+int showTable(const TableFile& file, const std::string& path, const Options& options) {
+    const auto view = viewTable(file, path);
+    if (!view)
+        return fail(view.error());
+    return showView(
+        options, [&] { return tableJson(*view); }, [&] { return tableText(*view); },
+        [&] { return tablePage(*view); });
+}
+
+// A round by its name or number.
+int readRound(const std::string& text) {
+    for (int round = 0; round < holdemRounds; ++round)
+        if (text == roundNames[static_cast<size_t>(round)] || text == std::to_string(round))
+            return round;
+    if (text == "preflop")
+        return 0;
+    throw UsageError(
+        fmt::format("there is no round \"{}\"; they are preflop, flop, turn and river", text));
+}
+
+int showAbstraction(const AbstractionPlace& place, const Options& options) {
+    AbstractionQuestion question;
+    question.directory = place.directory;
+    question.name = place.name;
+    question.threads = options.threads;
+    if (!options.round.empty())
+        question.round = readRound(options.round);
+    question.bucket = options.bucket;
+    const auto view = viewAbstraction(question);
+    if (!view)
+        return fail(view.error());
+    return showView(
+        options, [&] { return abstractionJson(*view); }, [&] { return abstractionText(*view); },
+        [&] { return abstractionPage(*view); });
+}
+
 int show(const Options& options) {
     if (Status free = checkOutputPlace(options.html, "<!doctype html>", "a page", "--html"); !free)
         return fail(free.error());
+    if (const auto place = findAbstraction(options.what, options.directory))
+        return showAbstraction(*place, options);
+    if (!options.round.empty())
+        return fail("there is no card abstraction " + options.what + ", and --round is of one");
     if (const TableFile* table = tableNamed(options.what)) {
         const bool here = options.directory == "." || std::filesystem::exists(options.what);
         return showTable(*table, here ? options.what : inDirectory(options.directory, options.what),
@@ -214,23 +261,33 @@ int show(const Options& options) {
 
 void addShowCommand(CLI::App& app, int& status) {
     auto options = std::make_shared<Options>();
-    CLI::App& command =
-        addCommand(app, "show", "Print a strategy or a table as text, JSON or a page",
-                   "tamarin show kuhn.limit.3p.game --html kuhn.html\n"
-                   "  tamarin show holdem.limit.2p.reverse_blinds.game\n"
-                   "  tamarin show lookup/preflop_2p --html preflop.html\n\n"
-                   "Of hold'em, the first decisions before the flop: by bucket, and as the grid of "
-                   "starting\nhands, each with its likeliest action (f, c, r) and that action's "
-                   "percentage; suited\nhands above the diagonal. --json and --html go one action "
-                   "further.");
+    CLI::App& command = addCommand(
+        app, "show", "Print a strategy, a table or a card abstraction as text, JSON or a page",
+        "tamarin show kuhn.limit.3p.game --html kuhn.html\n"
+        "  tamarin show holdem.limit.2p.reverse_blinds.game\n"
+        "  tamarin show lookup/preflop_2p --html preflop.html\n"
+        "  tamarin show lookup/169-200-200-200 --round flop --bucket 17\n\n"
+        "Of hold'em, the first decisions before the flop: by bucket, and as the grid of "
+        "starting\nhands, each with its likeliest action (f, c, r) and that action's "
+        "percentage; suited\nhands above the diagonal. --json and --html go one action "
+        "further.");
     command
         .add_option("GAME|FILE", options->what,
                     "A game, for the strategies in the playing directory; a strategy file; or a "
-                    "table below lookup/")
+                    "table or card abstraction below lookup/")
         ->required();
     command.add_option("--game", options->game,
                        "The file's game, where its directory does not tell");
     command.add_option("--html", options->html, "Write a self-contained page")->type_name("FILE");
+    CLI::Option* const round =
+        command
+            .add_option("--round", options->round,
+                        "Of a card abstraction this round only: preflop, flop, turn, river")
+            ->type_name("ROUND");
+    addWholeNumber(command, "--bucket", options->bucket, 0, mostBuckets - 1,
+                   "Of that round this bucket: what it holds, and ten of its hands")
+        ->needs(round);
+    addThreadsOption(command, options->threads);
     addDirectoryOption(command, options->directory);
     addJsonOption(command, options->json);
     command.callback([options, &status] { status = show(*options); });
