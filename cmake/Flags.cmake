@@ -43,3 +43,11 @@ if(TAMARIN_SANITIZE)
         target_compile_options(tamarin_flags INTERFACE -Wno-maybe-uninitialized)
     endif()
 endif()
+
+# For targets whose files may be compiled together, behind the flags above.
+add_library(tamarin_united INTERFACE)
+if(TAMARIN_UNITY AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # g++ then warns of unnamed namespaces, as in headers, and of names that hide those of another file;
+    # builds file by file judge what is meant.
+    target_compile_options(tamarin_united INTERFACE -Wno-subobject-linkage -Wno-shadow)
+endif()

@@ -2,11 +2,6 @@
 # target, which they should anyhow: one name for one thing.
 function(tamarin_may_be_united target)
     set_target_properties(${target} PROPERTIES UNITY_BUILD ${TAMARIN_UNITY} UNITY_BUILD_BATCH_SIZE 8)
-    if(TAMARIN_UNITY AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-        # g++ warns of unnamed namespaces in every file that another one includes, and of names that hide
-        # those of another file; builds file by file judge what is meant.
-        target_compile_options(${target} PRIVATE -Wno-subobject-linkage -Wno-shadow)
-    endif()
 endfunction()
 
 # tamarin_room(NAME SOURCES file... [USES room...])
@@ -23,7 +18,7 @@ function(tamarin_room name)
     add_library(tamarin_${name} STATIC ${ROOM_SOURCES})
     tamarin_may_be_united(tamarin_${name})
     target_include_directories(tamarin_${name} PUBLIC ${view})
-    target_link_libraries(tamarin_${name} PRIVATE tamarin_flags)
+    target_link_libraries(tamarin_${name} PRIVATE tamarin_flags tamarin_united)
     if(TAMARIN_SANITIZE)
         target_link_options(tamarin_${name} PUBLIC -fsanitize=${TAMARIN_SANITIZE})
     endif()
@@ -46,7 +41,7 @@ function(tamarin_test name)
     cmake_parse_arguments(TEST "SLOW;THREADS" "" "SOURCES;USES;LINKS" ${ARGN})
     add_executable(test_${name} ${TEST_SOURCES} $<TARGET_OBJECTS:tamarin_heard_signals>)
     tamarin_may_be_united(test_${name})
-    target_link_libraries(test_${name} PRIVATE tamarin_flags GTest::gtest_main ${TEST_LINKS})
+    target_link_libraries(test_${name} PRIVATE tamarin_flags tamarin_united GTest::gtest_main ${TEST_LINKS})
     if(NOT TEST_SLOW)
         # The work is done in the rooms, which keep their -O3; this compiles a fifth faster.
         target_compile_options(test_${name} PRIVATE $<$<CONFIG:Release>:-O1>)

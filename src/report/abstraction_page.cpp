@@ -14,7 +14,7 @@ namespace tamarin {
 
 namespace {
 
-constexpr const char* style = R"(
+constexpr const char* abstractionStyle = R"(
 .rounds th,.rounds td{padding:.2rem 1rem .2rem 0;border-bottom:1px solid var(--line);
 text-align:right;font-weight:400}
 .rounds th{color:var(--soft)}
@@ -33,7 +33,7 @@ std::string equity(const RoundView& round, double value) {
     return round.hasEquities() ? fmt::format("{:.4f}", value) : "-";
 }
 
-std::string roundsTable(const AbstractionView& view) {
+std::string pageOfRounds(const AbstractionView& view) {
     std::string text = "<table class=rounds>\n<tr><th>round<th>buckets<th>empty<th>least<th>median"
                        "<th>greatest<th>mean equity<th>within<th>between</tr>\n";
     for (const RoundView& round : view.rounds) {
@@ -126,7 +126,7 @@ std::string bucketPage(const AbstractionView& view, const RoundView& round) {
                             equity(round, hand.equity));
     if (!round.bucket->hands.empty())
         text += "</table>\n";
-    return pageOf(titleOf(view, round), std::string(shadeStyle) + style, text);
+    return pageOf(titleOf(view, round), std::string(shadeStyle) + abstractionStyle, text);
 }
 
 } // namespace
@@ -135,12 +135,13 @@ std::string abstractionPage(const AbstractionView& view) {
     if (view.rounds[0].bucket)
         return bucketPage(view, view.rounds[0]);
     std::string text =
-        fmt::format("<p>{}</p>\n", escapedForPage(howMade(view.description))) + roundsTable(view);
+        fmt::format("<p>{}</p>\n", escapedForPage(howMade(view.description))) + pageOfRounds(view);
     if (view.rounds[0].round == 0)
         text += grid(view);
     for (const RoundView& round : view.rounds)
         text += sizes(round) + list(round);
-    return pageOf(view.path + ": card abstraction", std::string(shadeStyle) + style, text);
+    return pageOf(view.path + ": card abstraction", std::string(shadeStyle) + abstractionStyle,
+                  text);
 }
 
 } // namespace tamarin

@@ -17,7 +17,7 @@ namespace tamarin {
 
 namespace {
 
-struct Options {
+struct AbstractArguments {
     std::string counts;
     std::string directory = ".";
     std::string method = methodNames[0];
@@ -31,7 +31,7 @@ struct Options {
     bool quiet = false;
 };
 
-MakeOptions makeOptions(const Options& options) {
+MakeOptions makeOptions(const AbstractArguments& options) {
     const auto counts = readBucketCounts(options.counts);
     if (!counts)
         throw UsageError(counts.error());
@@ -108,7 +108,7 @@ Status isAsNamed(const MakeOptions& make) {
     return {};
 }
 
-int check(const Options& options, const MakeOptions& make) {
+int check(const AbstractArguments& options, const MakeOptions& make) {
     if (const Status named = isAsNamed(make); !named)
         return fail(named.error());
     StepProgress progress(options.quiet);
@@ -167,7 +167,7 @@ void printSummary(const MadeAbstraction& made, bool json) {
         fmt::print("{}: {}\n", made.folder, made.made ? "made" : "good already");
 }
 
-int abstractCards(const Options& options) {
+int abstractCards(const AbstractArguments& options) {
     MakeOptions make = makeOptions(options);
     if (options.dryRun)
         return showPlan(make, options.json);
@@ -216,7 +216,7 @@ void addFitOptions(CLI::App& command, AbstractionOptions& making) {
 } // namespace
 
 void addAbstractCommand(CLI::App& app, int& status) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<AbstractArguments>();
     CLI::App& command = addCommand(
         app, "abstract", "Make a card abstraction: hands of each round in so many buckets",
         "tamarin abstract 169-200-200-200 --dir run\n"

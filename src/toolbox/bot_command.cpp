@@ -13,7 +13,7 @@ namespace tamarin {
 
 namespace {
 
-struct Options {
+struct BotArguments {
     std::string kind;
     std::string game;
     std::string host;
@@ -22,7 +22,7 @@ struct Options {
     TokenOption token;
 };
 
-int play(const Options& options, bool seeded) {
+int play(const BotArguments& options, bool seeded) {
     // A bot has nothing to save, so a signal may simply end it.
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         std::signal(signal, SIG_DFL);
@@ -42,7 +42,7 @@ int play(const Options& options, bool seeded) {
 } // namespace
 
 void addBotCommand(CLI::App& app, int& status) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<BotArguments>();
     std::string kinds;
     for (const BotKind& kind : botKinds())
         kinds += fmt::format("\n  {:<8}{}", kind.name, kind.description);

@@ -16,7 +16,7 @@ namespace tamarin {
 
 namespace {
 
-struct Options {
+struct EquityArguments {
     std::string hand;
     std::string board;
     std::vector<std::string> against;
@@ -30,7 +30,7 @@ struct Options {
     bool quiet = false;
 };
 
-EquityQuestion readQuestion(const Options& options) {
+EquityQuestion readQuestion(const EquityArguments& options) {
     EquityQuestion question;
     std::vector<std::string> texts{options.hand};
     texts.insert(texts.end(), options.against.begin(), options.against.end());
@@ -53,7 +53,7 @@ EquityQuestion readQuestion(const Options& options) {
     return question;
 }
 
-std::string describeOpponents(const Options& options, int randomOpponents) {
+std::string describeOpponents(const EquityArguments& options, int randomOpponents) {
     std::vector<std::string> opponents = options.against;
     if (randomOpponents > 0)
         opponents.push_back(
@@ -63,7 +63,7 @@ std::string describeOpponents(const Options& options, int randomOpponents) {
 
 // The hand's bucket, where one is wanted; nothing also for cards that no hand has, which the
 // counting refuses. Ahead of the counting, which may take long.
-Result<std::optional<HandBucket>> findBucket(const Options& options) {
+Result<std::optional<HandBucket>> findBucket(const EquityArguments& options) {
     if (options.place.name.empty())
         return std::optional<HandBucket>{};
     const auto hole = parseCards(options.hand);
@@ -99,7 +99,7 @@ private:
     std::optional<Progress> progress_;
 };
 
-int equity(const Options& options) {
+int equity(const EquityArguments& options) {
     const EquityQuestion question = readQuestion(options);
     const auto bucket = findBucket(options);
     if (!bucket)
@@ -168,7 +168,7 @@ int equity(const Options& options) {
 } // namespace
 
 void addEquityCommand(CLI::App& app, int& status) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<EquityArguments>();
     CLI::App& command = addCommand(
         app, "equity", "Win, tie, loss and pot equity of a hand against others",
         "tamarin equity AsKd\n"

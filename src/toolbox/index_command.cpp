@@ -12,7 +12,7 @@ namespace tamarin {
 
 namespace {
 
-struct Options {
+struct IndexArguments {
     std::vector<std::string> cards;
     std::vector<std::string> unindex; // ROUND INDEX
     std::string rounds;
@@ -78,8 +78,8 @@ std::string showHand(const HandIndexer& indexer, const std::vector<uint8_t>& car
     return text;
 }
 
-int print(const Options& options, const HandIndexer& indexer, unsigned round, hand_index_t index,
-          const std::vector<uint8_t>& cards, const std::string& answer) {
+int print(const IndexArguments& options, const HandIndexer& indexer, unsigned round,
+          hand_index_t index, const std::vector<uint8_t>& cards, const std::string& answer) {
     std::optional<HandBucket> bucket;
     if (!options.place.name.empty()) {
         const auto found = bucketOf(options.place, cards);
@@ -109,7 +109,7 @@ int print(const Options& options, const HandIndexer& indexer, unsigned round, ha
     return exitDone;
 }
 
-int indexCards(const Options& options) {
+int indexCards(const IndexArguments& options) {
     std::string text;
     for (const std::string& part : options.cards)
         text += part + " ";
@@ -139,7 +139,7 @@ int indexCards(const Options& options) {
         fmt::format("{} cards do not end any of the rounds {}", cards->size(), options.rounds));
 }
 
-int unindexCards(const Options& options) {
+int unindexCards(const IndexArguments& options) {
     const std::string& roundText = options.unindex[0];
     const std::string& indexText = options.unindex[1];
     auto round = readNumber<unsigned>(roundText);
@@ -174,7 +174,7 @@ int unindexCards(const Options& options) {
     return print(options, indexer, *round, *index, *cards, showHand(indexer, *cards));
 }
 
-int printSizes(const Options& options) {
+int printSizes(const IndexArguments& options) {
     std::vector<uint64_t> sizes;
     if (options.rounds.empty()) {
         for (size_t round = 0; round < roundTexts.size(); ++round) {
@@ -194,7 +194,7 @@ int printSizes(const Options& options) {
     return exitDone;
 }
 
-int index(const Options& options) {
+int index(const IndexArguments& options) {
     const int asked = !options.cards.empty() + !options.unindex.empty() + options.sizes;
     if (asked != 1)
         throw UsageError("give either CARDS, or --unindex ROUND INDEX, or --sizes");
@@ -206,7 +206,7 @@ int index(const Options& options) {
 } // namespace
 
 void addIndexCommand(CLI::App& app, int& status) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<IndexArguments>();
     CLI::App& command = addCommand(
         app, "index", "Print the number of a hand among those distinct up to suits, or the hand",
         "tamarin index AsKd Qs8h3d\n"

@@ -20,7 +20,7 @@ namespace tamarin {
 
 namespace {
 
-struct Options {
+struct MatchArguments {
     std::string game;
     std::vector<std::string> seats;
     TokenOption token;
@@ -43,7 +43,7 @@ Duration fromSeconds(double value) {
     return Duration(static_cast<int64_t>(std::llround(value * 1e9)));
 }
 
-std::vector<Seat> readSeats(const Options& options, const Game& game) {
+std::vector<Seat> readSeats(const MatchArguments& options, const Game& game) {
     std::vector<Seat> seats;
     std::set<std::string> names;
     for (const std::string& text : options.seats) {
@@ -74,7 +74,8 @@ uint64_t botSeed(uint64_t seed, size_t seat) {
 }
 
 // How each player is started. Players that run here find `player` beside this program.
-Result<std::vector<SeatPlan>> planSeats(const Options& options, const std::vector<Seat>& seats,
+Result<std::vector<SeatPlan>> planSeats(const MatchArguments& options,
+                                        const std::vector<Seat>& seats,
                                         const std::string& gameFile) {
     std::error_code error;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -138,7 +139,7 @@ private:
     std::vector<std::array<int, numFaults>> told_;
 };
 
-MatchOptions rulesOf(const Options& options, size_t seats) {
+MatchOptions rulesOf(const MatchArguments& options, size_t seats) {
     MatchOptions rules;
     rules.hands = options.hands;
     rules.seed = options.seed;
@@ -154,7 +155,7 @@ MatchOptions rulesOf(const Options& options, size_t seats) {
     return rules;
 }
 
-SeatingOptions seatingOf(const Options& options, const std::vector<Seat>& seats) {
+SeatingOptions seatingOf(const MatchArguments& options, const std::vector<Seat>& seats) {
     SeatingOptions seating;
     seating.token = readToken(options.token);
     if (!seating.token.empty() &&
@@ -225,13 +226,13 @@ private:
     LoggedHand logged_;
 };
 
-std::string titleOf(const Options& options, const std::string& game) {
+std::string titleOf(const MatchArguments& options, const std::string& game) {
     return fmt::format("{} seed {} {}", game, options.seed,
                        options.duplicate ? "duplicate"
                                          : (options.fixedSeats ? "fixed seats" : "rotated"));
 }
 
-int match(const Options& options) {
+int match(const MatchArguments& options) {
     const auto game = openGameFile(options.game, options.directory);
     if (!game)
         return fail(game.error());
@@ -276,7 +277,7 @@ int match(const Options& options) {
 } // namespace
 
 void addMatchCommand(CLI::App& app, int& status) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<MatchArguments>();
     CLI::App& command = addCommand(
         app, "match", "Deal a match between players over TCP and report who won how much",
         "tamarin match kuhn.limit.3p.game --hands 3000 --seat me=player \\\n"

@@ -9,7 +9,7 @@ namespace tamarin {
 
 namespace {
 
-struct Options {
+struct RankArguments {
     std::vector<std::string> hands;
     bool json = false;
 };
@@ -25,7 +25,7 @@ std::vector<std::string> handsOf(const std::vector<std::string>& arguments) {
     return {together};
 }
 
-int rank(const Options& options) {
+int rank(const RankArguments& options) {
     auto list = nlohmann::ordered_json::array();
     std::string text;
     for (const std::string& hand : handsOf(options.hands)) {
@@ -59,7 +59,7 @@ int rank(const Options& options) {
 } // namespace
 
 void addRankCommand(CLI::App& app, int& status) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<RankArguments>();
     CLI::App& command = addCommand(
         app, "rank", "Name hands of five to seven cards and say how good they are",
         "tamarin rank AsKsQsJsTs2c3d\n"

@@ -26,7 +26,7 @@ namespace tamarin {
 
 namespace {
 
-struct Options {
+struct ShowArguments {
     std::string what;
     std::string game;
     std::string directory = ".";
@@ -44,7 +44,7 @@ struct Shown {
     std::vector<std::string> files; // one for each seat, or one for all
 };
 
-Result<Shown> find(const Options& options) {
+Result<Shown> find(const ShowArguments& options) {
     if (options.what.ends_with(".game")) {
         Shown shown{options.what, strategyDirectory(options.directory, bareName(options.what)), {}};
         for (size_t seat = 0; std::filesystem::exists(strategyPath(shown.source, seat)); ++seat)
@@ -123,7 +123,7 @@ nlohmann::ordered_json asJson(const NamedGame& game, const Profile& profile,
 }
 
 // The first decisions only: a hold'em strategy has thousands to millions of nodes.
-int showHoldem(const HoldemGame& game, const Options& options) {
+int showHoldem(const HoldemGame& game, const ShowArguments& options) {
     const std::string path = options.what.ends_with(".game")
                                  ? holdemStrategyPath(options.directory, game)
                                  : options.what;
@@ -162,7 +162,7 @@ int showHoldem(const HoldemGame& game, const Options& options) {
 
 // What all kinds of views do: JSON, a page, or text where neither was asked for.
 template <class Json, class Text, class Page>
-int showView(const Options& options, const Json& json, const Text& text, const Page& page) {
+int showView(const ShowArguments& options, const Json& json, const Text& text, const Page& page) {
     if (options.json)
         printJson(json());
     else if (options.html.empty())
@@ -176,7 +176,7 @@ int showView(const Options& options, const Json& json, const Text& text, const P
     return exitDone;
 }
 
-int showTable(const TableFile& file, const std::string& path, const Options& options) {
+int showTable(const TableFile& file, const std::string& path, const ShowArguments& options) {
     const auto view = viewTable(file, path);
     if (!view)
         return fail(view.error());
@@ -196,7 +196,7 @@ int readRound(const std::string& text) {
         fmt::format("there is no round \"{}\"; they are preflop, flop, turn and river", text));
 }
 
-int showAbstraction(const AbstractionPlace& place, const Options& options) {
+int showAbstraction(const AbstractionPlace& place, const ShowArguments& options) {
     AbstractionQuestion question;
     question.directory = place.directory;
     question.name = place.name;
@@ -212,7 +212,7 @@ int showAbstraction(const AbstractionPlace& place, const Options& options) {
         [&] { return abstractionPage(*view); });
 }
 
-int show(const Options& options) {
+int show(const ShowArguments& options) {
     if (Status free = checkOutputPlace(options.html, "<!doctype html>", "a page", "--html"); !free)
         return fail(free.error());
     if (const auto place = findAbstraction(options.what, options.directory))
@@ -260,7 +260,7 @@ int show(const Options& options) {
 } // namespace
 
 void addShowCommand(CLI::App& app, int& status) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ShowArguments>();
     CLI::App& command = addCommand(
         app, "show", "Print a strategy, a table or a card abstraction as text, JSON or a page",
         "tamarin show kuhn.limit.3p.game --html kuhn.html\n"

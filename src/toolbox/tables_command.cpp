@@ -24,7 +24,7 @@ namespace tamarin {
 
 namespace {
 
-struct Options {
+struct TablesArguments {
     std::vector<std::string> only;
     std::string directory = ".";
     std::string memory;
@@ -47,7 +47,7 @@ std::string groupNames() {
     return names;
 }
 
-std::vector<TableGroup> groupsOf(const Options& options) {
+std::vector<TableGroup> groupsOf(const TablesArguments& options) {
     std::vector<TableGroup> groups;
     for (const std::string& name : options.only) {
         bool known = false;
@@ -63,7 +63,7 @@ std::vector<TableGroup> groupsOf(const Options& options) {
     return groups;
 }
 
-uint64_t memoryLimit(const Options& options) {
+uint64_t memoryLimit(const TablesArguments& options) {
     if (options.memory.empty())
         return 0;
     CLI::AsSizeValue parse(true); // MB as it is printed, MiB for the other
@@ -75,7 +75,7 @@ uint64_t memoryLimit(const Options& options) {
 }
 
 // The plan, and nothing done.
-int showPlan(const Options& options, const TablePlan& plan) {
+int showPlan(const TablesArguments& options, const TablePlan& plan) {
     const std::string lookup = inDirectory(options.directory, "lookup");
     auto files = nlohmann::ordered_json::array();
     for (const PlannedTable& table : plan.tables)
@@ -127,7 +127,7 @@ int showPlan(const Options& options, const TablePlan& plan) {
 }
 
 // What sampling would take here; samples a slice and writes nothing.
-int showSamplingEstimate(const Options& options) {
+int showSamplingEstimate(const TablesArguments& options) {
     global_urng().seed(static_cast<uint32_t>(options.seed % 2147483647));
     const SamplingEstimate estimate = estimateSampling(options.directory);
     auto rounds = nlohmann::ordered_json::array();
@@ -152,7 +152,7 @@ int showSamplingEstimate(const Options& options) {
 }
 
 // The plain form: equities that EquityTables samples. It draws from the process-wide engine.
-int sample(const Options& options) {
+int sample(const TablesArguments& options) {
     if (Status made = makeDirectories(inDirectory(options.directory, "lookup")); !made)
         return fail(made.error());
     global_urng().seed(static_cast<uint32_t>(options.seed % 2147483647));
@@ -163,7 +163,7 @@ int sample(const Options& options) {
     return exitDone;
 }
 
-int makeTables(const Options& options) {
+int makeTables(const TablesArguments& options) {
     BuildOptions build;
     build.directory = options.directory;
     build.groups = groupsOf(options);
@@ -222,7 +222,7 @@ int makeTables(const Options& options) {
 } // namespace
 
 void addTablesCommand(CLI::App& app, int& status) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<TablesArguments>();
     CLI::App& command = addCommand(
         app, "tables", "Make the tables below lookup/ that are missing",
         "tamarin tables --dir run\n"

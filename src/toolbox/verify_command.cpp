@@ -8,7 +8,7 @@ namespace tamarin {
 
 namespace {
 
-struct Options {
+struct VerifyArguments {
     ReportOptions report;
     bool json = false;
     bool quiet = false;
@@ -28,7 +28,7 @@ int verify(ReportOptions options, bool json, bool quiet) {
 }
 
 void addVerifyCommand(CLI::App& app, int& status) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<VerifyArguments>();
     options->report.strategies = true;
     CLI::App& command = addCommand(
         app, "verify",
