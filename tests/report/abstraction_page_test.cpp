@@ -1,6 +1,7 @@
 #include "report/abstraction_page.h"
 
 #include "clustering/sparse_abstraction.h"
+#include "report/count_of.h"
 #include "support/file.h"
 #include "table_builder/table_summary.h"
 #include "toolbox/run_toolbox.h"
@@ -16,17 +17,10 @@ protected:
     }
 };
 
-size_t countOf(const std::string& text, const std::string& part) {
-    size_t count = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-        ++count;
-    return count;
-}
-
 TEST_F(AbstractionPages, HaveTheGridTheSizesAndEveryBucket) {
     writeSparse(equityPath(2, 0), roundSizes[0], std::vector<double>(roundSizes[0], 0.25));
     const ToolboxRun run =
-        runTamarin({"show", "lookup/mine", "--round", "preflop", "--html", "page.html"});
+        callTamarin({"show", "lookup/mine", "--round", "preflop", "--html", "page.html"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, "wrote page.html\n");
     const auto page = readWholeFile("page.html");

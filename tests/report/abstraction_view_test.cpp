@@ -51,7 +51,7 @@ TEST(BucketSizes, ThatAreAllTheSameAreOnePart) {
 TEST_F(AbstractionViews, TextOfPreflop) {
     std::vector<double> equities(roundSizes[0], 0.5);
     writeSparse(equityPath(2, 0), roundSizes[0], equities);
-    const ToolboxRun run = runTamarin({"show", "lookup/mine", "--round", "preflop"});
+    const ToolboxRun run = callTamarin({"show", "lookup/mine", "--round", "preflop"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.err, "");
     EXPECT_TRUE(run.out.starts_with(
@@ -83,7 +83,7 @@ TEST_F(AbstractionViews, JsonOfTheFlop) {
     writeSparse<double>(equityPath(2, 1), roundSizes[1], {0.5, 0.25, 1.0, 0.75, 0.5, 0.125});
     const std::vector<std::string> arguments{"show",   "mine",      "--round", "flop",
                                              "--json", "--threads", "2"};
-    const ToolboxRun run = runTamarin(arguments);
+    const ToolboxRun run = callTamarin(arguments);
     EXPECT_EQ(run.status, 0) << run.err;
     const auto json = run.json();
     EXPECT_EQ(json["abstraction"], "lookup/mine");
@@ -117,14 +117,14 @@ TEST_F(AbstractionViews, JsonOfTheFlop) {
     EXPECT_LE(flop["spreadBetween"].get<double>(), flop["spread"].get<double>());
     auto one = arguments;
     one.back() = "1";
-    EXPECT_EQ(runTamarin(one).out, run.out);
+    EXPECT_EQ(callTamarin(one).out, run.out);
 }
 
 TEST_F(AbstractionViews, OneBucketHasItsHandsByEquity) {
     writeSparse<double>(equityPath(2, 1), roundSizes[1], {0.5, 0.25, 1.0, 0.75, 0.5, 0.125});
     const std::vector<std::string> arguments{"show", "lookup/mine/", "--round",
                                              "flop", "--bucket",     "2"};
-    const ToolboxRun run = runTamarin(arguments);
+    const ToolboxRun run = callTamarin(arguments);
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_TRUE(run.out.starts_with("lookup/mine: flop bucket 2 of 7\n"
                                     "3 hands that are distinct up to suits, 0.0"))
@@ -138,7 +138,7 @@ TEST_F(AbstractionViews, OneBucketHasItsHandsByEquity) {
         << run.out;
     auto asJson = arguments;
     asJson.push_back("--json");
-    const auto json = runTamarin(asJson).json();
+    const auto json = callTamarin(asJson).json();
     EXPECT_EQ(json["round"], "flop");
     EXPECT_EQ(json["buckets"], 7);
     EXPECT_EQ(json["bucket"]["bucket"], 2);
@@ -147,7 +147,7 @@ TEST_F(AbstractionViews, OneBucketHasItsHandsByEquity) {
     EXPECT_EQ(json["bucket"]["examples"][2]["equity"], 0.75);
     auto empty = arguments;
     empty.back() = "1";
-    const ToolboxRun none = runTamarin(empty);
+    const ToolboxRun none = callTamarin(empty);
     EXPECT_EQ(none.status, 0);
     EXPECT_NE(none.out.find("\n0 hands that are distinct up to suits, 0.0000 %"),
               std::string::npos);
@@ -155,7 +155,7 @@ TEST_F(AbstractionViews, OneBucketHasItsHandsByEquity) {
 
 TEST_F(AbstractionViews, WithoutEquitiesSaysWhereTheyComeFrom) {
     const ToolboxRun run =
-        runTamarin({"show", "lookup/mine", "--round", "1", "--bucket", "2", "--dir", "."});
+        callTamarin({"show", "lookup/mine", "--round", "1", "--bucket", "2", "--dir", "."});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(
         run.out.find("no equities: lookup/flop_2p: could not open: No such file or directory; "
@@ -164,7 +164,7 @@ TEST_F(AbstractionViews, WithoutEquitiesSaysWhereTheyComeFrom) {
                      handAt(1, 1) + "\n"),
         std::string::npos)
         << run.out;
-    const auto json = runTamarin({"show", "mine", "--round", "0", "--json"}).json();
+    const auto json = callTamarin({"show", "mine", "--round", "0", "--json"}).json();
     EXPECT_FALSE(json["rounds"][0].contains("meanEquity"));
     EXPECT_TRUE(json["rounds"][0].contains("noEquities"));
     EXPECT_EQ(json["startingHands"][startingHands()[57].name], 17);
@@ -174,7 +174,7 @@ TEST_F(AbstractionViews, SaysWhatIsWrong) {
     const auto refusal = [](const std::vector<std::string>& more, int status) {
         std::vector<std::string> arguments{"show"};
         arguments.insert(arguments.end(), more.begin(), more.end());
-        const ToolboxRun run = runTamarin(arguments);
+        const ToolboxRun run = callTamarin(arguments);
         EXPECT_EQ(run.status, status) << run.err;
         EXPECT_EQ(run.out, "");
         EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;

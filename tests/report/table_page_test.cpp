@@ -19,7 +19,7 @@ TEST_F(TablePage, ColoursStartingHandsByEquityAndByBucket) {
     writeSparse(equityPath(2, 0), roundSizes[0], equities);
     writeSparse<uint8_t>(holdemPath(2, 0, 0), roundSizes[0], {9, 7, 2});
     writeSparse<uint8_t>(holdemPath(3, 0, 0), roundSizes[0], {9, 7, 2}); // of another game
-    const ToolboxRun run = runTamarin({"show", "lookup/preflop_2p", "--html", "page.html"});
+    const ToolboxRun run = callTamarin({"show", "lookup/preflop_2p", "--html", "page.html"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, "wrote page.html\n");
     const auto page = readWholeFile("page.html");

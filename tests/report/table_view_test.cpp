@@ -20,7 +20,7 @@ void writePreflop() {
 
 TEST_F(View, TextHasSizeRangeHistogramAndSquare) {
     writePreflop();
-    const ToolboxRun run = runTamarin({"show", "lookup/preflop_2p"});
+    const ToolboxRun run = callTamarin({"show", "lookup/preflop_2p"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_TRUE(run.out.starts_with("lookup/preflop_2p: equity against one opponent, pre-flop\n"
                                     "169 hands that are distinct up to suits, 1,352 bytes\n"
@@ -35,7 +35,8 @@ TEST_F(View, TextHasSizeRangeHistogramAndSquare) {
 
 TEST_F(View, CountsTheHandsOfEachBucket) {
     writePreflop();
-    const ToolboxRun run = runTamarin({"show", "holdem_preflop_2p_0", "--dir", "lookup", "--json"});
+    const ToolboxRun run =
+        callTamarin({"show", "holdem_preflop_2p_0", "--dir", "lookup", "--json"});
     EXPECT_EQ(run.status, 0) << run.err;
     const auto json = run.json();
     EXPECT_EQ(json["entries"], 169);
@@ -51,12 +52,12 @@ TEST_F(View, CountsTheHandsOfEachBucket) {
 }
 
 TEST_F(View, SaysWhatIsWrong) {
-    ToolboxRun run = runTamarin({"show", "lookup/flop_2p"});
+    ToolboxRun run = callTamarin({"show", "lookup/flop_2p"});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, "tamarin: lookup/flop_2p: could not open: No such file or directory; "
                        "'tamarin tables --only equity' makes it\n");
     writeSparse<uint8_t>("lookup/turn_3p_c", 7);
-    run = runTamarin({"show", "lookup/turn_3p_c", "--json"});
+    run = callTamarin({"show", "lookup/turn_3p_c", "--json"});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, "tamarin: lookup/turn_3p_c has 7 bytes, not 13960050; 'tamarin tables "
                        "--only clusters' makes it\n");

@@ -12,7 +12,7 @@ namespace {
 
 std::string usageError(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "abstract");
-    const ToolboxRun ran = runTamarin(arguments);
+    const ToolboxRun ran = callTamarin(arguments);
     EXPECT_EQ(ran.status, exitUsage);
     EXPECT_EQ(ran.out, "");
     EXPECT_EQ(std::count(ran.err.begin(), ran.err.end(), '\n'), 1) << ran.err;
@@ -35,12 +35,12 @@ TEST(AbstractCommand, ADryRunWritesNothing) {
     const TempDirectory directory;
     const std::vector<std::string> arguments{"abstract", "169-30-40-50", "--dir", directory.path(),
                                              "--dry-run"};
-    const ToolboxRun text = runTamarin(arguments);
+    const ToolboxRun text = callTamarin(arguments);
     EXPECT_EQ(text.status, exitDone) << text.err;
     EXPECT_NE(text.out.find("lookup/169-30-40-50/turn: 27.9 MB\n"), std::string::npos) << text.out;
     std::vector<std::string> withJson = arguments;
     withJson.insert(withJson.end(), {"--json", "--method", "percentile"});
-    const ToolboxRun ran = runTamarin(withJson);
+    const ToolboxRun ran = callTamarin(withJson);
     EXPECT_EQ(ran.status, exitDone) << ran.err;
     EXPECT_EQ(ran.json()["name"], "169-30-40-50-percentile");
     EXPECT_EQ(ran.json()["state"], "missing");
@@ -53,33 +53,33 @@ TEST(AbstractCommand, WhatIsThereAndDoesNotFitIsRefused) {
     ASSERT_TRUE(writeFake(directory.path(), "x").ok()); // of a few hands
     const std::vector<std::string> arguments{"abstract", "169-3-4-5", "--name",
                                              "x",        "--dir",     directory.path()};
-    ToolboxRun ran = runTamarin(arguments);
+    ToolboxRun ran = callTamarin(arguments);
     EXPECT_EQ(ran.status, exitFailed);
     EXPECT_NE(ran.err.find("hands on the flop, not 1286792; --force makes it anew"),
               std::string::npos)
         << ran.err;
     std::vector<std::string> verifying = arguments;
     verifying.emplace_back("--verify");
-    ran = runTamarin(verifying);
+    ran = callTamarin(verifying);
     EXPECT_EQ(ran.status, exitFailed);
     EXPECT_NE(ran.err.find("hands on the flop"), std::string::npos) << ran.err;
     verifying[1] = "169-3-4-6";
-    ran = runTamarin(verifying);
+    ran = callTamarin(verifying);
     EXPECT_EQ(ran.status, exitFailed);
     EXPECT_NE(ran.err.find("the number of buckets is 169-3-4-5 there and 169-3-4-6 here"),
               std::string::npos)
         << ran.err;
     verifying.emplace_back("--force");
-    EXPECT_EQ(runTamarin(verifying).status, exitUsage);
+    EXPECT_EQ(callTamarin(verifying).status, exitUsage);
 }
 
 TEST(AbstractCommand, VerifyLooksIntoAbstractions) {
     const TempDirectory directory;
-    ToolboxRun ran = runTamarin({"verify", "--dir", directory.path(), "--json", "--quiet"});
+    ToolboxRun ran = callTamarin({"verify", "--dir", directory.path(), "--json", "--quiet"});
     const auto before = ran.json();
     EXPECT_EQ(before["abstractions"].size(), 0U);
     ASSERT_TRUE(writeFake(directory.path(), "x").ok()); // of a few hands, so that it is none
-    ran = runTamarin({"verify", "--dir", directory.path(), "--json", "--quiet"});
+    ran = callTamarin({"verify", "--dir", directory.path(), "--json", "--quiet"});
     EXPECT_EQ(ran.status, exitFailed);
     const auto after = ran.json();
     ASSERT_EQ(after["abstractions"].size(), 1U);

@@ -50,7 +50,7 @@ TEST_F(AbstractionPlaces, TheIndexCommandNamesTheBucket) {
     const auto answer = [](std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), "index");
         arguments.insert(arguments.end(), {"--abstraction", "mine", "--dir", "."});
-        const ToolboxRun run = runTamarin(arguments);
+        const ToolboxRun run = callTamarin(arguments);
         EXPECT_EQ(run.status, 0) << run.err;
         return run.out;
     };
@@ -73,29 +73,29 @@ TEST_F(AbstractionPlaces, TheIndexCommandNamesTheBucket) {
                   answer({"--unindex", round, "9"}).find('\n') + 1);
     }
     const ToolboxRun json =
-        runTamarin({"index", "--unindex", "flop", "2", "--abstraction", "mine", "--json"});
+        callTamarin({"index", "--unindex", "flop", "2", "--abstraction", "mine", "--json"});
     EXPECT_EQ(json.json()["abstraction"],
               nlohmann::json({{"name", "mine"}, {"round", "flop"}, {"bucket", 6}, {"buckets", 7}}));
 }
 
 TEST_F(AbstractionPlaces, TheEquityCommandNamesTheBucket) {
-    const ToolboxRun hand = runTamarin({"index", "--unindex", "flop", "5"});
+    const ToolboxRun hand = callTamarin({"index", "--unindex", "flop", "5"});
     const std::string cards = hand.out.substr(0, hand.out.size() - 1);
     const std::vector<std::string> arguments{"equity", cards.substr(0, 4), cards.substr(5),
                                              "--abstraction", "mine"};
-    const ToolboxRun run = runTamarin(arguments);
+    const ToolboxRun run = callTamarin(arguments);
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_TRUE(run.out.ends_with("deals counted\n  bucket 5 of 7 on the flop (mine)\n"))
         << run.out;
     auto asJson = arguments;
     asJson.push_back("--json");
-    EXPECT_EQ(runTamarin(asJson).json()["abstraction"]["bucket"], 5);
-    EXPECT_FALSE(runTamarin({"equity", "AsKd", "--json"}).json().contains("abstraction"));
+    EXPECT_EQ(callTamarin(asJson).json()["abstraction"]["bucket"], 5);
+    EXPECT_FALSE(callTamarin({"equity", "AsKd", "--json"}).json().contains("abstraction"));
 }
 
 TEST_F(AbstractionPlaces, BothCommandsSayWhatIsWrong) {
     const auto refusal = [](const std::vector<std::string>& arguments, int status) {
-        const ToolboxRun run = runTamarin(arguments);
+        const ToolboxRun run = callTamarin(arguments);
         EXPECT_EQ(run.status, status) << run.err;
         EXPECT_EQ(run.out, "");
         EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;

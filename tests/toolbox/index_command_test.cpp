@@ -10,7 +10,7 @@ namespace {
 
 std::string answer(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "index");
-    const ToolboxRun ran = runTamarin(arguments);
+    const ToolboxRun ran = callTamarin(arguments);
     EXPECT_EQ(ran.status, exitDone) << ran.err;
     EXPECT_EQ(ran.err, "");
     return ran.out;
@@ -18,7 +18,7 @@ std::string answer(std::vector<std::string> arguments) {
 
 void expectUsageError(std::vector<std::string> arguments, const std::string& what) {
     arguments.insert(arguments.begin(), "index");
-    const ToolboxRun ran = runTamarin(arguments);
+    const ToolboxRun ran = callTamarin(arguments);
     EXPECT_EQ(ran.status, exitUsage);
     EXPECT_EQ(ran.out, "");
     EXPECT_NE(ran.err.find(what), std::string::npos) << ran.err;
@@ -89,7 +89,7 @@ TEST(IndexCommand, SaysWhatIsWrong) {
 }
 
 TEST(IndexCommand, HelpHasAnExample) {
-    const ToolboxRun ran = runTamarin({"index", "--help"});
+    const ToolboxRun ran = callTamarin({"index", "--help"});
     EXPECT_EQ(ran.status, exitDone);
     EXPECT_NE(ran.out.find("tamarin index AsKd Qs8h3d"), std::string::npos);
 }

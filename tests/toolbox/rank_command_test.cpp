@@ -3,7 +3,7 @@
 namespace tamarin::test {
 
 TEST(RankCommand, NamesAHand) {
-    const ToolboxRun run = runTamarin({"rank", "AsKsQsJsTs2c3d"});
+    const ToolboxRun run = callTamarin({"rank", "AsKsQsJsTs2c3d"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out, "AsKsQsJsTs2c3d: Straight flush, ace high (royal flush); category 9, value "
                        "36874, rank 7462 of 7462\n");
@@ -11,13 +11,13 @@ TEST(RankCommand, NamesAHand) {
 }
 
 TEST(RankCommand, SingleCardsAreOneHand) {
-    const ToolboxRun run = runTamarin({"rank", "Kh", "Kd", "Kc", "3s", "3c"});
+    const ToolboxRun run = callTamarin({"rank", "Kh", "Kd", "Kc", "3s", "3c"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out.rfind("KhKdKc3s3c: Full house, kings over threes;", 0), 0U) << run.out;
 }
 
 TEST(RankCommand, ListsHandsAsJson) {
-    const ToolboxRun run = runTamarin({"rank", "7h5d4c3s2c", "2h2d3c4s5c6c", "--json"});
+    const ToolboxRun run = callTamarin({"rank", "7h5d4c3s2c", "2h2d3c4s5c6c", "--json"});
     EXPECT_EQ(run.status, 0);
     const auto list = run.json();
     ASSERT_EQ(list.size(), 2U);
@@ -33,7 +33,7 @@ TEST(RankCommand, SaysWhatIsWrong) {
                                                                        {"rank", "AsKsQsJsTs2c3d4h"},
                                                                        {"rank", "AsAsQsJsTs"},
                                                                        {"rank", "1sKsQsJsTs"}}) {
-        const ToolboxRun run = runTamarin(arguments);
+        const ToolboxRun run = callTamarin(arguments);
         EXPECT_EQ(run.status, 2);
         EXPECT_EQ(run.out, "");
         EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;

@@ -17,7 +17,7 @@ struct ToolboxRun {
     nlohmann::json json() const { return nlohmann::json::parse(out); }
 };
 
-inline ToolboxRun runTamarin(const std::vector<std::string>& arguments) {
+inline ToolboxRun callTamarin(const std::vector<std::string>& arguments) {
     std::vector<const char*> argv{"tamarin"};
     for (const std::string& argument : arguments)
         argv.push_back(argument.c_str());

@@ -1,3 +1,4 @@
+#include "report/count_of.h"
 #include "toolbox/kuhn_game.h"
 #include "toolbox/program.h"
 
@@ -14,13 +15,6 @@ class Show : public ProgramTest {
 protected:
     Show() { EXPECT_EQ(run({"prepare", game, "--quiet"}).status, 0); }
 };
-
-size_t countOf(const std::string& text, const std::string& part) {
-    size_t count = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-        ++count;
-    return count;
-}
 
 TEST_F(Show, PrintsTheDump) {
     const Outcome ofFile = run({"show", file});

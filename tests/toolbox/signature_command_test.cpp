@@ -10,7 +10,7 @@ namespace tamarin::test {
 
 namespace {
 
-const Signature found({{"ranks", 1}, {"match", 0xabc}});
+const Signature computed({{"ranks", 1}, {"match", 0xabc}});
 const Signature other({{"ranks", 1}, {"match", 0xabd}});
 
 struct Report {
@@ -21,7 +21,7 @@ struct Report {
 Report report(const Signature& expected, const SignatureOptions& options) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    const int status = reportSignature(found, expected, options);
+    const int status = reportSignature(computed, expected, options);
     std::fflush(stdout);
     const std::string out = testing::internal::GetCapturedStdout();
     return {status, out, testing::internal::GetCapturedStderr()};
@@ -32,7 +32,7 @@ Report report(const Signature& expected, const SignatureOptions& options) {
 TEST(SignatureReport, IsOneLine) {
     const Report printed = report(other, {});
     EXPECT_EQ(printed.status, 0);
-    EXPECT_EQ(printed.out, signatureText(found.whole()) + "\n");
+    EXPECT_EQ(printed.out, signatureText(computed.whole()) + "\n");
     EXPECT_EQ(printed.err, "");
 }
 
@@ -40,18 +40,18 @@ TEST(SignatureReport, ListsParts) {
     SignatureOptions options;
     options.parts = true;
     EXPECT_EQ(report(other, options).out,
-              signatureText(found.whole()) +
+              signatureText(computed.whole()) +
                   "\n  0000000000000001 ranks\n  0000000000000abc match\n");
 }
 
 TEST(SignatureReport, ChecksTheNumberAndNamesTheParts) {
     SignatureOptions options;
     options.check = true;
-    EXPECT_EQ(report(found, options).status, 0);
-    EXPECT_EQ(report(found, options).err, "");
+    EXPECT_EQ(report(computed, options).status, 0);
+    EXPECT_EQ(report(computed, options).err, "");
     const Report wrong = report(other, options);
     EXPECT_EQ(wrong.status, 1);
-    EXPECT_EQ(wrong.out, signatureText(found.whole()) + "\n");
+    EXPECT_EQ(wrong.out, signatureText(computed.whole()) + "\n");
     EXPECT_EQ(wrong.err, "tamarin: the signature is not " + signatureText(other.whole()) +
                              "; what differs: match\n");
 }
@@ -60,7 +60,7 @@ TEST(SignatureReport, IsJson) {
     SignatureOptions options;
     options.json = true;
     const auto json = nlohmann::json::parse(report(other, options).out);
-    EXPECT_EQ(json["signature"], signatureText(found.whole()));
+    EXPECT_EQ(json["signature"], signatureText(computed.whole()));
     EXPECT_EQ(json["expected"], signatureText(other.whole()));
     EXPECT_EQ(json["parts"]["match"], "0000000000000abc");
     EXPECT_EQ(json["different"], nlohmann::json({"match"}));
