@@ -114,7 +114,7 @@ std::string cellText(const std::array<double, numAbstractedActions>& strategy) {
 
 } // namespace
 
-std::string handAt(size_t row, size_t column) {
+std::string startingHandAt(size_t row, size_t column) {
     const std::string both = {ranks[std::min(row, column)], ranks[std::max(row, column)]};
     return row == column ? both : both + (row < column ? "s" : "o");
 }
@@ -176,7 +176,7 @@ nlohmann::ordered_json chartAsJson(const PreflopDecision& decision) {
     nlohmann::ordered_json hands;
     for (size_t row = 0; row < 13; ++row)
         for (size_t column = 0; column < 13; ++column)
-            hands[handAt(row, column)] = decision.bucket[row][column];
+            hands[startingHandAt(row, column)] = decision.bucket[row][column];
     return {{"sequence", decision.sequence},
             {"seat", decision.seat},
             {"playersActing", decision.acting},
@@ -219,7 +219,7 @@ std::string chartPage(const HoldemGame& game, const std::vector<PreflopDecision>
                     "{0:.1f}% {1:.1f}%,var(--raise) {1:.1f}%)\" title=\"fold {0:.1f}%, call "
                     "{2:.1f}%, raise {3:.1f}%\">{4}",
                     fold, call, 100.0 * strategy[actionCall], 100.0 * strategy[actionRaise],
-                    handAt(row, column));
+                    startingHandAt(row, column));
             }
             page += '\n';
         }

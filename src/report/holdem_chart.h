@@ -26,7 +26,7 @@ struct PreflopDecision {
 };
 
 // "AKs", "T9o", "77" for a place in the grid.
-std::string handAt(size_t row, size_t column);
+std::string startingHandAt(size_t row, size_t column);
 
 // The decisions after at most so many actions, by the betting's depth-first order. An error when
 // the strategy lacks one of them.

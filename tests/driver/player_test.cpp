@@ -122,7 +122,7 @@ TEST(Player, AnnouncesTheTrainingOfEachGame) {
     const std::string warning = "Warning: could not load strategy from disk!\n";
     {
         const auto player = start(kuhnFile);
-        EXPECT_TRUE(player->says(echo + warning + "Training kuhnFile agent with 100 iterations\n" +
+        EXPECT_TRUE(player->says(echo + warning + "Training kuhn agent with 100 iterations\n" +
                                  "Finding equilibrium 0...\n"));
     }
     const std::pair<std::string, std::string> games[] = {
@@ -167,7 +167,7 @@ TEST(Player, DrawsOtherNumbersInEveryStart) {
     std::fclose(file);
     CFR even(game.get());
     even.buildTree(); // untrained: every action as often
-    std::filesystem::create_directories("strategies/kuhnFile.limit.3p");
+    std::filesystem::create_directories("strategies/kuhn.limit.3p");
     for (int seat = 0; seat < 3; ++seat)
         ASSERT_TRUE(even.save(KuhnStrategyFiles[seat]));
     std::string answers[2];

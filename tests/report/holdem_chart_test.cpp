@@ -42,11 +42,11 @@ TEST(HoldemChart, DescribesADecision) {
 }
 
 TEST(HoldemChart, NamesThePlacesOfTheGrid) {
-    EXPECT_EQ(handAt(0, 0), "AA");
-    EXPECT_EQ(handAt(0, 1), "AKs");
-    EXPECT_EQ(handAt(1, 0), "AKo");
-    EXPECT_EQ(handAt(12, 12), "22");
-    EXPECT_EQ(handAt(3, 12), "J2s");
+    EXPECT_EQ(startingHandAt(0, 0), "AA");
+    EXPECT_EQ(startingHandAt(0, 1), "AKs");
+    EXPECT_EQ(startingHandAt(1, 0), "AKo");
+    EXPECT_EQ(startingHandAt(12, 12), "22");
+    EXPECT_EQ(startingHandAt(3, 12), "J2s");
 }
 
 TEST(HoldemChart, IsATableOfBucketsAndAGridAsText) {
