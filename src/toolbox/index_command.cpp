@@ -56,10 +56,14 @@ std::vector<uint8_t> readRounds(const std::string& text) {
 
 HandIndexer makeIndexer(const std::vector<uint8_t>& structure) {
     auto indexer = HandIndexer::make(structure);
-    if (!indexer)
+    if (!indexer) {
+        std::string cards;
+        for (const uint8_t count : structure)
+            cards += (cards.empty() ? "" : ",") + std::to_string(count);
         throw UsageError(fmt::format("rounds of {} cards cannot be indexed: at most 4 rounds, 52 "
                                      "cards and as many hands as 64 bits number",
-                                     fmt::join(structure, ",")));
+                                     cards));
+    }
     return std::move(*indexer);
 }
 
