@@ -14,7 +14,7 @@ namespace tamarin {
 namespace {
 
 uint32_t potOnRiver(const uint8_t* hole, const uint8_t* board) {
-    std::array<uint16_t, riverHoldingCount> pots;
+    std::array<uint16_t, riverHoldings> pots;
     riverPots(board, pots.data());
     uint8_t left[deckCards];
     const size_t count = cardsWithout(board, 5, left);
@@ -121,7 +121,7 @@ Status checkPreflop(const CardAbstraction& abstraction, const std::string& folde
     const auto early = earlyHistograms(EquityHistograms(rivers, *bins), work);
     if (!early)
         return Error{early.error()};
-    std::array<uint16_t, 169> wanted;
+    std::array<uint16_t, roundSizes[0]> wanted;
     if (abstraction.buckets(0) == wanted.size()) {
         wanted = ranksOfStartingHands(*early);
     } else {

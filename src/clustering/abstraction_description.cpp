@@ -8,6 +8,14 @@ namespace {
 
 constexpr CheckedKind descriptionKind{"tmrnabst", 1, "the description of a card abstraction"};
 
+template <class Description, class Archive>
+void eachDescriptionField(Description& description, Archive& field) {
+    eachField(description.options, field);
+    for (auto& round : description.rounds)
+        eachField(round, field);
+    field(description.startingHandClusters);
+}
+
 bool possible(const AbstractionDescription& description) {
     if (static_cast<size_t>(description.options.method) >= methodNames.size())
         return false;
@@ -28,52 +36,9 @@ BucketCounts AbstractionDescription::counts() const {
     return counts;
 }
 
-void pack(Packer& packer, const AbstractionOptions& options) {
-    packer.add(static_cast<uint32_t>(options.method));
-    packer.add(options.clusters);
-    packer.add(options.seed);
-    packer.add(options.sample);
-    packer.add(options.restarts);
-    packer.add(options.iterations);
-    packer.add(options.tolerance);
-}
-
-void unpack(Unpacker& unpacker, AbstractionOptions& options) {
-    uint32_t method = 0;
-    unpacker.take(method);
-    options.method = static_cast<AbstractionMethod>(method);
-    unpacker.take(options.clusters);
-    unpacker.take(options.seed);
-    unpacker.take(options.sample);
-    unpacker.take(options.restarts);
-    unpacker.take(options.iterations);
-    unpacker.take(options.tolerance);
-}
-
-void pack(Packer& packer, const RoundDescription& round) {
-    packer.add(round.buckets);
-    packer.add(round.hands);
-    packer.add(round.checksum);
-    packer.add(round.distance);
-    packer.add(round.deckHands);
-    packer.add(round.centres);
-}
-
-void unpack(Unpacker& unpacker, RoundDescription& round) {
-    unpacker.take(round.buckets);
-    unpacker.take(round.hands);
-    unpacker.take(round.checksum);
-    unpacker.take(round.distance);
-    unpacker.take(round.deckHands);
-    unpacker.take(round.centres);
-}
-
 Status writeDescription(const std::string& path, const AbstractionDescription& description) {
     Packer packer;
-    pack(packer, description.options);
-    for (const RoundDescription& round : description.rounds)
-        pack(packer, round);
-    packer.add(description.startingHandClusters);
+    eachDescriptionField(description, packer);
     return writeCheckedFile(path, descriptionKind, packer.bytes());
 }
 
@@ -83,10 +48,7 @@ Result<AbstractionDescription> readDescription(const std::string& path) {
         return Error{payload.error()};
     AbstractionDescription description;
     Unpacker unpacker(*payload);
-    unpack(unpacker, description.options);
-    for (RoundDescription& round : description.rounds)
-        unpack(unpacker, round);
-    unpacker.take(description.startingHandClusters);
+    eachDescriptionField(description, unpacker);
     if (!unpacker.whole() || !possible(description))
         return Error{path + ": holds numbers that no card abstraction has"};
     return description;

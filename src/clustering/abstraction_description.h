@@ -25,6 +25,7 @@
 #include "support/result.h"
 
 #include <array>
+#include <concepts>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -75,11 +76,27 @@ Result<AbstractionDescription> readDescription(const std::string& path);
 std::string differenceOf(const AbstractionOptions& there, const BucketCounts& countsThere,
                          const AbstractionOptions& here, const BucketCounts& countsHere);
 
-class Packer;
-class Unpacker;
-void pack(Packer& packer, const AbstractionOptions& options);
-void unpack(Unpacker& unpacker, AbstractionOptions& options);
-void pack(Packer& packer, const RoundDescription& round);
-void unpack(Unpacker& unpacker, RoundDescription& round);
+// The fields in the order of the files, for a Packer or an Unpacker (checked_file.h).
+template <class Options, class Archive>
+requires std::same_as<std::remove_const_t<Options>, AbstractionOptions>
+void eachField(Options& options, Archive& field) {
+    field(options.method);
+    field(options.clusters);
+    field(options.seed);
+    field(options.sample);
+    field(options.restarts);
+    field(options.iterations);
+    field(options.tolerance);
+}
+template <class Round, class Archive>
+requires std::same_as<std::remove_const_t<Round>, RoundDescription>
+void eachField(Round& round, Archive& field) {
+    field(round.buckets);
+    field(round.hands);
+    field(round.checksum);
+    field(round.distance);
+    field(round.deckHands);
+    field(round.centres);
+}
 
 } // namespace tamarin

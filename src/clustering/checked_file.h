@@ -8,8 +8,8 @@
 //   P       the payload
 //   8       checksum of all bytes before it
 //
-// A payload is written number by number and read back in the same order; text and arrays go with
-// their length before them.
+// A payload is written field by field and read back in the same order; arrays go with their length
+// before them.
 #pragma once
 
 #include "support/result.h"
@@ -20,6 +20,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace tamarin {
@@ -35,15 +36,19 @@ Status writeCheckedFile(const std::string& path, const CheckedKind& kind,
 // The payload. Refuses, in words, what is no such file, another version or byte order, and damage.
 Result<std::string> readCheckedFile(const std::string& path, const CheckedKind& kind);
 
+// Packer and Unpacker are called with one field after another, so that one list of fields serves
+// both ways. A field is a number, an enumeration or an array of bytes.
+template <class Field>
+concept PlainField = std::integral<Field> || std::is_enum_v<Field>;
+
 class Packer {
 public:
-    template <class Number>
-    requires std::integral<Number>
-    void add(Number number) {
-        bytes_.append(reinterpret_cast<const char*>(&number), sizeof number);
+    template <PlainField Field>
+    void operator()(const Field& field) {
+        bytes_.append(reinterpret_cast<const char*>(&field), sizeof field);
     }
-    void add(const std::vector<uint8_t>& bytes) {
-        add(uint64_t{bytes.size()});
+    void operator()(const std::vector<uint8_t>& bytes) {
+        (*this)(uint64_t{bytes.size()});
         bytes_.append(bytes.begin(), bytes.end());
     }
     const std::string& bytes() const { return bytes_; }
@@ -53,21 +58,20 @@ private:
 };
 
 // Reads what a Packer wrote. Past the end everything is zero and whole() is false, so that a reader
-// asks once, after the last field.
+// asks once, after the last field. An enumeration may be any number: that is the reader's to judge.
 class Unpacker {
 public:
     explicit Unpacker(std::string_view bytes) : bytes_(bytes) {}
 
-    template <class Number>
-    requires std::integral<Number>
-    void take(Number& number) {
-        number = 0;
-        if (const std::string_view field = next(sizeof number); !field.empty())
-            std::memcpy(&number, field.data(), sizeof number);
+    template <PlainField Field>
+    void operator()(Field& field) {
+        field = Field{};
+        if (const std::string_view bytes = next(sizeof field); !bytes.empty())
+            std::memcpy(&field, bytes.data(), sizeof field);
     }
-    void take(std::vector<uint8_t>& bytes) {
+    void operator()(std::vector<uint8_t>& bytes) {
         uint64_t size = 0;
-        take(size);
+        (*this)(size);
         const std::string_view field = next(size);
         bytes.assign(field.begin(), field.end());
     }

@@ -38,12 +38,12 @@ void countBins(const BoardSet& rivers, const RiverTable<uint8_t>& table, const u
         cumulate(&counts[holding * binStride], rows[holding]);
 }
 
-using PreflopCounts = std::array<std::array<uint64_t, histogramWidth>, 169>;
+using PreflopCounts = std::array<std::array<uint64_t, histogramWidth>, roundSizes[0]>;
 
 // What one flop board adds to the starting hands; weight: boards of the deck like it.
 void addToPreflop(const uint8_t* board, uint64_t weight, const hand_indexer_t* indexer,
                   const EquityHistograms::Counts* counts, PreflopCounts& sums,
-                  std::array<uint64_t, 169>& deals) {
+                  std::array<uint64_t, roundSizes[0]>& deals) {
     uint8_t left[deckCards];
     const size_t cardsLeft = cardsWithout(board, 3, left);
     for (size_t high = 1; high < cardsLeft; ++high)
@@ -135,9 +135,9 @@ Result<EarlyHistograms> earlyHistograms(const EquityHistograms& histograms, cons
     return early;
 }
 
-std::array<uint8_t, 169> startingHandCounts() {
+std::array<uint8_t, roundSizes[0]> startingHandCounts() {
     const RoundIndexer indexer(0);
-    std::array<uint8_t, 169> counts{};
+    std::array<uint8_t, roundSizes[0]> counts{};
     for (uint8_t high = 1; high < deckCards; ++high)
         for (uint8_t low = 0; low < high; ++low) {
             const uint8_t cards[] = {low, high};
@@ -146,15 +146,15 @@ std::array<uint8_t, 169> startingHandCounts() {
     return counts;
 }
 
-std::array<uint16_t, 169> ranksOfStartingHands(const EarlyHistograms& early) {
+std::array<uint16_t, roundSizes[0]> ranksOfStartingHands(const EarlyHistograms& early) {
     const auto hands = startingHandCounts();
     // A starting hand's sum is that of one hand of the deck, times the hands that it stands for.
     const auto strength = [&](uint16_t hand) { return early.preflopStrength[hand] / hands[hand]; };
-    std::array<uint16_t, 169> order;
+    std::array<uint16_t, roundSizes[0]> order;
     std::iota(order.begin(), order.end(), uint16_t{0});
     std::stable_sort(order.begin(), order.end(),
                      [&](uint16_t a, uint16_t b) { return strength(a) < strength(b); });
-    std::array<uint16_t, 169> ranks;
+    std::array<uint16_t, roundSizes[0]> ranks;
     for (uint16_t rank = 0; rank < order.size(); ++rank)
         ranks[order[rank]] = rank;
     return ranks;

@@ -43,20 +43,20 @@ HistogramRow scaledRow(const EquityHistograms::Counts& counts);
 struct EarlyHistograms {
     std::vector<HistogramRow> flop;
     std::vector<uint8_t> flopHands; // of the deck that each hand index stands for
-    std::array<HistogramRow, 169> preflop{};
+    std::array<HistogramRow, roundSizes[0]> preflop{};
     // The sum of a starting hand's bins over everything that can come, which is its rank in
     // strength; and over how much.
-    std::array<uint64_t, 169> preflopStrength{};
-    std::array<uint64_t, 169> preflopDeals{};
+    std::array<uint64_t, roundSizes[0]> preflopStrength{};
+    std::array<uint64_t, roundSizes[0]> preflopDeals{};
 };
 // Some seconds of work, reported in flop boards. hands: 6, 4 or 12 for starting hands.
 Result<EarlyHistograms> earlyHistograms(const EquityHistograms& histograms, const Work& work);
 
 // Hole card pairs of the deck that each starting hand stands for: 6, 4 or 12.
-std::array<uint8_t, 169> startingHandCounts();
+std::array<uint8_t, roundSizes[0]> startingHandCounts();
 
 // Where each starting hand comes when they are sorted by strength, weakest first; of equals the one
 // with the lower number.
-std::array<uint16_t, 169> ranksOfStartingHands(const EarlyHistograms& early);
+std::array<uint16_t, roundSizes[0]> ranksOfStartingHands(const EarlyHistograms& early);
 
 } // namespace tamarin

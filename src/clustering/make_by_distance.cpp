@@ -101,7 +101,7 @@ Status clusterStartingHands(AbstractionRun& run, const EarlyHistograms& early) {
 
 // Every starting hand by itself, weakest first.
 Status separateStartingHands(AbstractionRun& run, const EarlyHistograms& early) {
-    const std::array<uint16_t, 169> buckets = ranksOfStartingHands(early);
+    const std::array<uint16_t, roundSizes[0]> buckets = ranksOfStartingHands(early);
     std::vector<uint8_t> centres(buckets.size() * histogramWidth);
     for (size_t hand = 0; hand < buckets.size(); ++hand)
         std::copy_n(early.preflop[hand].begin(), histogramWidth,
@@ -119,7 +119,7 @@ Status makePreflop(AbstractionRun& run, const EarlyHistograms& early) {
         !fitted)
         return fitted;
     const NearestCentres<HistogramMetric> centres(run.state.fit.best);
-    std::array<uint16_t, 169> buckets;
+    std::array<uint16_t, roundSizes[0]> buckets;
     PassTotals totals;
     for (size_t hand = 0; hand < buckets.size(); ++hand) {
         const Nearest nearest = centres.find(early.preflop[hand].data());

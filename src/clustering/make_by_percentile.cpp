@@ -23,7 +23,7 @@ std::vector<uint8_t> bytesOf(const std::vector<uint64_t>& limits) {
 using MakeSums = std::function<void(const uint8_t* board, uint32_t* sums)>;
 
 // What the flop adds up to for starting hands: by hand, over all hands of the deck like it.
-using PreflopSums = std::array<uint64_t, 169>;
+using PreflopSums = std::array<uint64_t, roundSizes[0]>;
 
 // How many hands of the deck have each equity.
 Result<std::vector<uint64_t>> countEquities(int round, const Work& work, const MakeSums& makeSums) {
@@ -67,7 +67,7 @@ Status makeRound(AbstractionRun& run, int round, const MakeSums& makeSums) {
 Result<PreflopSums> preflopSums(const Work& work, const MakeSums& flopSums) {
     const BoardSet flops(3);
     const RoundIndexer indexer(0);
-    std::array<std::atomic<uint64_t>, 169> sums{};
+    std::array<std::atomic<uint64_t>, roundSizes[0]> sums{};
     const bool done = forEach(work, flops.size(), [&](size_t b) {
         std::vector<uint32_t> own(flops.holdings());
         flopSums(flops.board(b), own.data());
@@ -93,18 +93,18 @@ Status makePreflop(AbstractionRun& run, const MakeSums& flopSums) {
         return Error{sums.error()};
     run.endStep();
     const auto hands = startingHandCounts();
-    std::array<uint16_t, 169> order;
+    std::array<uint16_t, roundSizes[0]> order;
     std::iota(order.begin(), order.end(), uint16_t{0});
     const auto equity = [&](uint16_t hand) { return (*sums)[hand] / hands[hand]; };
     std::stable_sort(order.begin(), order.end(),
                      [&](uint16_t a, uint16_t b) { return equity(a) < equity(b); });
     // The ranks take the place of the equities. Where every hand has a bucket of its own, hands of
     // the deck do not count.
-    std::array<uint64_t, 169> weights;
+    std::array<uint64_t, roundSizes[0]> weights;
     for (size_t rank = 0; rank < order.size(); ++rank)
         weights[rank] = run.buckets(0) == roundSizes[0] ? 1 : hands[order[rank]];
     const std::vector<uint64_t> limits = shareLimits(weights, run.buckets(0));
-    std::array<uint16_t, 169> buckets;
+    std::array<uint16_t, roundSizes[0]> buckets;
     for (size_t rank = 0; rank < order.size(); ++rank)
         buckets[order[rank]] = static_cast<uint16_t>(shareOf(limits, rank));
     return run.finishRound(0, buckets, {0, numHoldings(deckCards)}, bytesOf(limits));
@@ -135,7 +135,7 @@ Status makeByPercentile(AbstractionRun& run) {
         return {};
     return makeRound(run, 3, [&](const uint8_t* board, uint32_t* sums) {
         const uint16_t* const row = pots->row(rivers.find(board).number);
-        std::copy_n(row, riverHoldingCount, sums);
+        std::copy_n(row, riverHoldings, sums);
     });
 }
 

@@ -8,12 +8,12 @@
 namespace tamarin {
 
 void riverPots(const uint8_t* board, uint16_t* pots) {
-    std::array<uint16_t, riverHoldingCount> values;
+    std::array<uint16_t, riverHoldings> values;
     HandEvaluator::shared().rankHoldings({board, 5}, values.data());
     const HoldingOrder order(values.data(), 47);
     using Row = WeightRow<int16_t, 1>;
     static constexpr auto ones = [] {
-        std::array<Row, riverHoldingCount> rows{};
+        std::array<Row, riverHoldings> rows{};
         for (Row& row : rows)
             row.lane[0] = 1;
         return rows;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "abstraction/boards.h"
+#include "abstraction/equity_counts.h"
 #include "abstraction/large_buffer.h"
 #include "abstraction/work.h"
 #include "clustering/hand_features.h"
@@ -15,8 +16,6 @@
 
 namespace tamarin {
 
-inline constexpr size_t riverHoldingCount = numHoldings(47);
-
 // Wins in halves, 0..riverPotMost, of the holdings of a river board, numbered as in boards.h.
 void riverPots(const uint8_t* board, uint16_t* pots);
 
@@ -24,29 +23,28 @@ void riverPots(const uint8_t* board, uint16_t* pots);
 template <class Entry>
 class RiverTable {
 public:
-    static size_t memoryBytes() { return size_t{134459} * riverHoldingCount * sizeof(Entry); }
+    static size_t memoryBytes() { return boardClasses[2] * riverHoldings * sizeof(Entry); }
 
     // make(pot): the entry of a holding. Some seconds of work, reported in boards.
     template <class Make>
     static Result<RiverTable> compute(const BoardSet& rivers, const Work& work, const Make& make) {
-        auto taken = LargeBuffer<Entry>::take(rivers.size() * riverHoldingCount,
-                                              "the equities of river hands");
+        auto taken =
+            LargeBuffer<Entry>::take(rivers.size() * riverHoldings, "the equities of river hands");
         if (!taken)
             return Error{taken.error()};
         RiverTable table;
         table.entries_ = std::move(*taken);
         const bool done = forEach(work, rivers.size(), [&](size_t board) {
-            std::array<uint16_t, riverHoldingCount> pots;
+            std::array<uint16_t, riverHoldings> pots;
             riverPots(rivers.board(board), pots.data());
-            std::transform(pots.begin(), pots.end(), &table.entries_[board * riverHoldingCount],
-                           make);
+            std::transform(pots.begin(), pots.end(), &table.entries_[board * riverHoldings], make);
         });
         if (!done)
             return stopped();
         return table;
     }
 
-    const Entry* row(size_t board) const { return &entries_[board * riverHoldingCount]; }
+    const Entry* row(size_t board) const { return &entries_[board * riverHoldings]; }
 
 private:
     LargeBuffer<Entry> entries_;

@@ -53,12 +53,12 @@ RiverStrength::RiverStrength(const std::vector<uint8_t>& clusterOf, uint32_t clu
 }
 
 void RiverStrength::rows(const uint8_t* board, StrengthRow* rows) const {
-    std::array<uint16_t, riverHoldingCount> values;
+    std::array<uint16_t, riverHoldings> values;
     HandEvaluator::shared().rankHoldings({board, 5}, values.data());
     const HoldingOrder order(values.data(), 47);
     uint8_t left[deckCards];
     cardsWithout(board, 5, left);
-    std::array<Weights, riverHoldingCount> weights{};
+    std::array<Weights, riverHoldings> weights{};
     for (size_t high = 1; high < 47; ++high)
         for (size_t low = 0; low < high; ++low)
             weights[holdingNumber(low, high)].lane[clusterOf_[left[low]][left[high]]] = 1;
@@ -74,7 +74,7 @@ void RiverStrength::rows(const uint8_t* board, StrengthRow* rows) const {
 }
 
 StrengthRow RiverStrength::row(const uint8_t* cards) const {
-    std::array<uint16_t, riverHoldingCount> values;
+    std::array<uint16_t, riverHoldings> values;
     HandEvaluator::shared().rankHoldings({cards + 2, 5}, values.data());
     uint8_t left[deckCards];
     cardsWithout(cards + 2, 5, left);

@@ -8,22 +8,22 @@ namespace {
 
 constexpr CheckedKind unfinishedKind{"tmrnabsu", 1, "an unfinished card abstraction"};
 
-void pack(Packer& packer, const FitState& fit) {
-    packer.add(fit.restart);
-    packer.add(fit.iteration);
-    packer.add(fit.centres);
-    packer.add(fit.distance);
-    packer.add(fit.best);
-    packer.add(fit.bestDistance);
-}
-
-void unpack(Unpacker& unpacker, FitState& fit) {
-    unpacker.take(fit.restart);
-    unpacker.take(fit.iteration);
-    unpacker.take(fit.centres);
-    unpacker.take(fit.distance);
-    unpacker.take(fit.best);
-    unpacker.take(fit.bestDistance);
+template <class Unfinished, class Archive>
+void eachUnfinishedField(Unfinished& unfinished, Archive& field) {
+    eachField(unfinished.options, field);
+    for (auto& count : unfinished.counts)
+        field(count);
+    for (auto& round : unfinished.rounds)
+        eachField(round, field);
+    field(unfinished.startingHandClusters);
+    field(unfinished.step);
+    auto& fit = unfinished.fit;
+    field(fit.restart);
+    field(fit.iteration);
+    field(fit.centres);
+    field(fit.distance);
+    field(fit.best);
+    field(fit.bestDistance);
 }
 
 // How many centres a fit has, and how wide they are.
@@ -71,14 +71,7 @@ bool possible(const Unfinished& unfinished) {
 
 Status writeUnfinished(const std::string& path, const Unfinished& unfinished) {
     Packer packer;
-    pack(packer, unfinished.options);
-    for (const uint32_t count : unfinished.counts)
-        packer.add(count);
-    for (const RoundDescription& round : unfinished.rounds)
-        pack(packer, round);
-    packer.add(unfinished.startingHandClusters);
-    packer.add(static_cast<uint32_t>(unfinished.step));
-    pack(packer, unfinished.fit);
+    eachUnfinishedField(unfinished, packer);
     return writeCheckedFile(path, unfinishedKind, packer.bytes());
 }
 
@@ -88,16 +81,7 @@ Result<Unfinished> readUnfinished(const std::string& path) {
         return Error{payload.error()};
     Unfinished unfinished;
     Unpacker unpacker(*payload);
-    unpack(unpacker, unfinished.options);
-    for (uint32_t& count : unfinished.counts)
-        unpacker.take(count);
-    for (RoundDescription& round : unfinished.rounds)
-        unpack(unpacker, round);
-    unpacker.take(unfinished.startingHandClusters);
-    uint32_t step = 0;
-    unpacker.take(step);
-    unfinished.step = static_cast<FitStep>(step);
-    unpack(unpacker, unfinished.fit);
+    eachUnfinishedField(unfinished, unpacker);
     if (!unpacker.whole() || !possible(unfinished))
         return Error{path + ": holds numbers that no unfinished card abstraction has"};
     return unfinished;

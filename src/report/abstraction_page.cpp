@@ -25,26 +25,16 @@ summary{color:var(--soft);cursor:pointer}
 // Of more buckets a page would be no help.
 constexpr size_t mostListed = 2000;
 
-const char* nameOf(const RoundView& round) {
-    return roundNames[static_cast<size_t>(round.round)];
-}
-
-std::string equity(const RoundView& round, double value) {
-    return round.hasEquities() ? fmt::format("{:.4f}", value) : "-";
-}
-
 std::string pageOfRounds(const AbstractionView& view) {
-    std::string text = "<table class=rounds>\n<tr><th>round<th>buckets<th>empty<th>least<th>median"
-                       "<th>greatest<th>mean equity<th>within<th>between</tr>\n";
+    std::string text = "<table class=rounds>\n<tr>";
+    for (const char* head : summaryHeads)
+        text += fmt::format("<th>{}", head);
     for (const RoundView& round : view.rounds) {
-        const BucketSizes sizes = sizesOf(round.buckets);
-        const RoundSpread spread = spreadOf(round.buckets);
-        text += fmt::format("<tr><td>{}<td>{}<td>{}<td>{}<td>{}<td>{}<td>{}<td>{}<td>{}</tr>\n",
-                            nameOf(round), describeCount(round.buckets.size()), sizes.empty,
-                            describeCount(sizes.least), describeCount(sizes.median),
-                            describeCount(sizes.greatest), equity(round, spread.mean),
-                            equity(round, spread.within), equity(round, spread.between));
+        text += "</tr>\n<tr>";
+        for (const std::string& cell : summaryCells(round))
+            text += "<td>" + cell;
     }
+    text += "</tr>\n";
     text += "</table>\n<p>Least, median and greatest are hands of a bucket, distinct up to suits. "
             "Equity is against one opponent, a tie a loss, every hand weighed as often as it is "
             "dealt; within is the standard deviation in a bucket, on average, and between that of "
@@ -78,8 +68,8 @@ std::string sizes(const RoundView& round) {
     uint64_t most = 1;
     for (const BucketSizes::Bin& bin : sizes.histogram)
         most = std::max(most, bin.buckets);
-    std::string text =
-        fmt::format("<h2>{}: buckets by their hands</h2>\n<table class=spread>\n", nameOf(round));
+    std::string text = fmt::format("<h2>{}: buckets by their hands</h2>\n<table class=spread>\n",
+                                   roundName(round));
     for (const BucketSizes::Bin& bin : sizes.histogram)
         text += fmt::format("<tr><td>{} to {} hands<td>{}<td>{}</tr>\n", describeCount(bin.from),
                             describeCount(bin.to), bin.buckets,
@@ -101,8 +91,8 @@ std::string list(const RoundView& round) {
         text += fmt::format("<tr><td>{}<td>{}<td class=soft>{:.3f}%<td>{}<td class=soft>{}<td>{}"
                             "</tr>\n",
                             number, describeCount(bucket.hands), 100 * round.deckShare(number),
-                            equity(round, bucket.meanEquity()), equity(round, bucket.spread()),
-                            barOf(bucket.meanEquity()));
+                            equityText(round, bucket.meanEquity()),
+                            equityText(round, bucket.spread()), barOf(bucket.meanEquity()));
     }
     return text + "</table></details>\n";
 }
@@ -116,14 +106,14 @@ std::string bucketPage(const AbstractionView& view, const RoundView& round) {
                     "<tr><td>mean equity against one opponent<td>{}</tr>\n"
                     "<tr><td>standard deviation<td>{}</tr>\n</table>\n",
                     describeCount(bucket.hands), 100 * round.deckShare(number),
-                    equity(round, bucket.meanEquity()), equity(round, bucket.spread()));
+                    equityText(round, bucket.meanEquity()), equityText(round, bucket.spread()));
     if (!round.hasEquities())
         text += fmt::format("<p>No equities: {}</p>\n", escapedForPage(round.noEquities));
     if (!round.bucket->hands.empty())
         text += fmt::format("<h2>{}</h2>\n<table class=range>\n", handsTitle(round));
     for (const BucketView::Hand& hand : round.bucket->hands)
         text += fmt::format("<tr><td>{}<td>{}</tr>\n", handAt(round.round, hand.index),
-                            equity(round, hand.equity));
+                            equityText(round, hand.equity));
     if (!round.bucket->hands.empty())
         text += "</table>\n";
     return pageOf(titleOf(view, round), std::string(shadeStyle) + abstractionStyle, text);

@@ -72,27 +72,20 @@ Result<RoundView> viewRound(const CardAbstraction& abstraction, int round,
     return view;
 }
 
-std::string roundName(const RoundView& round) {
-    return roundNames[static_cast<size_t>(round.round)];
-}
-
-std::string equityText(const RoundView& round, double equity) {
-    return round.hasEquities() ? fmt::format("{:.4f}", equity) : "-";
-}
-
 std::string roundsTable(const AbstractionView& view) {
-    std::string text =
-        fmt::format("{:9}{:>9}{:>8}{:>12}{:>12}{:>12}{:>9}{:>9}{:>9}\n", "", "buckets", "empty",
-                    "least", "median", "greatest", "mean", "within", "between");
-    for (const RoundView& round : view.rounds) {
-        const BucketSizes sizes = sizesOf(round.buckets);
-        const RoundSpread spread = spreadOf(round.buckets);
-        text += fmt::format("{:9}{:>9}{:>8}{:>12}{:>12}{:>12}{:>9}{:>9}{:>9}\n", roundName(round),
-                            describeCount(round.buckets.size()), describeCount(sizes.empty),
-                            describeCount(sizes.least), describeCount(sizes.median),
-                            describeCount(sizes.greatest), equityText(round, spread.mean),
-                            equityText(round, spread.within), equityText(round, spread.between));
-    }
+    std::string text;
+    const auto addLine = [&text](const auto& cells) {
+        constexpr std::array<size_t, summaryHeads.size()> widths{9, 9, 8, 12, 12, 12, 9, 9, 9};
+        for (size_t i = 0; i < widths.size(); ++i) {
+            const std::string cell = cells[i];
+            const std::string room(widths[i] - std::min(widths[i], cell.size()), ' ');
+            text += i == 0 ? cell + room : room + cell;
+        }
+        text += '\n';
+    };
+    addLine(summaryHeads);
+    for (const RoundView& round : view.rounds)
+        addLine(summaryCells(round));
     text += "least, median, greatest: hands of a bucket, distinct up to suits\n"
             "mean: equity against one opponent, a tie a loss, every hand as often as it is dealt\n"
             "within: standard deviation in a bucket, on average; between: that of the buckets' "
@@ -208,6 +201,28 @@ nlohmann::ordered_json roundJson(const AbstractionView& view, const RoundView& r
 }
 
 } // namespace
+
+std::string roundName(const RoundView& round) {
+    return roundNames[static_cast<size_t>(round.round)];
+}
+
+std::string equityText(const RoundView& round, double equity) {
+    return round.hasEquities() ? fmt::format("{:.4f}", equity) : "-";
+}
+
+std::array<std::string, summaryHeads.size()> summaryCells(const RoundView& round) {
+    const BucketSizes sizes = sizesOf(round.buckets);
+    const RoundSpread spread = spreadOf(round.buckets);
+    return {roundName(round),
+            describeCount(round.buckets.size()),
+            describeCount(sizes.empty),
+            describeCount(sizes.least),
+            describeCount(sizes.median),
+            describeCount(sizes.greatest),
+            equityText(round, spread.mean),
+            equityText(round, spread.within),
+            equityText(round, spread.between)};
+}
 
 Result<AbstractionView> viewAbstraction(const AbstractionQuestion& question) {
     assert(question.round || !question.bucket);

@@ -4,6 +4,7 @@
 #include "clustering/bucket_summary.h"
 #include "clustering/card_abstraction.h"
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -70,6 +71,15 @@ struct BucketSizes {
     std::vector<Bin> histogram; // up to ten equal parts
 };
 BucketSizes sizesOf(const std::vector<BucketSummary>& buckets);
+
+// "flop"
+std::string roundName(const RoundView& round);
+// "0.4797"; "-" where the round has no equities.
+std::string equityText(const RoundView& round, double equity);
+// A line of the table of rounds, under the heads of summaryHeads.
+inline constexpr std::array<const char*, 9> summaryHeads{
+    "", "buckets", "empty", "least", "median", "greatest", "mean", "within", "between"};
+std::array<std::string, summaryHeads.size()> summaryCells(const RoundView& round);
 
 // "method emd, seed 1, ..."
 std::string howMade(const AbstractionDescription& description);

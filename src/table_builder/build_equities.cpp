@@ -14,12 +14,7 @@ uint64_t leastEquityMemory() {
 }
 
 Status buildEquities(const BuildOptions& options, const Work& work, const Files& files) {
-    Work counting = work;
-    counting.progress = [&](uint64_t done, uint64_t total) {
-        if (options.progress)
-            options.progress("Ranking river boards", done, total);
-    };
-    auto counts = EquityCounts::compute(counting);
+    auto counts = EquityCounts::compute(reporting(options, work, "Ranking river boards"));
     if (!counts)
         return Error{counts.error()};
 
@@ -36,13 +31,8 @@ Status buildEquities(const BuildOptions& options, const Work& work, const Files&
                     inDirectory(options.directory, file->path);
         if (paths[0].empty() && paths[1].empty())
             continue;
-        Work writing = work;
-        writing.progress = [&](uint64_t done, uint64_t total) {
-            if (options.progress)
-                options.progress("Writing " + std::string(roundNames[static_cast<size_t>(round)]) +
-                                     " equities",
-                                 done, total);
-        };
+        const std::string name = roundNames[static_cast<size_t>(round)];
+        const Work writing = reporting(options, work, "Writing " + name + " equities");
         if (Status written =
                 writeEquityFiles(*counts, round, paths[0], paths[1], window, writing, commits);
             !written)

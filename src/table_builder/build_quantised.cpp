@@ -13,7 +13,6 @@
 #include "table_builder/table_parts.h"
 
 #include <algorithm>
-#include <iterator>
 #include <map>
 
 namespace tamarin {
@@ -65,14 +64,6 @@ struct Quantised {
     std::vector<uint8_t> part{};
 };
 
-Status addFile(const BuildOptions& options, const TableFile& file, Quantised& table) {
-    auto output = AtomicFile::create(inDirectory(options.directory, file.path));
-    if (!output)
-        return Error{output.error()};
-    table.files.push_back(std::move(*output));
-    return {};
-}
-
 void makePart(Quantised& table, size_t begin, size_t count, int threads) {
     table.part.resize(count);
     const Source& equities = *table.equities;
@@ -88,6 +79,8 @@ void makePart(Quantised& table, size_t begin, size_t count, int threads) {
 // Writes the tables of a round, all of so many hands.
 Status writeTables(const Work& work, const Sources& sources, uint64_t hands,
                    std::vector<Quantised>& tables, BackgroundCommits& commits) {
+    if (tables.empty())
+        return {};
     Status status;
     inParts(hands, [&](size_t begin, size_t count) {
         if (!status)
@@ -121,77 +114,65 @@ Status writeTables(const Work& work, const Sources& sources, uint64_t hands,
     return {};
 }
 
-// The tables of each round: tablesOf(files of the round, its sources, the tables to make).
-template <class TablesOf>
+// Adds the file to the table that it holds. Seats that share their utilities have the same table.
+Status addTable(const BuildOptions& options, const TableFile& file, Sources& sources,
+                std::vector<Quantised>& tables) {
+    const auto equities = sources.at(equityPath(file.players, file.round));
+    if (!equities)
+        return Error{equities.error()};
+    const Source* utilities = nullptr;
+    if (file.group == TableGroup::holdem) {
+        const auto opened = sources.at(utilityPath(2, file.round, utilitySeatOf(file.seat)));
+        if (!opened)
+            return Error{opened.error()};
+        utilities = *opened;
+    }
+    auto table = std::find_if(tables.begin(), tables.end(), [&](const Quantised& known) {
+        return known.equities == *equities && known.utilities == utilities;
+    });
+    if (table == tables.end())
+        table = tables.insert(table, Quantised{*equities, utilities, {}});
+    auto output = AtomicFile::create(inDirectory(options.directory, file.path));
+    if (!output)
+        return Error{output.error()};
+    table->files.push_back(std::move(*output));
+    return {};
+}
+
 Status buildRounds(const BuildOptions& options, const Work& work, const Files& files,
-                   const char* step, const TablesOf& tablesOf) {
+                   const char* step) {
     BackgroundCommits commits;
+    const Work steps = reporting(options, work, step);
     size_t done = 0;
     for (int round = holdemRounds; round-- > 0;) { // the longest first
         const uint64_t hands = roundSizes[static_cast<size_t>(round)];
-        Files ofRound;
-        std::copy_if(files.begin(), files.end(), std::back_inserter(ofRound),
-                     [&](const TableFile* file) { return file->round == round; });
-        if (ofRound.empty())
-            continue;
-        if (options.progress)
-            options.progress(step, done, files.size());
-        if (work.shouldStop())
-            return stopped();
         Sources sources(options, work, hands);
         std::vector<Quantised> tables;
-        if (Status opened = tablesOf(ofRound, sources, tables); !opened)
-            return opened;
+        steps.report(done, files.size());
+        if (work.shouldStop())
+            return stopped();
+        for (const TableFile* file : files) {
+            if (file->round != round)
+                continue;
+            if (Status added = addTable(options, *file, sources, tables); !added)
+                return added;
+            ++done;
+        }
         if (Status written = writeTables(work, sources, hands, tables, commits); !written)
             return written;
-        done += ofRound.size();
-        if (options.progress)
-            options.progress(step, done, files.size());
     }
+    steps.report(done, files.size());
     return commits.wait();
 }
 
 } // namespace
 
 Status buildClusters(const BuildOptions& options, const Work& work, const Files& files) {
-    const auto tablesOf = [&](const Files& ofRound, Sources& sources,
-                              std::vector<Quantised>& tables) -> Status {
-        for (const TableFile* file : ofRound) {
-            const auto equities = sources.at(equityPath(file->players, file->round));
-            if (!equities)
-                return Error{equities.error()};
-            tables.push_back({*equities, nullptr, {}});
-            if (Status added = addFile(options, *file, tables.back()); !added)
-                return added;
-        }
-        return {};
-    };
-    return buildRounds(options, work, files, "Cutting equities into clusters", tablesOf);
+    return buildRounds(options, work, files, "Cutting equities into clusters");
 }
 
 Status buildHoldem(const BuildOptions& options, const Work& work, const Files& files) {
-    const auto tablesOf = [&](const Files& ofRound, Sources& sources,
-                              std::vector<Quantised>& tables) -> Status {
-        for (const TableFile* file : ofRound) {
-            const auto equities = sources.at(equityPath(file->players, file->round));
-            if (!equities)
-                return Error{equities.error()};
-            const auto utilities =
-                sources.at(utilityPath(2, file->round, utilitySeatOf(file->seat)));
-            if (!utilities)
-                return Error{utilities.error()};
-            // Seats that share their utilities have the same table.
-            auto table = std::find_if(tables.begin(), tables.end(), [&](const Quantised& known) {
-                return known.equities == *equities && known.utilities == *utilities;
-            });
-            if (table == tables.end())
-                table = tables.insert(table, Quantised{*equities, *utilities, {}});
-            if (Status added = addFile(options, *file, *table); !added)
-                return added;
-        }
-        return {};
-    };
-    return buildRounds(options, work, files, "Making hold'em buckets", tablesOf);
+    return buildRounds(options, work, files, "Making hold'em buckets");
 }
 
 } // namespace tamarin

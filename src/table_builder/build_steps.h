@@ -12,6 +12,10 @@ namespace tamarin {
 
 using Files = std::vector<const TableFile*>;
 
+// The work of one step, whose progress goes to options under the step's name. options must outlive
+// it.
+Work reporting(const BuildOptions& options, const Work& work, const std::string& step);
+
 // Makes the files, all of one group. Their sources are there.
 Status buildEquities(const BuildOptions& options, const Work& work, const Files& files);
 Status buildClusters(const BuildOptions& options, const Work& work, const Files& files);

@@ -40,15 +40,6 @@ struct Round {
     std::string name() const { return roundNames[static_cast<size_t>(number)]; }
 };
 
-Work reporting(const BuildOptions& options, const Work& work, const std::string& step) {
-    Work part = work;
-    part.progress = [&options, step](uint64_t done, uint64_t total) {
-        if (options.progress)
-            options.progress(step, done, total);
-    };
-    return part;
-}
-
 // The clusters, copied onto huge pages: they are looked up all over the table, and with small pages
 // every look-up would wait for an address first.
 Result<LargeBuffer<uint8_t>> readClusters(const BuildOptions& options, int round) {
@@ -113,6 +104,9 @@ Status solve(const BuildOptions& options, const Work& work, const Round& round,
         equilibrium.run(iterationsAtATime);
         iterations += iterationsAtATime;
     } while (iterations < mostIterations && equilibrium.nashConv() > enoughNashConv);
+    if (const double left = equilibrium.nashConv(); left > enoughNashConv && options.log)
+        options.log("the auxiliary game of the " + round.name() + " is solved to " +
+                    std::to_string(left) + " chips alone");
     equilibrium.write();
     return {};
 }

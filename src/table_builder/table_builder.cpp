@@ -165,6 +165,15 @@ BuildReport reportOf(const TablePlan& plan) {
 
 } // namespace
 
+Work reporting(const BuildOptions& options, const Work& work, const std::string& step) {
+    Work part = work;
+    part.progress = [&options, step](uint64_t done, uint64_t total) {
+        if (options.progress)
+            options.progress(step, done, total);
+    };
+    return part;
+}
+
 std::string tableLockPath(const std::string& lookup) {
     return lookup + "/.lock";
 }

@@ -21,9 +21,9 @@ protected:
 
 TEST_F(CheckedFile, GivesItsNumbersBack) {
     Packer packer;
-    packer.add(uint8_t{200});
-    packer.add(std::vector<uint8_t>{1, 2, 3});
-    packer.add(uint64_t{1} << 40U);
+    packer(uint8_t{200});
+    packer(std::vector<uint8_t>{1, 2, 3});
+    packer(uint64_t{1} << 40U);
     ASSERT_TRUE(writeCheckedFile(path(), kind, packer.bytes()).ok());
     EXPECT_EQ(contentsOf(path()).size(), 24U + 1 + 8 + 3 + 8 + 8);
     const auto payload = readCheckedFile(path(), kind);
@@ -32,25 +32,25 @@ TEST_F(CheckedFile, GivesItsNumbersBack) {
     uint8_t small = 0;
     std::vector<uint8_t> bytes;
     uint64_t large = 0;
-    unpacker.take(small);
-    unpacker.take(bytes);
+    unpacker(small);
+    unpacker(bytes);
     EXPECT_FALSE(unpacker.whole()); // something is left
-    unpacker.take(large);
+    unpacker(large);
     EXPECT_TRUE(unpacker.whole());
     EXPECT_EQ(small, 200);
     EXPECT_EQ(bytes, (std::vector<uint8_t>{1, 2, 3}));
     EXPECT_EQ(large, uint64_t{1} << 40U);
-    unpacker.take(small);
+    unpacker(small);
     EXPECT_EQ(small, 0);
     EXPECT_FALSE(unpacker.whole());
 }
 
 TEST_F(CheckedFile, AnArrayLongerThanItsFileIsNotRead) {
     Packer packer;
-    packer.add(UINT64_MAX);
+    packer(UINT64_MAX);
     Unpacker unpacker(packer.bytes());
     std::vector<uint8_t> bytes{1};
-    unpacker.take(bytes);
+    unpacker(bytes);
     EXPECT_TRUE(bytes.empty());
     EXPECT_FALSE(unpacker.whole());
 }

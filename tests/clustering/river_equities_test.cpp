@@ -11,7 +11,7 @@ TEST(RiverEquities, AreThePlainOnes) {
     std::mt19937 random(2);
     for (int i = 0; i < 20; ++i) {
         const std::vector<uint8_t> cards = randomCards(random, 7);
-        std::array<uint16_t, riverHoldingCount> pots;
+        std::array<uint16_t, riverHoldings> pots;
         riverPots(&cards[2], pots.data());
         EXPECT_EQ(pots[holdingOn(&cards[2], 5, cards[0], cards[1])], plainPot(cards));
     }
@@ -19,7 +19,7 @@ TEST(RiverEquities, AreThePlainOnes) {
 
 TEST(RiverEquities, EveryHandTiesOnARoyalBoard) {
     const uint8_t board[] = {32, 36, 40, 44, 48}; // ten to ace of one suit
-    std::array<uint16_t, riverHoldingCount> pots;
+    std::array<uint16_t, riverHoldings> pots;
     riverPots(board, pots.data());
     for (const uint16_t pot : pots)
         EXPECT_EQ(pot, 990);

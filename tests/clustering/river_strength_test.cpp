@@ -46,7 +46,7 @@ TEST(RiverStrength, IsThePlainOne) {
         const std::vector<uint8_t> cards = randomCards(random, 7);
         const StrengthRow plain = plainRow(cards, unevenClusters(), 8);
         EXPECT_EQ(strength.row(cards.data()), plain);
-        std::array<StrengthRow, riverHoldingCount> rows;
+        std::array<StrengthRow, riverHoldings> rows;
         strength.rows(&cards[2], rows.data());
         EXPECT_EQ(rows[holdingOn(&cards[2], 5, cards[0], cards[1])], plain);
     }
@@ -57,7 +57,7 @@ TEST(RiverStrength, RowsAndSingleHandsAgree) {
     std::mt19937 random(6);
     for (int i = 0; i < 10; ++i) {
         const std::vector<uint8_t> board = randomCards(random, 5);
-        std::array<StrengthRow, riverHoldingCount> rows;
+        std::array<StrengthRow, riverHoldings> rows;
         strength.rows(board.data(), rows.data());
         uint8_t left[deckCards];
         cardsWithout(board.data(), 5, left);
