@@ -6,13 +6,12 @@
 
 namespace tamarin::test {
 
-namespace {} // namespace
-
 TEST(BotCommand, PlaysUntilTheDealerCloses) {
     const Scratch scratch;
     LoopbackDealer dealer;
-    Process bot(tamarinCommand({"bot", "rule", kuhn, "127.0.0.1", std::to_string(dealer.port())}),
-                scratch.path());
+    Process bot(
+        tamarinCommand({"bot", "rule", kuhnGame, "127.0.0.1", std::to_string(dealer.port())}),
+        scratch.path());
     ASSERT_TRUE(dealer.accept());
     EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
     dealer.send("# welcome\r\nMATCHSTATE:0:0::As||\r\n");
@@ -25,7 +24,7 @@ TEST(BotCommand, PlaysUntilTheDealerCloses) {
 TEST(BotCommand, SaysItsToken) {
     const Scratch scratch;
     LoopbackDealer dealer;
-    Process bot(tamarinCommand({"bot", "call", kuhn, "127.0.0.1", std::to_string(dealer.port()),
+    Process bot(tamarinCommand({"bot", "call", kuhnGame, "127.0.0.1", std::to_string(dealer.port()),
                                 "--token", "s3cret"}),
                 scratch.path());
     ASSERT_TRUE(dealer.accept());
@@ -40,8 +39,9 @@ TEST(BotCommand, SaysItsToken) {
 TEST(BotCommand, DiesOfASignalAtOnce) {
     const Scratch scratch;
     LoopbackDealer dealer;
-    Process bot(tamarinCommand({"bot", "call", kuhn, "127.0.0.1", std::to_string(dealer.port())}),
-                scratch.path());
+    Process bot(
+        tamarinCommand({"bot", "call", kuhnGame, "127.0.0.1", std::to_string(dealer.port())}),
+        scratch.path());
     ASSERT_TRUE(dealer.accept());
     EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
     kill(bot.pid(), SIGTERM);
@@ -52,7 +52,7 @@ TEST(BotCommand, DrawsRepeatWithTheSeed) {
     const auto answers = [](const std::string& seed) {
         const Scratch scratch;
         LoopbackDealer dealer;
-        Process bot(tamarinCommand({"bot", "random", kuhn, "127.0.0.1",
+        Process bot(tamarinCommand({"bot", "random", kuhnGame, "127.0.0.1",
                                     std::to_string(dealer.port()), "--seed", seed}),
                     scratch.path());
         EXPECT_TRUE(dealer.accept());
@@ -71,11 +71,11 @@ TEST(BotCommand, DrawsRepeatWithTheSeed) {
 }
 
 TEST(BotCommand, WrongUsage) {
-    Ended run = runTamarin({"bot", "genius", kuhn, "127.0.0.1", "1"});
+    Ended run = runTamarin({"bot", "genius", kuhnGame, "127.0.0.1", "1"});
     EXPECT_EQ(run.status, 2);
     EXPECT_EQ(run.err, "tamarin: there is no bot 'genius', only random, call, raise, rule; try "
                        "'tamarin bot --help'\n");
-    run = runTamarin({"bot", "call", kuhn, "127.0.0.1", "70000"});
+    run = runTamarin({"bot", "call", kuhnGame, "127.0.0.1", "70000"});
     EXPECT_EQ(run.status, 2);
     run = runTamarin({"bot", "call", "none.game", "127.0.0.1", "1"});
     EXPECT_EQ(run.status, 1);
@@ -85,7 +85,8 @@ TEST(BotCommand, WrongUsage) {
 TEST(BotCommand, DealerThatIsNotThere) {
     LoopbackDealer dealer;
     dealer.stopListening();
-    const Ended run = runTamarin({"bot", "call", kuhn, "127.0.0.1", std::to_string(dealer.port())});
+    const Ended run =
+        runTamarin({"bot", "call", kuhnGame, "127.0.0.1", std::to_string(dealer.port())});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err,
               "ERROR: could not connect to 127.0.0.1:" + std::to_string(dealer.port()) + "\n");

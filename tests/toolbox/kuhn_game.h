@@ -5,7 +5,6 @@
 
 namespace tamarin::test {
 
-inline constexpr const char* kuhn = "kuhn.limit.3p.game";
-inline const std::string game = kuhn;
+inline const std::string kuhnGame = "kuhn.limit.3p.game";
 
 } // namespace tamarin::test

@@ -27,7 +27,7 @@ std::vector<std::string> operator+(std::vector<std::string> a, const std::vector
 }
 
 std::vector<std::string> match(const std::vector<std::string>& more) {
-    return std::vector<std::string>{"match", kuhn} + more;
+    return std::vector<std::string>{"match", kuhnGame} + more;
 }
 
 std::string contents(const std::string& path) {
@@ -72,7 +72,7 @@ TEST(MatchCommand, ThreeBotsPlay) {
     EXPECT_NEAR(sum, 0, 1e-9);
 
     // The log tells the same story.
-    const GamePtr game = loadGameFile(kuhn);
+    const GamePtr game = loadGameFile(kuhnGame);
     int hands = 0;
     std::map<std::string, double> logged;
     std::map<std::string, int> inFirstSeat;
@@ -115,7 +115,7 @@ TEST(MatchCommand, DuplicatePlaysWholeBlocks) {
     const auto json = nlohmann::json::parse(run.out);
     EXPECT_EQ(json["hands"], 102);
     EXPECT_EQ(json["duplicateBlocks"], 34);
-    const GamePtr game = loadGameFile(kuhn);
+    const GamePtr game = loadGameFile(kuhnGame);
     std::vector<LoggedHand> hands;
     ASSERT_TRUE(readHandLog(game.get(), scratch / "log", [&](const LoggedHand& hand) {
                     hands.push_back(hand);
@@ -134,7 +134,7 @@ TEST(MatchCommand, FixedSeatsStay) {
                    scratch.path())
             .status,
         0);
-    const GamePtr game = loadGameFile(kuhn);
+    const GamePtr game = loadGameFile(kuhnGame);
     EXPECT_TRUE(readHandLog(game.get(), scratch / "log", [&](const LoggedHand& hand) {
                     EXPECT_EQ(hand.names, (std::vector<std::string>{"rule", "any", "call"}));
                 }).ok());
@@ -172,7 +172,7 @@ TEST(MatchCommand, CommandsRunInThePlayingDirectory) {
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(contents(scratch / "table/where"),
               std::filesystem::canonical(scratch / "table").string() + "\n");
-    EXPECT_TRUE(std::filesystem::exists(scratch / ("table/" + std::string(kuhn))));
+    EXPECT_TRUE(std::filesystem::exists(scratch / ("table/" + kuhnGame)));
 }
 
 TEST(MatchCommand, FarPlayersAreWaitedFor) {
@@ -190,7 +190,7 @@ TEST(MatchCommand, FarPlayersAreWaitedFor) {
     const Scratch elsewhere;
     const std::string port =
         notice.substr(notice.rfind(' ') + 1, notice.size() - notice.rfind(' ') - 2);
-    EXPECT_EQ(runTamarin({"bot", "call", kuhn, "localhost", port}, elsewhere.path()).status, 0);
+    EXPECT_EQ(runTamarin({"bot", "call", kuhnGame, "localhost", port}, elsewhere.path()).status, 0);
     EXPECT_EQ(dealer.wait(), 0);
     EXPECT_EQ(nlohmann::json::parse(dealer.out())["hands"], 10);
 }
@@ -211,7 +211,8 @@ TEST(MatchCommand, ATokenKeepsOthersFromTheSeat) {
         notice.substr(notice.rfind(' ') + 1, notice.size() - notice.rfind(' ') - 2);
     const Scratch elsewhere;
     const auto bot = [&](const std::vector<std::string>& more) {
-        return runTamarin(std::vector<std::string>{"bot", "call", kuhn, "localhost", port} + more,
+        return runTamarin(std::vector<std::string>{"bot", "call", kuhnGame, "localhost", port} +
+                              more,
                           elsewhere.path())
             .status;
     };
@@ -369,7 +370,7 @@ TEST(MatchCommand, PlayerThatDiesIsPlayedForOrStopsTheMatch) {
 
 TEST(MatchCommand, WrongUsage) {
     expectUsageError({"match"}, "GAME is required");
-    expectUsageError({"match", kuhn}, "--seat is required");
+    expectUsageError({"match", kuhnGame}, "--seat is required");
     expectUsageError(match({"--seat", "a=bot:call"}),
                      "kuhn.limit.3p.game has 3 seats, but --seat is given 1 times");
     expectUsageError(

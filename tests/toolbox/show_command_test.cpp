@@ -13,7 +13,7 @@ const std::string file = "strategies/kuhn.limit.3p/strategy0";
 
 class Show : public ProgramTest {
 protected:
-    Show() { EXPECT_EQ(run({"prepare", game, "--quiet"}).status, 0); }
+    Show() { EXPECT_EQ(run({"prepare", kuhnGame, "--quiet"}).status, 0); }
 };
 
 TEST_F(Show, PrintsTheDump) {
@@ -21,22 +21,22 @@ TEST_F(Show, PrintsTheDump) {
     ASSERT_EQ(ofFile.status, 0) << ofFile.err;
     EXPECT_TRUE(ofFile.out.starts_with("0:0:0: \xC2\xBB ( call: ")) << ofFile.out.substr(0, 80);
     EXPECT_EQ(countOf(ofFile.out, "\n"), 49U);
-    EXPECT_EQ(run({"show", game}).out, ofFile.out); // the seats' files are one strategy
-    EXPECT_EQ(run({"show", file, "--game", game}).out, ofFile.out);
+    EXPECT_EQ(run({"show", kuhnGame}).out, ofFile.out); // the seats' files are one strategy
+    EXPECT_EQ(run({"show", file, "--game", kuhnGame}).out, ofFile.out);
 }
 
 TEST_F(Show, PrintsEachFileWhereTheyDiffer) {
-    ASSERT_EQ(run({"train", game, "--iterations", "5", "--out", "other", "--quiet"}).status, 0);
+    ASSERT_EQ(run({"train", kuhnGame, "--iterations", "5", "--out", "other", "--quiet"}).status, 0);
     fs::copy_file(directory / "other/strategy1", directory / "strategies/kuhn.limit.3p/strategy1",
                   fs::copy_options::overwrite_existing);
-    const Outcome outcome = run({"show", game});
+    const Outcome outcome = run({"show", kuhnGame});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(countOf(outcome.out, "strategy0:\n"), 1U);
     EXPECT_EQ(countOf(outcome.out, "strategy2:\n"), 1U);
 }
 
 TEST_F(Show, PrintsJson) {
-    const Outcome outcome = run({"show", game, "--json"});
+    const Outcome outcome = run({"show", kuhnGame, "--json"});
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     const auto json = nlohmann::json::parse(outcome.out);
     ASSERT_EQ(json["informationSets"].size(), 48U);
@@ -56,7 +56,7 @@ TEST_F(Show, PrintsJson) {
 }
 
 TEST_F(Show, WritesAPageThatNeedsNothingElse) {
-    ASSERT_EQ(run({"show", game, "--html", "page.html"}).status, 0);
+    ASSERT_EQ(run({"show", kuhnGame, "--html", "page.html"}).status, 0);
     const std::string page = contentsOf(directory / "page.html");
     EXPECT_TRUE(page.starts_with("<!doctype html>"));
     for (const char* fetched : {"http", "<script", "src=", "@import", "url("})
@@ -69,10 +69,10 @@ TEST_F(Show, WritesAPageThatNeedsNothingElse) {
 
 // "--html" and a strategy's name once was the end of the strategy.
 TEST_F(Show, WritesPagesOverPagesOnly) {
-    ASSERT_EQ(run({"show", game, "--html", "page.html"}).status, 0);
-    EXPECT_EQ(run({"show", game, "--html", "page.html"}).status, 0);
+    ASSERT_EQ(run({"show", kuhnGame, "--html", "page.html"}).status, 0);
+    EXPECT_EQ(run({"show", kuhnGame, "--html", "page.html"}).status, 0);
     const std::string strategy = contentsOf(directory / file);
-    const Outcome outcome = run({"show", game, "--html", file});
+    const Outcome outcome = run({"show", kuhnGame, "--html", file});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "tamarin: " + file +
                                " is there and is not a page: give --html another "
@@ -84,8 +84,8 @@ TEST_F(Show, RefusesWhatIsNoStrategy) {
     writeFile(directory / file, "rubbish");
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"show", file},
                                                       {"show", file, "--json"},
-                                                      {"show", game, "--html", "page.html"},
-                                                      {"show", "absent", "--game", game}}) {
+                                                      {"show", kuhnGame, "--html", "page.html"},
+                                                      {"show", "absent", "--game", kuhnGame}}) {
         const Outcome outcome = run(arguments);
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(outcome.out, "");
