@@ -192,9 +192,9 @@ void UtilityFiller::fill(size_t begin, size_t end, double* const* utilities, Dra
                     if (players == 2) {
                         sum[hero] += values_.ofPair(buckets, deal->outcome)[hero];
                     } else {
-                        double util[AuxiliaryGame::maxPlayers];
-                        values_.of(buckets, deal->outcome, util);
-                        sum[hero] += util[hero];
+                        double seatValues[AuxiliaryGame::maxPlayers];
+                        values_.of(buckets, deal->outcome, seatValues);
+                        sum[hero] += seatValues[hero];
                     }
                 }
             for (size_t p = 0; p < players; ++p)

@@ -226,7 +226,7 @@ std::vector<AuxiliaryGame::Values::Ending> AuxiliaryGame::Values::endings() cons
     return endings;
 }
 
-void AuxiliaryGame::Values::of(const uint8_t* buckets, uint32_t outcome, double* util) const {
+void AuxiliaryGame::Values::of(const uint8_t* buckets, uint32_t outcome, double* seatValues) const {
     constexpr size_t mostNodes = 32; // three players have twelve
     const std::vector<CompiledTree::Node>& nodes = auxiliary_.tree_.nodes();
     const size_t stride = auxiliary_.stride_;
@@ -247,7 +247,7 @@ void AuxiliaryGame::Values::of(const uint8_t* buckets, uint32_t outcome, double*
                 value[q] += below[q] * average_[set][i];
         }
     }
-    std::copy_n(values, auxiliary_.numPlayers(), util);
+    std::copy_n(values, auxiliary_.numPlayers(), seatValues);
 }
 
 } // namespace tamarin

@@ -74,8 +74,8 @@ public:
         };
 
         explicit Values(const AuxiliaryGame& auxiliary);
-        // util: numPlayers entries.
-        void of(const uint8_t* buckets, uint32_t outcome, double* util) const;
+        // seatValues: numPlayers entries.
+        void of(const uint8_t* buckets, uint32_t outcome, double* seatValues) const;
         // Two players: the values of both seats at once, looked up.
         const std::array<double, 2>& ofPair(const uint8_t* buckets, uint32_t outcome) const {
             return pairs_[(outcome * numBuckets + buckets[0]) * numBuckets + buckets[1]];

@@ -141,8 +141,8 @@ public:
         }
     }
 
-    // Leaves the root's values in util.
-    void comeUp(size_t d, int players, double* util) const {
+    // Leaves the root's values in seatValues.
+    void comeUp(size_t d, int players, double* seatValues) const {
         for (size_t i = numTrunk_; i-- > 0;) {
             TrunkPlace& place = trunkPlace(d, i);
             const HoldemSteps::Step& step = stepOf(i);
@@ -153,7 +153,7 @@ public:
                     place.value[q] += place.strategy[a] * below[q];
             }
         }
-        std::copy_n(placeOf(d, 0).value, players, util);
+        std::copy_n(placeOf(d, 0).value, players, seatValues);
     }
 
     void updateTrunk(size_t i) const {

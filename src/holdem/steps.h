@@ -114,15 +114,15 @@ public:
     static void replaceSeat(const HoldemSets& sets, HoldemSets& responder, int seat,
                             PlacedDeal& deal);
 
-    // Visits the node and all below it. util receives the value to each seat.
+    // Visits the node and all below it. seatValues receives the value to each seat.
     template <HoldemRule rule, size_t stride>
     void visit(const PlacedDeal& deal, int32_t id, double* reach, double parentReach,
-               double* util) const;
+               double* seatValues) const;
 
 private:
     template <HoldemRule rule, size_t stride, int first, int last>
     void visitKind(const PlacedDeal& deal, const Step& step, double* reach, double parentReach,
-                   double* util) const;
+                   double* seatValues) const;
 
     std::vector<Step> steps_;
 };
@@ -130,7 +130,7 @@ private:
 // The loops over a node's actions have constant bounds here, so that its numbers stay in registers.
 template <HoldemRule rule, size_t stride, int first, int last>
 void HoldemSteps::visitKind(const PlacedDeal& deal, const Step& step, double* reach,
-                            double parentReach, double* util) const {
+                            double parentReach, double* seatValues) const {
     const size_t p = step.player;
     HoldemVisit<rule, stride> node(deal.slotNumbers[step.slot][step.offset], first, last, p, deal);
     node.choose(reach);
@@ -154,22 +154,25 @@ void HoldemSteps::visitKind(const PlacedDeal& deal, const Step& step, double* re
     }
     reach[p] = ownReach;
     node.addRegret(reach, parentReach, actionValue, value[p]);
-    std::copy_n(value, stride, util);
+    std::copy_n(value, stride, seatValues);
 }
 
 template <HoldemRule rule, size_t stride>
 void HoldemSteps::visit(const PlacedDeal& deal, int32_t id, double* reach, double parentReach,
-                        double* util) const {
+                        double* seatValues) const {
     const Step& step = steps_[static_cast<size_t>(id)];
     if (step.first == actionFold)
         if (step.last == actionRaise)
-            visitKind<rule, stride, actionFold, actionRaise>(deal, step, reach, parentReach, util);
+            visitKind<rule, stride, actionFold, actionRaise>(deal, step, reach, parentReach,
+                                                             seatValues);
         else
-            visitKind<rule, stride, actionFold, actionCall>(deal, step, reach, parentReach, util);
+            visitKind<rule, stride, actionFold, actionCall>(deal, step, reach, parentReach,
+                                                            seatValues);
     else if (step.last == actionRaise)
-        visitKind<rule, stride, actionCall, actionRaise>(deal, step, reach, parentReach, util);
+        visitKind<rule, stride, actionCall, actionRaise>(deal, step, reach, parentReach,
+                                                         seatValues);
     else
-        visitKind<rule, stride, actionCall, actionCall>(deal, step, reach, parentReach, util);
+        visitKind<rule, stride, actionCall, actionCall>(deal, step, reach, parentReach, seatValues);
 }
 
 } // namespace tamarin

@@ -22,9 +22,9 @@ double errorOf(const RunningMoments& moments) {
 
 class ValueSum {
 public:
-    void add(const double* util, int players) {
+    void add(const double* seatValues, int players) {
         for (int p = 0; p < players; ++p)
-            seats_[p].add(util[p]);
+            seats_[p].add(seatValues[p]);
     }
     SampledValue result(int players) const {
         SampledValue value;

@@ -27,7 +27,7 @@ HoldemWalk::~HoldemWalk() = default;
 // The same visit as HoldemSteps', with every large child a task of its own.
 template <HoldemRule rule, size_t stride>
 void HoldemWalk::visitWithTasks(int32_t id, const double* reach, double parentReach,
-                                double* util) const {
+                                double* seatValues) const {
     const PlacedDeal& deal = parts_->deal;
     const HoldemSteps::Step& step = parts_->steps[id];
     const size_t p = step.player;
@@ -64,11 +64,11 @@ void HoldemWalk::visitWithTasks(int32_t id, const double* reach, double parentRe
             value[q] += node.strategy[a] * childValue[a][q];
     }
     node.addRegret(reach, parentReach, actionValue, value[p]);
-    std::copy_n(value, stride, util);
+    std::copy_n(value, stride, seatValues);
 }
 
 template <HoldemRule rule, size_t stride>
-void HoldemWalk::walkFromRoot(double* util) const {
+void HoldemWalk::walkFromRoot(double* seatValues) const {
     double reach[stride];
     std::fill_n(reach, stride, 1.0);
     double value[stride];
@@ -80,21 +80,21 @@ void HoldemWalk::walkFromRoot(double* util) const {
 #pragma omp single
         visitWithTasks<rule, stride>(0, reach, 1.0, value);
     }
-    std::copy_n(value, game_.numPlayers, util);
+    std::copy_n(value, game_.numPlayers, seatValues);
 }
 
 template <HoldemRule rule>
-void HoldemWalk::walk(double* util) const {
+void HoldemWalk::walk(double* seatValues) const {
     if (game_.numPlayers == 2)
-        walkFromRoot<rule, 2>(util);
+        walkFromRoot<rule, 2>(seatValues);
     else
-        walkFromRoot<rule, 4>(util);
+        walkFromRoot<rule, 4>(seatValues);
 }
 
 void HoldemWalk::iterate(HoldemRule rule, const State& deal, const DealBuckets& buckets,
-                         double* util) {
+                         double* seatValues) {
     HoldemSteps::place(sets_, parts_->payoffs, deal, buckets, parts_->deal);
-    withRule(rule, [&]<HoldemRule fixed>() { walk<fixed>(util); });
+    withRule(rule, [&]<HoldemRule fixed>() { walk<fixed>(seatValues); });
 }
 
 } // namespace tamarin

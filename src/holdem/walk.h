@@ -37,17 +37,19 @@ public:
     HoldemWalk(const Game& game, HoldemSets& sets);
     ~HoldemWalk();
 
-    // Walks the deal (hole cards and whole board in the state), updating what the rule says. util
-    // receives the value to each seat. Any rule but respond.
-    void iterate(HoldemRule rule, const State& deal, const DealBuckets& buckets, double* util);
+    // Walks the deal (hole cards and whole board in the state), updating what the rule says.
+    // seatValues receives the value to each seat. Any rule but respond.
+    void iterate(HoldemRule rule, const State& deal, const DealBuckets& buckets,
+                 double* seatValues);
 
 private:
     template <HoldemRule rule>
-    void walk(double* util) const;
+    void walk(double* seatValues) const;
     template <HoldemRule rule, size_t stride>
-    void walkFromRoot(double* util) const;
+    void walkFromRoot(double* seatValues) const;
     template <HoldemRule rule, size_t stride>
-    void visitWithTasks(int32_t id, const double* reach, double parentReach, double* util) const;
+    void visitWithTasks(int32_t id, const double* reach, double parentReach,
+                        double* seatValues) const;
 
     struct Parts;
     const Game& game_;

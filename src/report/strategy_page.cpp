@@ -1,7 +1,7 @@
 #include "report/strategy_page.h"
 
 #include "report/page.h"
-#include "training/line_reach.h"
+#include "training/sequence_reach.h"
 
 #include <fmt/format.h>
 
@@ -48,7 +48,7 @@ class Page {
 public:
     Page(const NamedGame& game, const Profile& profile)
         : game_(game), small_(*game.small), profile_(profile),
-          reach_(lineReaches(small_, profile)) {}
+          reach_(sequenceReaches(small_, profile)) {}
 
     std::string make(const ProfileValue& value, const std::string& source) {
         text_ = fmt::format("<p>{}</p>\n", escapedForPage(source));
@@ -132,7 +132,7 @@ private:
     const NamedGame& game_;
     const SmallGame& small_;
     const Profile& profile_;
-    LineReach reach_;
+    SequenceReach reach_;
     std::string text_;
 };
 

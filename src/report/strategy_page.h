@@ -1,5 +1,5 @@
 // A strategy as a page (report/page.h): the betting tree, every information set's probabilities as
-// a bar, the reach of every line, and what each ending is worth.
+// a bar, the reach of every sequence, and what each ending is worth.
 #pragma once
 
 #include "directory/strategies.h"

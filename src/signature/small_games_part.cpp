@@ -4,7 +4,7 @@
 #include "signature/parts.h"
 #include "support/rng.h"
 #include "training/best_response.h"
-#include "training/line_reach.h"
+#include "training/sequence_reach.h"
 #include "training/small_game_trainer.h"
 
 #include <array>
@@ -51,7 +51,7 @@ void addProfile(Fnv1a& hash, const SmallGame& game, const Profile& profile) {
     for (const double chips : worth.best)
         hash.add(chips);
     hash.add(worth.nashConv());
-    const LineReach reach = lineReaches(game, profile);
+    const SequenceReach reach = sequenceReaches(game, profile);
     for (const auto& ofFields : reach.node)
         for (const double share : ofFields)
             hash.add(share);

@@ -122,8 +122,8 @@ void CFR::trainEveryHand(int round) {
                 currentBucket[0][p] =
                     static_cast<uint8_t>(equityTables->getCluster(hand, players, round));
             }
-            double util[MAX_PLAYERS];
-            calc(&state, reach, 0, util);
+            double seatValues[MAX_PLAYERS];
+            calc(&state, reach, 0, seatValues);
         }
 }
 
@@ -186,9 +186,9 @@ void CFR::fillUtilityPlain(double** tables, unsigned long size, int round) {
                 // By index, of which this look-up deliberately takes the low byte.
                 currentBucket[0][hero] = static_cast<uint8_t>(
                     equityTables->getCluster(static_cast<unsigned char>(i), players, round));
-                double util[MAX_PLAYERS];
-                calcUtil(&state, util);
-                tables[hero][i] += util[hero];
+                double seatValues[MAX_PLAYERS];
+                calcUtil(&state, seatValues);
+                tables[hero][i] += seatValues[hero];
             }
     }
     for (int p = 0; p < players; ++p)

@@ -15,7 +15,7 @@
 #include "toolbox/command.h"
 #include "toolbox/numbers.h"
 #include "toolbox/output_place.h"
-#include "training/line_reach.h"
+#include "training/sequence_reach.h"
 #include "tree/card_rank_keys.h"
 
 #include <filesystem>
@@ -95,7 +95,7 @@ Result<Profile> profileOf(const SmallGame& game, const Shown& shown) {
 
 nlohmann::ordered_json asJson(const NamedGame& game, const Profile& profile,
                               const ProfileValue& value, const std::string& source) {
-    const LineReach reach = lineReaches(*game.small, profile);
+    const SequenceReach reach = sequenceReaches(*game.small, profile);
     nlohmann::ordered_json sets = nlohmann::ordered_json::array();
     const auto& nodes = game.small->tree().nodes();
     for (size_t n = 0; n < nodes.size(); ++n)

@@ -1,4 +1,4 @@
-#include "training/line_reach.h"
+#include "training/sequence_reach.h"
 
 #include "solver/games.h"
 #include "training/best_response.h"
@@ -9,13 +9,13 @@
 namespace tamarin::test {
 namespace {
 
-TEST(LineReach, EndingsAddUpToCertaintyAndToTheValues) {
+TEST(SequenceReach, EndingsAddUpToCertaintyAndToTheValues) {
     for (const auto& make : {kuhn3, leduc2, four}) {
         const auto game = std::move(*SmallGame::make(*make()));
         const auto trainer = makeTrainer(*game, {});
         trainer->run(30);
         const Profile profile = trainer->average();
-        const LineReach reach = lineReaches(*game, profile);
+        const SequenceReach reach = sequenceReaches(*game, profile);
         EXPECT_NEAR(reach.ofNode(0), 1.0, 1e-12);
         double ends = 0.0;
         std::vector<double> value(game->game().numPlayers);
@@ -33,9 +33,9 @@ TEST(LineReach, EndingsAddUpToCertaintyAndToTheValues) {
     }
 }
 
-TEST(LineReach, OfUniformPlayHalvesAtEveryDecision) {
+TEST(SequenceReach, OfUniformPlayHalvesAtEveryDecision) {
     const auto game = std::move(*SmallGame::make(*kuhn3()));
-    const LineReach reach = lineReaches(*game, uniformProfile(*game));
+    const SequenceReach reach = sequenceReaches(*game, uniformProfile(*game));
     for (size_t n = 0; n < game->tree().nodes().size(); ++n) {
         const auto decisions = game->tree().sequence(static_cast<int32_t>(n)).size();
         EXPECT_NEAR(reach.ofNode(n), 1.0 / static_cast<double>(1U << decisions), 1e-12);

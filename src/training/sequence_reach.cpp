@@ -1,18 +1,18 @@
-#include "training/line_reach.h"
+#include "training/sequence_reach.h"
 
 #include <numeric>
 
 namespace tamarin {
 
-double LineReach::ofNode(size_t n) const {
+double SequenceReach::ofNode(size_t n) const {
     return std::accumulate(node[n].begin(), node[n].end(), 0.0);
 }
 
-LineReach lineReaches(const SmallGame& game, const Profile& profile) {
+SequenceReach sequenceReaches(const SmallGame& game, const Profile& profile) {
     const auto& nodes = game.tree().nodes();
     const DealTable& deals = game.deals();
     const size_t seats = game.game().numPlayers;
-    LineReach result;
+    SequenceReach result;
     result.edge.resize(nodes.size() * numAbstractedActions);
     result.paid.resize(result.edge.size());
     for (const CompiledTree::Node& node : nodes)
