@@ -12,7 +12,8 @@ const Signature& expectedSignature() {
         {"indices", 0x139b44c93814e405},
         {"small-games", 0xdf0ff91b309d82f7},
         {"holdem", 0xd6e843be1a341be6},
-        {"tables", 0x25255e7f27e9523f},
+        {"tables", 0x69cc0c0b6728bfc0},
+        {"clustering", 0xd872676da83d82bc},
         {"match", 0x6341ab77f6388421},
     });
     return expected;

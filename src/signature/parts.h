@@ -17,6 +17,8 @@ void addSmallGames(Fnv1a& hash);
 void addHoldem(Fnv1a& hash);
 // Slices of what the table builder makes: equities, clusters, utilities, buckets.
 void addTables(Fnv1a& hash, const SevenCardTable& table);
+// Card abstractions: rows of river hands, centres, and which is nearest.
+void addClustering(Fnv1a& hash);
 // Hands of every game between simple opponents, through the text that dealer and player exchange.
 void addMatch(Fnv1a& hash);
 

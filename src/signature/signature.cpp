@@ -22,6 +22,7 @@ constexpr Part partList[] = {
     {"small-games", [](Fnv1a& hash, const SevenCardTable&) { addSmallGames(hash); }},
     {"holdem", [](Fnv1a& hash, const SevenCardTable&) { addHoldem(hash); }},
     {"tables", addTables},
+    {"clustering", [](Fnv1a& hash, const SevenCardTable&) { addClustering(hash); }},
     {"match", [](Fnv1a& hash, const SevenCardTable&) { addMatch(hash); }},
 };
 

@@ -168,6 +168,24 @@ void addEquities(Fnv1a& hash, const SevenCardTable& table) {
     }
 }
 
+// Three ranges at once, and four, which are counted in another way.
+void addManyRanges(Fnv1a& hash) {
+    EquityQuestion question;
+    question.board = cardSetOf({41, 25, 5, 30});
+    EquityOptions options;
+    options.method = EquityMethod::exact;
+    for (const char* range : {"TT+, AKs", "76s, A5s-A4s", "KQ, 22", "AJs"}) {
+        auto parsed = parseHandRange(range);
+        assert(parsed);
+        question.players.push_back(*parsed);
+        if (question.players.size() < 3)
+            continue;
+        const auto answer = answerEquity(question, options);
+        assert(answer);
+        addCounts(hash, answer->counts);
+    }
+}
+
 // One pattern over and over: quick to lay down however slow the build.
 LargeBuffer<uint8_t> madeUpClusters(size_t size) {
     auto clusters = LargeBuffer<uint8_t>::take(size, "clusters");
@@ -264,6 +282,7 @@ void addTables(Fnv1a& hash, const SevenCardTable& table) {
         hash.add(equity);
     addClasses(hash, equities);
     addEquities(hash, table);
+    addManyRanges(hash);
     for (int round = 0; round < holdemRounds; ++round)
         addUtilities(hash, 2, round, 3);
     addUtilities(hash, 3, 1, 2);
