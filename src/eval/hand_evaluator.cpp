@@ -20,13 +20,6 @@ constexpr auto keySums = [] {
     return sums;
 }();
 
-constexpr auto rankPowers = [] {
-    std::array<uint32_t, 13> powers{};
-    for (uint8_t rank = 0; rank < 13; ++rank)
-        powers[rank] = static_cast<uint32_t>(keyOfCard(static_cast<uint8_t>(4 * rank)).sum);
-    return powers;
-}();
-
 // Calls visit(masks, sum) for every multiset of so many ranks from `from` on, at most four of each.
 template <class Visit>
 void forEachMultiset(RankMasks masks, uint32_t sum, uint32_t from, int left, const Visit& visit) {

@@ -45,6 +45,14 @@ inline constexpr auto cardKeys = [] {
     return keys;
 }();
 
+// 5^rank, as in a key.
+inline constexpr auto rankPowers = [] {
+    std::array<uint32_t, 13> powers{};
+    for (uint8_t rank = 0; rank < 13; ++rank)
+        powers[rank] = static_cast<uint32_t>(keyOfCard(static_cast<uint8_t>(4 * rank)).sum);
+    return powers;
+}();
+
 // The sum of the keys of a set of cards.
 HandKey keyOfCards(CardSet cards);
 

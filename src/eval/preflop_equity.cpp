@@ -1,5 +1,6 @@
 #include "eval/preflop_equity.h"
 
+#include "eval/choose.h"
 #include "eval/hand_evaluator.h"
 #include "eval/opponent_tally.h"
 #include "eval/rank_masks.h"
@@ -17,29 +18,11 @@ constexpr uint32_t ranks = 13;
 constexpr uint32_t allRanks = (1U << ranks) - 1;
 constexpr int boardSize = 5;
 
-// 5^rank, which add up to the key of some ranks (hand_evaluator.h).
-constexpr auto powers = [] {
-    std::array<uint32_t, ranks> made{};
-    uint32_t power = 1;
-    for (uint32_t& of : made) {
-        of = power;
-        power *= 5;
-    }
-    return made;
-}();
-
 uint32_t powersOf(uint32_t rankMask) {
     uint32_t sum = 0;
     for (; rankMask != 0; rankMask &= rankMask - 1)
-        sum += powers[static_cast<size_t>(std::countr_zero(rankMask))];
+        sum += rankPowers[static_cast<size_t>(std::countr_zero(rankMask))];
     return sum;
-}
-
-uint64_t choose(uint64_t n, uint64_t k) {
-    uint64_t result = 1;
-    for (uint64_t i = 0; i < k; ++i)
-        result = result * (n - i) / (i + 1);
-    return result;
 }
 
 using RankCounts = std::array<uint8_t, ranks>;
@@ -69,7 +52,7 @@ void forEachMultiset(const RankCounts& available, RankCounts& counts, uint32_t s
         uint32_t next = sum;
         const auto most = std::min<int>(left, available[rank]);
         for (int n = 1; n <= most; ++n) {
-            next += powers[rank];
+            next += rankPowers[rank];
             counts[rank] = static_cast<uint8_t>(counts[rank] + 1);
             forEachMultiset(available, counts, next, rank + 1, left - n,
                             ways * choose(available[rank], static_cast<uint64_t>(n)), visit);
@@ -221,14 +204,14 @@ private:
             const uint32_t flushA = board.flushUnknown >> a & 1;
             if (restA + flushA == 0)
                 continue;
-            const uint32_t withA = board.sum + powers[a];
+            const uint32_t withA = board.sum + rankPowers[a];
             const uint32_t oneA = ones[a];
             for (uint32_t b = a; b < ranks; ++b) {
                 const uint64_t restB = board.restUnknown[b];
                 const uint32_t flushB = board.flushUnknown >> b & 1;
-                if (restB + flushB == 0)
-                    continue;
-                const uint32_t plain = evaluator_.valueOfSevenRanks(withA + powers[b]);
+                if (restB + flushB == 0 || (a == b && restA + flushA == 1))
+                    continue; // there are no two such cards
+                const uint32_t plain = evaluator_.valueOfSevenRanks(withA + rankPowers[b]);
                 const uint64_t neither = outcome(std::max(plain, onBoard), own);
                 if (a == b) {
                     // Two of one rank: both of the other suits, or one of them of the flush suit.
