@@ -4,7 +4,6 @@
 #include "eval/matchups.h"
 #include "eval/range_sweep.h"
 #include "eval/sampled_equity.h"
-#include "support/interrupt.h"
 #include "support/parallel_errors.h"
 
 #include <algorithm>
@@ -34,8 +33,9 @@ double secondsPerMatchup(size_t hands, CardSet board, int randomOpponents) {
     return boards * (randomOpponents == 0 ? 15e-9 + known : known + 4e-6);
 }
 
-// Of finding the matchups, for each combination of hands.
-constexpr double secondsPerCombination = 2e-6;
+// Of finding the matchups, for each combination of hands: two microseconds of one core while the
+// other one of the two waits.
+constexpr double secondsPerCombination = 4e-6;
 
 double combinationsOf(const std::vector<HandRange>& players) {
     double combinations = 1;
@@ -85,8 +85,10 @@ Result<DealCounts> addParts(size_t parts, const EquityOptions& options, const Co
         };
 #pragma omp for schedule(dynamic)
         for (size_t part = 0; part < parts; ++part)
-            if (!interrupted())
-                errors.run([&] { addPart(part); });
+            errors.run([&] {
+                if (!options.stop())
+                    addPart(part);
+            });
 #pragma omp critical
         total += counts;
     }
@@ -108,10 +110,11 @@ Result<DealCounts> countBoards(RangeSweep& sweep, const EquityOptions& options) 
     constexpr size_t boardsOfPart = 128;
     const size_t boards = sweep.listBoards();
     auto counts = addParts((boards + boardsOfPart - 1) / boardsOfPart, options, [&](size_t part) {
-        return sweep.count(part * boardsOfPart, std::min((part + 1) * boardsOfPart, boards));
+        const size_t first = part * boardsOfPart;
+        return DealCounts{sweep.count(first, std::min(first + boardsOfPart, boards)), 0};
     });
     if (counts)
-        counts->deals = sweep.deals();
+        counts->deals = sweep.deals(); // known of all boards together
     return counts;
 }
 
@@ -139,7 +142,8 @@ struct Plan {
     std::string refusal;                                      // why there is neither
 };
 
-Plan planExactAnswer(const EquityQuestion& question, double limit) {
+// Matchups that would take longer than limit are not all looked for.
+Plan planExactAnswer(const EquityQuestion& question, const EquityOptions& options, double limit) {
     Plan plan;
     if (question.randomOpponents > 2) {
         plan.refusal = "an exact answer takes at most two random opponents, not " +
@@ -157,7 +161,8 @@ Plan planExactAnswer(const EquityQuestion& question, double limit) {
     const double each =
         secondsPerMatchup(question.players.size(), question.board, question.randomOpponents);
     auto found = matchups(question.players, question.board,
-                          most < 1e6 ? static_cast<size_t>(most / each) + 1 : SIZE_MAX);
+                          most < 1e6 ? static_cast<size_t>((most - finding) / each) + 1 : SIZE_MAX,
+                          options.stop);
     if (!found) {
         plan.refusal = found.error();
         return plan;
@@ -188,8 +193,8 @@ Result<EquityAnswer> answerBySample(const EquityQuestion& question, const Equity
             if (options.progress)
                 options.progress(done, options.deals);
         },
-        [] { return interrupted(); });
-    if (interrupted() && answer.counts.deals < options.deals)
+        options.stop);
+    if (answer.counts.deals < options.deals)
         return Error{"interrupted"};
     return answer;
 }
@@ -202,8 +207,10 @@ Result<EquityAnswer> answerEquity(const EquityQuestion& question, const EquityOp
     if (options.method == EquityMethod::sampled)
         return answerBySample(question, options);
     const bool insists = options.method == EquityMethod::exact;
-    Plan plan =
-        planExactAnswer(question, insists ? std::numeric_limits<double>::infinity() : patience);
+    Plan plan = planExactAnswer(question, options,
+                                insists ? std::numeric_limits<double>::infinity() : patience);
+    if (options.stop())
+        return Error{"interrupted"};
     const bool possible = plan.sweep || !plan.matchups.empty();
     if (possible && (insists || plan.seconds <= patience))
         return answerExactly(question, options, plan);

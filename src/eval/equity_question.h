@@ -8,6 +8,7 @@
 #include "eval/equity.h"
 #include "eval/hand_range.h"
 #include "game/showdown.h"
+#include "support/interrupt.h"
 #include "support/result.h"
 
 #include <cstdint>
@@ -25,7 +26,7 @@ struct EquityQuestion {
 
 enum class EquityMethod {
     automatic, // exact where that takes five seconds of two cores at most, else sampled
-    exact,     // refused for three or more random opponents, and for wide ranges of four players
+    exact,     // whatever it takes, where it is possible at all
     sampled,
 };
 
@@ -37,18 +38,24 @@ struct EquityOptions {
     // Called from the calling thread with the work done and the whole, in steps (exact) or in
     // deals (sampled).
     std::function<void(uint64_t, uint64_t)> progress;
+    // Asked now and then, on any thread; once it is true it stays so, and the work ends with the
+    // error "interrupted".
+    std::function<bool()> stop = interrupted;
 };
 
 struct EquityAnswer {
     DealCounts counts;
     bool exact = false;
-    // What counting every deal takes, in seconds of one core: an estimate. Infinite where it is not
-    // known to be possible, or was not asked for.
+    // What counting every deal takes, in seconds of one core: an estimate. Infinite where that is
+    // impossible or was not asked for, and where four or more players' hands meet in so many ways
+    // that the automatic choice did not look for them all.
     double exactSeconds = std::numeric_limits<double>::infinity();
 };
 
-// Errors: a card held twice, hands that cannot be held together, a board of another size, too many
-// players, an exact answer that would take too long, an interrupt.
+// Errors: a board of another size, fewer than two players or more than ten, hands that nobody can
+// hold on the board or that cannot be held together, an interrupt. Of exact answers besides: three
+// or more random opponents, and, of four or more players, ranges that meet in more than
+// mostCombinations (matchups.h).
 Result<EquityAnswer> answerEquity(const EquityQuestion& question, const EquityOptions& options);
 
 } // namespace tamarin

@@ -1,31 +1,15 @@
 #include "eval/matchups.h"
 
+#include "eval/suit_order.h"
+
 #include <algorithm>
-#include <array>
 #include <map>
 
 namespace tamarin {
 namespace {
 
-using SuitOrder = std::array<int, 4>;
-
-CardSet renameSuits(CardSet cards, const SuitOrder& order) {
-    CardSet renamed = 0;
-    for (int suit = 0; suit < 4; ++suit)
-        renamed |= (cards >> (16 * suit) & 0x1fff) << (16 * order[static_cast<size_t>(suit)]);
-    return renamed;
-}
-
-// The renamings that leave the board as it is.
-std::vector<SuitOrder> suitOrders(CardSet board) {
-    std::vector<SuitOrder> orders;
-    SuitOrder order{0, 1, 2, 3};
-    do {
-        if (renameSuits(board, order) == board)
-            orders.push_back(order);
-    } while (std::next_permutation(order.begin(), order.end()));
-    return orders;
-}
+// Combinations between two questions whether to stop.
+constexpr uint64_t stopInterval = 1024;
 
 // Calls visit(hands) for each combination; visit returns whether to go on.
 template <class Visit>
@@ -47,8 +31,8 @@ bool forEachCombination(std::span<const HandRange> ranges, std::vector<CardSet>&
 
 } // namespace
 
-Result<std::vector<Matchup>> matchups(std::span<const HandRange> ranges, CardSet board,
-                                      size_t most) {
+Result<std::vector<Matchup>> matchups(std::span<const HandRange> ranges, CardSet board, size_t most,
+                                      const std::function<bool()>& stop) {
     uint64_t combinations = 1;
     for (const HandRange& range : ranges) {
         combinations *= range.hands.size();
@@ -56,12 +40,18 @@ Result<std::vector<Matchup>> matchups(std::span<const HandRange> ranges, CardSet
             return Error{"the hands meet in more than " + std::to_string(mostCombinations) +
                          " combinations; sample them instead"};
     }
-    const std::vector<SuitOrder> orders = suitOrders(board);
+    const std::vector<SuitOrder> orders =
+        suitOrders([&](const SuitOrder& order) { return renameSuits(board, order) == board; });
     std::map<std::vector<CardSet>, uint64_t> found;
     std::vector<CardSet> renamed(ranges.size());
     std::vector<CardSet> least;
     std::vector<CardSet> hands;
+    uint64_t visited = 0;
+    bool stopped = false;
     forEachCombination(ranges, hands, board, [&](const std::vector<CardSet>& combination) {
+        stopped = ++visited % stopInterval == 0 && stop && stop();
+        if (stopped)
+            return false;
         least.clear();
         for (const SuitOrder& order : orders) {
             for (size_t i = 0; i < combination.size(); ++i)
@@ -73,6 +63,8 @@ Result<std::vector<Matchup>> matchups(std::span<const HandRange> ranges, CardSet
         ++found[least];
         return found.size() <= most;
     });
+    if (stopped)
+        return Error{"interrupted"};
     if (found.size() > most)
         return Error{"the hands meet in more than " + std::to_string(most) + " different ways"};
     std::vector<Matchup> result;

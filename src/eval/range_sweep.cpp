@@ -1,5 +1,6 @@
 #include "eval/range_sweep.h"
 
+#include "eval/choose.h"
 #include "eval/rank_masks.h"
 
 #include <algorithm>
@@ -18,28 +19,24 @@ constexpr uint8_t firstBit = 2;
 constexpr uint8_t secondBit = 4;
 constexpr size_t columns = 64; // the 52 cards, and room for whole vectors
 
-CardSet renameSuits(CardSet cards, const std::array<int, 4>& order) {
-    CardSet renamed = 0;
-    for (int suit = 0; suit < 4; ++suit)
-        renamed |= (cards >> (16 * suit) & 0x1fff) << (16 * order[static_cast<size_t>(suit)]);
-    return renamed;
-}
-
-// The renamings of suits, but for the identity, that leave the board and every range as they are.
-std::vector<std::array<int, 4>> renamingsOf(std::span<const HandRange> ranges, CardSet board) {
-    const auto leaves = [](const HandRange& range, const std::array<int, 4>& order) {
+// The renamings of suits that leave the board and every range as they are.
+std::vector<SuitOrder> renamingsOf(std::span<const HandRange> ranges, CardSet board) {
+    const auto leaves = [](const HandRange& range, const SuitOrder& order) {
         return std::ranges::all_of(range.hands, [&](CardSet hand) {
             return std::ranges::binary_search(range.hands, renameSuits(hand, order));
         });
     };
-    std::vector<std::array<int, 4>> found;
-    std::array<int, 4> order{0, 1, 2, 3};
-    while (std::ranges::next_permutation(order).found)
-        if (renameSuits(board, order) == board &&
-            std::ranges::all_of(ranges,
-                                [&](const HandRange& range) { return leaves(range, order); }))
-            found.push_back(order);
-    return found;
+    return suitOrders([&](const SuitOrder& order) {
+        return renameSuits(board, order) == board &&
+               std::ranges::all_of(ranges,
+                                   [&](const HandRange& range) { return leaves(range, order); });
+    });
+}
+
+// Ahead of everything that looks at the first of them.
+std::span<const HandRange> twoOrThree(std::span<const HandRange> ranges) {
+    assert(ranges.size() == 2 || ranges.size() == 3);
+    return ranges;
 }
 
 // Calls visit(cards) for every set of so many of the candidates.
@@ -53,13 +50,6 @@ void forEachSubset(CardSet candidates, int size, CardSet chosen, const Visit& vi
         const CardSet card = candidates & (~candidates + 1);
         forEachSubset(candidates & ~card, size - 1, chosen | card, visit);
     }
-}
-
-uint64_t choose(uint64_t n, int k) {
-    uint64_t result = 1;
-    for (int i = 0; i < k; ++i)
-        result = result * (n - static_cast<uint64_t>(i)) / static_cast<uint64_t>(i + 1);
-    return result;
 }
 
 // A hand on a board.
@@ -256,10 +246,9 @@ private:
 
 RangeSweep::RangeSweep(std::span<const HandRange> ranges, CardSet board)
     : board_(board), free_(allCards & ~board), missing_(5 - std::popcount(board)),
-      twoOpponents_(ranges.size() == 3),
+      twoOpponents_(twoOrThree(ranges).size() == 3),
       alike_(twoOpponents_ && ranges[1].hands == ranges[2].hands), own_(ranges[0].hands.size()),
       renamings_(renamingsOf(ranges, board)) {
-    assert(ranges.size() == 2 || ranges.size() == 3);
     std::map<CardSet, uint8_t> members;
     for (size_t i = 0; i < ranges.size(); ++i) {
         for (const CardSet hand : ranges[i].hands)
@@ -281,7 +270,7 @@ RangeSweep::RangeSweep(std::span<const HandRange> ranges, CardSet board)
         twoOpponents_ ? combinations<TwoOpponents>() : combinations<OneOpponent>();
     const auto unknown =
         static_cast<uint64_t>(52 - std::popcount(board)) - 2 * static_cast<uint64_t>(ranges.size());
-    deals_ = combined * choose(unknown, missing_);
+    deals_ = combined * choose(unknown, static_cast<uint64_t>(missing_));
 }
 
 // Every hand of another one is weaker here.
@@ -304,30 +293,31 @@ uint64_t RangeSweep::combinations() const {
 size_t RangeSweep::listBoards() {
     boards_.clear();
     forEachSubset(free_, missing_, 0, [&](CardSet cards) {
-        uint32_t same = 1;
+        uint32_t same = 0;
         for (const auto& renaming : renamings_) {
             const CardSet renamed = renameSuits(cards, renaming);
             if (renamed < cards)
                 return;
             same += renamed == cards;
         }
-        boards_.push_back({board_ | cards, static_cast<uint32_t>((renamings_.size() + 1) / same)});
+        boards_.push_back({board_ | cards, static_cast<uint32_t>(renamings_.size() / same)});
     });
     return boards_.size();
 }
 
-DealCounts RangeSweep::count(size_t first, size_t last) const {
+RangeSweep::Best RangeSweep::count(size_t first, size_t last) const {
+    assert(first <= last && last <= boards_.size());
     return twoOpponents_ ? countWith<TwoOpponents>(first, last)
                          : countWith<OneOpponent>(first, last);
 }
 
 template <class Opponents>
-DealCounts RangeSweep::countWith(size_t first, size_t last) const {
+RangeSweep::Best RangeSweep::countWith(size_t first, size_t last) const {
     const HandEvaluator& evaluator = HandEvaluator::shared();
     Opponents opponents(alike_);
     std::vector<Ranked> hands;
     std::vector<Ranked> scratch;
-    DealCounts counts;
+    Best all{};
     for (size_t number = first; number < last; ++number) {
         const SweptBoard& board = boards_[number];
         const HandKey five = keyOfCards(board.cards);
@@ -350,16 +340,16 @@ DealCounts RangeSweep::countWith(size_t first, size_t last) const {
                 opponents.pass(hands[i]);
         }
         for (size_t k = 0; k < best.size(); ++k)
-            counts.best[k] += board.times * best[k];
+            all[k] += board.times * best[k];
     }
-    return counts;
+    return all;
 }
 
 // From measurements, with some slack (EPYC Milan, one core of it).
 double RangeSweep::seconds() const {
-    const double boards =
-        static_cast<double>(choose(static_cast<uint64_t>(std::popcount(free_)), missing_)) /
-        static_cast<double>(renamings_.size() + 1);
+    const double boards = static_cast<double>(choose(static_cast<uint64_t>(std::popcount(free_)),
+                                                     static_cast<uint64_t>(missing_))) /
+                          static_cast<double>(renamings_.size());
     const auto own = static_cast<double>(own_);
     const auto all = static_cast<double>(holdings_.size());
     return twoOpponents_ ? boards * (1.5e-6 + all * 24e-9 + own * (alike_ ? 35e-9 : 60e-9))

@@ -12,18 +12,13 @@
 #include "eval/equity.h"
 #include "eval/hand_evaluator.h"
 #include "eval/hand_range.h"
+#include "eval/suit_order.h"
 
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace tamarin {
-
-// Full boards that come to the same, and how many they are.
-struct SweptBoard {
-    CardSet cards;
-    uint32_t times;
-};
 
 class RangeSweep {
 public:
@@ -34,16 +29,24 @@ public:
     // What count() takes for all boards, in seconds of one core, before they are listed.
     double seconds() const;
 
-    // Finds the boards to be counted; how many.
+    // Finds the boards to be counted, and says how many: 2,598,960 at most, of 16 bytes each. Comes
+    // before count().
     size_t listBoards();
 
-    // The outcomes on some of the listed boards, without the number of deals. Any thread.
-    DealCounts count(size_t first, size_t last) const;
+    // DealCounts::best of the listed boards from first to last, the latter excluded; those of all
+    // boards together belong to deals(). Any thread.
+    using Best = decltype(DealCounts::best);
+    Best count(size_t first, size_t last) const;
 
     // Of all boards together.
     uint64_t deals() const { return deals_; }
 
 private:
+    // Full boards that come to the same, and how many they are.
+    struct SweptBoard {
+        CardSet cards;
+        uint32_t times;
+    };
     // A hand of any of the ranges; members has a bit for each range that it belongs to.
     struct Holding {
         HandKey key;
@@ -55,7 +58,7 @@ private:
     class TwoOpponents;
 
     template <class Opponents>
-    DealCounts countWith(size_t first, size_t last) const;
+    Best countWith(size_t first, size_t last) const;
     template <class Opponents>
     uint64_t combinations() const;
 
@@ -66,7 +69,7 @@ private:
     bool alike_; // the two opponents' ranges are the same
     size_t own_; // hands of the range asked for
     std::vector<Holding> holdings_;
-    std::vector<std::array<int, 4>> renamings_; // of suits, which change nothing; not the identity
+    std::vector<SuitOrder> renamings_; // which change neither the board nor a range
     std::vector<SweptBoard> boards_;
     uint64_t deals_ = 0;
 };

@@ -2,7 +2,12 @@
 
 #include "eval/exact_equity.h"
 #include "eval/plain_equity.h"
+#include "eval/range_sweep.h"
+#include "eval/sampled_equity.h"
 
+#include <algorithm>
+#include <array>
+#include <atomic>
 #include <cmath>
 #include <stdexcept>
 #include <vector>
@@ -37,6 +42,52 @@ EquityAnswer answer(const EquityQuestion& asked, EquityMethod method = EquityMet
     const auto given = answerEquity(asked, options);
     EXPECT_TRUE(given.ok()) << given.error();
     return given ? *given : EquityAnswer{};
+}
+
+// An exact answer, and in how many steps it was counted: matchups, or parts of the boards.
+struct Counted {
+    DealCounts counts;
+    uint64_t steps = 0;
+};
+
+Counted countedExactly(const EquityQuestion& asked, int threads) {
+    Counted counted;
+    EquityOptions options;
+    options.method = EquityMethod::exact;
+    options.threads = threads;
+    options.progress = [&](uint64_t, uint64_t total) { counted.steps = total; };
+    const auto given = answerEquity(asked, options);
+    EXPECT_TRUE(given.ok()) << given.error();
+    if (given)
+        counted.counts = given->counts;
+    return counted;
+}
+
+RangeSweep sweepOf(const EquityQuestion& asked) {
+    std::vector<HandRange> ranges = asked.players;
+    for (int i = 0; i < asked.randomOpponents; ++i)
+        ranges.push_back(*parseHandRange("random"));
+    return RangeSweep(ranges, asked.board);
+}
+
+uint64_t partsOf(size_t boards) {
+    return (boards + 127) / 128;
+}
+
+// Ranges of hands no two of which are in two of them.
+EquityQuestion fourRangesOfEachSize(const std::array<size_t, 4>& sizes, const std::string& board) {
+    EquityQuestion asked = question({}, board, 0);
+    const std::vector<CardSet> all = plain::handsWithout(asked.board);
+    size_t next = 0;
+    for (const size_t size : sizes) {
+        HandRange range;
+        range.text = "some";
+        for (size_t i = 0; i < size; ++i, next += 7)
+            range.hands.push_back(all[next % all.size()]);
+        std::ranges::sort(range.hands);
+        asked.players.push_back(range);
+    }
+    return asked;
 }
 
 } // namespace
@@ -79,14 +130,8 @@ TEST(EquityQuestion, ExactRandomAgainstRandomIsEven) {
     EXPECT_DOUBLE_EQ(equity.pot, 0.5);
 }
 
-// Both ways of counting, and every number of threads.
+// Board by board, with one thread or several.
 TEST(EquityQuestion, ThreePlayersAreCountedHoweverWideTheirRanges) {
-    EquityOptions options;
-    options.method = EquityMethod::exact;
-    const auto counts = [&](const EquityQuestion& asked, int threads) {
-        options.threads = threads;
-        return answerEquity(asked, options)->counts;
-    };
     for (const char* board : {"Qs8h3d", "Qs8h3d2s", "Qs8h3d2s9h"}) {
         const EquityQuestion asked = question({"AsKs,JcJd", "22+,A2s+"}, board, 1);
         DealCounts sum;
@@ -94,9 +139,74 @@ TEST(EquityQuestion, ThreePlayersAreCountedHoweverWideTheirRanges) {
             for (const CardSet other : asked.players[1].hands)
                 if (((own | asked.board) & other) == 0)
                     sum += exactEquity(std::vector<CardSet>{own, other}, asked.board, 1);
-        EXPECT_EQ(counts(asked, 1), sum) << board;
-        EXPECT_EQ(counts(asked, 3), sum) << board;
+        const Counted counted = countedExactly(asked, 1);
+        EXPECT_EQ(counted.counts, sum) << board;
+        EXPECT_EQ(counted.steps, partsOf(sweepOf(asked).listBoards())) << board;
+        EXPECT_EQ(countedExactly(asked, 3).counts, sum) << board;
     }
+}
+
+// Matchup by matchup, which is the sooner for single hands; board by board it is the same.
+TEST(EquityQuestion, FewHandsAreCountedByTheirMatchups) {
+    const EquityQuestion asked = question({"AsKs", "QdQc,7h6h,9c8d"}, "Qs8h3d", 0);
+    const Counted counted = countedExactly(asked, 1);
+    EXPECT_EQ(counted.steps, 3U);
+    RangeSweep sweep = sweepOf(asked);
+    const size_t boards = sweep.listBoards();
+    ASSERT_NE(partsOf(boards), 3U);
+    EXPECT_EQ(counted.counts, (DealCounts{sweep.count(0, boards), sweep.deals()}));
+    EXPECT_EQ(countedExactly(asked, 3).counts, counted.counts);
+}
+
+TEST(EquityQuestion, FourPlayersAreCountedByTheirMatchups) {
+    const EquityQuestion asked = question({"AsKs,9h9d", "QQ", "TT,7c6c"}, "Qs8h3d2s", 1);
+    DealCounts sum;
+    for (const CardSet a : asked.players[0].hands)
+        for (const CardSet b : asked.players[1].hands)
+            for (const CardSet c : asked.players[2].hands)
+                if ((b & asked.board) == 0)
+                    sum += exactEquity(std::vector<CardSet>{a, b, c}, asked.board, 1);
+    EXPECT_EQ(countedExactly(asked, 1).counts, sum);
+    EXPECT_EQ(countedExactly(asked, 3).counts, sum);
+}
+
+// Finding all of these 2.4 million combinations takes nearly as long as an answer may; what is left
+// is enough for counting a few of them, and so the others are not looked for.
+TEST(EquityQuestion, LooksForNoMoreMatchupsThanItCouldCount) {
+    const EquityQuestion asked = fourRangesOfEachSize({39, 40, 40, 39}, "Qs8h3d2s");
+    std::atomic<int> questions{0};
+    EquityOptions options;
+    options.deals = sampleBlock;
+    options.stop = [&] {
+        ++questions;
+        return false;
+    };
+    const auto given = answerEquity(asked, options);
+    ASSERT_TRUE(given.ok()) << given.error();
+    EXPECT_FALSE(given->exact);
+    EXPECT_FALSE(std::isfinite(given->exactSeconds));
+    EXPECT_GT(questions, 50); // one every 1,024 combinations
+    EXPECT_LT(questions, 400);
+}
+
+TEST(EquityQuestion, EndsWhereItIsInterrupted) {
+    const auto interruptedAt = [](int most, const EquityQuestion& asked, EquityMethod method) {
+        std::atomic<int> questions{0};
+        EquityOptions options;
+        options.method = method;
+        options.threads = 1;
+        options.stop = [&] { return ++questions > most; };
+        const auto given = answerEquity(asked, options);
+        return given ? "was answered" : given.error();
+    };
+    const EquityQuestion four = fourRangesOfEachSize({39, 40, 40, 39}, "Qs8h3d2s");
+    for (const EquityMethod method : {EquityMethod::automatic, EquityMethod::exact})
+        for (const int most : {0, 1, 20}) // while matchups are looked for
+            EXPECT_EQ(interruptedAt(most, four, method), "interrupted") << most;
+    const EquityQuestion two = question({"TT+,AK", "22+,A2s+"}, "Qs8h3d", 0);
+    EXPECT_EQ(interruptedAt(3, two, EquityMethod::exact), "interrupted");
+    EXPECT_EQ(interruptedAt(3, two, EquityMethod::sampled), "interrupted");
+    EXPECT_EQ(interruptedAt(1 << 20, two, EquityMethod::exact), "was answered");
 }
 
 TEST(EquityQuestion, SaysWhatExactWouldTake) {

@@ -66,6 +66,18 @@ TEST(Matchups, CountAsTheirHandsDo) {
     EXPECT_GT(byHand.deals, 0U);
 }
 
+TEST(Matchups, EndWhereTheyAreStopped) {
+    const auto ranges = rangesOf({"random", "random"});
+    int questions = 0;
+    const auto found = matchups(ranges, 0, SIZE_MAX, [&] { return ++questions == 3; });
+    ASSERT_FALSE(found.ok());
+    EXPECT_EQ(found.error(), "interrupted");
+    EXPECT_EQ(questions, 3);
+    questions = 0;
+    EXPECT_TRUE(matchups(ranges, 0, SIZE_MAX, [&] { return ++questions < 0; }).ok());
+    EXPECT_EQ(questions, 1326 * 1225 / 1024);
+}
+
 TEST(Matchups, HandsThatCannotBeHeldTogether) {
     EXPECT_TRUE(matchups(rangesOf({"AA", "AsAh", "AcAd"}), 0)->size() == 0);
     EXPECT_FALSE(canBeHeld(rangesOf({"AA", "AsAh", "AcAd"}), 0));

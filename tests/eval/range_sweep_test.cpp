@@ -17,10 +17,8 @@ namespace {
 DealCounts swept(const std::vector<HandRange>& ranges, CardSet board) {
     RangeSweep sweep(ranges, board);
     const size_t boards = sweep.listBoards();
-    DealCounts counts = sweep.count(0, boards / 3); // in parts, which add up
-    counts += sweep.count(boards / 3, boards);
-    counts.deals = sweep.deals();
-    return counts;
+    DealCounts counts{sweep.count(0, boards / 3), sweep.deals()}; // in parts, which add up
+    return counts += {sweep.count(boards / 3, boards), 0};
 }
 
 // Every combination of hands by itself, known hand against known hand.
@@ -102,6 +100,18 @@ TEST(RangeSweep, RandomOpponentsAsCounted) {
         EXPECT_EQ(swept(rangesOf({"AsKd", "random", "random"}), plain::cards(board)),
                   exactEquity(hand, plain::cards(board), 2));
     }
+}
+
+TEST(RangeSweep, BoardsAreListedBeforeTheyAreCounted) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // other tests have left their threads
+    RangeSweep sweep(rangesOf({"AA", "KK"}), plain::cards("2s3s4s5h"));
+    EXPECT_DEATH((void)sweep.count(0, 1), "boards_.size");
+    const size_t boards = sweep.listBoards();
+    EXPECT_NE(sweep.count(0, boards)[0], 0U);
+    EXPECT_EQ(sweep.count(boards, boards), RangeSweep::Best{});
+    EXPECT_DEATH((void)sweep.count(0, boards + 1), "boards_.size");
+    EXPECT_DEATH((void)sweep.count(2, 1), "first <= last");
+    EXPECT_DEATH((void)RangeSweep(rangesOf({"AA"}), 0), "ranges.size");
 }
 
 // Suits that no range and no board tells apart are exchanged: a board of two spades leaves three.
