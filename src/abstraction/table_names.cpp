@@ -1,6 +1,5 @@
 #include "abstraction/table_names.h"
 
-#include <array>
 #include <cassert>
 
 namespace tamarin {
@@ -9,10 +8,9 @@ namespace {
 
 // "flop_2p"
 std::string roundOf(int players, int round, char separator) {
-    static constexpr std::array<const char*, 4> names{"preflop", "flop", "turn", "river"};
     assert((players == 2 || players == 3) && round >= 0 && round < 4);
-    return std::string(names[static_cast<size_t>(round)]) + separator + std::to_string(players) +
-           'p';
+    return std::string(roundFileNames[static_cast<size_t>(round)]) + separator +
+           std::to_string(players) + 'p';
 }
 
 std::string inLookup(const std::string& name) {

@@ -4,11 +4,15 @@
 // players: 2 or 3; round: 0..3; seat: below players.
 #pragma once
 
+#include <array>
 #include <string>
 
 namespace tamarin {
 
 inline constexpr char lookupDirectory[] = "lookup";
+
+// A round in the name of a file, and as a person types it.
+inline constexpr std::array<const char*, 4> roundFileNames{"preflop", "flop", "turn", "river"};
 
 std::string equityPath(int players, int round);            // lookup/flop_2p: doubles
 std::string clusterPath(int players, int round);           // lookup/flop_2p_c: bytes 0..100

@@ -51,15 +51,27 @@ BucketView viewBucket(uint32_t number, std::span<const uint16_t> table,
     return view;
 }
 
+Work workFor(int round, const AbstractionQuestion& question) {
+    Work work;
+    work.threads = question.threads;
+    work.stop = question.stop;
+    if (question.progress)
+        work.progress = [&question, round](uint64_t done, uint64_t total) {
+            const std::string name = roundNames[static_cast<size_t>(round)];
+            question.progress("weighing the buckets of the " + name, done, total);
+        };
+    return work;
+}
+
 Result<RoundView> viewRound(const CardAbstraction& abstraction, int round,
                             const AbstractionQuestion& question) {
     RoundView view;
     view.round = round;
     Equities equities = openEquities(question.directory, round);
-    Work work;
-    work.threads = question.threads;
     auto buckets = summariseBuckets(round, abstraction.table(round), abstraction.buckets(round),
-                                    equities.all(), work);
+                                    equities.all(), workFor(round, question));
+    if (!buckets && buckets.error() == stopped().message)
+        return stopped();
     if (!buckets)
         return Error{inDirectory(question.directory, equityPath(2, round)) + ": damaged, " +
                      buckets.error()};
@@ -141,7 +153,7 @@ std::string bucketText(const AbstractionView& view, const RoundView& round) {
     else
         text += fmt::format("no equities: {}\n", round.noEquities);
     if (!round.bucket->hands.empty())
-        text += handsTitle(round) + '\n';
+        text += handsTitle(round) + ":\n";
     for (const BucketView::Hand& hand : round.bucket->hands) {
         const std::string cards = handAt(round.round, hand.index);
         text += round.hasEquities() ? fmt::format("  {:<15}{:.4f}\n", cards, hand.equity)
@@ -165,6 +177,8 @@ nlohmann::ordered_json bucketJson(const RoundView& round, size_t number) {
 
 nlohmann::ordered_json oneBucketJson(const RoundView& round) {
     nlohmann::ordered_json json = bucketJson(round, round.bucket->number);
+    if (!round.hasEquities())
+        json["noEquities"] = round.noEquities;
     json["examples"] = nlohmann::ordered_json::array();
     for (const BucketView::Hand& hand : round.bucket->hands) {
         nlohmann::ordered_json one = {{"hand", handAt(round.round, hand.index)},
@@ -238,6 +252,8 @@ Result<AbstractionView> viewAbstraction(const AbstractionQuestion& question) {
     for (int round = 0; round < holdemRounds; ++round) {
         if (question.round && *question.round != round)
             continue;
+        if (question.stop && question.stop())
+            return stopped();
         auto one = viewRound(*abstraction, round, question);
         if (!one)
             return Error{one.error()};
@@ -284,7 +300,7 @@ std::string titleOf(const AbstractionView& view, const RoundView& round) {
 }
 
 std::string handsTitle(const RoundView& round) {
-    return fmt::format("{} of its hands, spread evenly over its {}:", round.bucket->hands.size(),
+    return fmt::format("{} of its hands, spread evenly over its {}", round.bucket->hands.size(),
                        round.hasEquities() ? "equities" : "hand indices");
 }
 

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,6 +21,10 @@ struct AbstractionQuestion {
     std::optional<int> round;       // this one only
     std::optional<uint32_t> bucket; // this one only; wants a round
     int threads = 0;
+    // Told how much of a round is weighed, on the thread that asks.
+    std::function<void(const std::string& step, uint64_t done, uint64_t total)> progress;
+    // Asked often, on any thread; true ends the work with the error stopped().
+    std::function<bool()> stop;
 };
 
 // What is shown of one bucket.
@@ -85,7 +90,7 @@ std::array<std::string, summaryHeads.size()> summaryCells(const RoundView& round
 std::string howMade(const AbstractionDescription& description);
 // "flop bucket 17 of 200"
 std::string titleOf(const AbstractionView& view, const RoundView& round);
-// What the ten hands of a bucket are.
+// What the hands of a bucket are that are shown: "10 of its hands, spread evenly over ..."
 std::string handsTitle(const RoundView& round);
 
 std::string abstractionText(const AbstractionView& view);

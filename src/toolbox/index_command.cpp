@@ -1,9 +1,11 @@
 // tamarin index: the number of a hand among those that are distinct up to suits, and back.
+#include "abstraction/round_indexers.h"
 #include "eval/hand_range.h"
 #include "game/text.h"
 #include "index/hand_indexer.h"
 #include "toolbox/abstraction_place.h"
 #include "toolbox/command.h"
+#include "toolbox/round_argument.h"
 
 #include <charconv>
 #include <optional>
@@ -20,8 +22,6 @@ struct IndexArguments {
     AbstractionPlace place; // no name: no bucket is wanted
     bool json = false;
 };
-
-constexpr std::array<const char*, 4> roundTexts = {"preflop", "flop", "turn", "river"};
 
 // The tables' structures: all board cards of a round as one group.
 std::vector<uint8_t> tableStructure(size_t round) {
@@ -146,10 +146,7 @@ int indexCards(const IndexArguments& options) {
 int unindexCards(const IndexArguments& options) {
     const std::string& roundText = options.unindex[0];
     const std::string& indexText = options.unindex[1];
-    auto round = readNumber<unsigned>(roundText);
-    for (unsigned r = 0; r < roundTexts.size() && options.rounds.empty(); ++r)
-        if (roundText == roundTexts[r])
-            round = r;
+    unsigned round = 0;
     const auto index = readNumber<hand_index_t>(indexText);
     if (!index)
         throw UsageError(
@@ -158,30 +155,29 @@ int unindexCards(const IndexArguments& options) {
     std::vector<uint8_t> structure;
     if (!options.rounds.empty()) {
         structure = readRounds(options.rounds);
-        if (!round || *round >= structure.size())
+        const auto number = readNumber<unsigned>(roundText);
+        if (!number || *number >= structure.size())
             throw UsageError(fmt::format("there is no round \"{}\" in {}; they count from 0",
                                          roundText, options.rounds));
+        round = *number;
     } else {
-        if (!round || *round >= roundTexts.size())
-            throw UsageError(fmt::format("there is no round \"{}\"; they are 0 to 3, or preflop, "
-                                         "flop, turn, river",
-                                         roundText));
-        structure = tableStructure(*round);
-        round = *round == 0 ? 0 : 1;
+        const int dealt = readRound(roundText);
+        structure = tableStructure(static_cast<size_t>(dealt));
+        round = dealt == 0 ? 0 : 1;
     }
 
     const HandIndexer indexer = makeIndexer(structure);
-    const auto cards = indexer.unindex(*round, *index);
+    const auto cards = indexer.unindex(round, *index);
     if (!cards)
         throw UsageError(fmt::format("there is no index {}: round {} has {} hands, 0 to {}", *index,
-                                     roundText, indexer.size(*round), indexer.size(*round) - 1));
-    return print(options, indexer, *round, *index, *cards, showHand(indexer, *cards));
+                                     roundText, indexer.size(round), indexer.size(round) - 1));
+    return print(options, indexer, round, *index, *cards, showHand(indexer, *cards));
 }
 
 int printSizes(const IndexArguments& options) {
     std::vector<uint64_t> sizes;
     if (options.rounds.empty()) {
-        for (size_t round = 0; round < roundTexts.size(); ++round) {
+        for (size_t round = 0; round < holdemRounds; ++round) {
             const HandIndexer indexer = makeIndexer(tableStructure(round));
             sizes.push_back(indexer.size(indexer.rounds() - 1));
         }

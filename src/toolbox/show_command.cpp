@@ -11,10 +11,13 @@
 #include "report/table_view.h"
 #include "strategy/mapped_strategy.h"
 #include "support/file.h"
+#include "support/interrupt.h"
+#include "support/step_progress.h"
 #include "toolbox/abstraction_place.h"
 #include "toolbox/command.h"
 #include "toolbox/numbers.h"
 #include "toolbox/output_place.h"
+#include "toolbox/round_argument.h"
 #include "training/sequence_reach.h"
 #include "tree/card_rank_keys.h"
 
@@ -35,6 +38,9 @@ struct ShowArguments {
     std::optional<uint32_t> bucket; // of that round
     int threads = 0;
     bool json = false;
+    bool quiet = false;
+
+    bool wantsText() const { return !json && html.empty(); }
 };
 
 // What is shown: a game's files, or one file of a game.
@@ -122,6 +128,29 @@ nlohmann::ordered_json asJson(const NamedGame& game, const Profile& profile,
             {"informationSets", sets}};
 }
 
+// What all kinds of views do: JSON, a page, or both; showView says it as text where neither was
+// asked for.
+template <class Json, class Page>
+int showJsonOrPage(const ShowArguments& options, const Json& json, const Page& page) {
+    if (options.json)
+        printJson(json());
+    if (options.html.empty())
+        return exitDone;
+    if (Status written = writeWholeFile(options.html, page()); !written)
+        return fail(written.error());
+    if (!options.json)
+        fmt::print("wrote {}\n", options.html);
+    return exitDone;
+}
+
+template <class Json, class Text, class Page>
+int showView(const ShowArguments& options, const Json& json, const Text& text, const Page& page) {
+    if (!options.wantsText())
+        return showJsonOrPage(options, json, page);
+    fmt::print("{}", text());
+    return exitDone;
+}
+
 // The first decisions only: a hold'em strategy has thousands to millions of nodes.
 int showHoldem(const HoldemGame& game, const ShowArguments& options) {
     const std::string path = options.what.ends_with(".game")
@@ -137,43 +166,23 @@ int showHoldem(const HoldemGame& game, const ShowArguments& options) {
         MappedStrategy::open(path, game.rules->numPlayers * game.rules->numRounds);
     if (!strategy)
         return fail(strategy.error());
-    const bool text = !options.json && options.html.empty();
-    const auto decisions = preflopDecisions(*game.rules, *tables, *strategy, text ? 1 : 2);
+    const auto decisions =
+        preflopDecisions(*game.rules, *tables, *strategy, options.wantsText() ? 1 : 2);
     if (!decisions)
         return fail(path + ": " + decisions.error());
-    if (options.json) {
+    const auto json = [&] {
         auto list = nlohmann::ordered_json::array();
         for (const PreflopDecision& decision : *decisions)
             list.push_back(chartAsJson(decision));
-        printJson({{"game", game.name}, {"source", path}, {"preflop", list}});
-    }
-    if (!options.html.empty()) {
-        if (Status written = writeWholeFile(options.html, chartPage(game, *decisions, path));
-            !written)
-            return fail(written.error());
-        if (!options.json)
-            fmt::print("wrote {}\n", options.html);
-    }
-    if (text)
+        return nlohmann::ordered_json{{"game", game.name}, {"source", path}, {"preflop", list}};
+    };
+    const auto text = [&] {
+        std::string charts;
         for (const PreflopDecision& decision : *decisions)
-            fmt::print("{}\n", chartAsText(decision));
-    return exitDone;
-}
-
-// What all kinds of views do: JSON, a page, or text where neither was asked for.
-template <class Json, class Text, class Page>
-int showView(const ShowArguments& options, const Json& json, const Text& text, const Page& page) {
-    if (options.json)
-        printJson(json());
-    else if (options.html.empty())
-        fmt::print("{}", text());
-    if (options.html.empty())
-        return exitDone;
-    if (Status written = writeWholeFile(options.html, page()); !written)
-        return fail(written.error());
-    if (!options.json)
-        fmt::print("wrote {}\n", options.html);
-    return exitDone;
+            charts += chartAsText(decision) + '\n';
+        return charts;
+    };
+    return showView(options, json, text, [&] { return chartPage(game, *decisions, path); });
 }
 
 int showTable(const TableFile& file, const std::string& path, const ShowArguments& options) {
@@ -185,17 +194,6 @@ int showTable(const TableFile& file, const std::string& path, const ShowArgument
         [&] { return tablePage(*view); });
 }
 
-// A round by its name or number.
-int readRound(const std::string& text) {
-    for (int round = 0; round < holdemRounds; ++round)
-        if (text == roundNames[static_cast<size_t>(round)] || text == std::to_string(round))
-            return round;
-    if (text == "preflop")
-        return 0;
-    throw UsageError(
-        fmt::format("there is no round \"{}\"; they are preflop, flop, turn and river", text));
-}
-
 int showAbstraction(const AbstractionPlace& place, const ShowArguments& options) {
     AbstractionQuestion question;
     question.directory = place.directory;
@@ -204,9 +202,14 @@ int showAbstraction(const AbstractionPlace& place, const ShowArguments& options)
     if (!options.round.empty())
         question.round = readRound(options.round);
     question.bucket = options.bucket;
+    question.stop = interrupted;
+    StepProgress progress(options.quiet);
+    question.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
+        progress.at(step, done, total);
+    };
     const auto view = viewAbstraction(question);
     if (!view)
-        return fail(view.error());
+        return interrupted() ? interruptStatus() : fail(view.error());
     return showView(
         options, [&] { return abstractionJson(*view); }, [&] { return abstractionText(*view); },
         [&] { return abstractionPage(*view); });
@@ -236,7 +239,7 @@ int show(const ShowArguments& options) {
     const auto shown = find(options);
     if (!shown)
         return fail(shown.error());
-    if (!options.json && options.html.empty())
+    if (options.wantsText())
         return showText(*shown, options.directory);
     const auto game = openSmallGame(shown->game, options.directory);
     if (!game)
@@ -245,16 +248,9 @@ int show(const ShowArguments& options) {
     if (!profile)
         return fail(profile.error());
     const ProfileValue value = evaluateProfile(*game->small, *profile);
-    if (options.json)
-        printJson(asJson(*game, *profile, value, shown->source));
-    if (options.html.empty())
-        return exitDone;
-    const std::string page = strategyPage(*game, *profile, value, shown->source);
-    if (Status written = writeWholeFile(options.html, page); !written)
-        return fail(written.error());
-    if (!options.json)
-        fmt::print("wrote {}\n", options.html);
-    return exitDone;
+    return showJsonOrPage(
+        options, [&] { return asJson(*game, *profile, value, shown->source); },
+        [&] { return strategyPage(*game, *profile, value, shown->source); });
 }
 
 } // namespace
@@ -287,9 +283,11 @@ void addShowCommand(CLI::App& app, int& status) {
     addWholeNumber(command, "--bucket", options->bucket, 0, mostBuckets - 1,
                    "Of that round this bucket: what it holds, and ten of its hands")
         ->needs(round);
-    addThreadsOption(command, options->threads);
+    addThreadsOption(command, options->threads)
+        ->description("Threads that weigh a card abstraction; 0 for all cores");
     addDirectoryOption(command, options->directory);
     addJsonOption(command, options->json);
+    addQuietOption(command, options->quiet);
     command.callback([options, &status] { status = show(*options); });
 }
 

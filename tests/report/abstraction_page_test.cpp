@@ -57,6 +57,7 @@ TEST_F(AbstractionPages, OfABucketHaveItsHands) {
     EXPECT_EQ(countOf(page, "<p>No equities: lookup/flop_2p"), 1U);
     for (const uint64_t hand : {1U, 3U, 4U})
         EXPECT_EQ(countOf(page, "<tr><td>" + handAt(1, hand) + "<td>-</tr>"), 1U) << hand;
+    EXPECT_EQ(countOf(page, "<h2>3 of its hands, spread evenly over its hand indices</h2>"), 1U);
     EXPECT_EQ(countOf(page, "class=grid"), 0U);
 }
 

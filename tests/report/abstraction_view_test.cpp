@@ -3,8 +3,11 @@
 #include "clustering/sparse_abstraction.h"
 #include "table_builder/table_summary.h"
 #include "toolbox/run_toolbox.h"
+#include "toolbox/tamarin_process.h"
 
 #include <algorithm>
+#include <atomic>
+#include <set>
 
 #include <fmt/format.h>
 
@@ -168,6 +171,48 @@ TEST_F(AbstractionViews, WithoutEquitiesSaysWhereTheyComeFrom) {
     EXPECT_FALSE(json["rounds"][0].contains("meanEquity"));
     EXPECT_TRUE(json["rounds"][0].contains("noEquities"));
     EXPECT_EQ(json["startingHands"][startingHands()[57].name], 17);
+    const auto one =
+        callTamarin({"show", "mine", "--round", "0", "--bucket", "3", "--json"}).json();
+    EXPECT_FALSE(one["bucket"].contains("meanEquity"));
+    EXPECT_EQ(one["bucket"]["noEquities"], json["rounds"][0]["noEquities"]);
+}
+
+// A stop within the turn, and the steps until then.
+TEST_F(AbstractionViews, AreStoppedWithoutCallingAnythingDamaged) {
+    writeSparse<double>(equityPath(2, 2), roundSizes[2], {0.5, 0.25});
+    AbstractionQuestion question;
+    question.name = "mine";
+    std::atomic<bool> stop{false};
+    std::set<std::string> steps;
+    question.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
+        EXPECT_LE(done, total);
+        steps.insert(step);
+        stop = step == "weighing the buckets of the turn";
+    };
+    question.stop = [&] { return stop.load(); };
+    const auto view = viewAbstraction(question);
+    ASSERT_FALSE(view.ok());
+    EXPECT_EQ(view.error(), "stopped");
+    EXPECT_EQ(steps, (std::set<std::string>{"weighing the buckets of the flop",
+                                            "weighing the buckets of the turn"}));
+    stop = true;
+    question.round = 0;
+    EXPECT_FALSE(viewAbstraction(question).ok());
+    stop = false;
+    EXPECT_TRUE(viewAbstraction(question).ok());
+}
+
+TEST_F(AbstractionViews, ShowProgressAndEndAtTheFirstCtrlC) {
+    const ToolboxRun loud = callTamarin({"show", "mine", "--round", "flop"});
+    EXPECT_TRUE(loud.err.starts_with("weighing the buckets of the flop: ")) << loud.err;
+    EXPECT_EQ(callTamarin({"show", "mine", "--round", "flop", "--quiet"}).err, "");
+    Process shown(tamarinCommand({"show", "mine", "--threads", "1"}), ".");
+    ASSERT_TRUE(shown.says("weighing the buckets of the flop: ")); // the turn and the river follow
+    kill(shown.pid(), SIGINT);
+    EXPECT_EQ(shown.wait(), 130);
+    EXPECT_EQ(shown.out(), "");
+    EXPECT_EQ(shown.err().find("weighing the buckets of the river"), std::string::npos);
+    EXPECT_EQ(shown.err().find("damaged"), std::string::npos) << shown.err();
 }
 
 TEST_F(AbstractionViews, SaysWhatIsWrong) {

@@ -69,6 +69,12 @@ TEST(IndexCommand, SpeaksJson) {
     EXPECT_EQ(nlohmann::json::parse(answer({"--json", "--unindex", "0", "90"}))["cards"], "AcAd");
 }
 
+TEST(IndexCommand, TakesRoundsByNameAndNumber) {
+    for (const char* round : {"preflop", "pre-flop", "0"})
+        EXPECT_EQ(answer({"--unindex", round, "90"}), "AcAd\n") << round;
+    EXPECT_EQ(answer({"--unindex", "turn", "77"}), answer({"--unindex", "2", "77"}));
+}
+
 TEST(IndexCommand, SaysWhatIsWrong) {
     expectUsageError({}, "give either CARDS");
     expectUsageError({"AsKd", "--sizes"}, "give either CARDS");
