@@ -1,6 +1,7 @@
 #include "report/strategy_report.h"
 
 #include "directory/manifest.h"
+#include "report/names_in.h"
 #include "table_builder/table_plan.h"
 
 #include <algorithm>
@@ -20,12 +21,9 @@ bool isStrategy(const std::string& name) {
            std::all_of(name.begin() + 8, name.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-std::set<std::string> namesIn(const fs::path& directory, bool (*wanted)(const std::string&)) {
-    std::set<std::string> names;
-    std::error_code error;
-    for (fs::directory_iterator at(directory, error), end; !error && at != end; at.increment(error))
-        if (const std::string name = at->path().filename().string(); wanted(name))
-            names.insert(name);
+std::set<std::string> strategiesIn(const std::string& folder) {
+    std::set<std::string> names = namesIn(folder);
+    std::erase_if(names, [](const std::string& name) { return !isStrategy(name); });
     return names;
 }
 
@@ -42,9 +40,9 @@ size_t reportStrategies(const std::string& directory, std::string& text,
     };
 
     const std::string all = inDirectory(directory, "strategies");
-    for (const std::string& game : namesIn(all, [](const std::string&) { return true; })) {
+    for (const std::string& game : namesIn(all)) {
         const std::string place = all + '/' + game;
-        const std::set<std::string> strategies = namesIn(place, isStrategy);
+        const std::set<std::string> strategies = strategiesIn(place);
         const auto compared = compareWithManifest(place);
         if (compared && compared->state == ManifestState::absent) {
             for (const std::string& name : strategies)

@@ -2,11 +2,13 @@
 
 #include "clustering/card_abstraction.h"
 #include "directory/manifest.h"
+#include "report/names_in.h"
 #include "report/strategy_report.h"
 #include "table_builder/table_check.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 
 namespace tamarin {
 
@@ -37,13 +39,12 @@ std::string whyUnknown(const Result<ManifestComparison>& compared, const std::st
 }
 
 // The card abstractions below lookup/, by name.
-std::vector<std::string> abstractionsIn(const std::string& lookup) {
-    std::vector<std::string> names;
-    std::error_code ignored;
-    for (const auto& entry : std::filesystem::directory_iterator(lookup, ignored))
-        if (std::filesystem::exists(entry.path() / descriptionFileName, ignored))
-            names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
+std::set<std::string> abstractionsIn(const std::string& lookup) {
+    std::set<std::string> names = namesIn(lookup);
+    std::erase_if(names, [&](const std::string& name) {
+        std::error_code ignored;
+        return !std::filesystem::exists(lookup + '/' + name + '/' + descriptionFileName, ignored);
+    });
     return names;
 }
 
