@@ -19,15 +19,17 @@ std::optional<AbstractionPlace> placeOf(const std::string& path) {
     std::error_code ignored;
     if (!fs::is_directory(path, ignored))
         return std::nullopt;
-    fs::path folder = fs::path(path).lexically_normal();
-    if (!folder.has_filename()) // "lookup/NAME/"
-        folder = folder.parent_path();
-    if (folder.parent_path().filename() != lookupDirectory)
-        folder = fs::absolute(folder);
-    const fs::path lookup = folder.parent_path();
-    if (lookup.filename() != lookupDirectory)
-        return std::nullopt;
-    return AbstractionPlace{lookup.parent_path().string(), folder.filename().string()};
+    // As it was typed, so that it is shown like that; "mine" and "." tell where they lie only when
+    // the working directory stands before them.
+    for (const fs::path& named : {fs::path(path), fs::absolute(path, ignored)}) {
+        fs::path folder = named.lexically_normal();
+        if (!folder.has_filename()) // "lookup/NAME/"
+            folder = folder.parent_path();
+        const fs::path lookup = folder.parent_path();
+        if (lookup.filename() == lookupDirectory)
+            return AbstractionPlace{lookup.parent_path().string(), folder.filename().string()};
+    }
+    return std::nullopt;
 }
 
 int roundOf(size_t cards) {
@@ -52,7 +54,7 @@ CLI::Option* addAbstractionOption(CLI::App& command, AbstractionPlace& place) {
     CLI::Option* const option =
         command
             .add_option("--abstraction", place.name,
-                        "Name the hand's bucket in this card abstraction, too")
+                        "Name the hand's bucket in this card abstraction, too; its name or folder")
             ->type_name("NAME");
     addDirectoryOption(command, place.directory)->needs(option);
     return option;
@@ -72,8 +74,9 @@ nlohmann::ordered_json HandBucket::json() const {
             {"buckets", buckets}};
 }
 
-Result<HandBucket> bucketOf(const AbstractionPlace& place, const std::vector<uint8_t>& cards) {
+Result<HandBucket> bucketOf(const AbstractionPlace& asked, const std::vector<uint8_t>& cards) {
     const int round = roundOf(cards.size());
+    const AbstractionPlace place = findAbstraction(asked.name, asked.directory).value_or(asked);
     const auto abstraction = CardAbstraction::open(place.directory, place.name);
     if (!abstraction)
         return Error{abstraction.error()};

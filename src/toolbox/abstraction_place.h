@@ -25,7 +25,7 @@ struct AbstractionPlace {
 std::optional<AbstractionPlace> findAbstraction(const std::string& what,
                                                 const std::string& directory);
 
-// --abstraction NAME and --dir DIR, of commands that take a hand.
+// --abstraction NAME and --dir DIR, of commands that take a hand; what was typed, not yet found.
 CLI::Option* addAbstractionOption(CLI::App& command, AbstractionPlace& place);
 
 struct HandBucket {
@@ -39,8 +39,8 @@ struct HandBucket {
     nlohmann::ordered_json json() const;
 };
 
-// cards: two hole cards and 0, 3, 4 or 5 board cards, all different. Refuses an abstraction that is
-// missing or damaged, wherever the damage is.
-Result<HandBucket> bucketOf(const AbstractionPlace& place, const std::vector<uint8_t>& cards);
+// asked: as a person typed it, for findAbstraction. cards: two hole cards and 0, 3, 4 or 5 board
+// cards, all different. Refuses an abstraction that is missing or damaged, wherever the damage is.
+Result<HandBucket> bucketOf(const AbstractionPlace& asked, const std::vector<uint8_t>& cards);
 
 } // namespace tamarin

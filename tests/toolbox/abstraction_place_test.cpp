@@ -33,7 +33,15 @@ TEST_F(AbstractionPlaces, AreFoundByPathAndByName) {
     EXPECT_EQ(found("other/lookup/mine", "."), "other|mine");
     std::filesystem::current_path("other/lookup");
     EXPECT_TRUE(found("mine", ".").ends_with("/other|mine")) << found("mine", ".");
-    std::filesystem::current_path("../..");
+    const std::string absolute = found("mine", ".");
+    std::filesystem::current_path("mine");
+    for (const char* here : {".", "./", "../mine", "../mine/."})
+        EXPECT_EQ(found(here, "."), absolute) << here;
+    std::filesystem::create_directory("inner");
+    std::filesystem::current_path("inner");
+    EXPECT_EQ(found("..", "."), absolute);
+    EXPECT_EQ(found(".", "."), "(none)");
+    std::filesystem::current_path("../../../..");
 }
 
 // A folder of strategies is none, and neither is the folder of all tables.
@@ -91,6 +99,24 @@ TEST_F(AbstractionPlaces, TheEquityCommandNamesTheBucket) {
     asJson.push_back("--json");
     EXPECT_EQ(callTamarin(asJson).json()["abstraction"]["bucket"], 5);
     EXPECT_FALSE(callTamarin({"equity", "AsKd", "--json"}).json().contains("abstraction"));
+}
+
+TEST_F(AbstractionPlaces, ArePathsToTheCommandsThatTakeAHand) {
+    std::filesystem::create_directory("other");
+    std::filesystem::create_directory("elsewhere");
+    std::filesystem::rename("lookup", "other/lookup");
+    const std::vector<std::vector<std::string>> places{{"other/lookup/mine"},
+                                                       {"other/lookup/mine/", "--dir", "elsewhere"},
+                                                       {"lookup/mine", "--dir", "other"},
+                                                       {"mine", "--dir", "other"}};
+    for (const auto& place : places)
+        for (const char* command : {"index", "equity"}) {
+            std::vector<std::string> arguments{command, "KsAs", "--abstraction"};
+            arguments.insert(arguments.end(), place.begin(), place.end());
+            const ToolboxRun run = callTamarin(arguments);
+            EXPECT_EQ(run.status, 0) << run.err;
+            EXPECT_TRUE(run.out.ends_with("bucket 8 of 20 before the flop (mine)\n")) << run.out;
+        }
 }
 
 TEST_F(AbstractionPlaces, BothCommandsSayWhatIsWrong) {
