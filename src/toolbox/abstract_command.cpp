@@ -8,6 +8,7 @@
 #include "support/progress.h"
 #include "support/resources.h"
 #include "support/step_progress.h"
+#include "table_builder/table_summary.h"
 #include "toolbox/command.h"
 #include "toolbox/numbers.h"
 
@@ -31,6 +32,19 @@ struct AbstractArguments {
     bool quiet = false;
 };
 
+// A table that is made later would find the folder in its place, and `show` would take the one for
+// the other.
+Status isNobodyElses(const std::string& name) {
+    const std::string problem = "'" + name + "' is no name for a card abstraction: ";
+    if (tableNamed(name) != nullptr)
+        return Error{problem + "a table below lookup/ is called that"};
+    if (name == "manifest.json")
+        return Error{problem + "the manifest of the tables is called that"};
+    if (name.ends_with(".game"))
+        return Error{problem + "games end in .game"};
+    return {};
+}
+
 MakeOptions makeOptions(const AbstractArguments& options) {
     const auto counts = readBucketCounts(options.counts);
     if (!counts)
@@ -53,6 +67,8 @@ MakeOptions makeOptions(const AbstractArguments& options) {
     make.stop = interrupted;
     if (const Status good = checkAbstractionName(make.nameOrOwn()); !good)
         throw UsageError(good.error());
+    if (const Status free = isNobodyElses(make.nameOrOwn()); !free)
+        throw UsageError(free.error());
     return make;
 }
 

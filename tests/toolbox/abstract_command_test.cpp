@@ -1,4 +1,5 @@
 #include "clustering/fake_abstraction.h"
+#include "clustering/sparse_abstraction.h"
 #include "support/temp_directory.h"
 #include "toolbox/run_toolbox.h"
 
@@ -29,6 +30,27 @@ TEST(AbstractCommand, SaysWhatIsWrong) {
     EXPECT_NE(usageError({"1-1-1-1", "--name", "../x"}).find("is no name"), std::string::npos);
     EXPECT_NE(usageError({"1-1-1-1", "--clusters", "9"}).find("--clusters"), std::string::npos);
     EXPECT_NE(usageError({}).find("COUNTS"), std::string::npos);
+}
+
+TEST(AbstractCommand, RefusesNamesOfOtherThings) {
+    const TempDirectory directory;
+    const auto refusal = [](const std::string& name) {
+        return usageError({"1-1-1-1", "--name", name});
+    };
+    for (const char* table :
+         {"flop_2p", "river_3p_c", "utility_turn_2p_1", "holdem_river_3p_2", "tpt", "tpt.indexes"})
+        EXPECT_NE(refusal(table).find("'" + std::string(table) +
+                                      "' is no name for a card abstraction: a table below lookup/ "
+                                      "is called that"),
+                  std::string::npos);
+    EXPECT_NE(refusal("manifest.json").find("the manifest"), std::string::npos);
+    EXPECT_NE(refusal("kuhn.limit.3p.game").find("games end in .game"), std::string::npos);
+    for (const char* free : {"flop_4p", "flop_2p_", "tpt2", "game", "x.games"})
+        EXPECT_EQ(callTamarin({"abstract", "1-1-1-1", "--name", free, "--dir", directory.path(),
+                               "--dry-run"})
+                      .status,
+                  exitDone)
+            << free;
 }
 
 TEST(AbstractCommand, ADryRunWritesNothing) {
@@ -73,18 +95,26 @@ TEST(AbstractCommand, WhatIsThereAndDoesNotFitIsRefused) {
     EXPECT_EQ(callTamarin(verifying).status, exitUsage);
 }
 
-TEST(AbstractCommand, VerifyLooksIntoAbstractions) {
-    const TempDirectory directory;
-    ToolboxRun ran = callTamarin({"verify", "--dir", directory.path(), "--json", "--quiet"});
-    const auto before = ran.json();
+class AbstractionsVerified : public PlayingDirectory {};
+
+TEST_F(AbstractionsVerified, AreGoodOrWrong) {
+    const auto verified = [] { return callTamarin({"verify", "--json", "--quiet"}).json(); };
+    const auto before = verified();
     EXPECT_EQ(before["abstractions"].size(), 0U);
-    ASSERT_TRUE(writeFake(directory.path(), "x").ok()); // of a few hands, so that it is none
-    ran = callTamarin({"verify", "--dir", directory.path(), "--json", "--quiet"});
+    writeSparseAbstraction("mine");
+    const auto good = verified();
+    ASSERT_EQ(good["abstractions"].size(), 1U);
+    EXPECT_EQ(good["abstractions"][0],
+              nlohmann::json({{"name", "mine"}, {"good", true}, {"result", "good"}}));
+    EXPECT_EQ(good["wrong"], before["wrong"]);
+    ASSERT_TRUE(writeFake(".", "few").ok()); // of a few hands, so that it is none
+    const ToolboxRun ran = callTamarin({"verify", "--json", "--quiet"});
     EXPECT_EQ(ran.status, exitFailed);
     const auto after = ran.json();
-    ASSERT_EQ(after["abstractions"].size(), 1U);
-    EXPECT_EQ(after["abstractions"][0]["name"], "x");
+    ASSERT_EQ(after["abstractions"].size(), 2U);
+    EXPECT_EQ(after["abstractions"][0]["name"], "few");
     EXPECT_EQ(after["abstractions"][0]["good"], false);
+    EXPECT_EQ(after["abstractions"][1], good["abstractions"][0]);
     EXPECT_EQ(after["wrong"].get<int>(), before["wrong"].get<int>() + 1);
 }
 
