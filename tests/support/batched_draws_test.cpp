@@ -49,7 +49,7 @@ TEST(BatchedDraws, DrawWordsAgainThatWouldFavourSomeNumbers) {
     uint32_t drawn[3];
     draws.draw(words, drawn);
     EXPECT_EQ(words.next, 2U);
-    // A word whose product leaves 15, drawn again, and one that leaves 16, taken: 210 is twice an
+    // A word whose product leaves 14, drawn again, and one that leaves 16, taken: 210 is twice an
     // odd number, so that only even rests are met; 14 and 16 are.
     const auto wordLeaving = [](uint64_t rest) { // 105 * inverse = 1 modulo 2^63
         uint64_t inverse = 1;
