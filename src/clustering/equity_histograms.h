@@ -49,7 +49,7 @@ struct EarlyHistograms {
     std::array<uint64_t, roundSizes[0]> preflopStrength{};
     std::array<uint64_t, roundSizes[0]> preflopDeals{};
 };
-// Some seconds of work, reported in flop boards. hands: 6, 4 or 12 for starting hands.
+// Some seconds of work, reported in flop boards.
 Result<EarlyHistograms> earlyHistograms(const EquityHistograms& histograms, const Work& work);
 
 // Hole card pairs of the deck that each starting hand stands for: 6, 4 or 12.

@@ -13,6 +13,8 @@
 // Entries grow with the strength of the hand in both.
 #pragma once
 
+#include "abstraction/river_sweep.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <emmintrin.h>
@@ -20,7 +22,7 @@
 namespace tamarin {
 
 // Pot equity on the river against one opponent, in halves: a win is two, a tie one.
-inline constexpr uint32_t riverPotMost = 2 * 990;
+inline constexpr uint32_t riverPotMost = 2 * riverDeals2;
 
 inline constexpr uint32_t equityBins = 49;
 inline constexpr size_t histogramWidth = equityBins - 1;

@@ -13,10 +13,7 @@ namespace {
 
 using Weights = WeightRow<int16_t, strengthWidth>;
 
-// scaledEquity for all clusters at once, with floating-point divisions, which the compiler has in
-// vectors. Numerators stay below 2^24, so they are exact, and a quotient that is not whole is at
-// least 1 / 3960 below the next whole number, far more than the division rounds off: cutting it
-// gives what whole numbers give.
+// For all clusters at once.
 void scaleRow(const Weights& wins, const Weights& deals, uint32_t clusters, StrengthRow& row) {
     int32_t allWins = 0;
     int32_t allDeals = 0;
@@ -29,7 +26,7 @@ void scaleRow(const Weights& wins, const Weights& deals, uint32_t clusters, Stre
         const bool none = deals.lane[c] == 0;
         const int32_t ownWins = none ? allWins : wins.lane[c];
         const int32_t ownDeals = none ? allDeals : deals.lane[c];
-        scaled[c] = static_cast<float>(255 * ownWins + ownDeals) / static_cast<float>(2 * ownDeals);
+        scaled[c] = scaledEquity(ownWins, ownDeals);
     }
     for (size_t c = 0; c < strengthWidth; ++c)
         row[c] = static_cast<uint8_t>(static_cast<int32_t>(scaled[c]));

@@ -16,9 +16,12 @@ namespace tamarin {
 
 using StrengthRow = std::array<uint8_t, strengthWidth>;
 
-// wins: in halves, of 2 x deals; as 0..255, rounded to the nearest, a half up.
-constexpr uint8_t scaledEquity(uint32_t wins, uint32_t deals) {
-    return static_cast<uint8_t>((255 * wins + deals) / (2 * deals));
+// wins: in halves, of 2 x deals. Cut to a whole number it is the equity as 0..255, rounded to the
+// nearest, a half up. A floating-point division, which the compiler has in vectors: the numerator
+// stays below 2^24, so it is exact, and a quotient that is not whole is at least 1 / 1980 below the
+// next whole number, far more than the division rounds off: cutting gives what whole numbers give.
+inline float scaledEquity(int32_t wins, int32_t deals) {
+    return static_cast<float>(255 * wins + deals) / static_cast<float>(2 * deals);
 }
 
 class RiverStrength {

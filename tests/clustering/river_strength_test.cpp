@@ -39,6 +39,11 @@ StrengthRow plainRow(const std::vector<uint8_t>& cards, const std::vector<uint8_
     return row;
 }
 
+// wins: in halves, of 2 x deals; as 0..255, rounded to the nearest, a half up.
+uint32_t plainEquity(uint32_t wins, uint32_t deals) {
+    return (255 * wins + deals) / (2 * deals);
+}
+
 TEST(RiverStrength, IsThePlainOne) {
     const RiverStrength strength(unevenClusters(), 8);
     std::mt19937 random(5);
@@ -76,7 +81,7 @@ TEST(RiverStrength, AClusterThatIsUsedUpStandsForAllHands) {
     const std::vector<uint8_t> cards{48, 0, 49, 50, 13, 26, 39};
     const StrengthRow row = strength.row(cards.data());
     EXPECT_EQ(row, plainRow(cards, unevenClusters(), 8));
-    EXPECT_EQ(row[7], scaledEquity(plainPot(cards), 990));
+    EXPECT_EQ(row[7], plainEquity(plainPot(cards), 990));
 }
 
 TEST(RiverStrength, FewerClustersLeaveZeros) {
@@ -99,10 +104,10 @@ TEST(RiverStrength, EveryQuotientIsExact) {
     for (uint32_t deals = 1; deals <= 990; ++deals)
         for (uint32_t wins = 0; wins <= 2 * deals; ++wins) {
             const float quotient =
-                static_cast<float>(255 * wins + deals) / static_cast<float>(2 * deals);
-            ASSERT_EQ(static_cast<uint32_t>(quotient), scaledEquity(wins, deals));
+                scaledEquity(static_cast<int32_t>(wins), static_cast<int32_t>(deals));
+            ASSERT_EQ(static_cast<uint32_t>(quotient), plainEquity(wins, deals));
         }
-    EXPECT_EQ(scaledEquity(990, 990), 128); // 127.5
+    EXPECT_EQ(plainEquity(990, 990), 128U); // 127.5
 }
 
 } // namespace
