@@ -3,6 +3,7 @@
 #include "abstraction/boards.h"
 #include "abstraction/holding_index.h"
 #include "abstraction/round_indexers.h"
+#include "clustering/equity_histograms.h"
 
 #include <algorithm>
 #include <atomic>
@@ -47,14 +48,14 @@ private:
     std::vector<Buckets> parts_;
 };
 
-// Counts the hands; the first that has no equity, or as many as there are.
-size_t countHands(std::span<const uint16_t> table, std::span<const double> equities,
+// Counts the hands. Refuses the first that has no equity.
+Status countHands(std::span<const uint16_t> table, std::span<const double> equities,
                   const Work& work, Parts& parts) {
     std::atomic<size_t> wrong{table.size()};
     Work quiet = work; // the boards after it are what takes its time
     quiet.progress = nullptr;
     const size_t pieces = (table.size() + pieceHands - 1) / pieceHands;
-    forEach(quiet, pieces, [&](size_t piece) {
+    const bool done = forEach(quiet, pieces, [&](size_t piece) {
         Buckets& own = parts.own();
         const size_t end = std::min(table.size(), (piece + 1) * pieceHands);
         for (size_t hand = piece * pieceHands; hand < end; ++hand) {
@@ -66,7 +67,11 @@ size_t countHands(std::span<const uint16_t> table, std::span<const double> equit
             }
         }
     });
-    return wrong;
+    if (!done)
+        return stopped();
+    if (wrong < table.size())
+        return Error{"hand " + std::to_string(wrong) + " has an equity that is not from 0 to 1"};
+    return {};
 }
 
 // The hands of the deck on so many boards of it, each of which holds them all.
@@ -83,15 +88,11 @@ void weigh(std::span<const uint32_t> hands, uint64_t boards, std::span<const uin
     }
 }
 
-std::vector<uint32_t> allHoleCards() {
-    const RoundIndexer indexer(0);
-    std::vector<uint32_t> hands;
-    for (uint8_t high = 1; high < deckCards; ++high)
-        for (uint8_t low = 0; low < high; ++low) {
-            const uint8_t cards[] = {high, low};
-            hands.push_back(static_cast<uint32_t>(hand_index_last(indexer.get(), cards)));
-        }
-    return hands;
+void weighStartingHands(std::span<const uint16_t> table, std::span<const double> equities,
+                        Buckets& own) {
+    const auto counts = startingHandCounts();
+    for (uint32_t hand = 0; hand < counts.size(); ++hand)
+        weigh({&hand, 1}, counts[hand], table, equities, own);
 }
 
 // False when the work was stopped.
@@ -162,11 +163,10 @@ Result<Buckets> summariseBuckets(int round, std::span<const uint16_t> table, siz
     assert(table.size() == roundSizes[static_cast<size_t>(round)]);
     assert(equities.empty() || equities.size() == table.size());
     Parts parts(count, work);
-    const size_t wrong = countHands(table, equities, work, parts);
-    if (wrong < table.size())
-        return Error{"hand " + std::to_string(wrong) + " has an equity that is not from 0 to 1"};
+    if (const Status counted = countHands(table, equities, work, parts); !counted)
+        return Error{counted.error()};
     if (round == 0)
-        weigh(allHoleCards(), 1, table, equities, parts.own());
+        weighStartingHands(table, equities, parts.own());
     else if (!weighBoards(round, table, equities, work, parts))
         return stopped();
     return parts.sum();

@@ -154,6 +154,17 @@ TEST(BucketSummaries, StopWhenAsked) {
     EXPECT_EQ(buckets.error(), "stopped");
 }
 
+// A stop that is asked for once, in the first of the two passes, is not passed over.
+TEST(BucketSummaries, StopWhileTheHandsAreCounted) {
+    Work work = threads(1);
+    int asked = 0;
+    work.stop = [&] { return asked++ == 0; };
+    const auto buckets = summariseBuckets(1, std::vector<uint16_t>(flopHands), 1, {}, work);
+    ASSERT_FALSE(buckets.ok());
+    EXPECT_EQ(buckets.error(), "stopped");
+    EXPECT_EQ(asked, 1);
+}
+
 TEST(HandsSpreadOver, AreTheMiddlesOfEqualPartsByEquity) {
     std::vector<uint16_t> table(100);
     std::vector<double> equities(100);
