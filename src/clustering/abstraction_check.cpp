@@ -52,22 +52,30 @@ ChooseBucket byDistance(const AbstractionDescription& description, int round) {
     };
 }
 
+// Sorted as the search for the nearest wants them, or limits that rise. Starting hands that have
+// a bucket each are in the order of their strength instead, and nothing is searched.
+bool inOrder(const AbstractionDescription& description, size_t round) {
+    const RoundDescription& own = description.rounds[round];
+    if (description.options.method == AbstractionMethod::percentile) {
+        const std::vector<uint64_t> limits = limitsOf(own);
+        return std::is_sorted(limits.begin(), limits.end());
+    }
+    std::vector<uint8_t> sorted = own.centres;
+    if (round == 3)
+        sortCentres<StrengthMetric>(sorted);
+    else if (round > 0 || own.buckets != roundSizes[0])
+        sortCentres<HistogramMetric>(sorted);
+    return sorted == own.centres;
+}
+
 // The centres are such that bucket choices can be made of them.
 Status checkCentres(const AbstractionDescription& description, const std::string& folder) {
     const bool emd = description.options.method == AbstractionMethod::emd;
     for (size_t round = 0; round < holdemRounds; ++round) {
         const RoundDescription& own = description.rounds[round];
-        const size_t width = !emd         ? sizeof(uint64_t)
-                             : round == 3 ? StrengthMetric::width
-                                          : HistogramMetric::width;
-        if (own.centres.size() != own.buckets * width)
+        if (own.centres.size() != own.buckets * centreWidth(description.options.method, round))
             return Error{folder + ": has no centres for the " + roundNames[round]};
-        std::vector<uint8_t> sorted = own.centres;
-        if (emd && round == 3)
-            sortCentres<StrengthMetric>(sorted);
-        else if (emd && round > 0)
-            sortCentres<HistogramMetric>(sorted);
-        if (sorted != own.centres)
+        if (!inOrder(description, round))
             return Error{folder + ": its centres are out of order on the " + roundNames[round]};
     }
     const auto& clusters = description.startingHandClusters;

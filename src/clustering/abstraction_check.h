@@ -1,8 +1,10 @@
 // Whether a card abstraction is what its description says: every byte of its files, and the buckets
 // of random hands, counted afresh.
 //
-// The hands' features are counted without the tables that the making shares between hands: board by
-// board, from the ranks of the hands.
+// The features of hands from the flop on are counted without the tables that the making shares
+// between hands: board by board, from the ranks of the hands. A starting hand has too many futures
+// for that: the pre-flop of emd is compared with what the making's own tables and code give once
+// more. The centres and the clusters of starting hands are taken as they stand.
 #pragma once
 
 #include "clustering/card_abstraction.h"
@@ -26,8 +28,8 @@ struct AbstractionCheck {
     std::function<bool()> stop;
 };
 
-// How many hands of each round were counted afresh. An error names the first that is not in the
-// bucket where it belongs. The pre-flop of a percentile abstraction is not counted afresh.
+// How many hands of each round were looked at. An error names the first that is not in the bucket
+// where it belongs. The pre-flop of a percentile abstraction is not looked at.
 Result<std::array<uint64_t, holdemRounds>> checkAbstraction(const AbstractionCheck& options);
 
 // Of one hand, two hole cards and three or four board cards: how many rivers lie in each bin of

@@ -1,6 +1,7 @@
 #include "clustering/abstraction_description.h"
 
 #include "clustering/checked_file.h"
+#include "clustering/hand_features.h"
 
 namespace tamarin {
 
@@ -28,6 +29,20 @@ bool possible(const AbstractionDescription& description) {
 }
 
 } // namespace
+
+AbstractionOptions AbstractionOptions::normalised() const {
+    if (method == AbstractionMethod::emd)
+        return *this;
+    AbstractionOptions plain;
+    plain.method = method;
+    return plain;
+}
+
+size_t centreWidth(AbstractionMethod method, size_t round) {
+    if (method == AbstractionMethod::percentile)
+        return sizeof(uint64_t);
+    return round == 3 ? StrengthMetric::width : HistogramMetric::width;
+}
 
 BucketCounts AbstractionDescription::counts() const {
     BucketCounts counts{};

@@ -4,12 +4,13 @@
 // order:
 //
 //   4       method: 0 emd, 1 percentile
-//   4       clusters of starting hands that river hands are measured against; 0 for percentile
+//   4       clusters of starting hands that river hands are measured against
 //   8       seed
 //   8       hands sampled for the turn, and as many for the river; 0: chosen by the counts
 //   4       restarts
 //   4       most iterations of a fit
 //   4       a fit ends when an iteration wins less than one part in so many
+//           (by percentile nothing depends on the six: they are AbstractionOptions')
 //   then for each round:
 //   4       buckets
 //   8       hands
@@ -32,17 +33,25 @@
 
 namespace tamarin {
 
+inline constexpr uint64_t mostSample = 100'000'000;
+
 struct AbstractionOptions {
     AbstractionMethod method = AbstractionMethod::emd;
-    uint32_t clusters = 8;
-    uint64_t seed = 1;
-    uint64_t sample = 0;
-    uint32_t restarts = 3;
+    uint32_t clusters = 8; // 1 to 8
+    uint64_t seed = 1;     // any
+    uint64_t sample = 0;   // up to mostSample
+    uint32_t restarts = 3; // at least 1, as are the next two
     uint32_t iterations = 50;
     uint32_t tolerance = 1000;
 
     bool operator==(const AbstractionOptions&) const = default;
+
+    // With the defaults in place of what nothing depends on: by percentile, of all but the method.
+    AbstractionOptions normalised() const;
 };
+
+// Bytes of one centre of the round.
+size_t centreWidth(AbstractionMethod method, size_t round);
 
 struct RoundDescription {
     uint32_t buckets = 0;

@@ -1,9 +1,9 @@
 #include "clustering/abstraction_plan.h"
 
 #include "clustering/card_abstraction.h"
-#include "clustering/deck_samples.h"
 #include "clustering/river_equities.h"
 #include "clustering/unfinished.h"
+#include "support/util.h"
 
 #include <cmath>
 
@@ -14,18 +14,10 @@ namespace {
 constexpr uint64_t headBytes = 1000; // of a description, about
 
 uint64_t centreBytes(const MakeOptions& options) {
-    const bool emd = options.options.method == AbstractionMethod::emd;
     uint64_t bytes = 0;
     for (size_t round = 0; round < holdemRounds; ++round)
-        bytes += options.counts[round] * (!emd         ? sizeof(uint64_t)
-                                          : round == 3 ? StrengthMetric::width
-                                                       : HistogramMetric::width);
+        bytes += options.counts[round] * centreWidth(options.options.method, round);
     return bytes;
-}
-
-uint64_t sampleOf(const MakeOptions& options, size_t round) {
-    const uint64_t asked = options.options.sample;
-    return asked != 0 ? asked : defaultSample(options.counts[round]);
 }
 
 // The most of what is held at one time: the river's table beside the flop's rows or the turn's
@@ -38,10 +30,10 @@ uint64_t memoryOf(const MakeOptions& options) {
     const uint64_t flop =
         roundSizes[1] * (PointSet<HistogramMetric>::bytesOfPoint() + histogramWidth + fitting);
     const uint64_t turn =
-        sampleOf(options, 2) * (PointSet<HistogramMetric>::bytesOfPoint() + fitting) +
+        options.sampleOf(2) * (PointSet<HistogramMetric>::bytesOfPoint() + fitting) +
         2 * roundSizes[2];
     const uint64_t river =
-        sampleOf(options, 3) * (PointSet<StrengthMetric>::bytesOfPoint() + fitting) +
+        options.sampleOf(3) * (PointSet<StrengthMetric>::bytesOfPoint() + fitting) +
         2 * roundSizes[3];
     return std::max({bins + flop, bins + turn, river});
 }
@@ -55,7 +47,7 @@ double secondsOf(const MakeOptions& options) {
         return std::sqrt(static_cast<double>(options.counts[round]));
     };
     const auto ofSample = [&](size_t round) {
-        return root(round) * static_cast<double>(sampleOf(options, round)) / 1e6;
+        return root(round) * static_cast<double>(options.sampleOf(round)) / 1e6;
     };
     const double fits =
         options.options.restarts * (0.15 * root(1) + 0.05 * ofSample(2) + 0.1 * ofSample(3));
@@ -63,29 +55,44 @@ double secondsOf(const MakeOptions& options) {
     return 8 + fits + passes;
 }
 
-void lookAtState(const MakeOptions& options, const std::string& folder, AbstractionPlan& plan) {
-    const auto compare = [&](const AbstractionOptions& there, const BucketCounts& counts,
-                             AbstractionPlan::State same) {
-        plan.problem = differenceOf(there, counts, options.options, options.counts);
-        plan.state = plan.problem.empty() ? same : AbstractionPlan::State::different;
-        if (!plan.problem.empty())
-            plan.problem = folder + ": made with other options: " + plan.problem;
+// What is there or begun, and which rounds are done.
+struct Found {
+    AbstractionPlan::State state = AbstractionPlan::State::missing;
+    std::string problem;
+    std::array<bool, holdemRounds> done{};
+};
+
+Found lookAtState(const MakeOptions& options, const std::string& folder) {
+    using State = AbstractionPlan::State;
+    const auto differing = [&](const char* is, const AbstractionOptions& there,
+                               const BucketCounts& counts) {
+        const std::string difference =
+            differenceOf(there, counts, options.options.normalised(), options.counts);
+        return difference.empty() ? difference
+                                  : folder + ": " + is + " with other options: " + difference;
     };
-    struct stat status {};
-    const std::string description = folder + "/" + descriptionFileName;
     const std::string unfinished = folder + "/" + unfinishedFileName;
-    if (systemFiles().stat(description.c_str(), &status) == 0) {
+    if (file_exist(folder + "/" + descriptionFileName)) {
         const auto opened = CardAbstraction::open(options.directory, options.nameOrOwn(),
                                                   CardAbstraction::Check::sizes);
-        if (opened)
-            return compare(opened->description().options, opened->description().counts(),
-                           AbstractionPlan::State::whole);
-        plan.state = AbstractionPlan::State::different;
-        plan.problem = opened.error();
-    } else if (systemFiles().stat(unfinished.c_str(), &status) == 0) {
-        if (const auto read = readUnfinished(unfinished))
-            compare(read->options, read->counts, AbstractionPlan::State::begun);
+        if (!opened)
+            return {State::different, opened.error(), {}};
+        const AbstractionDescription& there = opened->description();
+        const std::string problem = differing("made", there.options, there.counts());
+        if (!problem.empty())
+            return {State::different, problem, {}};
+        return {State::whole, "", {true, true, true, true}};
     }
+    const auto begun = file_exist(unfinished) ? readUnfinished(unfinished) : Error{"not there"};
+    if (!begun)
+        return {};
+    const std::string problem = differing("begun", begun->options, begun->counts);
+    if (!problem.empty())
+        return {State::different, problem, {}};
+    Found found{State::begun, "", {}};
+    for (int round = 0; round < holdemRounds; ++round)
+        found.done[static_cast<size_t>(round)] = begun->done(round);
+    return found;
 }
 
 } // namespace
@@ -93,15 +100,19 @@ void lookAtState(const MakeOptions& options, const std::string& folder, Abstract
 AbstractionPlan planAbstraction(const MakeOptions& options) {
     AbstractionPlan plan;
     const std::string folder = abstractionFolder(options.directory, options.nameOrOwn());
+    const Found found = options.force ? Found{} : lookAtState(options, folder);
+    plan.state = found.state;
+    plan.problem = found.problem;
+    if (plan.state == AbstractionPlan::State::whole)
+        return plan;
     for (size_t round = 0; round < holdemRounds; ++round)
-        plan.files.push_back({folder + "/" + bucketFileNames[round], 2 * roundSizes[round]});
+        if (!found.done[round])
+            plan.files.push_back({folder + "/" + bucketFileNames[round], 2 * roundSizes[round]});
     plan.files.push_back({folder + "/" + descriptionFileName, headBytes + centreBytes(options)});
     for (const AbstractionPlan::File& file : plan.files)
         plan.disk += file.bytes;
     plan.memory = memoryOf(options);
     plan.seconds = secondsOf(options);
-    if (!options.force)
-        lookAtState(options, folder, plan);
     return plan;
 }
 

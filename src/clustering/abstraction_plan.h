@@ -17,8 +17,8 @@ struct AbstractionPlan {
     };
     State state = State::missing; // different: there or begun, but refused, see problem
     std::string problem;
-    std::vector<File> files;
-    uint64_t disk = 0;
+    std::vector<File> files; // those to be made: not the finished rounds of one that is begun
+    uint64_t disk = 0;       // of those
     uint64_t memory = 0;
     double seconds = 0; // roughly, on two cores
 };

@@ -40,10 +40,7 @@ Status AbstractionRun::saveNowAndThen() {
 
 Result<LargeBuffer<uint16_t>> AbstractionRun::takeBuckets(int round) {
     const auto at = static_cast<size_t>(round);
-    auto taken = LargeBuffer<uint16_t>::take(roundSizes[at], "the buckets of a round");
-    if (taken)
-        std::fill_n(taken->data(), taken->size(), noBucket);
-    return taken;
+    return LargeBuffer<uint16_t>::take(roundSizes[at], "the buckets of a round");
 }
 
 Status AbstractionRun::finishRound(int round, std::span<const uint16_t> buckets, PassTotals totals,

@@ -33,7 +33,7 @@ public:
     Status save();
     Status saveNowAndThen();
 
-    // The buckets of a whole round, all noBucket.
+    // Room for the buckets of a whole round.
     static Result<LargeBuffer<uint16_t>> takeBuckets(int round);
 
     // A round is done: writes its file and the state, in which no fit is under way then.

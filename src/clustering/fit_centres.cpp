@@ -4,6 +4,7 @@
 #include "support/split_mix.h"
 
 #include <atomic>
+#include <set>
 #include <span>
 
 namespace tamarin {
@@ -81,11 +82,11 @@ std::vector<uint32_t> farthestPoints(const PointSet<Metric>& points, const Assig
         return ofA != ofB ? ofA > ofB : a < b;
     });
     std::vector<uint32_t> chosen;
+    std::set<typename PointSet<Metric>::Row> rows; // of those
     for (size_t next = 0; next < order.size() && chosen.size() < count; ++next) {
-        const uint8_t* const row = points.row(order[next]);
-        if (std::none_of(chosen.begin(), chosen.end(), [&](uint32_t other) {
-                return std::equal(row, row + Metric::width, points.row(other));
-            }))
+        typename PointSet<Metric>::Row row;
+        std::copy_n(points.row(order[next]), Metric::width, row.begin());
+        if (rows.insert(row).second)
             chosen.push_back(order[next]);
     }
     return chosen;
@@ -157,13 +158,13 @@ std::vector<uint8_t> movedCentres(const PointSet<Metric>& points, const Assignme
 
 template <class Metric>
 Status fitCentres(const PointSet<Metric>& points, const FitOptions& options, const Work& asked,
-                  const FitWatch& watch, FitState& state) {
+                  const std::function<void(const FitState&)>& iterated, FitState& state) {
     Work work = asked;
     if (chunksOf(points.size()) <= 16) // waiting for each other would take longer than the work
         work.threads = 1;
     const auto tell = [&] {
-        if (watch.iterated)
-            watch.iterated(state);
+        if (iterated)
+            iterated(state);
     };
     for (; state.restart < options.restarts; ++state.restart) {
         if (state.centres.empty()) {
@@ -202,9 +203,9 @@ Status fitCentres(const PointSet<Metric>& points, const FitOptions& options, con
 }
 
 template Status fitCentres(const PointSet<HistogramMetric>&, const FitOptions&, const Work&,
-                           const FitWatch&, FitState&);
+                           const std::function<void(const FitState&)>&, FitState&);
 template Status fitCentres(const PointSet<StrengthMetric>&, const FitOptions&, const Work&,
-                           const FitWatch&, FitState&);
+                           const std::function<void(const FitState&)>&, FitState&);
 template bool assignPoints(const PointSet<HistogramMetric>&, const NearestCentres<HistogramMetric>&,
                            const Work&, Assignment&);
 template bool assignPoints(const PointSet<StrengthMetric>&, const NearestCentres<StrengthMetric>&,

@@ -22,7 +22,7 @@
 namespace tamarin {
 
 struct FitOptions {
-    uint32_t centres = 1;
+    uint32_t centres = 1; // at least 1, as are the last three
     uint64_t seed = 1;
     uint32_t restarts = 3;
     uint32_t iterations = 50; // of a restart, at most
@@ -41,16 +41,12 @@ struct FitState {
     bool operator==(const FitState&) const = default;
 };
 
-struct FitWatch {
-    // Told after every iteration, which is a good moment to save the state.
-    std::function<void(const FitState&)> iterated;
-};
-
 // Goes on from the state until all restarts are done: state.best is the answer then. Stopped work
-// leaves the state of the last iteration. points: at least one.
+// leaves the state of the last iteration. points: at least one. iterated, or none, is told after
+// every iteration, which is a good moment to save the state.
 template <class Metric>
 Status fitCentres(const PointSet<Metric>& points, const FitOptions& options, const Work& work,
-                  const FitWatch& watch, FitState& state);
+                  const std::function<void(const FitState&)>& iterated, FitState& state);
 
 // The parts of an iteration.
 struct Assignment {

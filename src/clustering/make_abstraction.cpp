@@ -2,8 +2,10 @@
 
 #include "clustering/abstraction_run.h"
 #include "clustering/card_abstraction.h"
+#include "clustering/deck_samples.h"
 #include "support/file.h"
 #include "support/lock.h"
+#include "support/util.h"
 
 #include <cerrno>
 #include <cstring>
@@ -12,9 +14,23 @@ namespace tamarin {
 
 namespace {
 
-bool isThere(const std::string& path) {
-    struct stat status {};
-    return systemFiles().stat(path.c_str(), &status) == 0;
+Status checkOptions(const MakeOptions& made) {
+    if (const auto counts = readBucketCounts(abstractionName(made.counts, AbstractionMethod::emd));
+        !counts)
+        return Error{counts.error()};
+    const AbstractionOptions& options = made.options;
+    if (static_cast<size_t>(options.method) >= methodNames.size())
+        return Error{"there is no such method of making a card abstraction"};
+    if (options.clusters == 0 || options.clusters > strengthWidth)
+        return Error{"a card abstraction takes 1 to " + std::to_string(strengthWidth) +
+                     " clusters of starting hands, not " + std::to_string(options.clusters)};
+    if (options.sample > mostSample)
+        return Error{"a card abstraction takes a sample of at most " + std::to_string(mostSample) +
+                     " hands, not " + std::to_string(options.sample)};
+    if (options.restarts == 0 || options.iterations == 0 || options.tolerance == 0)
+        return Error{"a card abstraction takes at least 1 restart, 1 iteration and a tolerance of "
+                     "one part in 1"};
+    return {};
 }
 
 Status removeFile(const std::string& path) {
@@ -23,19 +39,23 @@ Status removeFile(const std::string& path) {
     return {};
 }
 
+Status removeUnfinished(const std::string& folder) {
+    return removeFile(folder + "/" + unfinishedFileName);
+}
+
 void log(const MakeOptions& options, const std::string& line) {
     if (options.log)
         options.log(line);
 }
 
-// What is there already is the answer, is refused, or (with no value) is to be made.
+// What is there already is the answer or is refused; where nothing is, it is to be made.
 struct Found {
-    bool whole = false;
+    bool whole = false; // and described below
     AbstractionDescription description;
 };
 Result<Found> lookForWhole(const MakeOptions& options, const std::string& folder) {
     const std::string path = folder + "/" + descriptionFileName;
-    if (options.force || !isThere(path))
+    if (options.force || !file_exist(path))
         return Found{};
     auto opened = CardAbstraction::open(options.directory, options.nameOrOwn());
     if (!opened)
@@ -69,7 +89,7 @@ Result<Unfinished> lookForUnfinished(const MakeOptions& options, const std::stri
     Unfinished fresh;
     fresh.options = options.options;
     fresh.counts = options.counts;
-    if (options.force || !isThere(path))
+    if (options.force || !file_exist(path))
         return fresh;
     auto read = readUnfinished(path);
     if (!read) {
@@ -108,14 +128,22 @@ Result<MadeAbstraction> make(const MakeOptions& options, const std::string& fold
     result.description = {options.options, run.state.rounds, run.state.startingHandClusters};
     if (Status written = writeDescription(description, result.description); !written)
         return Error{written.error()};
-    if (Status removed = removeFile(folder + "/" + unfinishedFileName); !removed)
+    if (Status removed = removeUnfinished(folder); !removed)
         return Error{removed.error()};
     return result;
 }
 
 } // namespace
 
-Result<MadeAbstraction> makeAbstraction(const MakeOptions& options) {
+uint64_t MakeOptions::sampleOf(size_t round) const {
+    return options.sample != 0 ? options.sample : defaultSample(counts[round]);
+}
+
+Result<MadeAbstraction> makeAbstraction(const MakeOptions& asked) {
+    if (const Status good = checkOptions(asked); !good)
+        return Error{good.error()};
+    MakeOptions options = asked;
+    options.options = asked.options.normalised();
     const std::string name = options.nameOrOwn();
     if (const Status good = checkAbstractionName(name); !good)
         return Error{good.error()};
@@ -128,9 +156,12 @@ Result<MadeAbstraction> makeAbstraction(const MakeOptions& options) {
     auto found = lookForWhole(options, folder);
     if (!found)
         return Error{found.error()};
-    if (found->whole)
-        return MadeAbstraction{folder, false, std::move(found->description), {}};
-    return make(options, folder);
+    if (!found->whole)
+        return make(options, folder);
+    // A making that was killed in its last moment leaves its state beside what it made.
+    if (Status removed = removeUnfinished(folder); !removed)
+        return Error{removed.error()};
+    return MadeAbstraction{folder, false, std::move(found->description), {}};
 }
 
 } // namespace tamarin

@@ -18,9 +18,9 @@ struct MakeOptions {
     std::string directory = ".";
     std::string name; // empty: abstractionName()
     BucketCounts counts{};
-    AbstractionOptions options;
-    bool force = false;     // makes anew what is there, or begun
-    int threads = 0;        // 0: as many as there are cores
+    AbstractionOptions options; // by percentile, all but the method may be any that are in range
+    bool force = false;         // makes anew what is there, or begun
+    int threads = 0;            // 0: as many as there are cores
     double saveSeconds = 5; // at least so long between two saves of a fit; 0: after every iteration
 
     std::function<void(const std::string& step, uint64_t done, uint64_t total)> progress;
@@ -30,6 +30,8 @@ struct MakeOptions {
     std::string nameOrOwn() const {
         return name.empty() ? abstractionName(counts, options.method) : name;
     }
+    // Hands that the turn or the river is fitted to.
+    uint64_t sampleOf(size_t round) const;
 };
 
 struct MadeAbstraction {
@@ -43,8 +45,9 @@ struct MadeAbstraction {
     std::vector<Step> steps;
 };
 
-// An error "stopped" when options.stop said so; what is done is kept then. Refuses an abstraction
+// An error "stopped" when options.stop said so; what is done is kept then. Refuses counts and
+// options out of their ranges (abstraction_name.h, abstraction_description.h), an abstraction
 // of that name that is there, or begun, with other options, and one that somebody else is making.
-Result<MadeAbstraction> makeAbstraction(const MakeOptions& options);
+Result<MadeAbstraction> makeAbstraction(const MakeOptions& asked);
 
 } // namespace tamarin

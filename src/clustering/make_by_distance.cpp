@@ -18,9 +18,9 @@ uint64_t seedOf(const AbstractionRun& run, FitStep step, bool sample) {
                    splitMixStep * (2 * static_cast<uint64_t>(step) + sample));
 }
 
-uint64_t sampleOf(const AbstractionRun& run, int round) {
-    const uint64_t asked = run.options.options.sample;
-    return asked != 0 ? asked : defaultSample(run.buckets(round));
+// A run was stopped between the end of this fit and the end of its round.
+bool isFitted(const AbstractionRun& run, FitStep step) {
+    return run.state.step == step && run.state.fit.restart == run.options.options.restarts;
 }
 
 // Fits centres, or goes on fitting; they are in run.state.fit.best then.
@@ -38,8 +38,7 @@ Status fit(AbstractionRun& run, FitStep step, const std::string& name, uint32_t 
     parts.progress = nullptr;
     const uint64_t all = uint64_t{options.restarts} * options.iterations;
     Status saved;
-    FitWatch watch;
-    watch.iterated = [&](const FitState& state) {
+    const auto iterated = [&](const FitState& state) {
         const bool last = state.restart == options.restarts;
         work.report(uint64_t{state.restart} * options.iterations + state.iteration, all);
         if (Status now = last ? run.save() : run.saveNowAndThen(); !now)
@@ -48,7 +47,7 @@ Status fit(AbstractionRun& run, FitStep step, const std::string& name, uint32_t 
     parts.stop = [&] { return !saved.ok() || work.shouldStop(); };
     const FitOptions fitting{centres, seedOf(run, step, false), options.restarts,
                              options.iterations, options.tolerance};
-    const Status fitted = fitCentres(points, fitting, parts, watch, run.state.fit);
+    const Status fitted = fitCentres(points, fitting, parts, iterated, run.state.fit);
     if (!saved)
         return saved;
     if (!fitted) {
@@ -165,38 +164,42 @@ Status makeFlop(AbstractionRun& run, const EarlyHistograms& early) {
     return assignFlop(run, early);
 }
 
+Status fitTurn(AbstractionRun& run, const EquityHistograms& histograms) {
+    const Work work = run.beginStep("sampling turn hands");
+    auto rows =
+        sampleTurn(histograms, run.options.sampleOf(2), seedOf(run, FitStep::turn, true), work);
+    if (!rows)
+        return stopped();
+    run.endStep();
+    const PointSet<HistogramMetric> points(std::move(*rows), {});
+    return fit(run, FitStep::turn, "fitting the turn", run.buckets(2), points);
+}
+
 Status makeTurn(AbstractionRun& run, const EquityHistograms& histograms) {
-    {
-        const Work work = run.beginStep("sampling turn hands");
-        auto rows =
-            sampleTurn(histograms, sampleOf(run, 2), seedOf(run, FitStep::turn, true), work);
-        if (!rows)
-            return stopped();
-        run.endStep();
-        const PointSet<HistogramMetric> points(std::move(*rows), {});
-        if (Status fitted = fit(run, FitStep::turn, "fitting the turn", run.buckets(2), points);
-            !fitted)
+    if (!isFitted(run, FitStep::turn))
+        if (Status fitted = fitTurn(run, histograms); !fitted)
             return fitted;
-    }
     return passWithCentres<HistogramMetric, HistogramRow>(
         run, 2, "placing turn hands",
         [&](const uint8_t* board, HistogramRow* rows) { histograms.turnRows(board, rows); });
 }
 
+Status fitRiver(AbstractionRun& run, const RiverStrength& strength) {
+    const Work work = run.beginStep("sampling river hands");
+    auto rows =
+        sampleRiver(strength, run.options.sampleOf(3), seedOf(run, FitStep::river, true), work);
+    if (!rows)
+        return stopped();
+    run.endStep();
+    const PointSet<StrengthMetric> points(std::move(*rows), {});
+    return fit(run, FitStep::river, "fitting the river", run.buckets(3), points);
+}
+
 Status makeRiver(AbstractionRun& run) {
     const RiverStrength strength(run.state.startingHandClusters, run.options.options.clusters);
-    {
-        const Work work = run.beginStep("sampling river hands");
-        auto rows =
-            sampleRiver(strength, sampleOf(run, 3), seedOf(run, FitStep::river, true), work);
-        if (!rows)
-            return stopped();
-        run.endStep();
-        const PointSet<StrengthMetric> points(std::move(*rows), {});
-        if (Status fitted = fit(run, FitStep::river, "fitting the river", run.buckets(3), points);
-            !fitted)
+    if (!isFitted(run, FitStep::river))
+        if (Status fitted = fitRiver(run, strength); !fitted)
             return fitted;
-    }
     return passWithCentres<StrengthMetric, StrengthRow>(
         run, 3, "placing river hands",
         [&](const uint8_t* board, StrengthRow* rows) { strength.rows(board, rows); });
@@ -223,9 +226,8 @@ Status makeEarlyRounds(AbstractionRun& run, const EquityHistograms& histograms) 
 }
 
 Status makeBeforeRiver(AbstractionRun& run) {
-    const AbstractionRun& known = run;
-    if (!known.state.startingHandClusters.empty() && known.state.done(0) && known.state.done(1) &&
-        known.state.done(2))
+    if (!run.state.startingHandClusters.empty() && run.state.done(0) && run.state.done(1) &&
+        run.state.done(2))
         return {};
     const Work work = run.beginStep("counting river equities");
     const BoardSet rivers(5);

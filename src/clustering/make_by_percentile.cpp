@@ -113,6 +113,8 @@ Status makePreflop(AbstractionRun& run, const MakeSums& flopSums) {
 } // namespace
 
 Status makeByPercentile(AbstractionRun& run) {
+    if (run.state.done(0) && run.state.done(1) && run.state.done(2) && run.state.done(3))
+        return {};
     const Work work = run.beginStep("counting river equities");
     const BoardSet rivers(5);
     const auto pots = riverPotTable(rivers, work);

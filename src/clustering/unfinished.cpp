@@ -26,33 +26,36 @@ void eachUnfinishedField(Unfinished& unfinished, Archive& field) {
     field(fit.bestDistance);
 }
 
-// How many centres a fit has, and how wide they are.
+bool inOrder(const std::vector<uint8_t>& centres, FitStep step) {
+    std::vector<uint8_t> sorted = centres;
+    if (step == FitStep::river)
+        sortCentres<StrengthMetric>(sorted);
+    else
+        sortCentres<HistogramMetric>(sorted);
+    return sorted == centres;
+}
+
+// How many bytes the centres of the fit under way have.
 size_t centreBytes(const Unfinished& unfinished) {
-    switch (unfinished.step) {
-    case FitStep::none:
+    if (unfinished.step == FitStep::none)
         return 0;
-    case FitStep::startingHands:
+    if (unfinished.step == FitStep::startingHands)
         return unfinished.options.clusters * HistogramMetric::width;
-    case FitStep::preflop:
-        return unfinished.counts[0] * HistogramMetric::width;
-    case FitStep::flop:
-        return unfinished.counts[1] * HistogramMetric::width;
-    case FitStep::turn:
-        return unfinished.counts[2] * HistogramMetric::width;
-    case FitStep::river:
-        return unfinished.counts[3] * StrengthMetric::width;
-    }
-    return 0;
+    const auto round = static_cast<size_t>(unfinished.step) - static_cast<size_t>(FitStep::preflop);
+    return unfinished.counts[round] * centreWidth(AbstractionMethod::emd, round);
 }
 
 bool possible(const Unfinished& unfinished) {
-    if (unfinished.step > FitStep::river)
+    if (static_cast<size_t>(unfinished.options.method) >= methodNames.size() ||
+        unfinished.step > FitStep::river)
         return false;
     const size_t bytes = centreBytes(unfinished);
     const FitState& fit = unfinished.fit;
     for (const auto* centres : {&fit.centres, &fit.best})
         if (!centres->empty() && centres->size() != bytes)
             return false;
+    if (!inOrder(fit.best, unfinished.step))
+        return false;
     for (size_t round = 0; round < unfinished.rounds.size(); ++round) {
         const uint32_t buckets = unfinished.rounds[round].buckets;
         if (buckets != 0 && buckets != unfinished.counts[round])

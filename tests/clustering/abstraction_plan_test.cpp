@@ -40,14 +40,43 @@ TEST(AbstractionPlan, SeesWhatIsBegun) {
     Unfinished begun;
     begun.counts = options.counts;
     ASSERT_TRUE(writeUnfinished(directory.file("lookup/x/unfinished"), begun).ok());
-    EXPECT_EQ(planAbstraction(options).state, AbstractionPlan::State::begun);
+    const AbstractionPlan plan = planAbstraction(options);
+    EXPECT_EQ(plan.state, AbstractionPlan::State::begun);
+    EXPECT_EQ(plan.files.size(), 5U);
+    begun.rounds[3].buckets = 5;
+    ASSERT_TRUE(writeUnfinished(directory.file("lookup/x/unfinished"), begun).ok());
+    const AbstractionPlan rest = planAbstraction(options);
+    EXPECT_EQ(rest.files.size(), 4U); // the river is done
+    EXPECT_EQ(rest.disk + 246312508U, plan.disk);
     options.options.seed = 2;
     const AbstractionPlan other = planAbstraction(options);
     EXPECT_EQ(other.state, AbstractionPlan::State::different);
-    EXPECT_NE(other.problem.find("the seed is 1 there and 2 here"), std::string::npos)
+    EXPECT_NE(other.problem.find("begun with other options: the seed is 1 there and 2 here"),
+              std::string::npos)
         << other.problem;
     options.force = true;
-    EXPECT_EQ(planAbstraction(options).state, AbstractionPlan::State::missing);
+    const AbstractionPlan anew = planAbstraction(options);
+    EXPECT_EQ(anew.state, AbstractionPlan::State::missing);
+    EXPECT_EQ(anew.disk, plan.disk);
+}
+
+TEST(AbstractionPlan, ByPercentileOnlyCountsMatter) {
+    const TempDirectory directory;
+    MakeOptions options;
+    options.directory = directory.path();
+    options.name = "x";
+    options.counts = {169, 3, 4, 5};
+    options.options.method = AbstractionMethod::percentile;
+    options.options.seed = 9;
+    options.options.sample = 5000;
+    ASSERT_TRUE(makeDirectories(directory.file("lookup/x")).ok());
+    Unfinished begun;
+    begun.counts = options.counts;
+    begun.options.method = AbstractionMethod::percentile;
+    ASSERT_TRUE(writeUnfinished(directory.file("lookup/x/unfinished"), begun).ok());
+    EXPECT_EQ(planAbstraction(options).state, AbstractionPlan::State::begun);
+    options.counts[1] = 4;
+    EXPECT_EQ(planAbstraction(options).state, AbstractionPlan::State::different);
 }
 
 TEST(AbstractionPlan, WhatCannotBeReadIsNoAbstraction) {

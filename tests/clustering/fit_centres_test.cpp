@@ -107,8 +107,7 @@ TYPED_TEST(FitCentres, GoesOnFromEveryStateItWasStoppedIn) {
     options.restarts = 2;
     std::vector<FitState> states;
     FitState whole;
-    FitWatch watch;
-    watch.iterated = [&](const FitState& state) { states.push_back(state); };
+    const auto watch = [&](const FitState& state) { states.push_back(state); };
     ASSERT_TRUE(fitCentres(this->many, options, this->work, watch, whole).ok());
     ASSERT_GT(states.size(), 6U);
     for (FitState state : states) {
@@ -143,8 +142,7 @@ TYPED_TEST(FitCentres, EveryIterationIsBetter) {
     options.restarts = 1;
     options.tolerance = 1000000;
     std::vector<uint64_t> sums;
-    FitWatch watch;
-    watch.iterated = [&](const FitState& state) {
+    const auto watch = [&](const FitState& state) {
         if (state.iteration > 0)
             sums.push_back(state.distance);
     };

@@ -1,6 +1,7 @@
 // What makeAbstraction refuses before any work.
 #include "clustering/fake_abstraction.h"
 #include "clustering/make_abstraction.h"
+#include "clustering/sparse_abstraction.h"
 #include "clustering/unfinished.h"
 #include "support/lock.h"
 #include "support/temp_directory.h"
@@ -83,6 +84,66 @@ TEST_F(MakingTrouble, OneMakesItAtATime) {
     const auto lock = FileLock::take(file(".lock"));
     ASSERT_TRUE(lock.ok());
     EXPECT_NE(error().find("process"), std::string::npos) << error();
+}
+
+// A making that is killed after it wrote the description and before it removed its state.
+class KilledAtTheEnd : public PlayingDirectory {};
+TEST_F(KilledAtTheEnd, TheNextRunTidiesUp) {
+    writeSparseAbstraction("x");
+    MakeOptions options;
+    options.name = "x";
+    options.counts = sparseCounts;
+    options.options = readDescription("lookup/x/abstraction")->options;
+    Unfinished left;
+    left.options = options.options;
+    left.counts = options.counts;
+    ASSERT_TRUE(writeUnfinished("lookup/x/unfinished", left).ok());
+    const auto made = makeAbstraction(options);
+    ASSERT_TRUE(made.ok()) << made.error();
+    EXPECT_FALSE(made->made);
+    EXPECT_FALSE(std::filesystem::exists("lookup/x/unfinished"));
+    EXPECT_TRUE(std::filesystem::exists("lookup/x/abstraction"));
+}
+
+TEST_F(MakingTrouble, OptionsOutOfTheirRangesAreRefused) {
+    const auto with = [&](const auto& spoil) {
+        MakeOptions bad = options;
+        spoil(bad);
+        const auto made = makeAbstraction(bad);
+        return made ? "(made)" : made.error();
+    };
+    EXPECT_EQ(with([](MakeOptions& bad) { bad.counts[2] = 0; }).rfind("'169-3-0-5' is no", 0), 0U);
+    EXPECT_EQ(with([](MakeOptions& bad) { bad.counts[0] = 170; }).rfind("'170-3-4-5' is no", 0),
+              0U);
+    EXPECT_NE(with([](MakeOptions& bad) { bad.counts[3] = 65536; }).find("is no card abstraction"),
+              std::string::npos);
+    const std::string clusters = "a card abstraction takes 1 to 8 clusters of starting hands, not ";
+    EXPECT_EQ(with([](MakeOptions& bad) { bad.options.clusters = 0; }), clusters + "0");
+    EXPECT_EQ(with([](MakeOptions& bad) { bad.options.clusters = 9; }), clusters + "9");
+    EXPECT_NE(with([](MakeOptions& bad) { bad.options.sample = 100'000'001; }).find("100000001"),
+              std::string::npos);
+    const std::string atLeast = with([](MakeOptions& bad) { bad.options.restarts = 0; });
+    EXPECT_NE(atLeast.find("at least 1 restart"), std::string::npos) << atLeast;
+    EXPECT_EQ(with([](MakeOptions& bad) { bad.options.iterations = 0; }), atLeast);
+    EXPECT_EQ(with([](MakeOptions& bad) { bad.options.tolerance = 0; }), atLeast);
+    EXPECT_NE(with([](MakeOptions& bad) {
+                  bad.options.method = static_cast<AbstractionMethod>(2);
+              }).find("no such method"),
+              std::string::npos);
+    EXPECT_EQ(directory.names(), std::set<std::string>{});
+    EXPECT_EQ(with([](MakeOptions& good) { good.options.clusters = 8; }), "stopped");
+}
+
+TEST_F(MakingTrouble, ByPercentileTheOtherOptionsDoNotCount) {
+    options.options.method = AbstractionMethod::percentile;
+    options.options.seed = 5;
+    EXPECT_EQ(error(), "stopped");
+    options.options.seed = 6;
+    options.options.restarts = 2;
+    EXPECT_EQ(error(), "stopped");
+    AbstractionOptions plain;
+    plain.method = AbstractionMethod::percentile;
+    EXPECT_EQ(readUnfinished(file("unfinished"))->options, plain);
 }
 
 TEST_F(MakingTrouble, ABadNameIsRefused) {

@@ -47,6 +47,11 @@ TEST(Unfinished, WhatCannotBeIsRefused) {
     EXPECT_TRUE(refused([](Unfinished& bad) { bad.fit.centres.pop_back(); }));
     EXPECT_TRUE(refused([](Unfinished& bad) { bad.fit.best.push_back(1); }));
     EXPECT_TRUE(refused([](Unfinished& bad) { bad.step = static_cast<FitStep>(6); }));
+    EXPECT_TRUE(
+        refused([](Unfinished& bad) { bad.options.method = static_cast<AbstractionMethod>(2); }));
+    EXPECT_TRUE(refused([](Unfinished& bad) { bad.fit.best[3] = 5; })); // the first is not least
+    EXPECT_FALSE(refused([](Unfinished& bad) { bad.fit.best.back() = 5; }));
+    EXPECT_FALSE(refused([](Unfinished& bad) { bad.fit.centres[3] = 4; }));  // are sorted anyway
     EXPECT_TRUE(refused([](Unfinished& bad) { bad.step = FitStep::turn; })); // wider centres
     EXPECT_TRUE(refused([](Unfinished& bad) { bad.rounds[0].buckets = 168; }));
     EXPECT_TRUE(refused([](Unfinished& bad) { bad.startingHandClusters[3] = 8; }));
@@ -55,6 +60,21 @@ TEST(Unfinished, WhatCannotBeIsRefused) {
         bad.fit.restart = bad.options.restarts; // done, but with no result
         bad.fit.best.clear();
     }));
+}
+
+// The turn's rows are wider than the river's, so that other bytes are of one row.
+TEST(Unfinished, TheBestMustBeInTheOrderOfItsRound) {
+    const TempDirectory directory;
+    Unfinished turn = someUnfinished();
+    turn.step = FitStep::turn;
+    turn.fit.centres.clear();
+    turn.fit.best.assign(4 * 48, 4);
+    turn.fit.best[8] = 3;
+    ASSERT_TRUE(writeUnfinished(directory.file("u"), turn).ok());
+    EXPECT_TRUE(readUnfinished(directory.file("u")).ok());
+    turn.fit.best[48] = 2; // of the second row
+    ASSERT_TRUE(writeUnfinished(directory.file("u"), turn).ok());
+    EXPECT_FALSE(readUnfinished(directory.file("u")).ok());
 }
 
 } // namespace
