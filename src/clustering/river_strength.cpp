@@ -21,15 +21,19 @@ void scaleRow(const Weights& wins, const Weights& deals, uint32_t clusters, Stre
         allWins += wins.lane[c];
         allDeals += deals.lane[c];
     }
-    std::array<float, strengthWidth> scaled;
+    // One short loop a step: g++ makes vectors of these and of no longer one.
+    std::array<int32_t, strengthWidth> ownWins;
+    std::array<int32_t, strengthWidth> ownDeals;
     for (size_t c = 0; c < strengthWidth; ++c) {
-        const bool none = deals.lane[c] == 0;
-        const int32_t ownWins = none ? allWins : wins.lane[c];
-        const int32_t ownDeals = none ? allDeals : deals.lane[c];
-        scaled[c] = scaledEquity(ownWins, ownDeals);
+        const int32_t none = -(deals.lane[c] == 0); // all bits, or none
+        ownWins[c] = wins.lane[c] + (allWins & none);
+        ownDeals[c] = deals.lane[c] + (allDeals & none);
     }
+    std::array<int32_t, strengthWidth> scaled;
     for (size_t c = 0; c < strengthWidth; ++c)
-        row[c] = static_cast<uint8_t>(static_cast<int32_t>(scaled[c]));
+        scaled[c] = static_cast<int32_t>(scaledEquity(ownWins[c], ownDeals[c]));
+    for (size_t c = 0; c < strengthWidth; ++c)
+        row[c] = static_cast<uint8_t>(scaled[c]);
     for (size_t c = clusters; c < strengthWidth; ++c)
         row[c] = 0;
 }
