@@ -56,10 +56,6 @@ MakeOptions makeOptions(const AbstractArguments& options) {
     make.counts = *counts;
     make.options = options.making;
     make.options.method = *method;
-    if (*method == AbstractionMethod::percentile) { // which depends on nothing else
-        make.options = AbstractionOptions{};
-        make.options.method = *method;
-    }
     make.directory = options.directory;
     make.name = options.name;
     make.force = options.force;
@@ -105,10 +101,6 @@ int showPlan(const MakeOptions& make, bool json) {
     return exitDone;
 }
 
-int stoppedOrFailed(const std::string& error) {
-    return interrupted() ? interruptStatus() : fail(error);
-}
-
 // What is there has the counts and the method that were named.
 Status isAsNamed(const MakeOptions& make) {
     const std::string folder = abstractionFolder(make.directory, make.nameOrOwn());
@@ -131,7 +123,7 @@ int check(const AbstractArguments& options, const MakeOptions& make) {
     AbstractionCheck checking;
     checking.directory = make.directory;
     checking.name = make.nameOrOwn();
-    checking.seed = make.options.seed;
+    checking.seed = options.making.seed;
     checking.threads = make.threads;
     checking.stop = interrupted;
     checking.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
@@ -142,9 +134,9 @@ int check(const AbstractArguments& options, const MakeOptions& make) {
         return stoppedOrFailed(checked.error());
     auto rounds = nlohmann::ordered_json::array();
     for (size_t round = 0; round < holdemRounds; ++round) {
-        rounds.push_back({{"round", roundNames[round]}, {"handsCountedAfresh", (*checked)[round]}});
+        rounds.push_back({{"round", roundNames[round]}, {"handsChecked", (*checked)[round]}});
         if (!options.json)
-            fmt::print("{}: good, {} hands counted afresh\n", roundNames[round],
+            fmt::print("{}: good, {} hands checked\n", roundNames[round],
                        describeCount((*checked)[round]));
     }
     if (options.json)
@@ -190,7 +182,8 @@ int abstractCards(const AbstractArguments& options) {
     if (options.verify)
         return check(options, make);
     const AbstractionPlan plan = planAbstraction(make);
-    if (plan.state == AbstractionPlan::State::missing)
+    if (plan.state == AbstractionPlan::State::missing ||
+        plan.state == AbstractionPlan::State::begun)
         if (const Status enough = checkResources(plan.memory, plan.disk,
                                                  inDirectory(make.directory, lookupDirectory));
             !enough)
@@ -203,7 +196,7 @@ int abstractCards(const AbstractArguments& options) {
     const TimePoint start = steadyClock().now();
     const auto made = makeAbstraction(make);
     if (!made) {
-        if (interrupted())
+        if (stoppedBySignal(made.error()))
             progress.line(
                 fmt::format("stopped; what is done is kept, and the same command{} goes on "
                             "from there",
@@ -216,7 +209,7 @@ int abstractCards(const AbstractArguments& options) {
 }
 
 void addFitOptions(CLI::App& command, AbstractionOptions& making) {
-    addWholeNumber(command, "--sample", making.sample, 1000, 100'000'000,
+    addWholeNumber(command, "--sample", making.sample, 1000, mostSample,
                    "Turn hands, and river hands, to fit to; by itself 500,000 to 2,000,000,\n"
                    "200 a bucket");
     addWholeNumber(command, "--restarts", making.restarts, 1, 1000,

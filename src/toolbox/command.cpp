@@ -1,7 +1,9 @@
 #include "toolbox/command.h"
 
+#include "abstraction/work.h"
 #include "directory/json.h"
 #include "support/exception_text.h"
+#include "support/interrupt.h"
 #include "toolbox/numbers.h"
 
 #include <cstdio>
@@ -88,6 +90,14 @@ CLI::App& addCommand(CLI::App& app, const std::string& name, const std::string& 
 int fail(const std::string& message) {
     complain(message);
     return exitFailed;
+}
+
+bool stoppedBySignal(const std::string& error) {
+    return interrupted() && error == stopped().message;
+}
+
+int stoppedOrFailed(const std::string& error) {
+    return stoppedBySignal(error) ? interruptStatus() : fail(error);
 }
 
 void printJson(const nlohmann::ordered_json& value) {

@@ -43,6 +43,12 @@ public:
 // "tamarin: MESSAGE", and exitFailed to return.
 int fail(const std::string& message);
 
+// Work that takes long ended with this error: whether it only did what a signal asked for. What
+// went wrong while it stopped, a full disk say, is no stop.
+bool stoppedBySignal(const std::string& error);
+// interruptStatus() then, and fail() otherwise.
+int stoppedOrFailed(const std::string& error);
+
 // JSON on standard output, indented, with a line end.
 void printJson(const nlohmann::ordered_json& value);
 

@@ -245,7 +245,7 @@ int trainHoldemGame(const HoldemGame& game, TrainingRequest request) {
         return fail(lock.error());
     if (Status made = makeMissingTables(request.directory, players, config.threads, request.quiet);
         !made)
-        return interrupted() ? interruptStatus() : fail(made.error());
+        return stoppedOrFailed(made.error());
     if (Status known = checkTablesByManifest(request.directory, players); !known)
         return fail(known.error());
     const auto tables = HoldemTables::open(request.directory, players);

@@ -92,7 +92,7 @@ int prepareHoldem(const HoldemGame& game, TrainingRequest request) {
         if (Status made =
                 makeMissingTables(request.directory, game.rules->numPlayers, 0, request.quiet);
             !made)
-            return interrupted() ? interruptStatus() : fail(made.error());
+            return stoppedOrFailed(made.error());
         const std::string strategy = holdemStrategyPath(request.directory, game);
         const auto good = goodHoldemStrategy(game, request.directory, strategy);
         if (!good)

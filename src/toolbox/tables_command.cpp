@@ -193,11 +193,9 @@ int makeTables(const TablesArguments& options) {
     const TimePoint start = steadyClock().now();
     const auto built = buildForCommand(build, progress);
     if (!built) {
-        if (interrupted()) {
+        if (stoppedBySignal(built.error()))
             progress.line("stopped; what is done is kept, and the same command goes on from there");
-            return interruptStatus();
-        }
-        return fail(built.error());
+        return stoppedOrFailed(built.error());
     }
     progress.line(fmt::format("all in {}", describeDuration(seconds(steadyClock().now() - start))));
 

@@ -1,8 +1,11 @@
 #include "toolbox/command.h"
 
+#include "support/interrupt.h"
 #include "support/tree_paths.h"
 #include "toolbox/tamarin_process.h"
 
+#include <csignal>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace tamarin::test {
@@ -48,6 +51,22 @@ void expectWrongUsage(const std::vector<const char*>& arguments, const std::stri
 }
 
 } // namespace
+
+// Work that a signal stopped ends as that; a disk that was full when it stopped is a failure.
+TEST(Toolbox, ASignalHidesNoError) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto ending = [](bool signalled, const char* error) {
+        handleInterrupts();
+        if (signalled)
+            std::raise(SIGINT);
+        std::_Exit(stoppedOrFailed(error));
+    };
+    EXPECT_EXIT(ending(true, "stopped"), ::testing::ExitedWithCode(130), "^$");
+    EXPECT_EXIT(ending(true, "x: no room"), ::testing::ExitedWithCode(exitFailed),
+                "tamarin: x: no room");
+    EXPECT_EXIT(ending(false, "stopped"), ::testing::ExitedWithCode(exitFailed),
+                "tamarin: stopped");
+}
 
 TEST(Toolbox, RunsTheCommandNamed) {
     const Output output = runSample({"sample"});
