@@ -1,12 +1,18 @@
 // The nearest centre of hands among so many, in the spaces of the turn and of the river; items are
-// hands.
+// hands. And what fits reach: meanDistance is the earth mover's distance of a turn hand from its
+// nearest centre, in rivers times bins, less being better.
 #include "abstraction/round_indexers.h"
 #include "clustering/deck_samples.h"
+#include "clustering/fit_centres.h"
 #include "clustering/nearest_centre.h"
 #include "clustering/seed_centres.h"
+#include "support/util.h"
 
+#include <cfloat>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -60,6 +66,74 @@ void nearestRiverCentre(benchmark::State& state) {
     findNearest<StrengthMetric>(state, riverHands());
 }
 
+constexpr size_t fittedHands = 20'000;
+constexpr size_t fittedCentres = 200;
+using Rows = std::vector<std::vector<double>>;
+
+std::vector<HistogramRow> handsToFit() {
+    return {turnHands().begin(), turnHands().begin() + fittedHands};
+}
+
+Rows asDoubles(const uint8_t* bytes, size_t count) {
+    Rows rows;
+    for (size_t i = 0; i < count; ++i, bytes += histogramWidth)
+        rows.emplace_back(bytes, bytes + histogramWidth);
+    return rows;
+}
+
+double meanDistance(const Rows& points, const Rows& centres) {
+    double sum = 0;
+    for (const auto& point : points) {
+        double nearest = DBL_MAX;
+        for (const auto& centre : centres) {
+            double distance = 0;
+            for (size_t i = 0; i < histogramWidth; ++i)
+                distance += std::abs(point[i] - centre[i]);
+            nearest = std::min(nearest, distance);
+        }
+        sum += nearest;
+    }
+    return sum / static_cast<double>(points.size());
+}
+
+// restarts: its argument. One thread, as the plain one has.
+void fitTurnCentres(benchmark::State& state) {
+    const std::vector<HistogramRow> drawn = handsToFit();
+    const PointSet<HistogramMetric> points(drawn, {});
+    FitOptions options;
+    options.centres = fittedCentres;
+    options.restarts = static_cast<uint32_t>(state.range(0));
+    Work work;
+    work.threads = 1;
+    FitState fitted;
+    for (auto _ : state) {
+        fitted = {};
+        if (!fitCentres(points, options, work, {}, fitted))
+            std::abort();
+    }
+    state.counters["meanDistance"] = meanDistance(asDoubles(drawn[0].data(), drawn.size()),
+                                                  asDoubles(fitted.best.data(), fittedCentres));
+}
+
+// Means by Euclid's distance, in floating point, from every hundredth hand, until nothing changes.
+void fitTurnCentresPlainly(benchmark::State& state) {
+    const std::vector<HistogramRow> drawn = handsToFit();
+    Rows points = asDoubles(drawn[0].data(), drawn.size());
+    Rows centres(fittedCentres, std::vector<double>(histogramWidth));
+    std::vector<double*> pointRows;
+    std::vector<double*> centreRows;
+    for (auto& point : points)
+        pointRows.push_back(point.data());
+    for (auto& centre : centres)
+        centreRows.push_back(centre.data());
+    for (auto _ : state)
+        std::free(k_means(pointRows.data(), fittedHands, histogramWidth, fittedCentres, 0,
+                          centreRows.data()));
+    state.counters["meanDistance"] = meanDistance(points, centres);
+}
+
+BENCHMARK(fitTurnCentres)->Arg(1)->Arg(3)->Unit(benchmark::kMillisecond);
+BENCHMARK(fitTurnCentresPlainly)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(nearestTurnCentre)->Arg(200)->Arg(1000)->Arg(9000);
 BENCHMARK(nearestRiverCentre)->Arg(200)->Arg(1000)->Arg(9000);
 
