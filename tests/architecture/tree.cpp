@@ -43,6 +43,7 @@ const RoomUses& allowedUses() {
         {"tree", {"support", "game"}},
         {"strategy", {"support", "game", "tree"}},
         {"holdem", {"support", "index", "game", "abstraction", "tree", "strategy"}},
+        {"response", {"support", "game", "abstraction", "tree", "strategy", "holdem"}},
         {"solver", {"support", "index", "game", "abstraction", "tree", "strategy", "holdem"}},
         {"training", {"support", "game", "abstraction", "tree", "strategy", "holdem", "solver"}},
         {"table_builder",

@@ -1,0 +1,143 @@
+#include "response/betting_rounds.h"
+
+#include <algorithm>
+#include <cassert>
+#include <stdexcept>
+
+namespace tamarin {
+
+namespace {
+
+using Node = CompiledTree::Node;
+
+constexpr const char* notAlike =
+    "the betting of a round depends on what came before; only limit games can be measured so";
+
+// Builds one round from its roots, one a lane.
+class Builder {
+public:
+    // last: whether showdowns follow the round; before that they are of hands all-in.
+    Builder(const CompiledTree& tree, int round, bool last, const std::vector<int32_t>& roots)
+        : tree_(tree), round_(round), last_(last) {
+        betting_.blocks = roots.size() / lanesInBlock;
+        add(roots);
+    }
+
+    RoundBetting take() { return std::move(betting_); }
+    // The roots of the next round, lane by lane, ending by ending.
+    const std::vector<int32_t>& below() const { return below_; }
+
+private:
+    const Node& at(int32_t node) const { return tree_.nodes()[static_cast<size_t>(node)]; }
+
+    // What an action leads to.
+    struct Step {
+        enum Kind : uint8_t { nowhere, node, fold, showdown, nextRound } kind = nowhere;
+        uint8_t folded = 0;
+        int32_t stake = 0;
+        bool alike(const Step& other) const { return kind == other.kind && folded == other.folded; }
+    };
+    Step stepTo(int32_t child) const {
+        if (child == CompiledTree::noChild)
+            return {};
+        if (child >= 0)
+            return {at(child).round == round_ ? Step::node : Step::nextRound};
+        const auto& settlement = tree_.settlements()[static_cast<size_t>(~child)];
+        for (uint8_t seat = 0; seat < 2; ++seat)
+            if (settlement.folded[seat] != 0)
+                return {Step::fold, seat, settlement.spent[seat]};
+        if (settlement.spent[0] != settlement.spent[1] || !last_)
+            throw std::invalid_argument(notAlike);
+        return {Step::showdown, 0, settlement.spent[0]};
+    }
+
+    int16_t add(const std::vector<int32_t>& lanes) {
+        const auto first = std::ranges::find_if(
+            lanes, [](int32_t node) { return node != RoundBetting::emptyLane; });
+        assert(first != lanes.end());
+        const auto index = betting_.nodes.size();
+        betting_.nodes.push_back({at(*first).player, {}});
+        betting_.treeNodes.insert(betting_.treeNodes.end(), lanes.begin(), lanes.end());
+        for (size_t a = 0; a < numAbstractedActions; ++a) {
+            const int16_t child = follow(lanes, *first, a);
+            betting_.nodes[index].child[a] = child;
+        }
+        return static_cast<int16_t>(index);
+    }
+
+    int16_t follow(const std::vector<int32_t>& lanes, int32_t model, size_t action) {
+        const Step expected = stepTo(at(model).child[action]);
+        std::vector<int32_t> children(lanes.size(), RoundBetting::emptyLane);
+        std::vector<int32_t> stakes(lanes.size(), 0);
+        for (size_t lane = 0; lane < lanes.size(); ++lane) {
+            if (lanes[lane] == RoundBetting::emptyLane)
+                continue;
+            const Step step = stepTo(at(lanes[lane]).child[action]);
+            if (!step.alike(expected) || at(lanes[lane]).player != at(model).player)
+                throw std::invalid_argument(notAlike);
+            children[lane] = at(lanes[lane]).child[action];
+            stakes[lane] = step.stake;
+        }
+        switch (expected.kind) {
+        case Step::nowhere:
+            return RoundBetting::noAction;
+        case Step::node:
+            return add(children);
+        case Step::fold:
+            return end({RoundBetting::EndingKind::fold, expected.folded, folds_++}, stakes);
+        case Step::showdown:
+            return end({RoundBetting::EndingKind::showdown, 0, showdowns_++}, stakes);
+        case Step::nextRound:
+            break;
+        }
+        below_.insert(below_.end(), children.begin(), children.end());
+        return end({RoundBetting::EndingKind::nextRound, 0, betting_.continuing++}, stakes);
+    }
+
+    int16_t end(RoundBetting::Ending ending, const std::vector<int32_t>& stakes) {
+        betting_.endings.push_back(ending);
+        betting_.stakes.insert(betting_.stakes.end(), stakes.begin(), stakes.end());
+        return static_cast<int16_t>(~static_cast<int16_t>(betting_.endings.size() - 1));
+    }
+
+    const CompiledTree& tree_;
+    int round_;
+    bool last_;
+    RoundBetting betting_;
+    std::vector<int32_t> below_;
+    size_t folds_ = 0;
+    size_t showdowns_ = 0;
+};
+
+} // namespace
+
+Result<BettingRounds> BettingRounds::of(const Game& game, const CompiledTree& tree) {
+    if (game.numPlayers != 2 || game.numRounds < 2)
+        return Error{"only games for two with two rounds or more can be measured so"};
+    BettingRounds made;
+    const auto& nodes = tree.nodes();
+    for (size_t n = 0; n < nodes.size(); ++n) {
+        if (nodes[n].round != 1)
+            continue;
+        const auto parent = static_cast<size_t>(nodes[n].parentEdge / numAbstractedActions);
+        if (nodes[parent].round == 0)
+            made.entries_.push_back(static_cast<int32_t>(n));
+    }
+    std::vector<int32_t> lanes = made.entries_;
+    lanes.resize((lanes.size() + lanesInBlock - 1) / lanesInBlock * lanesInBlock,
+                 RoundBetting::emptyLane);
+    try {
+        for (int round = 1; round < game.numRounds; ++round) {
+            if (lanes.empty())
+                return Error{notAlike};
+            Builder builder(tree, round, round + 1 == game.numRounds, lanes);
+            lanes = builder.below();
+            made.rounds_.push_back(builder.take());
+        }
+    } catch (const std::invalid_argument& error) {
+        return Error{error.what()};
+    }
+    return made;
+}
+
+} // namespace tamarin

@@ -1,0 +1,330 @@
+#include "response/flop_response.h"
+
+#include "response/round_walk.h"
+#include "support/parallel_errors.h"
+
+#include <atomic>
+#include <cassert>
+#include <omp.h>
+
+namespace tamarin {
+
+class FlopResponse::Walks {
+public:
+    virtual ~Walks() = default;
+    virtual Result<FlopValues> on(const PublicBoard& flop, const Work& work) const = 0;
+    virtual uint64_t memory(int threads) const = 0;
+};
+
+template <class Weight>
+class FlopResponse::TypedWalks : public FlopResponse::Walks {
+public:
+    explicit TypedWalks(const MeasuredGame& game) : game_(game) {
+        for (int round = 1; round <= game.rounds.last(); ++round)
+            shares_.emplace_back(game.rounds.round(round), game.strategy, round);
+        for (int seat = 0; seat < 2; ++seat)
+            flopReach_[static_cast<size_t>(seat)] = reachOfFlop(1 - seat);
+    }
+
+    Result<FlopValues> on(const PublicBoard& flop, const Work& work) const override;
+
+    uint64_t memory(int threads) const override {
+        uint64_t rows = 0;
+        for (int round = 2; round <= game_.rounds.last(); ++round)
+            rows += 3 * rowsOf(round) * (round == 2 ? 1 : static_cast<uint64_t>(threads));
+        const uint64_t turns = game_.deck.cards().size();
+        if (game_.rounds.last() >= 2)
+            rows += 3 * rowsOf(2) * turns; // of each turn card, until they are added up
+        return rows * sizeof(Row);
+    }
+
+private:
+    using Row = LaneRow<Weight>;
+    using Rows = std::vector<Row>;
+
+    // What is summed up over the boards of a round, by lane block and holding.
+    struct Sums {
+        Rows best;
+        Rows value; // empty where it is not wanted
+    };
+
+    // What a thread works in when one seat responds. Seat 0's own value is counted, too.
+    template <int responder>
+    struct Rooms {
+        explicit Rooms(const TypedWalks& walks) {
+            const int last = walks.game_.rounds.last();
+            const size_t hands = walks.game_.deck.holdings().size();
+            for (int round = 1; round <= last; ++round) {
+                walk.emplace_back(walks.game_.rounds.round(round), walks.sharesOf(round), responder,
+                                  hands);
+                reachBelow.emplace_back(round < last ? walks.rowsOf(round + 1) : 0);
+                sums.push_back(round < last ? walks.sumsOf(round + 1, responder) : Sums{});
+            }
+            reach.resize(hands);
+            best.resize(hands);
+            value.resize(responder == 0 ? hands : 0);
+        }
+        std::vector<RoundWalk<Weight, responder == 0>> walk; // [round - 1]
+        std::vector<Rows> reachBelow;                        // [round - 1]: of the round after
+        std::vector<Sums> sums;                              // [round - 1]: likewise
+        Rows reach;                                          // of one block, by hand
+        Rows best;
+        Rows value;
+    };
+    // Of both seats.
+    struct BothRooms {
+        explicit BothRooms(const TypedWalks& walks) : first(walks), second(walks) {}
+        Rooms<0> first;
+        Rooms<1> second;
+        template <class Act>
+        void of(size_t seat, const Act& act) {
+            if (seat == 0)
+                act(first);
+            else
+                act(second);
+        }
+    };
+
+    const ShareRows<Weight>& sharesOf(int round) const {
+        return shares_[static_cast<size_t>(round) - 1];
+    }
+    unsigned cardsOf(int round) const {
+        assert(round >= 0 && round < MAX_ROUNDS);
+        return game_.game.numBoardCards[round];
+    }
+    size_t rowsOf(int round) const {
+        return game_.rounds.round(round).blocks * game_.deck.holdings().size();
+    }
+    Sums sumsOf(int round, int responder) const {
+        return {Rows(rowsOf(round)), Rows(responder == 0 ? rowsOf(round) : 0)};
+    }
+    static void add(const Sums& more, Sums& sums) {
+        for (size_t i = 0; i < more.best.size(); ++i)
+            sums.best[i].add(more.best[i]);
+        for (size_t i = 0; i < more.value.size(); ++i)
+            sums.value[i].add(more.value[i]);
+    }
+    static void clear(Sums& sums) {
+        std::ranges::fill(sums.best, Row{});
+        std::ranges::fill(sums.value, Row{});
+    }
+
+    Rows reachOfFlop(int seat) const;
+    BoardHands handsOn(int round, const PublicBoard& board) const {
+        return handsOnBoard(game_.deck, game_.strategy, round, board, round == game_.rounds.last());
+    }
+    void gather(const BoardHands& hands, const Row* rows, Rows& out) const {
+        for (size_t i = 0; i < hands.size(); ++i)
+            out[i] = rows[hands.hands[i].number];
+    }
+    template <class OfSeat>
+    void reachDown(int round, const BoardHands& hands, const Rows& reach, OfSeat& rooms,
+                   Rows& below) const;
+    template <class OfSeat>
+    void valuesUp(int round, const BoardHands& hands, const Rows& reach, const Sums& below,
+                  OfSeat& rooms, unsigned weight, Sums& out) const;
+    template <class OfSeat>
+    void addBoard(int round, const PublicBoard& board, const Rows& reach, OfSeat& rooms,
+                  Sums& out) const;
+    void meanOfNext(const PublicBoard& board, int round, Sums& sums) const;
+    std::vector<double> byLineAndClass(const Rows& rows) const;
+
+    const MeasuredGame game_;
+    std::vector<ShareRows<Weight>> shares_; // [round - 1]
+    std::array<Rows, 2> flopReach_;         // [responder]: the other seat's
+};
+
+// The probability of a seat's own actions on the way to the flop, by lane and holding.
+template <class Weight>
+auto FlopResponse::TypedWalks<Weight>::reachOfFlop(int seat) const -> Rows {
+    const size_t holdings = game_.deck.holdings().size();
+    Rows rows(rowsOf(1));
+    const auto& nodes = game_.tree.nodes();
+    for (size_t lane = 0; lane < game_.rounds.entries().size(); ++lane)
+        for (size_t h = 0; h < holdings; ++h) {
+            const auto cards = game_.deck.cardsOf(h);
+            const uint16_t handClass = game_.strategy.classOf(seat, 0, cards);
+            double reach = 1.0;
+            const auto entry = static_cast<size_t>(game_.rounds.entries()[lane]);
+            for (int32_t edge = nodes[entry].parentEdge; edge != CompiledTree::noEdge;) {
+                const int32_t node = edge / numAbstractedActions;
+                const auto& at = nodes[static_cast<size_t>(node)];
+                if (at.player == seat)
+                    reach *= game_.strategy.shares(
+                        node, handClass)[static_cast<size_t>(edge % numAbstractedActions)];
+                edge = at.parentEdge;
+            }
+            rows[lane / lanesInBlock * holdings + h].lanes[lane % lanesInBlock] =
+                static_cast<Weight>(reach);
+        }
+    return rows;
+}
+
+template <class Weight>
+template <class OfSeat>
+void FlopResponse::TypedWalks<Weight>::reachDown(int round, const BoardHands& hands,
+                                                 const Rows& reach, OfSeat& rooms,
+                                                 Rows& below) const {
+    const size_t holdings = game_.deck.holdings().size();
+    for (size_t block = 0; block < game_.rounds.round(round).blocks; ++block) {
+        gather(hands, reach.data() + block * holdings, rooms.reach);
+        rooms.walk[static_cast<size_t>(round) - 1].down(hands, block, rooms.reach.data(),
+                                                        {below.data(), nullptr, nullptr, holdings});
+    }
+}
+
+// Adds the values of a board at the round's beginning, as often as weight says.
+template <class Weight>
+template <class OfSeat>
+void FlopResponse::TypedWalks<Weight>::valuesUp(int round, const BoardHands& hands,
+                                                const Rows& reach, const Sums& below, OfSeat& rooms,
+                                                unsigned weight, Sums& out) const {
+    const size_t holdings = game_.deck.holdings().size();
+    const auto times = static_cast<Weight>(weight);
+    for (size_t block = 0; block < game_.rounds.round(round).blocks; ++block) {
+        gather(hands, reach.data() + block * holdings, rooms.reach);
+        rooms.walk[static_cast<size_t>(round) - 1].up(
+            hands, block, rooms.reach.data(),
+            {nullptr, below.best.data(), below.value.data(), holdings}, rooms.best.data(),
+            rooms.value.data());
+        Row* const best = out.best.data() + block * holdings;
+        for (size_t i = 0; i < hands.size(); ++i)
+            best[hands.hands[i].number].addScaled(rooms.best[i], times);
+        if (out.value.empty())
+            continue;
+        Row* const value = out.value.data() + block * holdings;
+        for (size_t i = 0; i < hands.size(); ++i)
+            value[hands.hands[i].number].addScaled(rooms.value[i], times);
+    }
+}
+
+// The boards that were looked at stand for all; whoever holds two cards, and the opponent, leave so
+// many next cards as are not on the board or in their hands.
+template <class Weight>
+void FlopResponse::TypedWalks<Weight>::meanOfNext(const PublicBoard& board, int round,
+                                                  Sums& sums) const {
+    const size_t holdings = game_.deck.holdings().size();
+    const double cards = static_cast<double>(game_.deck.cards().size() - board.cards.size() - 4);
+    for (Rows* rows : {&sums.best, &sums.value})
+        if (!rows->empty())
+            for (size_t block = 0; block < game_.rounds.round(round + 1).blocks; ++block) {
+                Row* const of = rows->data() + block * holdings;
+                game_.deck.symmetrise(board, of);
+                for (size_t h = 0; h < holdings; ++h)
+                    of[h].scale(1.0 / cards);
+            }
+}
+
+template <class Weight>
+template <class OfSeat>
+void FlopResponse::TypedWalks<Weight>::addBoard(int round, const PublicBoard& board,
+                                                const Rows& reach, OfSeat& rooms, Sums& out) const {
+    const BoardHands hands = handsOn(round, board);
+    const size_t at = static_cast<size_t>(round) - 1;
+    Sums& below = rooms.sums[at];
+    if (round < game_.rounds.last()) {
+        reachDown(round, hands, reach, rooms, rooms.reachBelow[at]);
+        clear(below);
+        for (const PublicBoard& next : game_.deck.extend(board, cardsOf(round + 1)))
+            addBoard(round + 1, next, rooms.reachBelow[at], rooms, below);
+        meanOfNext(board, round, below);
+    }
+    valuesUp(round, hands, reach, below, rooms, board.weight, out);
+}
+
+template <class Weight>
+std::vector<double> FlopResponse::TypedWalks<Weight>::byLineAndClass(const Rows& rows) const {
+    const size_t holdings = game_.deck.holdings().size();
+    const size_t classes = game_.deck.numHandClasses();
+    std::vector<double> sums(game_.rounds.entries().size() * classes);
+    for (size_t lane = 0; lane < game_.rounds.entries().size(); ++lane) {
+        for (size_t h = 0; h < holdings; ++h)
+            sums[lane * classes + game_.deck.handClassOf(h)] += static_cast<double>(
+                rows[lane / lanesInBlock * holdings + h].lanes[lane % lanesInBlock]);
+        for (size_t c = 0; c < classes; ++c)
+            sums[lane * classes + c] /= game_.deck.handClassSize(c);
+    }
+    return sums;
+}
+
+// Turn cards are shared out among the threads, for either seat; what they give is added up in their
+// order, whoever has it first.
+template <class Weight>
+Result<FlopValues> FlopResponse::TypedWalks<Weight>::on(const PublicBoard& flop,
+                                                        const Work& work) const {
+    const bool more = game_.rounds.last() > 1;
+    const std::vector<PublicBoard> turns =
+        more ? game_.deck.extend(flop, cardsOf(2)) : std::vector<PublicBoard>();
+    const BoardHands hands = handsOn(1, flop);
+    BothRooms flopRooms(*this);
+    for (size_t seat = 0; seat < 2 && more; ++seat)
+        flopRooms.of(seat, [&](auto& rooms) {
+            reachDown(1, hands, flopReach_[seat], rooms, rooms.reachBelow[0]);
+        });
+    std::vector<Sums> ofTurn(2 * turns.size());
+    std::atomic<bool> stopping{false};
+    std::atomic<uint64_t> done{0};
+    ParallelErrors errors;
+#pragma omp parallel num_threads(work.threadCount())
+    {
+        std::unique_ptr<BothRooms> own;
+#pragma omp for schedule(dynamic, 1)
+        for (size_t item = 0; item < ofTurn.size(); ++item) {
+            if (stopping.load(std::memory_order_relaxed))
+                continue;
+            errors.run([&] {
+                const size_t seat = item % 2;
+                if (own == nullptr)
+                    own = std::make_unique<BothRooms>(*this);
+                ofTurn[item] = sumsOf(2, static_cast<int>(seat));
+                flopRooms.of(seat, [&](auto& above) {
+                    own->of(seat, [&](auto& rooms) {
+                        addBoard(2, turns[item / 2], above.reachBelow[0], rooms, ofTurn[item]);
+                    });
+                });
+                const uint64_t now = done.fetch_add(1, std::memory_order_relaxed) + 1;
+                if (work.shouldStop())
+                    stopping = true;
+                if (omp_get_thread_num() == 0)
+                    work.report(now, ofTurn.size());
+            });
+        }
+    }
+    errors.rethrow();
+    if (stopping)
+        return stopped();
+    FlopValues values;
+    for (size_t seat = 0; seat < 2; ++seat)
+        flopRooms.of(seat, [&](auto& rooms) {
+            Sums& below = rooms.sums[0];
+            for (size_t item = seat; item < ofTurn.size(); item += 2)
+                add(ofTurn[item], below);
+            if (more)
+                meanOfNext(flop, 1, below);
+            Sums sums = sumsOf(1, static_cast<int>(seat));
+            valuesUp(1, hands, flopReach_[seat], below, rooms, 1, sums);
+            values.best[seat] = byLineAndClass(sums.best);
+            if (seat == 0)
+                values.value = byLineAndClass(sums.value);
+        });
+    return values;
+}
+
+FlopResponse::FlopResponse(const MeasuredGame& game, LaneNumbers numbers) {
+    if (numbers == LaneNumbers::floats)
+        walks_ = std::make_unique<TypedWalks<float>>(game);
+    else
+        walks_ = std::make_unique<TypedWalks<double>>(game);
+}
+
+FlopResponse::~FlopResponse() = default;
+
+uint64_t FlopResponse::memory(int threads) const {
+    return walks_->memory(threads);
+}
+
+Result<FlopValues> FlopResponse::on(const PublicBoard& flop, const Work& work) const {
+    return walks_->on(flop, work);
+}
+
+} // namespace tamarin

@@ -1,0 +1,80 @@
+#include "response/flop_response.h"
+
+#include "response/measured.h"
+
+namespace tamarin::test {
+namespace {
+
+const std::string threeRounds = shortGame(4, 6, "2 2 2", "10 10 20", "0 3 1");
+
+FlopValues on(const Measured& measured, size_t flop, int threads, LaneNumbers numbers) {
+    Work work;
+    work.threads = threads;
+    const auto flops = measured.deck.extend(measured.deck.empty(), 3);
+    auto values = FlopResponse(measured.whole(), numbers).on(flops[flop], work);
+    EXPECT_TRUE(values.ok());
+    return std::move(*values);
+}
+
+TEST(FlopResponse, AnyNumberOfThreadsGivesTheSame) {
+    const Measured measured(threeRounds);
+    const FlopValues one = on(measured, 11, 1, LaneNumbers::floats);
+    for (const int threads : {2, 3, 8}) {
+        const FlopValues more = on(measured, 11, threads, LaneNumbers::floats);
+        EXPECT_EQ(more.best, one.best);
+        EXPECT_EQ(more.value, one.value);
+    }
+}
+
+TEST(FlopResponse, FloatsAreNearDoubles) {
+    const Measured measured(threeRounds);
+    const FlopValues floats = on(measured, 17, 2, LaneNumbers::floats);
+    const FlopValues doubles = on(measured, 17, 2, LaneNumbers::doubles);
+    for (size_t seat = 0; seat < 2; ++seat)
+        for (size_t i = 0; i < doubles.best[seat].size(); ++i)
+            ASSERT_NEAR(floats.best[seat][i], doubles.best[seat][i], 0.01) << seat << " " << i;
+    double largest = 0;
+    for (size_t i = 0; i < doubles.value.size(); ++i) {
+        ASSERT_NEAR(floats.value[i], doubles.value[i], 0.01) << i;
+        largest = std::max(largest, std::abs(doubles.value[i]));
+    }
+    EXPECT_GT(largest, 1000); // summed over a few hundred hands of the opponent
+}
+
+// The best play wins no less than the strategy's own.
+TEST(FlopResponse, TheBestIsNoWorse) {
+    const Measured measured(threeRounds);
+    const FlopValues values = on(measured, 30, 2, LaneNumbers::doubles);
+    for (size_t i = 0; i < values.value.size(); ++i)
+        ASSERT_GE(values.best[0][i], values.value[i] - 1e-9);
+}
+
+TEST(FlopResponse, StopsWhenAsked) {
+    const Measured measured(threeRounds);
+    Work work;
+    work.stop = [] { return true; };
+    const auto flops = measured.deck.extend(measured.deck.empty(), 3);
+    const auto values = FlopResponse(measured.whole()).on(flops[0], work);
+    ASSERT_FALSE(values.ok());
+    EXPECT_EQ(values.error(), "stopped");
+}
+
+TEST(FlopResponse, SaysHowFarItIs) {
+    const Measured measured(threeRounds);
+    uint64_t last = 0;
+    uint64_t all = 0;
+    Work work;
+    work.threads = 1;
+    work.progress = [&](uint64_t done, uint64_t total) {
+        EXPECT_EQ(done, last + 1);
+        last = done;
+        all = total;
+    };
+    const auto flops = measured.deck.extend(measured.deck.empty(), 3);
+    ASSERT_TRUE(FlopResponse(measured.whole()).on(flops[3], work).ok());
+    EXPECT_EQ(last, all);
+    EXPECT_EQ(all, 2 * measured.deck.extend(flops[3], 1).size());
+}
+
+} // namespace
+} // namespace tamarin::test

@@ -1,0 +1,162 @@
+// What a hand wins against a strategy, card by card and hand by hand: the measure that is obvious.
+#pragma once
+
+#include "response/measured.h"
+
+#include <vector>
+
+namespace tamarin::test {
+
+class PlainResponse {
+public:
+    PlainResponse(const Measured& measured, int seat, bool best)
+        : measured_(measured), seat_(seat), best_(best) {}
+
+    // Chips a hand, over all hands: one of each class of starting hands wins as all of it do.
+    double mean() const {
+        const PublicDeck& deck = measured_.deck;
+        double sum = 0;
+        for (size_t c = 0; c < deck.numHandClasses(); ++c) {
+            size_t holding = 0;
+            while (deck.handClassOf(holding) != c)
+                ++holding;
+            sum += deck.handClassSize(c) * ofHand(deck.cardsOf(holding));
+        }
+        return sum / static_cast<double>(deck.holdings().size());
+    }
+
+    double ofHand(std::array<uint8_t, 2> hand) const {
+        std::vector<Other> others;
+        const auto& deck = measured_.deck.cards();
+        for (size_t high = 1; high < deck.size(); ++high)
+            for (size_t low = 0; low < high; ++low)
+                if (!has(hand, deck[low]) && !has(hand, deck[high]))
+                    others.push_back({{deck[low], deck[high]}, 1.0});
+        return at(0, hand, {}, others) / static_cast<double>(others.size());
+    }
+
+private:
+    // A hand of the opponent, with the probability of its actions.
+    struct Other {
+        std::array<uint8_t, 2> cards;
+        double reach;
+    };
+    using Cards = std::vector<uint8_t>;
+
+    static bool has(std::span<const uint8_t> cards, uint8_t card) {
+        return std::ranges::find(cards, card) != cards.end();
+    }
+    static Cards joined(std::array<uint8_t, 2> hand, const Cards& board) {
+        Cards all(hand.begin(), hand.end());
+        all.insert(all.end(), board.begin(), board.end());
+        return all;
+    }
+    ActionShares shares(int32_t node, int seat, std::array<uint8_t, 2> hand,
+                        const Cards& board) const {
+        const int round = measured_.tree.nodes()[static_cast<size_t>(node)].round;
+        const auto cards = joined(hand, board);
+        return measured_.strategy->shares(node, measured_.strategy->classOf(seat, round, cards));
+    }
+
+    // The sum over the others of what the hand wins against each.
+    double at(int32_t number, std::array<uint8_t, 2> hand, const Cards& board,
+              const std::vector<Other>& others) const {
+        const auto& node = measured_.tree.nodes()[static_cast<size_t>(number)];
+        const size_t cards = boardCardsUpTo(node.round);
+        if (board.size() < cards)
+            return dealt(number, hand, board, others, cards - board.size());
+        double result = 0;
+        bool first = true;
+        for (size_t a = 0; a < numAbstractedActions; ++a) {
+            if (node.child[a] == CompiledTree::noChild)
+                continue;
+            if (node.player != seat_) {
+                std::vector<Other> next = others;
+                for (Other& other : next)
+                    other.reach *= shares(number, 1 - seat_, other.cards, board)[a];
+                result += follow(node.child[a], hand, board, next);
+                continue;
+            }
+            const double value = follow(node.child[a], hand, board, others);
+            if (!best_)
+                result += shares(number, seat_, hand, board)[a] * value;
+            else if (first || value > result)
+                result = value;
+            first = false;
+        }
+        return result;
+    }
+
+    double follow(int32_t child, std::array<uint8_t, 2> hand, const Cards& board,
+                  const std::vector<Other>& others) const {
+        if (child >= 0)
+            return at(child, hand, board, others);
+        const auto& settlement = measured_.tree.settlements()[static_cast<size_t>(~child)];
+        const auto own = static_cast<size_t>(seat_);
+        double sum = 0;
+        for (const Other& other : others) {
+            if (settlement.folded[own] != 0)
+                sum -= other.reach * settlement.spent[own];
+            else if (settlement.folded[1 - own] != 0)
+                sum += other.reach * settlement.spent[1 - own];
+            else
+                sum += other.reach * settlement.spent[own] * compare(hand, other.cards, board);
+        }
+        return sum;
+    }
+
+    static int compare(std::array<uint8_t, 2> hand, std::array<uint8_t, 2> other,
+                       const Cards& board) {
+        const auto rank = [&](std::array<uint8_t, 2> cards) {
+            CardSet set = 0;
+            for (const uint8_t card : joined(cards, board))
+                set |= cardBit(card);
+            return rankCardSet(set);
+        };
+        const int difference = rank(hand) - rank(other);
+        return difference > 0 ? 1 : difference < 0 ? -1 : 0;
+    }
+
+    // The mean over the cards that may come; every pair of hands leaves equally many.
+    double dealt(int32_t node, std::array<uint8_t, 2> hand, const Cards& board,
+                 const std::vector<Other>& others, size_t count) const {
+        double sum = 0;
+        double boards = 1;
+        const size_t left = measured_.deck.cards().size() - board.size() - 4;
+        for (size_t i = 0; i < count; ++i)
+            boards = boards * static_cast<double>(left - i) / static_cast<double>(i + 1);
+        Cards next = board;
+        const auto choose = [&](const auto& self, size_t from, size_t more) -> void {
+            if (more == 0) {
+                std::vector<Other> live;
+                for (const Other& other : others)
+                    if (!has(next, other.cards[0]) && !has(next, other.cards[1]))
+                        live.push_back(other);
+                sum += at(node, hand, next, live);
+                return;
+            }
+            const auto& deck = measured_.deck.cards();
+            for (size_t i = from; i < deck.size(); ++i)
+                if (!has(hand, deck[i]) && !has(board, deck[i])) {
+                    next.push_back(deck[i]);
+                    self(self, i + 1, more - 1);
+                    next.pop_back();
+                }
+        };
+        choose(choose, 0, count);
+        return sum / boards;
+    }
+
+    size_t boardCardsUpTo(int round) const {
+        size_t cards = 0;
+        for (int r = 0; r <= round; ++r)
+            cards += measured_.game->numBoardCards[r];
+        return cards;
+    }
+
+    const Measured& measured_;
+    int seat_;
+    bool best_;
+};
+
+} // namespace tamarin::test
