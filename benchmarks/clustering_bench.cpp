@@ -8,11 +8,13 @@
 #include "clustering/seed_centres.h"
 #include "support/util.h"
 
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <numeric>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -132,7 +134,37 @@ void fitTurnCentresPlainly(benchmark::State& state) {
     state.counters["meanDistance"] = meanDistance(points, centres);
 }
 
+// By equity alone: hands in order of it, cut into equal parts, each with its medians for a centre.
+void cutTurnByEquity(benchmark::State& state) {
+    const std::vector<HistogramRow> drawn = handsToFit();
+    Rows points = asDoubles(drawn[0].data(), drawn.size());
+    Rows centres;
+    double sum = 0;
+    for (auto _ : state) {
+        std::ranges::sort(points, {}, [](const std::vector<double>& point) {
+            return std::accumulate(point.begin(), point.end(), 0.0);
+        });
+        sum = 0;
+        constexpr size_t part = fittedHands / fittedCentres;
+        for (size_t begin = 0; begin < points.size(); begin += part) {
+            const Rows own(points.begin() + static_cast<ptrdiff_t>(begin),
+                           points.begin() + static_cast<ptrdiff_t>(begin + part));
+            std::vector<double> medians;
+            for (size_t i = 0; i < histogramWidth; ++i) {
+                std::vector<double> column;
+                for (const auto& point : own)
+                    column.push_back(point[i]);
+                std::ranges::nth_element(column, column.begin() + part / 2);
+                medians.push_back(column[part / 2]);
+            }
+            sum += meanDistance(own, {medians}) * part;
+        }
+    }
+    state.counters["meanDistance"] = sum / static_cast<double>(points.size());
+}
+
 BENCHMARK(fitTurnCentres)->Arg(1)->Arg(3)->Unit(benchmark::kMillisecond);
+BENCHMARK(cutTurnByEquity)->Unit(benchmark::kMillisecond);
 BENCHMARK(fitTurnCentresPlainly)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(nearestTurnCentre)->Arg(200)->Arg(1000)->Arg(9000);
 BENCHMARK(nearestRiverCentre)->Arg(200)->Arg(1000)->Arg(9000);
