@@ -45,44 +45,30 @@ private:
     // What is summed up over the boards of a round, by lane block and holding.
     struct Sums {
         Rows best;
-        Rows value; // empty where it is not wanted
+        Rows value;
     };
 
-    // What a thread works in when one seat responds. Seat 0's own value is counted, too.
-    template <int responder>
+    // What a thread works in when one seat responds.
     struct Rooms {
-        explicit Rooms(const TypedWalks& walks) {
+        Rooms(const TypedWalks& walks, int responder) {
             const int last = walks.game_.rounds.last();
             const size_t hands = walks.game_.deck.holdings().size();
             for (int round = 1; round <= last; ++round) {
                 walk.emplace_back(walks.game_.rounds.round(round), walks.sharesOf(round), responder,
                                   hands);
                 reachBelow.emplace_back(round < last ? walks.rowsOf(round + 1) : 0);
-                sums.push_back(round < last ? walks.sumsOf(round + 1, responder) : Sums{});
+                sums.push_back(round < last ? walks.sumsOf(round + 1) : Sums{});
             }
             reach.resize(hands);
             best.resize(hands);
-            value.resize(responder == 0 ? hands : 0);
+            value.resize(hands);
         }
-        std::vector<RoundWalk<Weight, responder == 0>> walk; // [round - 1]
-        std::vector<Rows> reachBelow;                        // [round - 1]: of the round after
-        std::vector<Sums> sums;                              // [round - 1]: likewise
-        Rows reach;                                          // of one block, by hand
+        std::vector<RoundWalk<Weight>> walk; // [round - 1]
+        std::vector<Rows> reachBelow;        // [round - 1]: of the round after
+        std::vector<Sums> sums;              // [round - 1]: likewise
+        Rows reach;                          // of one block, by hand
         Rows best;
         Rows value;
-    };
-    // Of both seats.
-    struct BothRooms {
-        explicit BothRooms(const TypedWalks& walks) : first(walks), second(walks) {}
-        Rooms<0> first;
-        Rooms<1> second;
-        template <class Act>
-        void of(size_t seat, const Act& act) {
-            if (seat == 0)
-                act(first);
-            else
-                act(second);
-        }
     };
 
     const ShareRows<Weight>& sharesOf(int round) const {
@@ -95,14 +81,12 @@ private:
     size_t rowsOf(int round) const {
         return game_.rounds.round(round).blocks * game_.deck.holdings().size();
     }
-    Sums sumsOf(int round, int responder) const {
-        return {Rows(rowsOf(round)), Rows(responder == 0 ? rowsOf(round) : 0)};
-    }
+    Sums sumsOf(int round) const { return {Rows(rowsOf(round)), Rows(rowsOf(round))}; }
     static void add(const Sums& more, Sums& sums) {
-        for (size_t i = 0; i < more.best.size(); ++i)
+        for (size_t i = 0; i < more.best.size(); ++i) {
             sums.best[i].add(more.best[i]);
-        for (size_t i = 0; i < more.value.size(); ++i)
             sums.value[i].add(more.value[i]);
+        }
     }
     static void clear(Sums& sums) {
         std::ranges::fill(sums.best, Row{});
@@ -117,14 +101,13 @@ private:
         for (size_t i = 0; i < hands.size(); ++i)
             out[i] = rows[hands.hands[i].number];
     }
-    template <class OfSeat>
-    void reachDown(int round, const BoardHands& hands, const Rows& reach, OfSeat& rooms,
+    void reachDown(int round, const BoardHands& hands, const Rows& reach, Rooms& rooms,
                    Rows& below) const;
-    template <class OfSeat>
-    void valuesUp(int round, const BoardHands& hands, const Rows& reach, const Sums& below,
-                  OfSeat& rooms, unsigned weight, Sums& out) const;
-    template <class OfSeat>
-    void addBoard(int round, const PublicBoard& board, const Rows& reach, OfSeat& rooms,
+    void valuesUp(int round, const BoardHands& hands, size_t block, const Rows& reach,
+                  const Sums& below, Rooms& rooms, unsigned weight, Sums& out) const;
+    void addLastBoards(const std::vector<PublicBoard>& boards, const Rows& reach, Rooms& rooms,
+                       Sums& out) const;
+    void addBoard(int round, const PublicBoard& board, const Rows& reach, Rooms& rooms,
                   Sums& out) const;
     void meanOfNext(const PublicBoard& board, int round, Sums& sums) const;
     std::vector<double> byLineAndClass(const Rows& rows) const;
@@ -161,9 +144,8 @@ auto FlopResponse::TypedWalks<Weight>::reachOfFlop(int seat) const -> Rows {
 }
 
 template <class Weight>
-template <class OfSeat>
 void FlopResponse::TypedWalks<Weight>::reachDown(int round, const BoardHands& hands,
-                                                 const Rows& reach, OfSeat& rooms,
+                                                 const Rows& reach, Rooms& rooms,
                                                  Rows& below) const {
     const size_t holdings = game_.deck.holdings().size();
     for (size_t block = 0; block < game_.rounds.round(round).blocks; ++block) {
@@ -173,28 +155,25 @@ void FlopResponse::TypedWalks<Weight>::reachDown(int round, const BoardHands& ha
     }
 }
 
-// Adds the values of a board at the round's beginning, as often as weight says.
+// Adds the values of a board at the round's beginning, in one block of lanes, as often as weight
+// says.
 template <class Weight>
-template <class OfSeat>
-void FlopResponse::TypedWalks<Weight>::valuesUp(int round, const BoardHands& hands,
-                                                const Rows& reach, const Sums& below, OfSeat& rooms,
+void FlopResponse::TypedWalks<Weight>::valuesUp(int round, const BoardHands& hands, size_t block,
+                                                const Rows& reach, const Sums& below, Rooms& rooms,
                                                 unsigned weight, Sums& out) const {
     const size_t holdings = game_.deck.holdings().size();
     const auto times = static_cast<Weight>(weight);
-    for (size_t block = 0; block < game_.rounds.round(round).blocks; ++block) {
-        gather(hands, reach.data() + block * holdings, rooms.reach);
-        rooms.walk[static_cast<size_t>(round) - 1].up(
-            hands, block, rooms.reach.data(),
-            {nullptr, below.best.data(), below.value.data(), holdings}, rooms.best.data(),
-            rooms.value.data());
-        Row* const best = out.best.data() + block * holdings;
-        for (size_t i = 0; i < hands.size(); ++i)
-            best[hands.hands[i].number].addScaled(rooms.best[i], times);
-        if (out.value.empty())
-            continue;
-        Row* const value = out.value.data() + block * holdings;
-        for (size_t i = 0; i < hands.size(); ++i)
-            value[hands.hands[i].number].addScaled(rooms.value[i], times);
+    gather(hands, reach.data() + block * holdings, rooms.reach);
+    rooms.walk[static_cast<size_t>(round) - 1].up(
+        hands, block, rooms.reach.data(),
+        {nullptr, below.best.data(), below.value.data(), holdings}, rooms.best.data(),
+        rooms.value.data());
+    Row* const best = out.best.data() + block * holdings;
+    Row* const value = out.value.data() + block * holdings;
+    for (size_t i = 0; i < hands.size(); ++i) {
+        const uint16_t number = hands.hands[i].number;
+        best[number].addScaled(rooms.best[i], times);
+        value[number].addScaled(rooms.value[i], times);
     }
 }
 
@@ -206,30 +185,47 @@ void FlopResponse::TypedWalks<Weight>::meanOfNext(const PublicBoard& board, int 
     const size_t holdings = game_.deck.holdings().size();
     const double cards = static_cast<double>(game_.deck.cards().size() - board.cards.size() - 4);
     for (Rows* rows : {&sums.best, &sums.value})
-        if (!rows->empty())
-            for (size_t block = 0; block < game_.rounds.round(round + 1).blocks; ++block) {
-                Row* const of = rows->data() + block * holdings;
-                game_.deck.symmetrise(board, of);
-                for (size_t h = 0; h < holdings; ++h)
-                    of[h].scale(1.0 / cards);
-            }
+        for (size_t block = 0; block < game_.rounds.round(round + 1).blocks; ++block) {
+            Row* const of = rows->data() + block * holdings;
+            game_.deck.symmetrise(board, of);
+            for (size_t h = 0; h < holdings; ++h)
+                of[h].scale(1.0 / cards);
+        }
 }
 
 template <class Weight>
-template <class OfSeat>
 void FlopResponse::TypedWalks<Weight>::addBoard(int round, const PublicBoard& board,
-                                                const Rows& reach, OfSeat& rooms, Sums& out) const {
+                                                const Rows& reach, Rooms& rooms, Sums& out) const {
     const BoardHands hands = handsOn(round, board);
     const size_t at = static_cast<size_t>(round) - 1;
     Sums& below = rooms.sums[at];
     if (round < game_.rounds.last()) {
         reachDown(round, hands, reach, rooms, rooms.reachBelow[at]);
         clear(below);
-        for (const PublicBoard& next : game_.deck.extend(board, cardsOf(round + 1)))
-            addBoard(round + 1, next, rooms.reachBelow[at], rooms, below);
+        const auto next = game_.deck.extend(board, cardsOf(round + 1));
+        if (round + 1 < game_.rounds.last())
+            for (const PublicBoard& each : next)
+                addBoard(round + 1, each, rooms.reachBelow[at], rooms, below);
+        else
+            addLastBoards(next, rooms.reachBelow[at], rooms, below);
         meanOfNext(board, round, below);
     }
-    valuesUp(round, hands, reach, below, rooms, board.weight, out);
+    for (size_t block = 0; block < game_.rounds.round(round).blocks; ++block)
+        valuesUp(round, hands, block, reach, below, rooms, board.weight, out);
+}
+
+// Block by block and, of each, board by board: the rows of a block stay in the cache.
+template <class Weight>
+void FlopResponse::TypedWalks<Weight>::addLastBoards(const std::vector<PublicBoard>& boards,
+                                                     const Rows& reach, Rooms& rooms,
+                                                     Sums& out) const {
+    const int last = game_.rounds.last();
+    std::vector<BoardHands> hands;
+    for (const PublicBoard& board : boards)
+        hands.push_back(handsOn(last, board));
+    for (size_t block = 0; block < game_.rounds.round(last).blocks; ++block)
+        for (size_t b = 0; b < boards.size(); ++b)
+            valuesUp(last, hands[b], block, reach, {}, rooms, boards[b].weight, out);
 }
 
 template <class Weight>
@@ -256,32 +252,27 @@ Result<FlopValues> FlopResponse::TypedWalks<Weight>::on(const PublicBoard& flop,
     const std::vector<PublicBoard> turns =
         more ? game_.deck.extend(flop, cardsOf(2)) : std::vector<PublicBoard>();
     const BoardHands hands = handsOn(1, flop);
-    BothRooms flopRooms(*this);
+    std::array<Rooms, 2> flopRooms{Rooms(*this, 0), Rooms(*this, 1)};
     for (size_t seat = 0; seat < 2 && more; ++seat)
-        flopRooms.of(seat, [&](auto& rooms) {
-            reachDown(1, hands, flopReach_[seat], rooms, rooms.reachBelow[0]);
-        });
+        reachDown(1, hands, flopReach_[seat], flopRooms[seat], flopRooms[seat].reachBelow[0]);
     std::vector<Sums> ofTurn(2 * turns.size());
     std::atomic<bool> stopping{false};
     std::atomic<uint64_t> done{0};
     ParallelErrors errors;
 #pragma omp parallel num_threads(work.threadCount())
     {
-        std::unique_ptr<BothRooms> own;
+        std::array<std::unique_ptr<Rooms>, 2> own;
 #pragma omp for schedule(dynamic, 1)
         for (size_t item = 0; item < ofTurn.size(); ++item) {
             if (stopping.load(std::memory_order_relaxed))
                 continue;
             errors.run([&] {
                 const size_t seat = item % 2;
-                if (own == nullptr)
-                    own = std::make_unique<BothRooms>(*this);
-                ofTurn[item] = sumsOf(2, static_cast<int>(seat));
-                flopRooms.of(seat, [&](auto& above) {
-                    own->of(seat, [&](auto& rooms) {
-                        addBoard(2, turns[item / 2], above.reachBelow[0], rooms, ofTurn[item]);
-                    });
-                });
+                if (own[seat] == nullptr)
+                    own[seat] = std::make_unique<Rooms>(*this, static_cast<int>(seat));
+                ofTurn[item] = sumsOf(2);
+                addBoard(2, turns[item / 2], flopRooms[seat].reachBelow[0], *own[seat],
+                         ofTurn[item]);
                 const uint64_t now = done.fetch_add(1, std::memory_order_relaxed) + 1;
                 if (work.shouldStop())
                     stopping = true;
@@ -294,19 +285,19 @@ Result<FlopValues> FlopResponse::TypedWalks<Weight>::on(const PublicBoard& flop,
     if (stopping)
         return stopped();
     FlopValues values;
-    for (size_t seat = 0; seat < 2; ++seat)
-        flopRooms.of(seat, [&](auto& rooms) {
-            Sums& below = rooms.sums[0];
-            for (size_t item = seat; item < ofTurn.size(); item += 2)
-                add(ofTurn[item], below);
-            if (more)
-                meanOfNext(flop, 1, below);
-            Sums sums = sumsOf(1, static_cast<int>(seat));
-            valuesUp(1, hands, flopReach_[seat], below, rooms, 1, sums);
-            values.best[seat] = byLineAndClass(sums.best);
-            if (seat == 0)
-                values.value = byLineAndClass(sums.value);
-        });
+    for (size_t seat = 0; seat < 2; ++seat) {
+        Rooms& rooms = flopRooms[seat];
+        Sums& below = rooms.sums[0];
+        for (size_t item = seat; item < ofTurn.size(); item += 2)
+            add(ofTurn[item], below);
+        if (more)
+            meanOfNext(flop, 1, below);
+        Sums sums = sumsOf(1);
+        for (size_t block = 0; block < game_.rounds.round(1).blocks; ++block)
+            valuesUp(1, hands, block, flopReach_[seat], below, rooms, 1, sums);
+        values.best[seat] = byLineAndClass(sums.best);
+        values.value[seat] = byLineAndClass(sums.value);
+    }
     return values;
 }
 

@@ -27,10 +27,10 @@ struct MeasuredGame {
 // each weighed with the probability of its own actions, and averaged over turns and rivers; in
 // chips. Hands that share a card with the flop win 0.
 struct FlopValues {
-    // [seat]: with the best play from the flop on, against the strategy of the other seat.
+    // [seat]: with the best play from the flop on, against the strategy of the other seat; and with
+    // the strategy's own play.
     std::array<std::vector<double>, 2> best;
-    // Seat 0's with the strategy's own play; seat 1's is the other side of it.
-    std::vector<double> value;
+    std::array<std::vector<double>, 2> value;
 };
 
 // Numbers are computed with floats (float), or with doubles for comparisons.

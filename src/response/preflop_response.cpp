@@ -23,9 +23,10 @@ void addTo(std::vector<double>& sums, const std::vector<double>& values, double 
 } // namespace
 
 void FlopSums::add(const FlopValues& values, double times) {
-    for (size_t seat = 0; seat < 2; ++seat)
+    for (size_t seat = 0; seat < 2; ++seat) {
         addTo(best_[seat], values.best[seat], times);
-    addTo(value_, values.value, times);
+        addTo(value_[seat], values.value[seat], times);
+    }
     flops_ += times;
 }
 

@@ -22,7 +22,7 @@ public:
 
     // As if the flops added were all that the deck has.
     LineValues best(int seat) const { return mean(best_[static_cast<size_t>(seat)]); }
-    LineValues value() const { return mean(value_); }
+    LineValues value(int seat) const { return mean(value_[static_cast<size_t>(seat)]); }
 
 private:
     LineValues mean(const std::vector<double>& sums) const;
@@ -30,7 +30,7 @@ private:
     const MeasuredGame game_;
     double flops_ = 0;
     std::array<std::vector<double>, 2> best_;
-    std::vector<double> value_;
+    std::array<std::vector<double>, 2> value_;
 };
 
 // One seat's play before the flop. Results are chips a hand, by class of starting hands.

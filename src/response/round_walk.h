@@ -3,8 +3,8 @@
 // One seat responds to the other's strategy. Down the tree go the opponent's reach probabilities,
 // a row of lanes for each hand; up come the responder's counterfactual values: what each of its
 // hands wins, summed over the opponent's hands, each weighed with its reach (Johanson, Waugh,
-// Bowling and Zinkevich 2011). The best response takes the better action hand by hand; beside it,
-// where asked for, goes the value of the responder's own play by the strategy.
+// Bowling and Zinkevich 2011). The best response takes the better action hand by hand; beside it
+// goes the value of the responder's own play by the strategy.
 //
 // What the opponent does, it does by classes of hands (hand_strategy.h), of which a board has fewer
 // than hands. So a reach is never written down hand by hand: it is the reach at the round's
@@ -33,8 +33,7 @@ struct RowsBelow {
     size_t holdings = 0;
 };
 
-// withValue: whether the value of the responder's own play is wanted.
-template <class Weight, bool withValue>
+template <class Weight>
 class RoundWalk {
 public:
     using Row = LaneRow<Weight>;
@@ -46,7 +45,7 @@ public:
           before_(hands) {
         for (Frame& frame : frames_) {
             frame.best.resize(hands);
-            frame.value.resize(withValue ? hands : 0);
+            frame.value.resize(hands);
         }
     }
 
@@ -55,8 +54,8 @@ public:
         descend(0, begin(hands, block, reach, below), 0);
     }
 
-    // The values at the round's beginning, by hand of the board; value is left alone without
-    // withValue. below: of the endings that lead on.
+    // The values at the round's beginning, by hand of the board. below: of the endings that lead
+    // on.
     void up(const BoardHands& hands, size_t block, const Row* reach, RowsBelow<Weight> below,
             Row* best, Row* value) {
         visit(0, begin(hands, block, reach, below), 0, best, value);
@@ -91,6 +90,7 @@ private:
         Row one;
         one.lanes += 1;
         ones_.assign(hands.present[opponent()].size(), one);
+        totalClasses();
         return ones_.data();
     }
 
@@ -153,13 +153,11 @@ private:
         const RoundBetting::Node& node = betting_.nodes[number];
         Frame& frame = frames_[depth];
         const uint16_t* const classes = hands_->classes[seat()].data();
-        if constexpr (withValue) {
-            const Row* const shares = shares_.of(block_, number);
-            const std::vector<uint16_t>& present = hands_->present[seat()];
-            for (size_t k = 0; k < present.size(); ++k)
-                std::copy_n(shares + present[k] * size_t{numAbstractedActions},
-                            numAbstractedActions, frame.own.data() + k * numAbstractedActions);
-        }
+        const Row* const shares = shares_.of(block_, number);
+        const std::vector<uint16_t>& present = hands_->present[seat()];
+        for (size_t k = 0; k < present.size(); ++k)
+            std::copy_n(shares + present[k] * size_t{numAbstractedActions}, numAbstractedActions,
+                        frame.own.data() + k * numAbstractedActions);
         bool totalled = false;
         bool first = true;
         for (size_t a = 0; a < numAbstractedActions; ++a) {
@@ -169,15 +167,11 @@ private:
             const Row* const own = frame.own.data() + a;
             const auto begin = [&](size_t i, const Row& actionBest, const Row& actionValue) {
                 best[i].lanes = actionBest.lanes;
-                if constexpr (withValue)
-                    value[i].lanes =
-                        own[classes[i] * numAbstractedActions].lanes * actionValue.lanes;
+                value[i].lanes = own[classes[i] * numAbstractedActions].lanes * actionValue.lanes;
             };
             const auto take = [&](size_t i, const Row& actionBest, const Row& actionValue) {
                 best[i].takeGreater(actionBest);
-                if constexpr (withValue)
-                    value[i].lanes +=
-                        own[classes[i] * numAbstractedActions].lanes * actionValue.lanes;
+                value[i].lanes += own[classes[i] * numAbstractedActions].lanes * actionValue.lanes;
             };
             if (child < 0 && isSettled(child) && !totalled) {
                 total(factors, frame.totals);
@@ -202,13 +196,11 @@ private:
                 continue;
             const auto begin = [&](size_t i, const Row& actionBest, const Row& actionValue) {
                 best[i].lanes = actionBest.lanes;
-                if constexpr (withValue)
-                    value[i].lanes = actionValue.lanes;
+                value[i].lanes = actionValue.lanes;
             };
             const auto take = [&](size_t i, const Row& actionBest, const Row& actionValue) {
                 best[i].lanes += actionBest.lanes;
-                if constexpr (withValue)
-                    value[i].lanes += actionValue.lanes;
+                value[i].lanes += actionValue.lanes;
             };
             const Row* const next = act(number, a, factors, frame);
             if (child < 0 && isSettled(child))
@@ -225,18 +217,38 @@ private:
         return endingAt(child).kind != RoundBetting::EndingKind::nextRound;
     }
 
-    // The opponent's reach, of all hands and of those with each card.
+    // The opponent's reach behind some factors: of all hands, and of those with each card.
     void total(const Row* factors, Totals& totals) const {
-        Row sum;
-        totals.with.fill({});
-        const BoardHands::Hand* const hands = hands_->hands.data();
-        for (size_t i = 0, size = hands_->size(); i < size; ++i) {
-            const auto reach = reach_[i].lanes * factors[classes_[i]].lanes;
-            sum.lanes += reach;
-            totals.with[hands[i].low].lanes += reach;
-            totals.with[hands[i].high].lanes += reach;
+        totals = {};
+        if (ofClasses_.empty()) {
+            for (size_t i = 0; i < hands_->size(); ++i)
+                add(i, factors[classes_[i]], totals);
+            return;
         }
-        totals.sum = sum;
+        for (size_t k = 0; k < ofClasses_.size(); ++k) {
+            totals.sum.lanes += factors[k].lanes * ofClasses_[k].sum.lanes;
+            for (size_t card = 0; card < totals.with.size(); ++card)
+                totals.with[card].lanes += factors[k].lanes * ofClasses_[k].with[card].lanes;
+        }
+    }
+
+    void add(size_t i, const Row& factor, Totals& totals) const {
+        const BoardHands::Hand hand = hands_->hands[i];
+        const auto reach = reach_[i].lanes * factor.lanes;
+        totals.sum.lanes += reach;
+        totals.with[hand.low].lanes += reach;
+        totals.with[hand.high].lanes += reach;
+    }
+
+    // Totals are linear in the factors. Of a few classes they are added up once, for all nodes.
+    void totalClasses() {
+        constexpr size_t few = 24;
+        const size_t classes = hands_->present[opponent()].size();
+        ofClasses_.assign(classes <= few ? classes : 0, {});
+        if (ofClasses_.empty())
+            return;
+        for (size_t i = 0; i < hands_->size(); ++i)
+            add(i, ones_[0], ofClasses_[classes_[i]]);
     }
 
     // take(i, best, value) for every hand, of what is below an action. Where the hand ends, the two
@@ -249,7 +261,7 @@ private:
             visit(static_cast<size_t>(child), factors, depth + 1, frame.best.data(),
                   frame.value.data());
             const Row* const best = frame.best.data();
-            const Row* const value = withValue ? frame.value.data() : best;
+            const Row* const value = frame.value.data();
             for (size_t i = 0; i < size; ++i)
                 take(i, best[i], value[i]);
             return;
@@ -257,7 +269,7 @@ private:
         const RoundBetting::Ending& ending = endingAt(child);
         if (ending.kind == RoundBetting::EndingKind::nextRound) {
             const Row* const best = below_.best + startBelow(ending);
-            const Row* const value = withValue ? below_.value + startBelow(ending) : best;
+            const Row* const value = below_.value + startBelow(ending);
             for (size_t i = 0; i < size; ++i) {
                 const uint16_t number = hands_->hands[i].number;
                 take(i, best[number], value[number]);
@@ -334,6 +346,7 @@ private:
     const Row* reach_ = nullptr;        // by hand, at the round's beginning
     const uint16_t* classes_ = nullptr; // of the opponent's hands
     std::vector<Row> ones_;
+    std::vector<Totals> ofClasses_; // of the reach at the round's beginning; empty for many classes
     RowsBelow<Weight> below_;
     std::vector<Frame> frames_;
     std::array<Row, MAX_SUITS * MAX_RANKS> with_;

@@ -65,8 +65,8 @@ const RoomUses& allowedUses() {
           "training", "table_builder", "driver", "dealer", "directory"}},
         {"toolbox",
          {"support", "index", "game", "eval", "abstraction", "clustering", "tree", "strategy",
-          "holdem", "solver", "training", "table_builder", "driver", "bots", "dealer", "signature",
-          "directory", "report"}},
+          "response", "holdem", "solver", "training", "table_builder", "driver", "bots", "dealer",
+          "signature", "directory", "report"}},
     };
     return uses;
 }
