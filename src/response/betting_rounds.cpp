@@ -24,7 +24,7 @@ public:
     }
 
     RoundBetting take() { return std::move(betting_); }
-    // The roots of the next round, lane by lane, ending by ending.
+    // The roots of the next round, one a lane.
     const std::vector<int32_t>& below() const { return below_; }
 
 private:
@@ -90,7 +90,13 @@ private:
         case Step::nextRound:
             break;
         }
-        below_.insert(below_.end(), children.begin(), children.end());
+        for (const int32_t child : children) {
+            betting_.lanesBelow.push_back(child == RoundBetting::emptyLane
+                                              ? RoundBetting::emptyLane
+                                              : static_cast<int32_t>(below_.size()));
+            if (child != RoundBetting::emptyLane)
+                below_.push_back(child);
+        }
         return end({RoundBetting::EndingKind::nextRound, 0, betting_.continuing++}, stakes);
     }
 
@@ -124,12 +130,12 @@ Result<BettingRounds> BettingRounds::of(const Game& game, const CompiledTree& tr
             made.entries_.push_back(static_cast<int32_t>(n));
     }
     std::vector<int32_t> lanes = made.entries_;
-    lanes.resize((lanes.size() + lanesInBlock - 1) / lanesInBlock * lanesInBlock,
-                 RoundBetting::emptyLane);
     try {
         for (int round = 1; round < game.numRounds; ++round) {
             if (lanes.empty())
                 return Error{notAlike};
+            lanes.resize((lanes.size() + lanesInBlock - 1) / lanesInBlock * lanesInBlock,
+                         RoundBetting::emptyLane);
             Builder builder(tree, round, round + 1 == game.numRounds, lanes);
             lanes = builder.below();
             made.rounds_.push_back(builder.take());

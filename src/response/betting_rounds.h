@@ -47,8 +47,15 @@ struct RoundBetting {
     // Chips that change hands at an ending that is a fold or a showdown.
     int32_t stake(size_t ending, size_t lane) const { return stakes[ending * lanes() + lane]; }
 
-    std::vector<int32_t> treeNodes; // [node][lane]
-    std::vector<int32_t> stakes;    // [ending][lane]; 0 in empty lanes and for the next round's
+    // The lane of the next round to which a lane leads by a continuing ending (by the ending's
+    // number), or emptyLane.
+    int32_t laneBelow(size_t continuingEnding, size_t lane) const {
+        return lanesBelow[continuingEnding * lanes() + lane];
+    }
+
+    std::vector<int32_t> treeNodes;  // [node][lane]
+    std::vector<int32_t> stakes;     // [ending][lane]; 0 in empty lanes and for the next round's
+    std::vector<int32_t> lanesBelow; // [continuing ending][lane]
 };
 
 class BettingRounds {
@@ -63,12 +70,6 @@ public:
     int last() const { return static_cast<int>(rounds_.size()); }
     // The nodes at which round 1 begins, in the order of its lanes.
     const std::vector<int32_t>& entries() const { return entries_; }
-
-    // Lane l of a round leads by its continuing ending e to lane laneBelow(round, e, l) of the
-    // next.
-    size_t laneBelow(int number, size_t ending, size_t lane) const {
-        return ending * round(number).lanes() + lane;
-    }
 
 private:
     std::vector<int32_t> entries_;

@@ -108,9 +108,16 @@ private:
     const RoundBetting::Ending& endingAt(int16_t child) const {
         return betting_.endings[static_cast<size_t>(~child)];
     }
-    // Where the rows of an ending that leads on begin.
-    size_t startBelow(const RoundBetting::Ending& ending) const {
-        return (ending.number * betting_.blocks + block_) * below_.holdings;
+    // Calls act(lane of a row here, first row of the block below, lane of a row there) for the
+    // lanes that an ending leads on.
+    template <class Act>
+    void eachLaneBelow(const RoundBetting::Ending& ending, const Act& act) const {
+        for (size_t lane = 0; lane < lanesInBlock; ++lane) {
+            const int32_t below = betting_.laneBelow(ending.number, block_ * lanesInBlock + lane);
+            if (below != RoundBetting::emptyLane)
+                act(lane, static_cast<size_t>(below) / lanesInBlock * below_.holdings,
+                    static_cast<size_t>(below) % lanesInBlock);
+        }
     }
 
     // The factors behind one of the opponent's actions.
@@ -135,9 +142,12 @@ private:
                 descend(static_cast<size_t>(child), next, depth + 1);
                 continue;
             }
-            Row* const rows = below_.reach + startBelow(endingAt(child));
-            for (size_t i = 0; i < hands_->size(); ++i)
-                rows[hands_->hands[i].number].lanes = reach_[i].lanes * next[classes_[i]].lanes;
+            eachLaneBelow(endingAt(child), [&](size_t lane, size_t start, size_t laneThere) {
+                Row* const rows = below_.reach + start;
+                for (size_t i = 0; i < hands_->size(); ++i)
+                    rows[hands_->hands[i].number].lanes[laneThere] =
+                        reach_[i].lanes[lane] * next[classes_[i]].lanes[lane];
+            });
         }
     }
 
@@ -251,6 +261,16 @@ private:
             add(i, ones_[0], ofClasses_[classes_[i]]);
     }
 
+    void collectBelow(const RoundBetting::Ending& ending, Frame& frame) const {
+        eachLaneBelow(ending, [&](size_t lane, size_t start, size_t laneThere) {
+            for (size_t i = 0; i < hands_->size(); ++i) {
+                const size_t at = start + hands_->hands[i].number;
+                frame.best[i].lanes[lane] = below_.best[at].lanes[laneThere];
+                frame.value[i].lanes[lane] = below_.value[at].lanes[laneThere];
+            }
+        });
+    }
+
     // take(i, best, value) for every hand, of what is below an action. Where the hand ends, the two
     // are the same; the frame then has the totals of the reach.
     template <class Take>
@@ -268,12 +288,9 @@ private:
         }
         const RoundBetting::Ending& ending = endingAt(child);
         if (ending.kind == RoundBetting::EndingKind::nextRound) {
-            const Row* const best = below_.best + startBelow(ending);
-            const Row* const value = below_.value + startBelow(ending);
-            for (size_t i = 0; i < size; ++i) {
-                const uint16_t number = hands_->hands[i].number;
-                take(i, best[number], value[number]);
-            }
+            collectBelow(ending, frame);
+            for (size_t i = 0; i < size; ++i)
+                take(i, frame.best[i], frame.value[i]);
             return;
         }
         const bool fold = ending.kind == RoundBetting::EndingKind::fold;

@@ -23,6 +23,7 @@ TEST(BettingRounds, LimitHasAsManyLanesAsWaysToARound) {
         for (size_t lane = 0; lane < round.lanes(); ++lane)
             used += round.treeNode(0, lane) != RoundBetting::emptyLane ? 1U : 0U;
         EXPECT_EQ(used, lanes[static_cast<size_t>(r) - 1]);
+        EXPECT_LT(round.lanes(), used + lanesInBlock); // no block is without use
         EXPECT_EQ(round.nodes.size(), 10U);
         EXPECT_EQ(round.endings.size(), 17U); // eight folds, nine that go on
         EXPECT_EQ(round.continuing, r < 3 ? 9U : 0U);
@@ -60,8 +61,9 @@ TEST(BettingRounds, LanesFollowTheTree) {
                     const auto ending = static_cast<size_t>(~child);
                     const auto& end = round.endings[ending];
                     if (end.kind == RoundBetting::EndingKind::nextRound) {
-                        ASSERT_EQ(rounds->round(r + 1).treeNode(
-                                      0, rounds->laneBelow(r, end.number, lane)),
+                        const int32_t below = round.laneBelow(end.number, lane);
+                        ASSERT_NE(below, RoundBetting::emptyLane);
+                        ASSERT_EQ(rounds->round(r + 1).treeNode(0, static_cast<size_t>(below)),
                                   node.child[a]);
                         ASSERT_EQ(round.stake(ending, lane), 0);
                         continue;
