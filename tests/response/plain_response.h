@@ -65,6 +65,10 @@ private:
         const size_t cards = boardCardsUpTo(node.round);
         if (board.size() < cards)
             return dealt(number, hand, board, others, cards - board.size());
+        std::vector<ActionShares> sharesOf;
+        if (node.player != seat_)
+            for (const Other& other : others)
+                sharesOf.push_back(shares(number, 1 - seat_, other.cards, board));
         double result = 0;
         bool first = true;
         for (size_t a = 0; a < numAbstractedActions; ++a) {
@@ -72,8 +76,8 @@ private:
                 continue;
             if (node.player != seat_) {
                 std::vector<Other> next = others;
-                for (Other& other : next)
-                    other.reach *= shares(number, 1 - seat_, other.cards, board)[a];
+                for (size_t i = 0; i < next.size(); ++i)
+                    next[i].reach *= sharesOf[i][a];
                 result += follow(node.child[a], hand, board, next);
                 continue;
             }
