@@ -120,6 +120,8 @@ private:
 Result<BettingRounds> BettingRounds::of(const Game& game, const CompiledTree& tree) {
     if (game.numPlayers != 2 || game.numRounds < 2)
         return Error{"only games for two with two rounds or more can be measured so"};
+    if (game.bettingRule != limitRule) // its tree here has no sizes of bets
+        return Error{"only limit games can be measured so"};
     BettingRounds made;
     const auto& nodes = tree.nodes();
     for (size_t n = 0; n < nodes.size(); ++n) {

@@ -92,7 +92,8 @@ TEST(BettingRounds, RefusesWhatIsNotLimitForTwo) {
               "only games for two with two rounds or more can be measured so");
     EXPECT_EQ(refusal("kuhn.limit.2p.game"),
               "only games for two with two rounds or more can be measured so");
-    EXPECT_EQ(refusal("holdem.nolimit.2p.reverse_blinds.game"), "");
+    EXPECT_EQ(refusal("holdem.nolimit.2p.reverse_blinds.game"),
+              "only limit games can be measured so");
 }
 
 } // namespace
