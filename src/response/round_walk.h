@@ -17,6 +17,7 @@
 #include "response/board_hands.h"
 #include "response/share_rows.h"
 
+#include <algorithm>
 #include <array>
 #include <cassert>
 #include <vector>
@@ -108,6 +109,10 @@ private:
     const RoundBetting::Ending& endingAt(int16_t child) const {
         return betting_.endings[static_cast<size_t>(~child)];
     }
+    bool isSettled(int16_t child) const {
+        return endingAt(child).kind != RoundBetting::EndingKind::nextRound;
+    }
+
     // Calls act(lane of a row here, first row of the block below, lane of a row there) for the
     // lanes that an ending leads on.
     template <class Act>
@@ -223,10 +228,6 @@ private:
         }
     }
 
-    bool isSettled(int16_t child) const {
-        return endingAt(child).kind != RoundBetting::EndingKind::nextRound;
-    }
-
     // The opponent's reach behind some factors: of all hands, and of those with each card.
     void total(const Row* factors, Totals& totals) const {
         totals = {};
@@ -261,6 +262,7 @@ private:
             add(i, ones_[0], ofClasses_[classes_[i]]);
     }
 
+    // What the next round has answered, into the frame's rows.
     void collectBelow(const RoundBetting::Ending& ending, Frame& frame) const {
         eachLaneBelow(ending, [&](size_t lane, size_t start, size_t laneThere) {
             for (size_t i = 0; i < hands_->size(); ++i) {

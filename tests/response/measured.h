@@ -28,10 +28,12 @@ inline std::string shortGame(int suits, int ranks, const std::string& raises,
 // the board have the suits of the hole cards.
 class RandomStrategy : public HandStrategy {
 public:
-    RandomStrategy(const CompiledTree& tree, uint64_t seed) : tree_(tree), seed_(seed) {}
+    // classes: the least number in a round.
+    RandomStrategy(const CompiledTree& tree, uint64_t seed, size_t classes = 7)
+        : tree_(tree), seed_(seed), classes_(classes) {}
 
     size_t numClasses(int seat, int round) const override {
-        return static_cast<size_t>(7 + 2 * seat + round);
+        return classes_ + static_cast<size_t>(2 * seat + round);
     }
     uint16_t classOf(int seat, int round, std::span<const uint8_t> cards) const override {
         uint64_t sum = (cards[0] / 4U + 1U) * (cards[1] / 4U + 1U);
@@ -45,7 +47,7 @@ public:
         return static_cast<uint16_t>(mixBits(sum + 1000 * alike) % numClasses(seat, round));
     }
     ActionShares shares(int32_t node, size_t handClass) const override {
-        HandRandom random(seed_, static_cast<uint64_t>(node) * 100 + handClass);
+        HandRandom random(seed_, static_cast<uint64_t>(node) * 1000 + handClass);
         ActionShares shares{};
         double sum = 0;
         for (size_t a = 0; a < shares.size(); ++a)
@@ -63,13 +65,14 @@ public:
 private:
     const CompiledTree& tree_;
     uint64_t seed_;
+    size_t classes_;
 };
 
 // All that a measure needs, of a game and a strategy of the tree.
 struct Measured {
-    explicit Measured(const std::string& text, uint64_t seed = 3)
+    explicit Measured(const std::string& text, uint64_t seed = 3, size_t classes = 7)
         : game(parseGame(text)), tree(*game), deck(*game),
-          strategy(std::make_unique<RandomStrategy>(tree, seed)) {
+          strategy(std::make_unique<RandomStrategy>(tree, seed, classes)) {
         auto made = BettingRounds::of(*game, tree);
         EXPECT_TRUE(made.ok());
         rounds = std::make_unique<BettingRounds>(std::move(*made));

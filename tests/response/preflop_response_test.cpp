@@ -1,5 +1,6 @@
 #include "response/preflop_response.h"
 
+#include "response/board_hands.h"
 #include "response/plain_response.h"
 #include "response/simple_play.h"
 
@@ -44,6 +45,15 @@ TEST(PreflopResponse, ThreeRoundsOfTwoSuitsAre) {
 
 TEST(PreflopResponse, TwoRoundsOfFourSuitsAre) {
     expectPlain(Measured(shortGame(4, 3, "3 4", "10 10", "0 3"), 8));
+}
+
+// Of more classes than are added up beforehand: nearly every hand is one of its own.
+TEST(PreflopResponse, ManyClassesAre) {
+    const Measured measured(shortGame(2, 6, "1 2", "10 10", "0 3"), 5, 500);
+    const auto flops = measured.deck.extend(measured.deck.empty(), 3);
+    EXPECT_GT(handsOnBoard(measured.deck, *measured.strategy, 1, flops[20], true).present[0].size(),
+              24U);
+    expectPlain(measured);
 }
 
 // Who always folds loses its blind, 10 chips or 5, and 15 for both seats: exact in any deck.
