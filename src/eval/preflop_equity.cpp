@@ -1,6 +1,6 @@
 #include "eval/preflop_equity.h"
 
-#include "eval/choose.h"
+#include "support/choose.h"
 #include "eval/hand_evaluator.h"
 #include "eval/opponent_tally.h"
 #include "eval/rank_masks.h"

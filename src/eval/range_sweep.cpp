@@ -1,6 +1,6 @@
 #include "eval/range_sweep.h"
 
-#include "eval/choose.h"
+#include "support/choose.h"
 #include "eval/rank_masks.h"
 
 #include <algorithm>

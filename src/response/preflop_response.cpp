@@ -1,5 +1,7 @@
 #include "response/preflop_response.h"
 
+#include "support/choose.h"
+
 #include <algorithm>
 #include <cassert>
 
@@ -7,11 +9,8 @@ namespace tamarin {
 
 namespace {
 
-double choose(size_t n, size_t k) {
-    double product = 1;
-    for (size_t i = 0; i < k; ++i)
-        product = product * static_cast<double>(n - i) / static_cast<double>(i + 1);
-    return product;
+double ways(size_t n, size_t k) {
+    return static_cast<double>(choose(n, k));
 }
 
 void addTo(std::vector<double>& sums, const std::vector<double>& values, double times) {
@@ -36,7 +35,7 @@ LineValues FlopSums::mean(const std::vector<double>& sums) const {
     const size_t flop = game_.game.numBoardCards[1];
     LineValues values = sums;
     for (double& value : values)
-        value *= choose(cards, flop) / choose(cards - 4, flop) / flops_;
+        value *= ways(cards, flop) / ways(cards - 4, flop) / flops_;
     return values;
 }
 
@@ -146,7 +145,7 @@ std::vector<double> PreflopResponse::all(const Lines& lines) const {
     const size_t cards = game_.deck.cards().size();
     std::vector<double> values(ownClass_.size());
     for (size_t c = 0; c < values.size(); ++c)
-        values[c] = at(0, c, lines).value / choose(cards - 2, 2);
+        values[c] = at(0, c, lines).value / ways(cards - 2, 2);
     return values;
 }
 

@@ -1,5 +1,7 @@
 #include "response/public_deck.h"
 
+#include "abstraction/boards.h"
+
 #include <algorithm>
 #include <cassert>
 #include <utility>
@@ -58,7 +60,7 @@ PublicDeck::PublicDeck(const Game& game) {
 size_t PublicDeck::numberOf(uint8_t card, uint8_t other) const {
     const auto [low, high] = std::minmax(places_[card], places_[other]);
     assert(low < high);
-    return size_t{high} * (high - 1U) / 2 + low;
+    return holdingNumber(low, high);
 }
 
 std::array<uint8_t, 2> PublicDeck::cardsOf(size_t holding) const {
