@@ -115,13 +115,28 @@ private:
     size_t showdowns_ = 0;
 };
 
+// Whether cards and rules are such as the walks count on.
+Status checkRules(const Game& game) {
+    if (game.numPlayers != 2 || game.numRounds < 2)
+        return Error{"only games for two with two rounds or more can be measured so"};
+    if (game.numHoleCards != 2)
+        return Error{"only games with two hole cards can be measured so"};
+    for (int round = 0; round < game.numRounds; ++round)
+        if ((game.numBoardCards[round] != 0) != (round > 0))
+            return Error{"only games with no board in the first round, and more of it in each that "
+                         "follows, can be measured so"};
+    if (game.bettingRule != limitRule) // its tree here has no sizes of bets
+        return Error{"only limit games can be measured so"};
+    if (game.stack[0] != unboundedStack || game.stack[1] != unboundedStack)
+        return Error{"only games whose stacks never run out can be measured so"};
+    return {};
+}
+
 } // namespace
 
 Result<BettingRounds> BettingRounds::of(const Game& game, const CompiledTree& tree) {
-    if (game.numPlayers != 2 || game.numRounds < 2)
-        return Error{"only games for two with two rounds or more can be measured so"};
-    if (game.bettingRule != limitRule) // its tree here has no sizes of bets
-        return Error{"only limit games can be measured so"};
+    if (Status fits = checkRules(game); !fits)
+        return Error{fits.error()};
     BettingRounds made;
     const auto& nodes = tree.nodes();
     for (size_t n = 0; n < nodes.size(); ++n) {

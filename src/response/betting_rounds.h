@@ -60,9 +60,9 @@ struct RoundBetting {
 
 class BettingRounds {
 public:
-    // Refuses games in which what can be done depends on more than the round, or stakes on the
-    // order of things: no-limit, hands that are all-in before the last round. The tree is the
-    // game's.
+    // Refuses games whose cards come otherwise than hole cards first and then some of the board in
+    // every round, and games in which what can be done depends on more than the round: no-limit,
+    // stacks that can run out. The tree is the game's.
     static Result<BettingRounds> of(const Game& game, const CompiledTree& tree);
 
     // Of the rounds after the first: round 1 and so on.

@@ -28,13 +28,14 @@ public:
 
     Result<FlopValues> on(const PublicBoard& flop, const Work& work) const override;
 
+    // Rooms of either seat for each thread and for the flop itself; and of each turn card the sums,
+    // until they are added up.
     uint64_t memory(int threads) const override {
         uint64_t rows = 0;
         for (int round = 2; round <= game_.rounds.last(); ++round)
-            rows += 3 * rowsOf(round) * (round == 2 ? 1 : static_cast<uint64_t>(threads));
-        const uint64_t turns = game_.deck.cards().size();
+            rows += 3 * rowsOf(round) * 2 * (static_cast<uint64_t>(threads) + 1);
         if (game_.rounds.last() >= 2)
-            rows += 3 * rowsOf(2) * turns; // of each turn card, until they are added up
+            rows += 2 * rowsOf(2) * 2 * (game_.deck.cards().size() - cardsOf(1));
         return rows * sizeof(Row);
     }
 

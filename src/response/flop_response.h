@@ -38,12 +38,12 @@ enum class LaneNumbers : uint8_t { floats, doubles };
 
 class FlopResponse {
 public:
-    FlopResponse(const MeasuredGame& game, LaneNumbers numbers = LaneNumbers::floats);
+    explicit FlopResponse(const MeasuredGame& game, LaneNumbers numbers = LaneNumbers::floats);
     ~FlopResponse();
     FlopResponse(const FlopResponse&) = delete;
     FlopResponse& operator=(const FlopResponse&) = delete;
 
-    // Bytes that so many threads need.
+    // Bytes that so many threads need, but for the strategy.
     uint64_t memory(int threads) const;
 
     // flop: one of deck.extend(deck.empty(), ...), or any board of so many cards with its

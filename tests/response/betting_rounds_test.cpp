@@ -9,6 +9,12 @@
 namespace tamarin::test {
 namespace {
 
+std::string refusalOf(const Game& game) {
+    const CompiledTree tree(game);
+    const auto rounds = BettingRounds::of(game, tree);
+    return rounds.ok() ? "" : rounds.error();
+}
+
 TEST(BettingRounds, LimitHasAsManyLanesAsWaysToARound) {
     const GamePtr game = loadGameFile("holdem.limit.2p.reverse_blinds.game");
     const CompiledTree tree(*game);
@@ -84,9 +90,7 @@ TEST(BettingRounds, LanesFollowTheTree) {
 TEST(BettingRounds, RefusesWhatIsNotLimitForTwo) {
     const auto refusal = [](const std::string& name) {
         const GamePtr game = loadGameFile(name);
-        const CompiledTree tree(*game, 20'000'000);
-        const auto rounds = BettingRounds::of(*game, tree);
-        return rounds.ok() ? "" : rounds.error();
+        return refusalOf(*game);
     };
     EXPECT_EQ(refusal("kuhn.limit.3p.game"),
               "only games for two with two rounds or more can be measured so");
@@ -94,6 +98,24 @@ TEST(BettingRounds, RefusesWhatIsNotLimitForTwo) {
               "only games for two with two rounds or more can be measured so");
     EXPECT_EQ(refusal("holdem.nolimit.2p.reverse_blinds.game"),
               "only limit games can be measured so");
+}
+
+TEST(BettingRounds, RefusesCardsAndStacksThatItDoesNotCountOn) {
+    const auto refusal = [](const auto& change) {
+        const GamePtr game = loadGameFile("holdem.limit.2p.reverse_blinds.game");
+        change(*game);
+        return refusalOf(*game);
+    };
+    EXPECT_EQ(refusal([](Game&) {}), "");
+    EXPECT_EQ(refusal([](Game& game) { game.numHoleCards = 1; }),
+              "only games with two hole cards can be measured so");
+    const std::string board = "only games with no board in the first round, and more of it in each "
+                              "that follows, can be measured so";
+    EXPECT_EQ(refusal([](Game& game) { game.numBoardCards[0] = 1; }), board);
+    EXPECT_EQ(refusal([](Game& game) { game.numBoardCards[2] = 0; }), board);
+    for (int seat = 0; seat < 2; ++seat)
+        EXPECT_EQ(refusal([&](Game& game) { game.stack[seat] = 100; }),
+                  "only games whose stacks never run out can be measured so");
 }
 
 } // namespace

@@ -77,5 +77,19 @@ TEST(FlopResponse, SaysHowFarItIs) {
     EXPECT_EQ(all, 2 * measured.deck.extend(flops[3], 1).size());
 }
 
+// Eight blocks on the turn and 71 on the river, of 1,326 rows of eight floats: for each thread and
+// the flop, either seat's reach and two sums; and either seat's two sums for 49 turn cards.
+TEST(FlopResponse, SaysWhatMemoryItTakes) {
+    const GamePtr game = loadGameFile("holdem.limit.2p.reverse_blinds.game");
+    const CompiledTree tree(*game);
+    const auto rounds = BettingRounds::of(*game, tree);
+    ASSERT_TRUE(rounds.ok());
+    const PublicDeck deck(*game);
+    const SimpleStrategy strategy(tree, SimplePlay::call);
+    const FlopResponse response({*game, tree, *rounds, deck, strategy});
+    EXPECT_EQ(response.memory(1), (3 * 79 * 4 + 2 * 8 * 2 * 49) * 1326 * 32U);
+    EXPECT_EQ(response.memory(4), (3 * 79 * 10 + 2 * 8 * 2 * 49) * 1326 * 32U);
+}
+
 } // namespace
 } // namespace tamarin::test
