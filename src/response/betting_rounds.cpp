@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <stdexcept>
 
 namespace tamarin {
 
@@ -10,15 +9,11 @@ namespace {
 
 using Node = CompiledTree::Node;
 
-constexpr const char* notAlike =
-    "the betting of a round depends on what came before; only limit games can be measured so";
-
 // Builds one round from its roots, one a lane.
 class Builder {
 public:
-    // last: whether showdowns follow the round; before that they are of hands all-in.
-    Builder(const CompiledTree& tree, int round, bool last, const std::vector<int32_t>& roots)
-        : tree_(tree), round_(round), last_(last) {
+    Builder(const CompiledTree& tree, int round, const std::vector<int32_t>& roots)
+        : tree_(tree), round_(round) {
         betting_.blocks = roots.size() / lanesInBlock;
         add(roots);
     }
@@ -46,8 +41,7 @@ private:
         for (uint8_t seat = 0; seat < 2; ++seat)
             if (settlement.folded[seat] != 0)
                 return {Step::fold, seat, settlement.spent[seat]};
-        if (settlement.spent[0] != settlement.spent[1] || !last_)
-            throw std::invalid_argument(notAlike);
+        assert(settlement.spent[0] == settlement.spent[1]); // who stays in has paid the same
         return {Step::showdown, 0, settlement.spent[0]};
     }
 
@@ -73,8 +67,8 @@ private:
             if (lanes[lane] == RoundBetting::emptyLane)
                 continue;
             const Step step = stepTo(at(lanes[lane]).child[action]);
-            if (!step.alike(expected) || at(lanes[lane]).player != at(model).player)
-                throw std::invalid_argument(notAlike);
+            // Raises are limited round by round and nobody is ever all-in.
+            assert(step.alike(expected) && at(lanes[lane]).player == at(model).player);
             children[lane] = at(lanes[lane]).child[action];
             stakes[lane] = step.stake;
         }
@@ -84,9 +78,9 @@ private:
         case Step::node:
             return add(children);
         case Step::fold:
-            return end({RoundBetting::EndingKind::fold, expected.folded, folds_++}, stakes);
+            return end({RoundBetting::EndingKind::fold, expected.folded, 0}, stakes);
         case Step::showdown:
-            return end({RoundBetting::EndingKind::showdown, 0, showdowns_++}, stakes);
+            return end({RoundBetting::EndingKind::showdown, 0, 0}, stakes);
         case Step::nextRound:
             break;
         }
@@ -108,11 +102,8 @@ private:
 
     const CompiledTree& tree_;
     int round_;
-    bool last_;
     RoundBetting betting_;
     std::vector<int32_t> below_;
-    size_t folds_ = 0;
-    size_t showdowns_ = 0;
 };
 
 // Whether cards and rules are such as the walks count on.
@@ -147,18 +138,12 @@ Result<BettingRounds> BettingRounds::of(const Game& game, const CompiledTree& tr
             made.entries_.push_back(static_cast<int32_t>(n));
     }
     std::vector<int32_t> lanes = made.entries_;
-    try {
-        for (int round = 1; round < game.numRounds; ++round) {
-            if (lanes.empty())
-                return Error{notAlike};
-            lanes.resize((lanes.size() + lanesInBlock - 1) / lanesInBlock * lanesInBlock,
-                         RoundBetting::emptyLane);
-            Builder builder(tree, round, round + 1 == game.numRounds, lanes);
-            lanes = builder.below();
-            made.rounds_.push_back(builder.take());
-        }
-    } catch (const std::invalid_argument& error) {
-        return Error{error.what()};
+    for (int round = 1; round < game.numRounds; ++round) {
+        lanes.resize((lanes.size() + lanesInBlock - 1) / lanesInBlock * lanesInBlock,
+                     RoundBetting::emptyLane);
+        Builder builder(tree, round, lanes);
+        lanes = builder.below();
+        made.rounds_.push_back(builder.take());
     }
     return made;
 }

@@ -33,7 +33,7 @@ struct RoundBetting {
     struct Ending {
         EndingKind kind;
         uint8_t folded; // the seat, where one folds
-        size_t number;  // among the endings of its kind, in depth-first order
+        size_t number;  // of one that leads on: among those, in depth-first order
     };
 
     std::vector<Node> nodes; // depth-first, the root first
