@@ -1,9 +1,9 @@
 #include "eval/preflop_equity.h"
 
-#include "support/choose.h"
 #include "eval/hand_evaluator.h"
 #include "eval/opponent_tally.h"
 #include "eval/rank_masks.h"
+#include "support/choose.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "eval/range_sweep.h"
 
-#include "support/choose.h"
 #include "eval/rank_masks.h"
+#include "support/choose.h"
 
 #include <algorithm>
 #include <array>
