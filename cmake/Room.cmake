@@ -35,8 +35,9 @@ set(TAMARIN_TEST_ENVIRONMENT
 # tamarin_test(NAME SOURCES file... USES room... [LINKS lib...] [SLOW|THREADS])
 #
 # A GoogleTest program test_NAME whose cases are registered one by one with ctest. SLOW gives every
-# case the label "slow": ./check leaves them out, ./check --slow runs them. THREADS gives the label
-# "threads": ./check --tsan builds (as the target threaded_tests) and runs these alone.
+# case the label "slow": ./check neither builds nor runs them, ./check --slow does both. The others are
+# built by the target quick_tests. THREADS gives the label "threads": ./check --tsan builds (as the target
+# threaded_tests) and runs these alone.
 function(tamarin_test name)
     cmake_parse_arguments(TEST "SLOW;THREADS" "" "SOURCES;USES;LINKS" ${ARGN})
     add_executable(test_${name} ${TEST_SOURCES} $<TARGET_OBJECTS:tamarin_heard_signals>)
@@ -54,7 +55,10 @@ function(tamarin_test name)
     set(properties TIMEOUT 300)
     if(TEST_SLOW)
         set(properties TIMEOUT 1800 LABELS slow)
-    elseif(TEST_THREADS)
+    else()
+        add_dependencies(quick_tests test_${name})
+    endif()
+    if(TEST_THREADS)
         list(APPEND properties LABELS threads)
         add_dependencies(threaded_tests test_${name})
     endif()

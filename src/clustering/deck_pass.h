@@ -32,7 +32,7 @@ struct PassTotals {
 
 // The holdings of one board, of which a renaming of the suits may turn some into each other: each
 // of those hands is looked at once.
-struct BoardHands {
+struct DistinctHands {
     std::vector<uint32_t> indices;   // of every holding
     std::vector<uint16_t> slot;      // of every holding: its hand among the different ones
     std::vector<uint16_t> different; // the first holding of each different hand
@@ -70,7 +70,7 @@ std::optional<PassTotals> passOverRound(int round, std::span<uint16_t> buckets, 
     std::atomic<uint64_t> hands{0};
     const bool done = forEach(work, boards.size(), [&](size_t b) {
         thread_local std::vector<Row> rows;
-        thread_local BoardHands board;
+        thread_local DistinctHands board;
         rows.resize(boards.holdings());
         board.indices.resize(boards.holdings());
         board.slot.resize(boards.holdings());

@@ -1,4 +1,5 @@
-// Arrows between the rooms go one way: read from the #include lines, and from the CMake files.
+// Arrows between the rooms go one way, read from the #include lines and from the CMake files; and a
+// name is one type.
 #include "architecture/tree.h"
 #include "support/tree_paths.h"
 
@@ -56,6 +57,10 @@ protected:
 TEST(Includes, PointDownward) {
     EXPECT_FALSE(includesBelow(tree, "src").empty());
     EXPECT_EQ(lines(backwardArrows(tree)), "");
+}
+
+TEST(Types, HaveNamesOfTheirOwn) {
+    EXPECT_EQ(lines(typesDefinedTwice(tree)), "");
 }
 
 TEST(Includes, RoomListHasNoCircle) {
@@ -125,6 +130,18 @@ TEST_F(PlantedTree, ToolboxLibraryBelowTheToolboxIsFound) {
     plant("src/toolbox/main.cpp", "#include <fmt/format.h>\n");
     EXPECT_EQ(lines(backwardArrows(tree)),
               "src/game/text.cpp:1: <fmt/format.h> belongs to the toolbox\n");
+}
+
+TEST_F(PlantedTree, TypesOfOneNameAreFound) {
+    plant("src/game/state.h",
+          "class State;\nclass State : public Base {\n    struct Cards {\n    };\n};\n");
+    plant("src/game/hand.h", "struct Cards {\n};\nenum class Street { flop };\n");
+    plant("src/solver/cfr.cpp",
+          "namespace {\nstruct State {\n};\n} // namespace\nclass State final {\n};\n"
+          "enum class Street : int {\n};\n");
+    EXPECT_EQ(lines(typesDefinedTwice(tree)),
+              "src/solver/cfr.cpp:5: State is a type of src/game/state.h:2\n"
+              "src/solver/cfr.cpp:7: Street is a type of src/game/hand.h:3\n");
 }
 
 TEST_F(PlantedTree, UnknownRoomIsFound) {

@@ -23,6 +23,16 @@ bool isSource(const fs::path& path) {
     return path.extension() == ".h" || path.extension() == ".cpp";
 }
 
+// In order of their names.
+std::vector<fs::path> sourcesBelow(const fs::path& folder) {
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+        if (entry.is_regular_file() && isSource(entry.path()))
+            files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
 std::string roomOf(const std::string& file) { // src/ROOM/...
     const size_t begin = file.find('/') + 1;
     return file.substr(begin, file.find('/', begin) - begin);
@@ -73,14 +83,8 @@ const RoomUses& allowedUses() {
 
 std::vector<Include> includesBelow(const fs::path& root, const std::string& folder) {
     static const std::regex line(R"re(^\s*#\s*include\s*(["<])([^">]+)[">].*)re");
-    std::vector<fs::path> files;
-    for (const auto& entry : fs::recursive_directory_iterator(root / folder))
-        if (entry.is_regular_file() && isSource(entry.path()))
-            files.push_back(entry.path());
-    std::sort(files.begin(), files.end());
-
     std::vector<Include> includes;
-    for (const fs::path& path : files) {
+    for (const fs::path& path : sourcesBelow(root / folder)) {
         std::ifstream file(path);
         std::string text;
         for (int number = 1; std::getline(file, text); ++number) {
@@ -110,6 +114,34 @@ std::vector<std::string> backwardArrows(const fs::path& root) {
             const std::string target = include.name.substr(0, include.name.find('/'));
             if (target != room && !rooms.at(room).contains(target))
                 wrong.push_back(where + room + " may not include " + target);
+        }
+    }
+    return wrong;
+}
+
+std::vector<std::string> typesDefinedTwice(const fs::path& root) {
+    // The formatting begins all that is no member of a type at the start of its line.
+    static const std::regex definition(
+        R"(^(?:struct|class|enum|enum class|union) (\w+)(?: final)?(?: :[^;]*| \{.*))");
+    std::vector<std::string> wrong;
+    std::map<std::string, std::string> places;
+    for (const fs::path& path : sourcesBelow(root / "src")) {
+        std::ifstream file(path);
+        std::string text;
+        bool named = true;
+        for (int number = 1; std::getline(file, text); ++number) {
+            if (text == "namespace {")
+                named = false;
+            if (text == "} // namespace")
+                named = true;
+            std::smatch match;
+            if (!named || !std::regex_match(text, match, definition))
+                continue;
+            const std::string where =
+                fs::relative(path, root).string() + ":" + std::to_string(number);
+            const auto [first, isNew] = places.emplace(match[1], where);
+            if (!isNew)
+                wrong.push_back(where + ": " + first->first + " is a type of " + first->second);
         }
     }
     return wrong;

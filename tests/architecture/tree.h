@@ -26,6 +26,10 @@ std::vector<Include> includesBelow(const std::filesystem::path& root, const std:
 // One line for each include below root/src that its room may not have; empty when all is well.
 std::vector<std::string> backwardArrows(const std::filesystem::path& root);
 
+// One line for each name that two places below root/src give to a type, outside unnamed namespaces:
+// neither compiler nor linker tells when one room's type then runs the other's inline functions.
+std::vector<std::string> typesDefinedTwice(const std::filesystem::path& root);
+
 // The tracked files, from the root; without git, every file outside build, run and hidden folders.
 std::vector<std::string> treeFiles(const std::filesystem::path& root);
 
