@@ -46,6 +46,10 @@ function(tamarin_test name)
     if(NOT TEST_SLOW)
         # The work is done in the rooms, which keep their -O3; this compiles a fifth faster.
         target_compile_options(test_${name} PRIVATE $<$<CONFIG:Release>:-O1>)
+        if(TARGET tamarin_test_headers)
+            target_precompile_headers(test_${name} REUSE_FROM tamarin_test_headers)
+            target_link_libraries(test_${name} PRIVATE OpenMP::OpenMP_CXX) # g++ tells headers with it apart
+        endif()
     endif()
     target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
     target_link_libraries(test_${name} PRIVATE tamarin_test_paths)

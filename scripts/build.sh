@@ -20,6 +20,8 @@ if command -v ccache >/dev/null; then
     launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
     # Nothing that is compiled depends on where the tree lies: paths are mapped to its root.
     export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+    # What ccache asks for before it keeps objects that were made with precompiled headers.
+    export CCACHE_SLOPPINESS=pch_defines,time_macros
 fi
 cmake --preset "$preset" "${launcher[@]}" -Wno-dev >/dev/null
 if [[ $# -eq 0 ]]; then set -- all; fi
