@@ -3,15 +3,19 @@
 // One seat responds to the other's strategy. Down the tree go the opponent's reach probabilities,
 // a row of lanes for each hand; up come the responder's counterfactual values: what each of its
 // hands wins, summed over the opponent's hands, each weighed with its reach (Johanson, Waugh,
-// Bowling and Zinkevich 2011). The best response takes the better action hand by hand; beside it
-// goes the value of the responder's own play by the strategy.
+// Bowling and Zinkevich 2011). The best response takes the better action hand by hand. The value of
+// the responder's own play by the strategy needs no such coming up: of every ending it is what the
+// ending gives, times the probability of the responder's own actions on the way there.
 //
-// What the opponent does, it does by classes of hands (hand_strategy.h), of which a board has fewer
-// than hands. So a reach is never written down hand by hand: it is the reach at the round's
-// beginning times a row of the class, and only those rows change from node to node.
+// What a seat does, it does by classes of hands (hand_strategy.h), of which a board has fewer than
+// hands. So a reach is never written down hand by hand: it is the reach at the round's beginning
+// times a row of the class, its factor, and only those rows change from node to node.
 //
 // A hand meets the opponent's hands that share no card with it: the sum over all, less those with
 // either card; the hand itself has both, was taken off twice, and comes back once.
+//
+// The memory that the rows take is what a walk waits for. So an action's rows are not kept: all
+// that ends at a node is worked out in one pass over the hands and goes straight into the node's.
 #pragma once
 
 #include "response/board_hands.h"
@@ -20,6 +24,7 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
+#include <limits>
 #include <vector>
 
 namespace tamarin {
@@ -42,12 +47,11 @@ public:
     // hands: of the largest board.
     RoundWalk(const RoundBetting& betting, const ShareRows<Weight>& shares, int responder,
               size_t hands)
-        : betting_(betting), shares_(shares), responder_(responder), frames_(depth(0) + 1),
-          before_(hands) {
-        for (Frame& frame : frames_) {
+        : betting_(betting), shares_(shares), responder_(responder),
+          frames_(depth(0) + 1), below_{}, bestBelow_(hands), valueBelow_(hands), before_(hands),
+          reachThere_(hands) {
+        for (Frame& frame : frames_)
             frame.best.resize(hands);
-            frame.value.resize(hands);
-        }
     }
 
     // Carries the opponent's reach to the endings that lead on. reach: by hand of the board.
@@ -59,7 +63,11 @@ public:
     // on.
     void up(const BoardHands& hands, size_t block, const Row* reach, RowsBelow<Weight> below,
             Row* best, Row* value) {
-        visit(0, begin(hands, block, reach, below), 0, best, value);
+        const Row* const ones = begin(hands, block, reach, below);
+        std::fill_n(value, hands.size(), Row{});
+        value_ = value;
+        totalClasses();
+        visit(0, {ones, ones}, 0, best);
     }
 
 private:
@@ -68,11 +76,21 @@ private:
         Row sum;
         std::array<Row, MAX_SUITS * MAX_RANKS> with;
     };
+    // The probabilities of either seat's actions since the round's beginning, by class of the
+    // board.
+    struct Factors {
+        const Row* reach; // the opponent's
+        const Row* own;   // the responder's
+    };
     struct Frame {
-        std::vector<Row> factors; // [class of the board]: of the opponent's hands, below this node
-        std::vector<Row> own;     // [class of the board][action]: the responder's shares
-        std::vector<Row> best;    // of what lies below one action
-        std::vector<Row> value;
+        std::array<std::vector<Row>, numAbstractedActions>
+            behind;            // of who acts, behind each action
+        std::vector<Row> best; // of what lies below one action
+    };
+    // A fold or a showdown, and how it is reached.
+    struct End {
+        Factors factors{};
+        Row stake; // what the responder wins by it, if it wins
         Totals totals;
     };
 
@@ -84,14 +102,14 @@ private:
         reach_ = reach;
         below_ = below;
         classes_ = hands.classes[opponent()].data();
-        for (Frame& frame : frames_) {
-            frame.factors.resize(hands.present[opponent()].size());
-            frame.own.resize(hands.present[seat()].size() * numAbstractedActions);
-        }
+        ownClasses_ = hands.classes[seat()].data();
+        const size_t most = std::max(hands.present[0].size(), hands.present[1].size());
+        for (Frame& frame : frames_)
+            for (std::vector<Row>& rows : frame.behind)
+                rows.resize(most);
         Row one;
         one.lanes += 1;
-        ones_.assign(hands.present[opponent()].size(), one);
-        totalClasses();
+        ones_.assign(most, one);
         return ones_.data();
     }
 
@@ -125,14 +143,20 @@ private:
         }
     }
 
-    // The factors behind one of the opponent's actions.
+    // The factors behind one action of the seat that acts, from those at the node.
     const Row* act(size_t number, size_t action, const Row* factors, Frame& frame) const {
         const Row* const shares = shares_.of(block_, number);
-        const std::vector<uint16_t>& present = hands_->present[opponent()];
+        const auto& present = hands_->present[betting_.nodes[number].seat];
+        std::vector<Row>& behind = frame.behind[action];
         for (size_t k = 0; k < present.size(); ++k)
-            frame.factors[k].lanes =
+            behind[k].lanes =
                 factors[k].lanes * shares[present[k] * size_t{numAbstractedActions} + action].lanes;
-        return frame.factors.data();
+        return behind.data();
+    }
+    Factors act(size_t number, size_t action, Factors factors, Frame& frame) const {
+        if (betting_.nodes[number].seat == responder_)
+            return {factors.reach, act(number, action, factors.own, frame)};
+        return {act(number, action, factors.reach, frame), factors.own};
     }
 
     void descend(size_t number, const Row* factors, size_t depth) {
@@ -156,76 +180,100 @@ private:
         }
     }
 
-    void visit(size_t number, const Row* factors, size_t depth, Row* best, Row* value) {
+    // The responder takes the better action hand by hand; what the opponent's actions leave is
+    // added up.
+    void visit(size_t number, Factors factors, size_t depth, Row* best) {
         if (betting_.nodes[number].seat == responder_)
-            respond(number, factors, depth, best, value);
+            visitAs<true>(number, factors, depth, best);
         else
-            face(number, factors, depth, best, value);
+            visitAs<false>(number, factors, depth, best);
     }
 
-    // The responder's node: the better action for each hand.
-    void respond(size_t number, const Row* factors, size_t depth, Row* best, Row* value) {
+    template <bool Responds>
+    static void join(Row& best, const Row& action) {
+        if constexpr (Responds)
+            best.takeGreater(action);
+        else
+            best.add(action);
+    }
+
+    template <bool Responds>
+    void visitAs(size_t number, Factors factors, size_t depth, Row* best) {
         const RoundBetting::Node& node = betting_.nodes[number];
         Frame& frame = frames_[depth];
-        const uint16_t* const classes = hands_->classes[seat()].data();
-        const Row* const shares = shares_.of(block_, number);
-        const std::vector<uint16_t>& present = hands_->present[seat()];
-        for (size_t k = 0; k < present.size(); ++k)
-            std::copy_n(shares + present[k] * size_t{numAbstractedActions}, numAbstractedActions,
-                        frame.own.data() + k * numAbstractedActions);
-        bool totalled = false;
-        bool first = true;
+        const size_t size = hands_->size();
+        bool begun = false;
         for (size_t a = 0; a < numAbstractedActions; ++a) {
             const int16_t child = node.child[a];
-            if (child == RoundBetting::noAction)
+            if (child < 0)
                 continue;
-            const Row* const own = frame.own.data() + a;
-            const auto begin = [&](size_t i, const Row& actionBest, const Row& actionValue) {
-                best[i].lanes = actionBest.lanes;
-                value[i].lanes = own[classes[i] * numAbstractedActions].lanes * actionValue.lanes;
-            };
-            const auto take = [&](size_t i, const Row& actionBest, const Row& actionValue) {
-                best[i].takeGreater(actionBest);
-                value[i].lanes += own[classes[i] * numAbstractedActions].lanes * actionValue.lanes;
-            };
-            if (child < 0 && isSettled(child) && !totalled) {
-                total(factors, frame.totals);
-                totalled = true;
+            const Factors behind = act(number, a, factors, frame);
+            visit(static_cast<size_t>(child), behind, depth + 1, begun ? frame.best.data() : best);
+            if (begun)
+                for (size_t i = 0; i < size; ++i)
+                    join<Responds>(best[i], frame.best[i]);
+            begun = true;
+        }
+        if (!begun) {
+            Row nothing;
+            if (Responds)
+                nothing.lanes -= std::numeric_limits<Weight>::infinity();
+            std::fill_n(best, size, nothing);
+        }
+        bool fold = false;
+        bool showdown = false;
+        for (size_t a = 0; a < numAbstractedActions; ++a) {
+            const int16_t child = node.child[a];
+            if (child == RoundBetting::noAction || child >= 0)
+                continue;
+            const Factors behind = act(number, a, factors, frame);
+            const RoundBetting::Ending& ending = endingAt(child);
+            switch (ending.kind) {
+            case RoundBetting::EndingKind::nextRound:
+                leadOn<Responds>(ending, behind.own, best);
+                break;
+            case RoundBetting::EndingKind::fold:
+                prepare(child, ending.folded == responder_ ? -1 : 1, behind, fold_);
+                fold = true;
+                break;
+            case RoundBetting::EndingKind::showdown:
+                prepare(child, 1, behind, showdown_);
+                showdown = true;
+                break;
             }
-            if (first)
-                follow(child, factors, depth, begin);
-            else
-                follow(child, factors, depth, take);
-            first = false;
+        }
+        if (fold && showdown)
+            settleShowdown<Responds, true>(best);
+        else if (showdown)
+            settleShowdown<Responds, false>(best);
+        else if (fold)
+            settleFold<Responds>(best);
+    }
+
+    // What the next round has answered.
+    template <bool Responds>
+    void leadOn(const RoundBetting::Ending& ending, const Row* own, Row* best) {
+        const BoardHands::Hand* const hands = hands_->hands.data();
+        const size_t size = hands_->size();
+        eachLaneBelow(ending, [&](size_t lane, size_t start, size_t laneThere) {
+            for (size_t i = 0; i < size; ++i) {
+                const size_t at = start + hands[i].number;
+                bestBelow_[i].lanes[lane] = below_.best[at].lanes[laneThere];
+                valueBelow_[i].lanes[lane] = below_.value[at].lanes[laneThere];
+            }
+        });
+        for (size_t i = 0; i < size; ++i) {
+            join<Responds>(best[i], bestBelow_[i]);
+            value_[i].lanes += own[ownClasses_[i]].lanes * valueBelow_[i].lanes;
         }
     }
 
-    // The opponent's node: what each of its actions leaves, together.
-    void face(size_t number, const Row* factors, size_t depth, Row* best, Row* value) {
-        const RoundBetting::Node& node = betting_.nodes[number];
-        Frame& frame = frames_[depth];
-        bool first = true;
-        for (size_t a = 0; a < numAbstractedActions; ++a) {
-            const int16_t child = node.child[a];
-            if (child == RoundBetting::noAction)
-                continue;
-            const auto begin = [&](size_t i, const Row& actionBest, const Row& actionValue) {
-                best[i].lanes = actionBest.lanes;
-                value[i].lanes = actionValue.lanes;
-            };
-            const auto take = [&](size_t i, const Row& actionBest, const Row& actionValue) {
-                best[i].lanes += actionBest.lanes;
-                value[i].lanes += actionValue.lanes;
-            };
-            const Row* const next = act(number, a, factors, frame);
-            if (child < 0 && isSettled(child))
-                total(next, frame.totals);
-            if (first)
-                follow(child, next, depth, begin);
-            else
-                follow(child, next, depth, take);
-            first = false;
-        }
+    void prepare(int16_t child, int sign, Factors factors, End& end) const {
+        end.factors = factors;
+        for (size_t lane = 0; lane < lanesInBlock; ++lane)
+            end.stake.lanes[lane] = static_cast<Weight>(
+                sign * betting_.stake(static_cast<size_t>(~child), block_ * lanesInBlock + lane));
+        total(factors.reach, end.totals);
     }
 
     // The opponent's reach behind some factors: of all hands, and of those with each card.
@@ -262,96 +310,86 @@ private:
             add(i, ones_[0], ofClasses_[classes_[i]]);
     }
 
-    // What the next round has answered, into the frame's rows.
-    void collectBelow(const RoundBetting::Ending& ending, Frame& frame) const {
-        eachLaneBelow(ending, [&](size_t lane, size_t start, size_t laneThere) {
-            for (size_t i = 0; i < hands_->size(); ++i) {
-                const size_t at = start + hands_->hands[i].number;
-                frame.best[i].lanes[lane] = below_.best[at].lanes[laneThere];
-                frame.value[i].lanes[lane] = below_.value[at].lanes[laneThere];
-            }
-        });
-    }
-
-    // take(i, best, value) for every hand, of what is below an action. Where the hand ends, the two
-    // are the same; the frame then has the totals of the reach.
-    template <class Take>
-    void follow(int16_t child, const Row* factors, size_t depth, const Take& take) {
-        Frame& frame = frames_[depth];
-        const size_t size = hands_->size();
-        if (child >= 0) {
-            visit(static_cast<size_t>(child), factors, depth + 1, frame.best.data(),
-                  frame.value.data());
-            const Row* const best = frame.best.data();
-            const Row* const value = frame.value.data();
-            for (size_t i = 0; i < size; ++i)
-                take(i, best[i], value[i]);
-            return;
+    // What a hand wins by the fold, less what its own reach gives back.
+    struct FoldRow {
+        explicit FoldRow(const End& fold)
+            : stake(fold.stake.lanes), sum(fold.totals.sum.lanes), with(fold.totals.with.data()) {}
+        Row of(const BoardHands::Hand& hand, const Row& reach) const {
+            return {stake * (sum - with[hand.low].lanes - with[hand.high].lanes + reach.lanes)};
         }
-        const RoundBetting::Ending& ending = endingAt(child);
-        if (ending.kind == RoundBetting::EndingKind::nextRound) {
-            collectBelow(ending, frame);
-            for (size_t i = 0; i < size; ++i)
-                take(i, frame.best[i], frame.value[i]);
-            return;
-        }
-        const bool fold = ending.kind == RoundBetting::EndingKind::fold;
-        const double sign = fold && ending.folded == responder_ ? -1 : 1;
-        Row stake;
-        for (size_t lane = 0; lane < lanesInBlock; ++lane)
-            stake.lanes[lane] = static_cast<Weight>(
-                sign * betting_.stake(static_cast<size_t>(~child), block_ * lanesInBlock + lane));
-        if (fold)
-            settleFold(stake, factors, frame.totals, take);
-        else
-            settleShowdown(stake, factors, frame.totals, take);
-    }
+        const typename Row::Lanes stake;
+        const typename Row::Lanes sum;
+        const Row* const with;
+    };
 
-    template <class Take>
-    void settleFold(const Row& stake, const Row* factors, const Totals& totals,
-                    const Take& take) const {
+    template <bool Responds>
+    void settleFold(Row* best) const {
         const BoardHands::Hand* const hands = hands_->hands.data();
-        const auto sum = totals.sum.lanes;
-        const auto times = stake.lanes;
+        const Factors factors = fold_.factors;
+        const FoldRow fold(fold_);
         for (size_t i = 0, size = hands_->size(); i < size; ++i) {
-            Row row;
-            row.lanes =
-                times * (sum - totals.with[hands[i].low].lanes - totals.with[hands[i].high].lanes +
-                         reach_[i].lanes * factors[classes_[i]].lanes);
-            take(i, row, row);
+            const Row won = fold.of(hands[i], {reach_[i].lanes * factors.reach[classes_[i]].lanes});
+            join<Responds>(best[i], won);
+            value_[i].lanes += factors.own[ownClasses_[i]].lanes * won.lanes;
         }
     }
 
-    // From the weakest hands up, group by group of equals: what a hand beats less what beats it is
-    // (all below it) + (all below and equal) - (all). The sums so far are kept doubled and less the
-    // total, so that the two readings, before a group and after it, are added and halved. A hand
-    // itself was taken off twice too often at the one reading, and too seldom at the other.
-    template <class Take>
-    void settleShowdown(const Row& stake, const Row* factors, const Totals& totals,
-                        const Take& take) {
-        auto sum = -totals.sum.lanes;
+    // The showdown and, if there is one, the fold beside it. From the weakest hands up, group by
+    // group of equals: what a hand beats less what beats it is (all below it) + (all below and
+    // equal) - (all). The sums so far are kept doubled and less the total, so that the two
+    // readings, before a group and after it, are added and halved. A hand itself was taken off
+    // twice too often at the one reading, and too seldom at the other.
+    template <bool Responds, bool Fold>
+    void settleShowdown(Row* best) {
+        auto sum = -showdown_.totals.sum.lanes;
         auto& with = with_;
         for (size_t card = 0; card < with.size(); ++card)
-            with[card].lanes = -totals.with[card].lanes;
-        const auto half = stake.lanes / 2;
+            with[card].lanes = -showdown_.totals.with[card].lanes;
+        const auto half = showdown_.stake.lanes / 2;
+        const FoldRow fold(fold_);
+        const Factors factors = showdown_.factors;
+        const Factors foldFactors = fold_.factors;
         const BoardHands::Hand* const hands = hands_->hands.data();
+        const uint16_t* const groupEnd = hands_->groupEnd.data();
+        const uint16_t* const classes = classes_;
+        const uint16_t* const ownClasses = ownClasses_;
+        const Row* const reachHere = reach_;
         Row* const before = before_.data();
+        Row* const reachThere = reachThere_.data();
+        Row* const value = value_;
         for (size_t from = 0, size = hands_->size(); from < size;) {
-            const size_t to = hands_->groupEnd[from];
+            const size_t to = groupEnd[from];
             for (size_t i = from; i < to; ++i)
                 before[i - from].lanes = sum - with[hands[i].low].lanes - with[hands[i].high].lanes;
             for (size_t i = from; i < to; ++i) {
-                const auto reach = reach_[i].lanes * factors[classes_[i]].lanes;
+                const auto reach = reachHere[i].lanes * factors.reach[classes[i]].lanes;
+                if constexpr (Fold && Responds)
+                    reachThere[i - from].lanes =
+                        reach; // the fold's, too: the opponent does not act
                 const auto twice = reach + reach;
                 sum += twice;
                 with[hands[i].low].lanes += twice;
                 with[hands[i].high].lanes += twice;
             }
             for (size_t i = from; i < to; ++i) {
-                Row row;
-                row.lanes = half * ((sum - with[hands[i].low].lanes - with[hands[i].high].lanes) +
+                Row won;
+                won.lanes = half * ((sum - with[hands[i].low].lanes - with[hands[i].high].lanes) +
                                     before[i - from].lanes);
-                take(i, row, row);
+                if constexpr (!Fold) {
+                    join<Responds>(best[i], won);
+                    value[i].lanes += factors.own[ownClasses[i]].lanes * won.lanes;
+                } else if constexpr (Responds) {
+                    const Row folded = fold.of(hands[i], reachThere[i - from]);
+                    value[i].lanes += factors.own[ownClasses[i]].lanes * won.lanes +
+                                      foldFactors.own[ownClasses[i]].lanes * folded.lanes;
+                    won.takeGreater(folded);
+                    join<Responds>(best[i], won);
+                } else {
+                    won.add(fold.of(hands[i],
+                                    {reachHere[i].lanes * foldFactors.reach[classes[i]].lanes}));
+                    join<Responds>(best[i], won);
+                    value[i].lanes += factors.own[ownClasses[i]].lanes * won.lanes;
+                }
             }
             from = to;
         }
@@ -362,14 +400,21 @@ private:
     int responder_;
     const BoardHands* hands_ = nullptr;
     size_t block_ = 0;
-    const Row* reach_ = nullptr;        // by hand, at the round's beginning
-    const uint16_t* classes_ = nullptr; // of the opponent's hands
+    const Row* reach_ = nullptr;           // by hand, at the round's beginning
+    const uint16_t* classes_ = nullptr;    // of the opponent's hands
+    const uint16_t* ownClasses_ = nullptr; // of the responder's
+    Row* value_ = nullptr;                 // of the responder's own play, by hand
     std::vector<Row> ones_;
     std::vector<Totals> ofClasses_; // of the reach at the round's beginning; empty for many classes
-    RowsBelow<Weight> below_;
     std::vector<Frame> frames_;
+    End fold_; // of the node that is being worked out
+    End showdown_;
+    RowsBelow<Weight> below_;
+    std::vector<Row> bestBelow_;
+    std::vector<Row> valueBelow_;
     std::array<Row, MAX_SUITS * MAX_RANKS> with_;
     std::vector<Row> before_;
+    std::vector<Row> reachThere_;
 };
 
 } // namespace tamarin
