@@ -107,7 +107,10 @@ std::string mostGained(const GainReport& report) {
                        report.text(hand.numbers.gain.both)},
                       "td");
     }
-    return text + "</table>\n";
+    text += "</table>\n";
+    if (report.sampled)
+        text += "<p>Of so many hands, the first are partly those that the sample flatters.</p>\n";
+    return text;
 }
 
 constexpr const char* unsaid =

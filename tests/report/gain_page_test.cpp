@@ -35,6 +35,7 @@ TEST(GainPage, HasTheTablesAndTheGridOfTheDeck) {
 TEST(GainPage, SaysOfASampleThatItIsOne) {
     const GainSample sample;
     EXPECT_EQ(countOf(gainPage(sample.report(true)), "an estimate from a sample of flops"), 1U);
+    EXPECT_EQ(countOf(gainPage(sample.report(true)), "those that the sample flatters"), 1U);
     const std::string exact = gainPage(sample.report(false));
     EXPECT_EQ(countOf(exact, "sample"), 0U);
     EXPECT_EQ(countOf(exact, "+-"), 0U);
