@@ -53,10 +53,11 @@ std::string gridField(const Colour& colour, const std::string& name, const std::
                        colour.text(), colour.ink(), name, resting, name, below);
 }
 
-std::string gridOf(const std::array<std::string, 169>& fields) {
+std::string gridOf(std::span<const std::string> fields, size_t side) {
+    assert(fields.size() == side * side);
     std::string text = "<table class=grid>\n";
     for (size_t i = 0; i < fields.size(); ++i)
-        text += (i % 13 == 0 ? "<tr>" : "") + fields[i] + (i % 13 == 12 ? "</tr>\n" : "");
+        text += (i % side == 0 ? "<tr>" : "") + fields[i] + (i % side == side - 1 ? "</tr>\n" : "");
     return text + "</table>\n";
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <span>
 #include <string>
 
 namespace tamarin {
@@ -32,7 +33,7 @@ std::string barOf(double share);
 // One starting hand: its name, what stands below it, and what a pointer resting on it shows.
 std::string gridField(const Colour& colour, const std::string& name, const std::string& below,
                       const std::string& resting);
-// Thirteen rows of thirteen such fields.
-std::string gridOf(const std::array<std::string, 169>& fields);
+// Thirteen rows of thirteen such fields, or of as many as the deck has ranks.
+std::string gridOf(std::span<const std::string> fields, size_t side = 13);
 
 } // namespace tamarin

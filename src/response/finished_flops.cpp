@@ -6,22 +6,26 @@
 #include "support/word_checksum.h"
 
 #include <array>
+#include <cassert>
 #include <cstring>
 
 namespace tamarin {
 
 namespace {
 
+constexpr uint32_t newest = 2;
+constexpr uint32_t withoutLater = 1;
+
 struct Head {
     std::array<char, 8> magic{'t', 'm', 'r', 'n', 'f', 'l', 'o', 'p'};
-    uint32_t version = 1;
+    uint32_t version = newest;
     uint32_t byteOrder = 0x01020304;
     uint64_t fingerprint = 0;
     uint64_t size = 0;
 
     bool sameFormat(const Head& other) const {
-        return magic == other.magic && version == other.version && byteOrder == other.byteOrder &&
-               size == other.size;
+        return magic == other.magic && (version == newest || version == withoutLater) &&
+               byteOrder == other.byteOrder && size == other.size;
     }
 };
 static_assert(sizeof(Head) == 32);
@@ -32,8 +36,26 @@ uint64_t checksumOf(std::string_view bytes) {
     return checksum.value();
 }
 
-void append(std::string& bytes, const std::vector<double>& numbers) {
-    bytes.append(reinterpret_cast<const char*>(numbers.data()), numbers.size() * sizeof(double));
+// All that a file holds, in its order.
+template <class Values>
+auto seriesOf(Values& values) {
+    std::vector<decltype(values.best.data())> all;
+    for (auto* of : {&values.best, &values.value})
+        for (auto& seat : *of)
+            all.push_back(&seat);
+    for (auto& seat : values.later)
+        for (auto& later : seat)
+            all.push_back(&later);
+    return all;
+}
+
+// From bytes that hold so many for each of them.
+void fill(FlopValues& values, size_t size, const char* at) {
+    for (auto* const series : seriesOf(values)) {
+        series->resize(size);
+        std::memcpy(series->data(), at, size * sizeof(double));
+        at += size * sizeof(double);
+    }
 }
 
 } // namespace
@@ -74,7 +96,8 @@ std::string nameOfFlop(const PublicBoard& flop) {
 
 FinishedFlops::FinishedFlops(std::string folder, const MeasuredGame& game)
     : folder_(std::move(folder)), fingerprint_(fingerprintOf(game)),
-      size_(game.rounds.entries().size() * game.deck.numHandClasses()) {}
+      size_(game.rounds.entries().size() * game.deck.numHandClasses()),
+      later_(static_cast<size_t>(game.rounds.last()) - 1) {}
 
 std::string FinishedFlops::pathOf(const PublicBoard& flop) const {
     return folder_ + "/" + nameOfFlop(flop);
@@ -88,30 +111,29 @@ Result<std::optional<FlopValues>> FinishedFlops::read(const PublicBoard& flop) c
     const auto bytes = readWholeFile(path);
     if (!bytes)
         return Error{bytes.error()};
+    const std::string_view all = *bytes;
     Head expected;
     expected.size = size_;
-    const size_t numbers = 4 * size_ * sizeof(double);
-    if (bytes->size() != sizeof(Head) + numbers + sizeof(uint64_t))
-        return std::optional<FlopValues>();
     Head head;
-    std::memcpy(&head, bytes->data(), sizeof head);
+    if (all.size() < sizeof head)
+        return std::optional<FlopValues>();
+    std::memcpy(&head, all.data(), sizeof head);
+    const size_t later = head.version == withoutLater ? 0 : later_;
+    const size_t checked = sizeof head + (4 + 2 * later) * size_ * sizeof(double);
     uint64_t checksum = 0;
-    std::memcpy(&checksum, bytes->data() + sizeof(Head) + numbers, sizeof checksum);
-    if (!head.sameFormat(expected) ||
-        checksum != checksumOf(std::string_view(*bytes).substr(0, sizeof(Head) + numbers)))
+    if (!head.sameFormat(expected) || all.size() != checked + sizeof checksum)
+        return std::optional<FlopValues>();
+    std::memcpy(&checksum, all.data() + checked, sizeof checksum);
+    if (checksum != checksumOf(all.substr(0, checked)))
         return std::optional<FlopValues>();
     if (head.fingerprint != fingerprint_)
         return Error{folder_ +
                      " holds flops of another strategy, or of other tables: delete it, or "
                      "name another folder with --finished"};
     FlopValues values;
-    const char* at = bytes->data() + sizeof(Head);
-    for (auto* of : {&values.best, &values.value})
-        for (auto& seat : *of) {
-            seat.resize(size_);
-            std::memcpy(seat.data(), at, size_ * sizeof(double));
-            at += size_ * sizeof(double);
-        }
+    for (auto& seat : values.later)
+        seat.resize(later);
+    fill(values, size_, all.data() + sizeof head);
     return std::optional(std::move(values));
 }
 
@@ -122,9 +144,9 @@ Status FinishedFlops::write(const PublicBoard& flop, const FlopValues& values) c
     head.fingerprint = fingerprint_;
     head.size = size_;
     std::string bytes(reinterpret_cast<const char*>(&head), sizeof head);
-    for (const auto* of : {&values.best, &values.value})
-        for (const auto& seat : *of)
-            append(bytes, seat);
+    assert(values.later[0].size() == later_ && values.later[1].size() == later_);
+    for (const auto* const series : seriesOf(values))
+        bytes.append(reinterpret_cast<const char*>(series->data()), size_ * sizeof(double));
     const uint64_t checksum = checksumOf(bytes);
     bytes.append(reinterpret_cast<const char*>(&checksum), sizeof checksum);
     return writeWholeFile(pathOf(flop), bytes);

@@ -5,12 +5,15 @@
 //
 //   bytes   field
 //   8       "tmrnflop"
-//   4       version of the format, 1
+//   4       version of the format, 2
 //   4       0x01020304, in the writer's byte order
 //   8       fingerprint of the game and the strategy
 //   8       values of a seat, N
 //   4*8*N   best of seat 0, best of seat 1, value of seat 0, value of seat 1 (FlopValues)
+//   2*R*8*N later values of seat 0, those of seat 1; R: rounds after the flop
 //   8       checksum of all bytes before it
+//
+// Version 1 had no later values. Its files are read, for they took as long; their flops have none.
 #pragma once
 
 #include "response/flop_response.h"
@@ -45,7 +48,8 @@ private:
 
     std::string folder_;
     uint64_t fingerprint_;
-    size_t size_; // values of a seat
+    size_t size_;  // values of a seat
+    size_t later_; // rounds after the flop
 };
 
 } // namespace tamarin

@@ -33,9 +33,9 @@ public:
     uint64_t memory(int threads) const override {
         uint64_t rows = 0;
         for (int round = 2; round <= game_.rounds.last(); ++round)
-            rows += 3 * rowsOf(round) * 2 * (static_cast<uint64_t>(threads) + 1);
+            rows += (1 + sumsIn(round)) * rowsOf(round) * 2 * (static_cast<uint64_t>(threads) + 1);
         if (game_.rounds.last() >= 2)
-            rows += 2 * rowsOf(2) * 2 * (game_.deck.cards().size() - cardsOf(1));
+            rows += sumsIn(2) * rowsOf(2) * 2 * (game_.deck.cards().size() - cardsOf(1));
         return rows * sizeof(Row);
     }
 
@@ -47,6 +47,7 @@ private:
     struct Sums {
         Rows best;
         Rows value;
+        std::vector<Rows> later; // as in FlopValues, counted from the round
     };
 
     // What a thread works in when one seat responds.
@@ -82,16 +83,31 @@ private:
     size_t rowsOf(int round) const {
         return game_.rounds.round(round).blocks * game_.deck.holdings().size();
     }
-    Sums sumsOf(int round) const { return {Rows(rowsOf(round)), Rows(rowsOf(round))}; }
+    size_t roundsAfter(int round) const { return static_cast<size_t>(game_.rounds.last() - round); }
+    size_t sumsIn(int round) const { return 2 + roundsAfter(round); }
+    Sums sumsOf(int round) const {
+        const Rows rows(rowsOf(round));
+        return {rows, rows, std::vector<Rows>(roundsAfter(round), rows)};
+    }
+    static void add(const Rows& more, Rows& rows) {
+        for (size_t i = 0; i < more.size(); ++i)
+            rows[i].add(more[i]);
+    }
     static void add(const Sums& more, Sums& sums) {
-        for (size_t i = 0; i < more.best.size(); ++i) {
-            sums.best[i].add(more.best[i]);
-            sums.value[i].add(more.value[i]);
-        }
+        add(more.best, sums.best);
+        add(more.value, sums.value);
+        for (size_t k = 0; k < more.later.size(); ++k)
+            add(more.later[k], sums.later[k]);
+    }
+    static std::vector<Rows*> allOf(Sums& sums) {
+        std::vector<Rows*> all{&sums.best, &sums.value};
+        for (Rows& rows : sums.later)
+            all.push_back(&rows);
+        return all;
     }
     static void clear(Sums& sums) {
-        std::ranges::fill(sums.best, Row{});
-        std::ranges::fill(sums.value, Row{});
+        for (Rows* const rows : allOf(sums))
+            std::ranges::fill(*rows, Row{});
     }
 
     Rows reachOfFlop(int seat) const;
@@ -157,7 +173,8 @@ void FlopResponse::TypedWalks<Weight>::reachDown(int round, const BoardHands& ha
 }
 
 // Adds the values of a board at the round's beginning, in one block of lanes, as often as weight
-// says.
+// says. Who plays best from a later round on has that round's best below, and the strategy's own
+// play on this one: another walk for each such round, none in the last, which takes the time.
 template <class Weight>
 void FlopResponse::TypedWalks<Weight>::valuesUp(int round, const BoardHands& hands, size_t block,
                                                 const Rows& reach, const Sums& below, Rooms& rooms,
@@ -165,16 +182,24 @@ void FlopResponse::TypedWalks<Weight>::valuesUp(int round, const BoardHands& han
     const size_t holdings = game_.deck.holdings().size();
     const auto times = static_cast<Weight>(weight);
     gather(hands, reach.data() + block * holdings, rooms.reach);
-    rooms.walk[static_cast<size_t>(round) - 1].up(
-        hands, block, rooms.reach.data(),
-        {nullptr, below.best.data(), below.value.data(), holdings}, rooms.best.data(),
-        rooms.value.data());
-    Row* const best = out.best.data() + block * holdings;
-    Row* const value = out.value.data() + block * holdings;
-    for (size_t i = 0; i < hands.size(); ++i) {
-        const uint16_t number = hands.hands[i].number;
-        best[number].addScaled(rooms.best[i], times);
-        value[number].addScaled(rooms.value[i], times);
+    const auto walk = [&](const Rows& bestBelow, const Rows& valueBelow) {
+        rooms.walk[static_cast<size_t>(round) - 1].up(
+            hands, block, rooms.reach.data(),
+            {nullptr, bestBelow.data(), valueBelow.data(), holdings}, rooms.best.data(),
+            rooms.value.data());
+    };
+    const auto add = [&](const Rows& found, Rows& sums) {
+        Row* const rows = sums.data() + block * holdings;
+        for (size_t i = 0; i < hands.size(); ++i)
+            rows[hands.hands[i].number].addScaled(found[i], times);
+    };
+    walk(below.best, below.value);
+    add(rooms.best, out.best);
+    add(rooms.value, out.value);
+    for (size_t k = 0; k < out.later.size(); ++k) {
+        const Rows& played = k == 0 ? below.best : below.later[k - 1];
+        walk(played, played);
+        add(rooms.value, out.later[k]);
     }
 }
 
@@ -185,7 +210,7 @@ void FlopResponse::TypedWalks<Weight>::meanOfNext(const PublicBoard& board, int 
                                                   Sums& sums) const {
     const size_t holdings = game_.deck.holdings().size();
     const double cards = static_cast<double>(game_.deck.cards().size() - board.cards.size() - 4);
-    for (Rows* rows : {&sums.best, &sums.value})
+    for (Rows* const rows : allOf(sums))
         for (size_t block = 0; block < game_.rounds.round(round + 1).blocks; ++block) {
             Row* const of = rows->data() + block * holdings;
             game_.deck.symmetrise(board, of);
@@ -298,6 +323,8 @@ Result<FlopValues> FlopResponse::TypedWalks<Weight>::on(const PublicBoard& flop,
             valuesUp(1, hands, block, flopReach_[seat], below, rooms, 1, sums);
         values.best[seat] = byLineAndClass(sums.best);
         values.value[seat] = byLineAndClass(sums.value);
+        for (const Rows& rows : sums.later)
+            values.later[seat].push_back(byLineAndClass(rows));
     }
     return values;
 }

@@ -31,6 +31,9 @@ struct FlopValues {
     // the strategy's own play.
     std::array<std::vector<double>, 2> best;
     std::array<std::vector<double>, 2> value;
+    // [seat][rounds]: with the strategy's own play on the flop and so many rounds after it, and the
+    // best from the next one on; up to the last round alone. Empty where nobody looked.
+    std::array<std::vector<std::vector<double>>, 2> later;
 };
 
 // Numbers are computed with floats (float), or with doubles for comparisons.

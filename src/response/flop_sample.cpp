@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cmath>
 #include <numeric>
 #include <set>
 #include <tuple>
@@ -31,6 +32,19 @@ std::vector<size_t> FlopSample::distinct() const {
     for (const auto& pair : pairs)
         places.insert(pair.begin(), pair.end());
     return {places.begin(), places.end()};
+}
+
+// How far pairs lie apart says how much the draw matters. Layers are drawn from independently of
+// each other, so the variances of their means add up.
+Interval intervalOf(const std::vector<std::array<double, 2>>& pairs) {
+    double sum = 0;
+    double squares = 0;
+    for (const auto& [one, other] : pairs) {
+        sum += (one + other) / 2;
+        squares += (one - other) * (one - other) / 4;
+    }
+    const auto layers = static_cast<double>(pairs.size());
+    return {sum / layers, studentQuantile975(pairs.size()) * std::sqrt(squares) / layers};
 }
 
 FlopSample drawFlops(const std::vector<PublicBoard>& flops, size_t count, uint64_t seed) {

@@ -3,6 +3,7 @@
 
 #include "response/public_deck.h"
 #include "support/result.h"
+#include "support/statistics.h"
 
 #include <array>
 #include <cstddef>
@@ -25,6 +26,9 @@ struct FlopSample {
 
 // count: flops to draw, an even number. Equal seeds draw equal flops.
 FlopSample drawFlops(const std::vector<PublicBoard>& flops, size_t count, uint64_t seed);
+
+// What one number of each flop of a sample, by layer, says of the mean of all flops.
+Interval intervalOf(const std::vector<std::array<double, 2>>& pairs);
 
 // The place of the flop that some cards are, up to suits; an error where they are no flop.
 Result<size_t> findFlop(const PublicDeck& deck, const std::vector<PublicBoard>& flops,

@@ -25,6 +25,12 @@ void FlopSums::add(const FlopValues& values, double times) {
     for (size_t seat = 0; seat < 2; ++seat) {
         addTo(best_[seat], values.best[seat], times);
         addTo(value_[seat], values.value[seat], times);
+        if (flops_ == 0)
+            later_[seat].resize(values.later[seat].size());
+        if (values.later[seat].size() < later_[seat].size())
+            later_[seat].clear();
+        for (size_t rounds = 0; rounds < later_[seat].size(); ++rounds)
+            addTo(later_[seat][rounds], values.later[seat][rounds], times);
     }
     flops_ += times;
 }
@@ -51,7 +57,7 @@ PreflopResponse::PreflopResponse(const MeasuredGame& game, int seat)
     }
     for (size_t line = 0; line < game.rounds.entries().size(); ++line)
         lineOf_[static_cast<size_t>(game.rounds.entries()[line])] = line;
-    addFolds(0, std::vector<double>(holdings, 1.0));
+    addFolds(0, std::vector<double>(holdings, 1.0), true);
 }
 
 // Of each class of starting hands, what it meets of the opponent's: the sum over the holdings that
@@ -74,11 +80,18 @@ std::vector<double> PreflopResponse::meetings(const std::vector<double>& reach) 
     return met;
 }
 
-// Goes down the tree with the opponent's reach, and notes what each fold is worth.
-void PreflopResponse::addFolds(int32_t number, const std::vector<double>& reach) {
+// Goes down the tree with the opponent's reach, and notes what each fold is worth and where the
+// seat first acts; first: whether it has not acted yet.
+void PreflopResponse::addFolds(int32_t number, const std::vector<double>& reach, bool first) {
     const auto& node = game_.tree.nodes()[static_cast<size_t>(number)];
     if (node.round > 0)
         return;
+    if (first && node.player == seat_) {
+        first_.push_back({number, meetings(reach)});
+        for (double& reached : first_.back().reached)
+            reached /= othersOfHand();
+        first = false;
+    }
     for (size_t a = 0; a < numAbstractedActions; ++a) {
         const int32_t child = node.child[a];
         if (child == CompiledTree::noChild)
@@ -88,7 +101,7 @@ void PreflopResponse::addFolds(int32_t number, const std::vector<double>& reach)
             for (size_t h = 0; h < next.size(); ++h)
                 next[h] *= game_.strategy.shares(number, strategyClass_[h])[a];
         if (child >= 0) {
-            addFolds(child, next);
+            addFolds(child, next, first);
             continue;
         }
         const auto& settlement = game_.tree.settlements()[static_cast<size_t>(~child)];
@@ -142,11 +155,42 @@ PreflopResponse::Pair PreflopResponse::at(int32_t number, size_t handClass,
 }
 
 std::vector<double> PreflopResponse::all(const Lines& lines) const {
-    const size_t cards = game_.deck.cards().size();
     std::vector<double> values(ownClass_.size());
     for (size_t c = 0; c < values.size(); ++c)
-        values[c] = at(0, c, lines).value / ways(cards - 2, 2);
+        values[c] = at(0, c, lines).value / othersOfHand();
     return values;
+}
+
+double PreflopResponse::othersOfHand() const {
+    return ways(game_.deck.cards().size() - 2, 2);
+}
+
+PreflopResponse::Taken PreflopResponse::chosenAt(const FirstDecision& decision, size_t handClass,
+                                                 const LineValues& chooser,
+                                                 const LineValues& lines) const {
+    const auto& node = game_.tree.nodes()[static_cast<size_t>(decision.node)];
+    Taken taken{numAbstractedActions, 0};
+    double highest = 0;
+    for (size_t a = 0; a < numAbstractedActions; ++a) {
+        if (node.child[a] == CompiledTree::noChild)
+            continue;
+        const Pair pair = below(decision.node, a, handClass, {&chooser, &lines, false});
+        if (taken.action == numAbstractedActions || pair.chooser > highest) {
+            taken = {a, pair.value / othersOfHand()};
+            highest = pair.chooser;
+        }
+    }
+    return taken;
+}
+
+double PreflopResponse::ownAt(const FirstDecision& decision, size_t handClass,
+                              const LineValues& lines) const {
+    return at(decision.node, handClass, {&lines, &lines, true}).value / othersOfHand();
+}
+
+double PreflopResponse::ownShare(const FirstDecision& decision, size_t handClass,
+                                 size_t action) const {
+    return game_.strategy.shares(decision.node, ownClass_[handClass])[action];
 }
 
 std::vector<double> PreflopResponse::chosenBy(const LineValues& chooser,

@@ -1,24 +1,8 @@
 #include "response/real_value.h"
 
-#include <cmath>
-#include <limits>
-
 namespace tamarin {
 
 namespace {
-
-// One number of each flop of a sample, by layer: the mean, and how far pairs lie apart. Layers are
-// drawn from independently of each other, so the variances of their means add up.
-Interval intervalOf(const std::vector<std::array<double, 2>>& pairs) {
-    double sum = 0;
-    double squares = 0;
-    for (const auto& [one, other] : pairs) {
-        sum += (one + other) / 2;
-        squares += (one - other) * (one - other) / 4;
-    }
-    const auto layers = static_cast<double>(pairs.size());
-    return {sum / layers, studentQuantile975(pairs.size()) * std::sqrt(squares) / layers};
-}
 
 // The play before the flop of both seats.
 class BothSeats {

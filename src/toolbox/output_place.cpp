@@ -4,6 +4,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <unistd.h>
 
 namespace tamarin {
 
@@ -22,6 +23,18 @@ Status checkOutputPlace(const std::string& path, const std::string& start, const
         return {};
     return Error{path + " is there and is not " + kind + ": give " + option +
                  " another name, or move the file away"};
+}
+
+Status checkOutputFolder(const std::string& path) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error))
+        return Error{path + " is a directory"};
+    std::string folder = std::filesystem::path(path).parent_path().string();
+    if (folder.empty())
+        folder = ".";
+    if (access((folder + "/").c_str(), W_OK | X_OK) != 0)
+        return Error{"could not write to " + folder + ": " + std::strerror(errno)};
+    return {};
 }
 
 } // namespace tamarin

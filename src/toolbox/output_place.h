@@ -14,4 +14,8 @@ namespace tamarin {
 Status checkOutputPlace(const std::string& path, const std::string& start, const std::string& kind,
                         const std::string& option);
 
+// Whether the folder is there that the file would lie in, and may be written to: said before long
+// work rather than after it.
+Status checkOutputFolder(const std::string& path);
+
 } // namespace tamarin

@@ -3,11 +3,13 @@
 #include "response/measured.h"
 #include "support/file.h"
 #include "support/temp_directory.h"
+#include "support/word_checksum.h"
 
 namespace tamarin::test {
 namespace {
 
 const std::string pairedDeck = shortGame(4, 3, "3 2", "10 10", "0 3");
+const std::string fourRounds = shortGame(4, 3, "1 1 1 1", "10 10 20 20", "0 3 1 1");
 
 FlopValues someValues(const Measured& measured) {
     FlopValues values;
@@ -17,6 +19,12 @@ FlopValues someValues(const Measured& measured) {
         for (auto& seat : *of)
             for (size_t i = 0; i < size; ++i)
                 seat.push_back(next *= -1.0625);
+    for (auto& seat : values.later)
+        for (int round = 2; round <= measured.rounds->last(); ++round) {
+            seat.emplace_back();
+            for (size_t i = 0; i < size; ++i)
+                seat.back().push_back(next += 0.375);
+        }
     return values;
 }
 
@@ -38,6 +46,48 @@ TEST(FinishedFlops, GivesBackWhatWasWritten) {
     EXPECT_EQ((*read)->value, values.value);
     EXPECT_FALSE(finished.read(flops[1])->has_value());
     EXPECT_TRUE(readWholeFile(directory.path() + "/a/b.flops/QcQdQh").ok());
+}
+
+TEST(FinishedFlops, GivesBackTheLaterRoundsToo) {
+    const TempDirectory directory;
+    const Measured measured(fourRounds);
+    const FinishedFlops finished(directory.path(), measured.whole());
+    const auto flops = measured.deck.extend(measured.deck.empty(), 3);
+    const FlopValues values = someValues(measured);
+    ASSERT_TRUE(finished.write(flops[4], values).ok());
+    const auto read = finished.read(flops[4]);
+    ASSERT_TRUE(read.ok());
+    ASSERT_TRUE(read->has_value());
+    EXPECT_EQ((*read)->best, values.best);
+    EXPECT_EQ((*read)->value, values.value);
+    EXPECT_EQ((*read)->later, values.later);
+    EXPECT_EQ(values.later[1].size(), 2U);
+}
+
+// A flop took minutes: what it was worth in all is not thrown away for what was not asked then.
+TEST(FinishedFlops, ReadsTheFirstVersionWithoutLaterRounds) {
+    const TempDirectory directory;
+    const Measured measured(fourRounds);
+    const FinishedFlops finished(directory.path(), measured.whole());
+    const auto flops = measured.deck.extend(measured.deck.empty(), 3);
+    const FlopValues values = someValues(measured);
+    ASSERT_TRUE(finished.write(flops[4], values).ok());
+    const std::string path = directory.path() + "/" + nameOfFlop(flops[4]);
+    std::string bytes = readWholeFile(path)->substr(0, 32 + 4 * 8 * values.best[0].size());
+    ASSERT_EQ(bytes[8], 2);
+    bytes[8] = 1;
+    WordChecksum checksum;
+    checksum.add(std::as_bytes(std::span(bytes.data(), bytes.size())));
+    const uint64_t sum = checksum.value();
+    bytes.append(reinterpret_cast<const char*>(&sum), sizeof sum);
+    ASSERT_TRUE(writeWholeFile(path, bytes).ok());
+    const auto read = finished.read(flops[4]);
+    ASSERT_TRUE(read.ok());
+    ASSERT_TRUE(read->has_value());
+    EXPECT_EQ((*read)->best, values.best);
+    EXPECT_EQ((*read)->value, values.value);
+    EXPECT_TRUE((*read)->later[0].empty());
+    EXPECT_TRUE((*read)->later[1].empty());
 }
 
 TEST(FinishedFlops, TakesADamagedOneForNone) {

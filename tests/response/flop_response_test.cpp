@@ -23,6 +23,7 @@ TEST(FlopResponse, AnyNumberOfThreadsGivesTheSame) {
         const FlopValues more = on(measured, 11, threads, LaneNumbers::floats);
         EXPECT_EQ(more.best, one.best);
         EXPECT_EQ(more.value, one.value);
+        EXPECT_EQ(more.later, one.later);
     }
 }
 
@@ -48,6 +49,26 @@ TEST(FlopResponse, TheBestIsNoWorse) {
     for (size_t seat = 0; seat < 2; ++seat)
         for (size_t i = 0; i < values.value[seat].size(); ++i)
             ASSERT_GE(values.best[seat][i], values.value[seat][i] - 1e-9);
+}
+
+// Who may choose earlier wins no less, and here more.
+TEST(FlopResponse, TheBestFromTheTurnOnLiesBetween) {
+    const Measured measured(threeRounds);
+    const FlopValues values = on(measured, 30, 2, LaneNumbers::doubles);
+    for (size_t seat = 0; seat < 2; ++seat) {
+        ASSERT_EQ(values.later[seat].size(), 1U);
+        double below = 0;
+        double above = 0;
+        for (size_t i = 0; i < values.value[seat].size(); ++i) {
+            const double later = values.later[seat][0][i];
+            ASSERT_GE(later, values.value[seat][i] - 1e-9);
+            ASSERT_LE(later, values.best[seat][i] + 1e-9);
+            below += later - values.value[seat][i];
+            above += values.best[seat][i] - later;
+        }
+        EXPECT_GT(below, 100) << seat;
+        EXPECT_GT(above, 100) << seat;
+    }
 }
 
 TEST(FlopResponse, StopsWhenAsked) {
@@ -78,7 +99,7 @@ TEST(FlopResponse, SaysHowFarItIs) {
 }
 
 // Eight blocks on the turn and 71 on the river, of 1,326 rows of eight floats: for each thread and
-// the flop, either seat's reach and two sums; and either seat's two sums for 49 turn cards.
+// the flop, either seat's reach and three sums or two; and either seat's three for 49 turn cards.
 TEST(FlopResponse, SaysWhatMemoryItTakes) {
     const GamePtr game = loadGameFile("holdem.limit.2p.reverse_blinds.game");
     const CompiledTree tree(*game);
@@ -87,8 +108,8 @@ TEST(FlopResponse, SaysWhatMemoryItTakes) {
     const PublicDeck deck(*game);
     const SimpleStrategy strategy(tree, SimplePlay::call);
     const FlopResponse response({*game, tree, *rounds, deck, strategy});
-    EXPECT_EQ(response.memory(1), (3 * 79 * 4 + 2 * 8 * 2 * 49) * 1326 * 32U);
-    EXPECT_EQ(response.memory(4), (3 * 79 * 10 + 2 * 8 * 2 * 49) * 1326 * 32U);
+    EXPECT_EQ(response.memory(1), ((4 * 8 + 3 * 71) * 4 + 3 * 8 * 2 * 49) * 1326 * 32U);
+    EXPECT_EQ(response.memory(4), ((4 * 8 + 3 * 71) * 10 + 3 * 8 * 2 * 49) * 1326 * 32U);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "game/games.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <set>
 
@@ -68,6 +69,14 @@ TEST(FlopSample, SeedsTellDrawsApart) {
     EXPECT_NE(drawFlops(limit.flops, 20, 5).pairs, drawFlops(limit.flops, 20, 6).pairs);
     const FlopSample sample{{{4, 9}, {9, 2}}};
     EXPECT_EQ(sample.distinct(), (std::vector<size_t>{2, 4, 9}));
+}
+
+// Two layers: half the mean distance of a pair is what a layer's mean is off by.
+TEST(FlopSample, PairsSayHowSurelyAMeanIsKnown) {
+    const Interval interval = intervalOf({{{1, 3}, {2, 8}}});
+    EXPECT_DOUBLE_EQ(interval.mean, 3.5);
+    EXPECT_NEAR(interval.halfWidth, 4.30265 * std::sqrt(10) / 2, 1e-3);
+    EXPECT_EQ(intervalOf({{{5, 5}, {7, 7}}}).halfWidth, 0);
 }
 
 TEST(FlopSample, FindsFlopsUpToSuits) {

@@ -3,14 +3,26 @@
 
 #include "response/measured.h"
 
+#include <functional>
 #include <vector>
 
 namespace tamarin::test {
 
 class PlainResponse {
 public:
+    // Whether the seat plays best at a node, and not as the strategy does.
+    using Chooses = std::function<bool(int32_t node)>;
+
     PlainResponse(const Measured& measured, int seat, bool best)
-        : measured_(measured), seat_(seat), best_(best) {}
+        : PlainResponse(measured, seat, [best](int32_t) { return best; }) {}
+    PlainResponse(const Measured& measured, int seat, Chooses chooses)
+        : measured_(measured), seat_(seat), chooses_(std::move(chooses)) {}
+
+    // Always takes one action at one node.
+    void force(int32_t node, size_t action) {
+        forcedNode_ = node;
+        forcedAction_ = action;
+    }
 
     // Chips a hand, over all hands: one of each class of starting hands wins as all of it do.
     double mean() const {
@@ -81,8 +93,12 @@ private:
                 result += follow(node.child[a], hand, board, next);
                 continue;
             }
+            if (number == forcedNode_ && a != forcedAction_)
+                continue;
             const double value = follow(node.child[a], hand, board, others);
-            if (!best_)
+            if (number == forcedNode_)
+                result = value;
+            else if (!chooses_(number))
                 result += shares(number, seat_, hand, board)[a] * value;
             else if (first || value > result)
                 result = value;
@@ -160,7 +176,9 @@ private:
 
     const Measured& measured_;
     int seat_;
-    bool best_;
+    Chooses chooses_;
+    int32_t forcedNode_ = -1;
+    size_t forcedAction_ = 0;
 };
 
 } // namespace tamarin::test

@@ -33,5 +33,17 @@ TEST_F(OutputPlace, HoldsNothingElse) {
     }
 }
 
+TEST_F(OutputPlace, HasAFolderToLieIn) {
+    EXPECT_TRUE(checkOutputFolder(path).ok());
+    EXPECT_TRUE(checkOutputFolder("page.html").ok());
+    EXPECT_EQ(checkOutputFolder(directory.string()).error(),
+              directory.string() + " is a directory");
+    EXPECT_EQ(checkOutputFolder(path + "/page.html").error(),
+              "could not write to " + path + ": No such file or directory");
+    writeFile(path, "a file");
+    EXPECT_EQ(checkOutputFolder(path + "/page.html").error(),
+              "could not write to " + path + ": Not a directory");
+}
+
 } // namespace
 } // namespace tamarin::test
