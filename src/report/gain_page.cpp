@@ -27,10 +27,6 @@ std::string rowOf(const std::vector<std::string>& cells, const char* tag) {
     return text + "</tr>\n";
 }
 
-std::string percent(double share) {
-    return fmt::format("{:.1f} %", 100 * share);
-}
-
 std::string heading(const GainReport& report) {
     std::string text = fmt::format(
         "<p>{} in the real game, {}: what an opponent who sees its cards and knows the strategy "
@@ -69,10 +65,11 @@ std::string firstDecisions(const GainReport& report) {
         "<h2>By the best response's first decision</h2>\n<table class=gains>\n" +
         rowOf({"first decision", "does", "gain", "part", "hands", "the strategy's hands"}, "th");
     for (const GainReport::First& first : report.first)
-        text += rowOf({first.where, first.action, report.text(first.numbers.gain),
-                       report.partOf(first.numbers.gain.mean), percent(first.numbers.hands),
-                       percent(first.numbers.ownHands)},
-                      "td");
+        text +=
+            rowOf({first.where, first.action, report.text(first.numbers.gain),
+                   report.partOf(first.numbers.gain.mean), GainReport::percent(first.numbers.hands),
+                   GainReport::percent(first.numbers.ownHands)},
+                  "td");
     return text + "</table>\n<p>What the hands give with which the best response does this, "
                   "wherever in the hand they gain it; how often it comes there and does so, and "
                   "how often the strategy itself does.</p>\n";
@@ -102,10 +99,11 @@ std::string mostGained(const GainReport& report) {
                        rowOf({"hand", "gain", "part", "dealt", "when dealt"}, "th");
     for (size_t i = 0; i < std::min(handsListed, report.hands.size()); ++i) {
         const GainReport::Hand& hand = report.hands[i];
-        text += rowOf({hand.name, fmt::format("{:.2f}", report.halved(GainReport::inAll(hand))),
-                       report.partOf(GainReport::inAll(hand)), percent(hand.numbers.dealt),
-                       report.text(hand.numbers.gain.both)},
-                      "td");
+        text +=
+            rowOf({hand.name, fmt::format("{:.2f}", report.halved(GainReport::inAll(hand))),
+                   report.partOf(GainReport::inAll(hand)), GainReport::percent(hand.numbers.dealt),
+                   report.text(hand.numbers.gain.both)},
+                  "td");
     }
     text += "</table>\n";
     if (report.sampled)

@@ -79,10 +79,6 @@ std::string table(const std::vector<std::vector<std::string>>& rows) {
     return text;
 }
 
-std::string percent(double share) {
-    return fixed(100 * share, 1) + " %";
-}
-
 nlohmann::ordered_json asJson(const Interval& gain, const char* name, bool sampled) {
     nlohmann::ordered_json json = {{name, gain.mean}};
     if (sampled)
@@ -109,6 +105,10 @@ std::string GainReport::text(const Interval& gain) const {
 }
 
 // Of next to nothing there are no parts.
+std::string GainReport::percent(double share) {
+    return fixed(100 * share, 1) + " %";
+}
+
 std::string GainReport::partOf(double gain) const {
     if (halved(whole.both.mean) < 0.005)
         return "-";
@@ -148,8 +148,9 @@ std::string gainsAsText(const GainReport& report) {
         {"first decision, best response", "mbb/hand", "part", "hands", "strategy's"}};
     for (const GainReport::First& each : report.first)
         first.push_back({each.where + ": " + each.action, report.text(each.numbers.gain),
-                         report.partOf(each.numbers.gain.mean), percent(each.numbers.hands),
-                         percent(each.numbers.ownHands)});
+                         report.partOf(each.numbers.gain.mean),
+                         GainReport::percent(each.numbers.hands),
+                         GainReport::percent(each.numbers.ownHands)});
     text += table(first);
     std::vector<std::vector<std::string>> hands{{"hand", "mbb/hand", "part", "when dealt"}};
     for (size_t i = 0; i < std::min(handsInText, report.hands.size()); ++i) {

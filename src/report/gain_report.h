@@ -47,6 +47,7 @@ struct GainReport {
     double halved(double gain) const { return mbb * gain / 2; }
     std::string text(const Interval& gain) const; // "12.3 +- 4.5", or "12.34" of all flops
     std::string partOf(double gain) const;        // "17 %" of the whole
+    static std::string percent(double share);     // "4.5 %"
     // What a hand gives in all, and a hand that it is dealt.
     static double inAll(const Hand& hand) {
         return hand.numbers.dealt * hand.numbers.gain.both.mean;

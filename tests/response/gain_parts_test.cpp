@@ -31,9 +31,9 @@ struct AllFlops {
     std::vector<FlopValues> values;
 };
 
-const std::string twoRounds = shortGame(4, 3, "3 2", "10 10", "0 3");
-const std::string threeRounds = shortGame(2, 4, "2 1 2", "10 10 20", "0 3 1");
-const std::string fourRounds = shortGame(3, 3, "2 2 1 2", "10 10 20 20", "0 3 1 1");
+const std::string twoShortRounds = shortGame(4, 3, "3 2", "10 10", "0 3");
+const std::string threeShortRounds = shortGame(2, 4, "2 1 2", "10 10 20", "0 3 1");
+const std::string fourShortRounds = shortGame(3, 3, "2 2 1 2", "10 10 20 20", "0 3 1 1");
 
 // What a seat wins that plays best from a round on.
 double valueFrom(const Measured& measured, int seat, int round) {
@@ -62,15 +62,15 @@ void expectRounds(const std::string& text) {
 }
 
 TEST(GainParts, OfTwoRoundsAreThePlainOnes) {
-    expectRounds(twoRounds);
+    expectRounds(twoShortRounds);
 }
 
 TEST(GainParts, OfThreeRoundsAreThePlainOnes) {
-    expectRounds(threeRounds);
+    expectRounds(threeShortRounds);
 }
 
 TEST(GainParts, OfFourRoundsAreThePlainOnes) {
-    expectRounds(fourRounds);
+    expectRounds(fourShortRounds);
 }
 
 bool isBelow(const CompiledTree& tree, int32_t node, int32_t above) {
@@ -116,7 +116,7 @@ std::array<double, numAbstractedActions> plainFirst(const Measured& measured, in
 
 // By the rules of the blinds seat 1 acts first: it has one first decision, seat 0 two.
 TEST(GainParts, OfFirstDecisionsAreThePlainOnes) {
-    const AllFlops all(twoRounds, 5);
+    const AllFlops all(twoShortRounds, 5);
     const GainParts parts = all.parts();
     ASSERT_EQ(parts.first.size(), 3U + 2U + 3U);
     size_t different = 0;
@@ -132,7 +132,7 @@ TEST(GainParts, OfFirstDecisionsAreThePlainOnes) {
 // What each of the two does in a deal comes before the other could tell it apart: the best
 // response's hands and the strategy's own are as many.
 TEST(GainParts, SayHowManyHandsGoThere) {
-    const AllFlops all(twoRounds, 5);
+    const AllFlops all(twoShortRounds, 5);
     const GainParts parts = all.parts();
     std::array<double, 2> hands{};
     std::array<double, 2> own{};
@@ -154,7 +154,7 @@ TEST(GainParts, SayHowManyHandsGoThere) {
 }
 
 TEST(GainParts, OfHandsAreThePlainOnes) {
-    const AllFlops all(threeRounds);
+    const AllFlops all(threeShortRounds);
     const GainParts parts = all.parts();
     ASSERT_EQ(parts.hands.size(), all.measured.deck.numHandClasses());
     double dealt = 0;
@@ -192,7 +192,7 @@ void expectSums(const GainParts& parts, double whole) {
 }
 
 TEST(GainParts, AddUpToTheWhole) {
-    const AllFlops all(fourRounds, 8);
+    const AllFlops all(fourShortRounds, 8);
     const RealValue value = realValue(all.measured.whole(), all.flops, all.ofFlop());
     expectSums(all.parts(), value.gains());
     EXPECT_NEAR(all.parts().whole.seat[0], value.best[0] - value.value[0], 1e-12);
@@ -200,7 +200,7 @@ TEST(GainParts, AddUpToTheWhole) {
 }
 
 TEST(GainParts, OfASampleAddUpToTheCrossedFigure) {
-    const AllFlops all(threeRounds, 8);
+    const AllFlops all(threeShortRounds, 8);
     const MeasuredGame game = all.measured.whole();
     const FlopSample sample = drawFlops(all.flops, 12, 4);
     const GainParts parts = gainParts(game, sample, all.ofFlop());
@@ -243,7 +243,7 @@ TEST(GainParts, SamplesEstimateTheRounds) {
 
 // Finished flops of the first version say nothing of the rounds.
 TEST(GainParts, WithoutLaterValuesHaveNoRounds) {
-    AllFlops all(threeRounds);
+    AllFlops all(threeShortRounds);
     const FlopSample sample = drawFlops(all.flops, 12, 4);
     const size_t lost = sample.pairs[2][1];
     all.values[lost].later = {};
@@ -253,8 +253,8 @@ TEST(GainParts, WithoutLaterValuesHaveNoRounds) {
 }
 
 TEST(GainParts, AnyNumberOfThreadsGivesTheSame) {
-    const GainParts one = AllFlops(fourRounds, 8, 1).parts();
-    const GainParts more = AllFlops(fourRounds, 8, 3).parts();
+    const GainParts one = AllFlops(fourShortRounds, 8, 1).parts();
+    const GainParts more = AllFlops(fourShortRounds, 8, 3).parts();
     for (size_t round = 0; round < 4; ++round)
         EXPECT_EQ(one.rounds[round].seat, more.rounds[round].seat);
     for (size_t i = 0; i < one.first.size(); ++i)
