@@ -17,14 +17,12 @@ State after(const Game& game, const State& state, const Action& action) {
 
 std::array<double, 2> LocalPlay::values(const LocalDeal& deal) {
     begin(deal);
-    const auto hands =
-        static_cast<double>(rounds_[static_cast<size_t>(lastRound())].holdings.size());
     const std::vector<double> reach(game_.deck.holdings().size(), 1.0);
     std::array<double, 2> values{};
     for (seat_ = 0; seat_ < 2; ++seat_) {
         State state{};
         initState(&game_.game, 0, &state);
-        values[static_cast<size_t>(seat_)] = play(state, 0, reach) / hands;
+        values[static_cast<size_t>(seat_)] = play(state, 0, reach);
     }
     return values;
 }
@@ -88,14 +86,20 @@ double LocalPlay::contested(int32_t bet) const {
 }
 
 double LocalPlay::play(const State& state, size_t depth, const std::vector<double>& reach) {
-    if (state.finished)
-        return settle(state, reach);
     if (currentPlayer(&game_.game, &state) != seat_)
         return face(state, depth, reach);
-    return play(after(game_.game, state, choose(state, reach)), depth, reach);
+    return follow(state, choose(state, reach), depth, reach);
 }
 
-// What can happen on no hand of the whole board is not followed.
+double LocalPlay::follow(const State& state, const Action& action, size_t depth,
+                         const std::vector<double>& reach) {
+    const State next = after(game_.game, state, action);
+    if (next.finished)
+        return settle(next, state.round, reach);
+    // Of the hands that lead here each may have a card that has come since.
+    return total(next.round, reach) > 0 ? play(next, depth, reach) : 0.0;
+}
+
 double LocalPlay::face(const State& state, size_t depth, const std::vector<double>& reach) {
     Frame& here = frame(depth);
     const auto& holdings = rounds_[state.round].holdings;
@@ -105,24 +109,37 @@ double LocalPlay::face(const State& state, size_t depth, const std::vector<doubl
         const std::vector<double>& shares = here.answer.shares[k];
         for (size_t i = 0; i < holdings.size(); ++i)
             here.reach[holdings[i]] = reach[holdings[i]] * shares[i];
-        if (total(lastRound(), here.reach) > 0)
-            value += play(after(game_.game, state, here.answer.actions[k]), depth + 1, here.reach);
+        value += follow(state, here.answer.actions[k], depth + 1, here.reach);
     }
     return value;
 }
 
-double LocalPlay::settle(const State& state, const std::vector<double>& reach) {
-    const double all = total(lastRound(), reach);
-    if (state.playerFolded[seat_])
-        return -state.spent[seat_] * all;
-    if (state.playerFolded[opponent()])
-        return state.spent[opponent()] * all;
-    const auto& holdings = rounds_[static_cast<size_t>(lastRound())].holdings;
-    const std::vector<double>& shares = sharesIn(lastRound());
-    double won = 0;
+// What has ended is settled by what lay on the board then, on average over the cards to come. Each
+// hand of the opponent is as likely as another not to have one of these, so the mean is over the
+// hands of that round. Shares of the pot that are drawn are no means: the next round has exact
+// ones.
+double LocalPlay::settle(const State& state, int round, const std::vector<double>& reach) {
+    const bool shown = !state.playerFolded[seat_] && !state.playerFolded[opponent()];
+    while (shown && !game_.rollOut.isExact(round))
+        ++round;
+    const auto& holdings = rounds_[static_cast<size_t>(round)].holdings;
+    const auto hands = static_cast<double>(holdings.size());
+    if (!shown) {
+        const double won =
+            state.playerFolded[seat_] ? -state.spent[seat_] : state.spent[opponent()];
+        return won * total(round, reach) / hands;
+    }
+    return contested(state.maxSpent) * ahead(round, reach) / hands;
+}
+
+// By how much the responder is ahead in shares of the pot, summed over the opponent's hands.
+double LocalPlay::ahead(int round, const std::vector<double>& reach) {
+    const auto& holdings = rounds_[static_cast<size_t>(round)].holdings;
+    const std::vector<double>& shares = sharesIn(round);
+    double ahead = 0;
     for (size_t i = 0; i < holdings.size(); ++i)
-        won += reach[holdings[i]] * (2 * shares[i] - 1);
-    return contested(state.maxSpent) * won;
+        ahead += reach[holdings[i]] * (2 * shares[i] - 1);
+    return ahead;
 }
 
 // Calls where nothing is better; of bets that promise the same, the smaller one.
@@ -145,12 +162,7 @@ Action LocalPlay::choose(const State& state, const std::vector<double>& reach) {
 }
 
 double LocalPlay::worthOfCall(const State& state, const std::vector<double>& reach) {
-    const auto& holdings = rounds_[state.round].holdings;
-    const std::vector<double>& shares = sharesIn(state.round);
-    double won = 0;
-    for (size_t i = 0; i < holdings.size(); ++i)
-        won += reach[holdings[i]] * (2 * shares[i] - 1);
-    return contested(state.maxSpent) * won;
+    return contested(state.maxSpent) * ahead(state.round, reach);
 }
 
 // state: after the bet.

@@ -11,9 +11,8 @@
 // Only the responder's hole cards and the board are given. What the opponent does is not drawn, and
 // no hand is dealt to it: all its actions are followed with the probabilities that its possible
 // hands give them, down to what they win at the end. On average that is what dealt hands come to,
-// with less left to chance. For what really happens the opponent's hands are those without a card
-// of the whole board; the responder, who sees no card to come, decides by those that are possible
-// for what it sees.
+// with less left to chance. A hand that ends early is settled on average over the cards that did
+// not come.
 #pragma once
 
 #include "local_response/bet_menu.h"
@@ -69,17 +68,21 @@ private:
     const std::vector<double>& sharesIn(int round);
     Frame& frame(size_t depth);
 
-    // Summed over the opponent's hands that are possible on the whole board, each weighed with its
-    // reach: what the responder wins from a state on.
+    // What the responder wins from a state on: the mean over the opponent's hands, each weighed
+    // with its reach.
     double play(const State& state, size_t depth, const std::vector<double>& reach);
     double face(const State& state, size_t depth, const std::vector<double>& reach);
-    double settle(const State& state, const std::vector<double>& reach);
+    double follow(const State& state, const Action& action, size_t depth,
+                  const std::vector<double>& reach);
+    // round: in which the hand ended.
+    double settle(const State& state, int round, const std::vector<double>& reach);
 
     Action choose(const State& state, const std::vector<double>& reach);
     // What the local rule promises, in chips and times the sum of the reach.
     double worthOfCall(const State& state, const std::vector<double>& reach);
     double worthOfBet(const State& state, const std::vector<double>& reach);
 
+    double ahead(int round, const std::vector<double>& reach);
     double total(int round, const std::vector<double>& reach) const;
     int lastRound() const { return game_.game.numRounds - 1; }
     int opponent() const { return 1 - seat_; }

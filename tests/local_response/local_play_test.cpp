@@ -1,5 +1,6 @@
 #include "local_response/local_play.h"
 
+#include "eval/exact_equity.h"
 #include "local_response/plain_local.h"
 #include "local_response/simple_opponent.h"
 #include "local_response/tree_opponent.h"
@@ -161,6 +162,24 @@ TEST(LocalPlay, BetsAllThatItHasAgainstWhoAlwaysCalls) {
     }
     // Where nobody bets, the big blind has its fair share of the blinds.
     EXPECT_NEAR(table.mean(opponent, BetMenu::foldCall)[0], 0, 1e-9);
+}
+
+// Shares that were drawn choose before the flop and settle nothing: aces go in before it, and what
+// they win is counted on the flop, over all hands, turns and rivers.
+TEST(LocalPlay, SettlesByExactSharesAlone) {
+    const GamePtr game = loadGameFile("holdem.nolimit.2p.reverse_blinds.game");
+    const PublicDeck deck(*game);
+    const auto drawn = PreflopShares::draw(*game, deck, 30, 1, {2, {}, {}});
+    ASSERT_TRUE(drawn.ok());
+    const RollOut rollOut(*game, deck, &*drawn);
+    const SimpleOpponent opponent(*game, SimplePlay::call);
+    LocalPlay play({*game, deck, opponent, rollOut, BetMenu::pot, 0});
+    const LocalDeal deal{{50, 51}, {0, 13, 22, 33, 48}};
+    const auto values = play.values(deal);
+    const double share = equityOf(exactEquity(deal.hole, {deal.board.data(), 3}, 1)).pot;
+    EXPECT_GT(share, 0.6);
+    EXPECT_NEAR(values[0], 20000 * (2 * share - 1), 1e-6);
+    EXPECT_NEAR(values[1], 20000 * (2 * share - 1), 1e-6);
 }
 
 // A player that folds to a bet whatever is not worth its price: small bets find other hands than
