@@ -59,7 +59,7 @@ private:
         bool rolledOut = false;
     };
     struct Frame {
-        Answer answer;
+        RangeAnswer answer;
         std::vector<double> reach; // behind one of the answer's actions, by number of the holding
     };
 
@@ -94,7 +94,7 @@ private:
     int seat_ = 0; // the responder's
     std::array<RoundView, MAX_ROUNDS> rounds_;
     std::deque<Frame> frames_; // [depth]; stay where they are
-    Answer tried_;             // to a bet that is only thought of
+    RangeAnswer tried_;        // to a bet that is only thought of
 };
 
 } // namespace tamarin

@@ -22,7 +22,7 @@ struct SeenHands {
 };
 
 // What an opponent may do at a state.
-struct Answer {
+struct RangeAnswer {
     std::vector<Action> actions; // which the rules allow
     // The probability of each action for each hand, [action][place in the list of holdings]; over
     // the actions their sum is 1.
@@ -41,7 +41,7 @@ public:
     // What the seat to act does at a state, with the hands that it has looked at in the state's
     // round. Asked by many threads at once.
     virtual void answer(const State& state, size_t hands, const SeenHands& seen,
-                        Answer& answer) const = 0;
+                        RangeAnswer& answer) const = 0;
 };
 
 } // namespace tamarin

@@ -23,7 +23,7 @@ SimpleOpponent::SimpleOpponent(const Game& game, SimplePlay play) : game_(game),
 }
 
 void SimpleOpponent::answer(const State& state, size_t hands, const SeenHands&,
-                            Answer& answer) const {
+                            RangeAnswer& answer) const {
     const int seat = currentPlayer(&game_, &state);
     const bool owes = state.spent[seat] < state.maxSpent && state.spent[seat] < game_.stack[seat];
     const bool raises = mayRaise(game_, state);

@@ -16,7 +16,7 @@ public:
     void look(const PublicDeck&, int, int, std::span<const uint8_t>, std::span<const uint16_t>,
               SeenHands&) const override {}
     void answer(const State& state, size_t hands, const SeenHands& seen,
-                Answer& answer) const override;
+                RangeAnswer& answer) const override;
 
 private:
     const Game& game_;

@@ -35,7 +35,7 @@ int32_t TreeOpponent::nodeOf(const State& state) const {
 }
 
 void TreeOpponent::answer(const State& state, size_t hands, const SeenHands& seen,
-                          Answer& answer) const {
+                          RangeAnswer& answer) const {
     const int32_t node = nodeOf(state);
     if (node == noNode)
         answerByPotOdds(state, hands, seen, answer);
@@ -44,7 +44,7 @@ void TreeOpponent::answer(const State& state, size_t hands, const SeenHands& see
 }
 
 void TreeOpponent::answerInTree(int32_t node, size_t hands, const SeenHands& seen,
-                                Answer& answer) const {
+                                RangeAnswer& answer) const {
     const auto& child = tree_.nodes()[static_cast<size_t>(node)].child;
     answer.actions.clear();
     for (int a = 0; a < numAbstractedActions; ++a)
@@ -61,7 +61,7 @@ void TreeOpponent::answerInTree(int32_t node, size_t hands, const SeenHands& see
 }
 
 void TreeOpponent::answerByPotOdds(const State& state, size_t hands, const SeenHands& seen,
-                                   Answer& answer) const {
+                                   RangeAnswer& answer) const {
     assert(equity_ && seen.equities.size() == hands);
     const int seat = currentPlayer(&game_, &state);
     answer.actions = {{actionCall, 0}};

@@ -25,16 +25,16 @@ public:
     void look(const PublicDeck& deck, int seat, int round, std::span<const uint8_t> board,
               std::span<const uint16_t> holdings, SeenHands& seen) const override;
     void answer(const State& state, size_t hands, const SeenHands& seen,
-                Answer& answer) const override;
+                RangeAnswer& answer) const override;
 
     // The tree's node for a state, or noNode: the tree has no raises in no-limit.
     static constexpr int32_t noNode = -1;
     int32_t nodeOf(const State& state) const;
 
 private:
-    void answerInTree(int32_t node, size_t hands, const SeenHands& seen, Answer& answer) const;
+    void answerInTree(int32_t node, size_t hands, const SeenHands& seen, RangeAnswer& answer) const;
     void answerByPotOdds(const State& state, size_t hands, const SeenHands& seen,
-                         Answer& answer) const;
+                         RangeAnswer& answer) const;
 
     const Game& game_;
     const CompiledTree& tree_;

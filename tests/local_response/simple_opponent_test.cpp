@@ -16,7 +16,7 @@ std::map<int, double> shares(const Game& game, SimplePlay play,
     initState(&game, 0, &state);
     for (const Action& action : actions)
         doAction(&game, &action, &state);
-    Answer answer;
+    RangeAnswer answer;
     SimpleOpponent(game, play).answer(state, 2, {}, answer);
     std::map<int, double> byAction;
     EXPECT_EQ(answer.actions.size(), answer.shares.size());

@@ -34,7 +34,7 @@ TEST(TreeOpponent, PlaysItsStrategyInTheTree) {
     ASSERT_EQ(measured.tree.sequence(node), "rcc");
     SeenHands seen;
     opponent.look(measured.deck, 1, 1, board, holdings, seen);
-    Answer answer;
+    RangeAnswer answer;
     opponent.answer(state, holdings.size(), seen, answer);
     ASSERT_EQ(answer.actions.size(), 2U);
     EXPECT_EQ(answer.actions[0].type, actionCall);
@@ -64,7 +64,7 @@ TEST(TreeOpponent, PlaysByPotOddsAfterARaiseInNoLimit) {
                                          static_cast<uint16_t>(deck.numberOf(0, 4))};
     SeenHands seen;
     opponent.look(deck, 0, 0, {}, holdings, seen);
-    Answer answer;
+    RangeAnswer answer;
     const auto share = [&](const State& state, ActionType type, size_t hand) {
         opponent.answer(state, holdings.size(), seen, answer);
         for (size_t k = 0; k < answer.actions.size(); ++k)
