@@ -2,6 +2,7 @@
 
 #include "driver/strategy_files.h"
 #include "holdem/buckets.h"
+#include "holdem/pot_odds.h"
 #include "holdem/strategy_fit.h"
 #include "support/step_progress.h"
 #include "table_builder/table_builder.h"
@@ -165,21 +166,11 @@ double LimitHoldemAgent::equity() const {
     return hands->equity(game->numPlayers - numFolded(game, &hand), hand.round, cards);
 }
 
-// Checks when nothing is owed; else calls when the hand is worth the price: equity * (pot + price)
-// >= price. The equity tables count a tie as lost, which makes the rule a little tight.
 void LimitHoldemAgent::playPotOdds(Action& action) {
     const State& hand = state.state;
     const int seat = state.viewingPlayer;
-    action = {actionCall, 0};
-    const int64_t owed = int64_t{std::min(hand.maxSpent, game->stack[seat])} - hand.spent[seat];
-    if (owed <= 0)
-        return;
-    int64_t pot = 0;
-    for (int p = 0; p < game->numPlayers; ++p)
-        pot += hand.spent[p];
-    const auto price = static_cast<double>(owed);
-    if (equity() * (static_cast<double>(pot) + price) < price)
-        action.type = actionFold;
+    const bool owes = tamarin::priceOfCall(*game, hand, seat) > 0;
+    action = {tamarin::playByPotOdds(*game, hand, seat, owes ? equity() : 0.0), 0};
 }
 
 void LimitHoldemAgent::holeCards(unsigned char* /*cards*/, unsigned char /*player*/) {}

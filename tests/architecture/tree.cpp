@@ -54,6 +54,8 @@ const RoomUses& allowedUses() {
         {"strategy", {"support", "game", "tree"}},
         {"holdem", {"support", "index", "game", "abstraction", "tree", "strategy"}},
         {"response", {"support", "game", "abstraction", "tree", "strategy", "holdem"}},
+        {"local_response",
+         {"support", "game", "eval", "abstraction", "tree", "holdem", "response"}},
         {"solver", {"support", "index", "game", "abstraction", "tree", "strategy", "holdem"}},
         {"training", {"support", "game", "abstraction", "tree", "strategy", "holdem", "solver"}},
         {"table_builder",
@@ -73,10 +75,10 @@ const RoomUses& allowedUses() {
         {"report",
          {"support", "game", "abstraction", "clustering", "tree", "strategy", "holdem", "response",
           "solver", "training", "table_builder", "driver", "dealer", "directory"}},
-        {"toolbox",
-         {"support", "index", "game", "eval", "abstraction", "clustering", "tree", "strategy",
-          "response", "holdem", "solver", "training", "table_builder", "driver", "bots", "dealer",
-          "signature", "directory", "report"}},
+        {"toolbox", {"support",    "index",  "game",      "eval",          "abstraction",
+                     "clustering", "tree",   "strategy",  "response",      "local_response",
+                     "holdem",     "solver", "training",  "table_builder", "driver",
+                     "bots",       "dealer", "signature", "directory",     "report"}},
     };
     return uses;
 }

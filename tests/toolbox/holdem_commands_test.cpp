@@ -440,6 +440,23 @@ TEST_F(Holdem, ExploitReportsValuesThatSumToZeroAndGains) {
     EXPECT_NE(text.out.find("lower bound"), std::string::npos) << text.out;
 }
 
+// With equities of 0 the player folds to every raise: the small blind takes the big one, and the
+// big blind the small one or, after a call, as much as it.
+TEST_F(Holdem, LocalResponsePlaysAgainstPotOddsInNoLimit) {
+    ASSERT_EQ(run({"train", noLimit, "--iterations", "64", "--quiet"}).status, 0);
+    const std::vector<std::string> command{"exploit", noLimit, "--local", "--hands", "20",
+                                           "--from",  "0",     "--quiet", "--json"};
+    const Outcome outcome = run(command);
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const auto json = nlohmann::json::parse(outcome.out);
+    EXPECT_EQ(json["menu"], "pot");
+    EXPECT_EQ(json["seats"][1]["localResponse"], 100);
+    EXPECT_EQ(json["seats"][1]["interval95"], 0);
+    const double big = json["seats"][0]["localResponse"];
+    EXPECT_GT(big, 50);
+    EXPECT_LT(big, 100);
+}
+
 TEST_F(Holdem, ShowDrawsTheFirstDecisions) {
     ASSERT_EQ(run({"train", limit, "--iterations", "64", "--quiet"}).status, 0);
     Outcome outcome = run({"show", limit});
