@@ -54,6 +54,9 @@ const RoomUses& allowedUses() {
           "table_builder"}},
         {"bots", {"support", "game", "driver"}},
         {"dealer", {"support", "game"}},
+        {"analysis",
+         {"support", "game", "eval", "abstraction", "tree", "strategy", "holdem", "response",
+          "bots", "dealer"}},
         {"signature",
          {"support", "index", "game", "eval", "abstraction", "clustering", "tree", "strategy",
           "holdem", "solver", "training", "table_builder", "bots", "dealer"}},
@@ -62,11 +65,11 @@ const RoomUses& allowedUses() {
           "table_builder", "driver"}},
         {"report",
          {"support", "game", "abstraction", "clustering", "tree", "strategy", "holdem", "solver",
-          "training", "table_builder", "driver", "dealer", "directory"}},
+          "training", "table_builder", "driver", "dealer", "analysis", "directory"}},
         {"toolbox",
-         {"support", "index", "game", "eval", "abstraction", "clustering", "tree", "strategy",
-          "response", "holdem", "solver", "training", "table_builder", "driver", "bots", "dealer",
-          "signature", "directory", "report"}},
+         {"support",  "index",    "game",     "eval",      "abstraction", "clustering",    "tree",
+          "strategy", "response", "holdem",   "solver",    "training",    "table_builder", "driver",
+          "bots",     "dealer",   "analysis", "signature", "directory",   "report"}},
     };
     return uses;
 }
