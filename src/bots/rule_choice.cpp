@@ -105,14 +105,18 @@ HandClass classifyHand(const Game* game, const MatchState* state) {
 }
 
 Action ruleChoice(const Game* game, const MatchState* state) {
-    const State& hand = state->state;
-    const uint8_t seat = state->viewingPlayer;
+    return ruleChoiceWith(game, &state->state, classifyHand(game, state));
+}
+
+Action ruleChoiceWith(const Game* game, const State* state, HandClass handClass) {
+    const State& hand = *state;
+    const uint8_t seat = currentPlayer(game, state);
     const int64_t owed = std::min(hand.maxSpent, game->stack[seat]) - int64_t{hand.spent[seat]};
     int64_t pot = 0;
     for (int i = 0; i < game->numPlayers; ++i)
         pot += hand.spent[i];
 
-    switch (classifyHand(game, state)) {
+    switch (handClass) {
     case HandClass::strong:
         return raiseByPot(game, hand);
     case HandClass::good:

@@ -22,6 +22,9 @@ enum class HandClass {
 // cards to a flush fair.
 HandClass classifyHand(const Game* game, const MatchState* state);
 
+// The action of the seat to act, whose hand looks so good.
+Action ruleChoiceWith(const Game* game, const State* state, HandClass hand);
+
 // The action for the seat that views the state, which must be the one to act. No-limit raises are
 // of the size of the pot.
 Action ruleChoice(const Game* game, const MatchState* state);

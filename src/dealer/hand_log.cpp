@@ -89,6 +89,14 @@ Result<LoggedHand> parseHand(const Game* game, const std::string& line) {
 
 Status readHandLog(const Game* game, const std::string& path,
                    const std::function<void(const LoggedHand&)>& receive) {
+    return followHandLog(game, path, [&](const LoggedHand& hand, size_t) {
+        receive(hand);
+        return Status();
+    });
+}
+
+Status followHandLog(const Game* game, const std::string& path,
+                     const std::function<Status(const LoggedHand&, size_t)>& receive) {
     std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "re"), std::fclose);
     if (!file)
         return Error{"could not open " + path + ": " + std::strerror(errno)};
@@ -110,7 +118,8 @@ Status readHandLog(const Game* game, const std::string& path,
         const auto hand = parseHand(game, line);
         if (!hand)
             return Error{where + hand.error()};
-        receive(*hand);
+        if (Status received = receive(*hand, number); !received)
+            return received;
     }
 }
 

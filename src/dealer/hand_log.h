@@ -31,7 +31,11 @@ std::string formatHand(const Game* game, const LoggedHand& hand);
 // are those of its state is checked.
 Result<LoggedHand> parseHand(const Game* game, const std::string& line);
 
-// Calls receive for each hand, in order. Errors name the file and the line.
+// Calls receive for each hand and the number of its line, in order, until it gives an error, which
+// is returned as it is. Other errors name the file and the line.
+Status followHandLog(const Game* game, const std::string& path,
+                     const std::function<Status(const LoggedHand&, size_t line)>& receive);
+// The same, for a receiver that takes every hand.
 Status readHandLog(const Game* game, const std::string& path,
                    const std::function<void(const LoggedHand&)>& receive);
 

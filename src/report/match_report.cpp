@@ -111,8 +111,15 @@ std::string reportAsTable(const MatchReport& report) {
         head +=
             fmt::format("{} hands of an unfinished block are not counted\n", board.handsLeftOver());
 
+    const double freedFactor = blind > 0 ? 1000.0 / blind : 1;
+    const int freedDigits = blind > 0 ? 1 : 4;
     std::vector<Row> rows = {{"player", "chips", "chips/hand (95 %)", "mbb/hand (95 %)", "fold",
                               "call", "raise", "median", "p99", "faults"}};
+    const auto freedAt = rows[0].begin() + 4;
+    if (!report.freed.empty() && report.freed[0].expected)
+        rows[0].insert(freedAt, {"luck-free (95 %)", "worth of deals (95 %)"});
+    else if (!report.freed.empty())
+        rows[0].insert(freedAt, "luck-free (95 %)");
     for (size_t i = 0; i < result.players.size(); ++i) {
         const PlayerResult& player = result.players[i];
         const Interval perHand = board.perHand(i);
@@ -123,6 +130,14 @@ std::string reportAsTable(const MatchReport& report) {
              describeCount(player.actions[2]), describeLatency(player.latency.quantile(0.5)),
              describeLatency(player.latency.quantile(0.99)),
              describeFaults(player) + (player.gone ? " (left the match)" : "")});
+        if (report.freed.empty())
+            continue;
+        const FreedFigures& freed = report.freed[i];
+        Row& row = rows.back();
+        auto at =
+            row.insert(row.begin() + 4, withInterval(freed.luckFree, freedFactor, freedDigits));
+        if (freed.expected)
+            row.insert(at + 1, withInterval(*freed.expected, freedFactor, freedDigits));
     }
     return head + layOut(rows);
 }
@@ -152,6 +167,12 @@ nlohmann::ordered_json reportAsJson(const MatchReport& report) {
         entry["chipsPerHand"] = intervalAsJson(board.perHand(i), 1);
         entry["mbbPerHand"] =
             blind > 0 ? intervalAsJson(board.perHand(i), 1000.0 / blind) : nullptr;
+        if (!report.freed.empty()) {
+            const FreedFigures& freed = report.freed[i];
+            entry["luckFreeChipsPerHand"] = intervalAsJson(freed.luckFree, 1);
+            if (freed.expected)
+                entry["worthOfDealsPerHand"] = intervalAsJson(*freed.expected, 1);
+        }
         entry["actions"] = {
             {"fold", player.actions[0]}, {"call", player.actions[1]}, {"raise", player.actions[2]}};
         entry["responseMicroseconds"] = latencyAsJson(player.latency);

@@ -3,17 +3,26 @@
 
 #include "dealer/match.h"
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
 namespace tamarin {
+
+// What a player won, freed of luck, chips a hand; over duplicate blocks where the match has them.
+struct FreedFigures {
+    Interval luckFree;
+    std::optional<Interval> expected; // what the deals are worth, where both strategies are known
+};
 
 struct MatchReport {
     std::string gameName;
     const Game* game;
     MatchOptions options;
     const MatchResult* result;
+    std::vector<FreedFigures> freed = {}; // by player; empty where nothing is known
 };
 
 std::string reportAsTable(const MatchReport& report);

@@ -25,6 +25,7 @@ using AddCommand = void (*)(CLI::App& app, int& status);
 int runToolbox(int argc, const char* const* argv, const std::vector<AddCommand>& commands);
 
 void addMatchCommand(CLI::App& app, int& status);
+void addAnalyseCommand(CLI::App& app, int& status);
 void addBotCommand(CLI::App& app, int& status);
 void addPrepareCommand(CLI::App& app, int& status);
 void addTrainCommand(CLI::App& app, int& status);

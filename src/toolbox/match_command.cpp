@@ -9,6 +9,7 @@
 #include "support/interrupt.h"
 #include "support/progress.h"
 #include "toolbox/command.h"
+#include "toolbox/known_strategies.h"
 #include "toolbox/numbers.h"
 #include "toolbox/token_option.h"
 
@@ -26,6 +27,7 @@ struct MatchArguments {
     TokenOption token;
     uint64_t hands = 1000;
     uint64_t seed = 1;
+    bool luckFree = false;
     bool duplicate = false;
     bool fixedSeats = false;
     std::string directory = ".";
@@ -200,6 +202,9 @@ public:
         if (progress_)
             progress_->finish(finished_);
     }
+    // Every hand is kept, for what is worked out when the match is over.
+    void keepHands() { keeping_ = true; }
+    const std::vector<SeatedHand>& kept() const { return kept_; }
     Status closeLog() { return log_ ? log_->close() : Status(); }
 
 private:
@@ -207,6 +212,10 @@ private:
         ++finished_;
         if (progress_)
             progress_->update(finished_);
+        if (keeping_)
+            kept_.push_back({playedHand(game_, *hand.state),
+                             {hand.players[0], hand.players[1]},
+                             hand.state->handId});
         if (!log_)
             return {};
         logged_.state = *hand.state;
@@ -224,12 +233,89 @@ private:
     std::optional<Progress> progress_;
     uint64_t finished_ = 0;
     LoggedHand logged_;
+    bool keeping_ = false;
+    std::vector<SeatedHand> kept_;
 };
 
 std::string titleOf(const MatchArguments& options, const std::string& game) {
     return fmt::format("{} seed {} {}", game, options.seed,
                        options.duplicate ? "duplicate"
                                          : (options.fixedSeats ? "fixed seats" : "rotated"));
+}
+
+// The means over the match's units, by player.
+std::vector<FreedFigures> figuresOf(const std::vector<FreedHand>& freed,
+                                    const std::vector<SeatedHand>& hands, const Scoreboard& board) {
+    std::array<RunningMoments, 2> luckFree;
+    std::array<RunningMoments, 2> expected;
+    const uint64_t unit = board.unitHands();
+    for (uint64_t u = 0; u < board.units(); ++u)
+        for (size_t player = 0; player < 2; ++player) {
+            double free = 0;
+            double worth = 0;
+            for (uint64_t h = u * unit; h < (u + 1) * unit; ++h) {
+                const double sign = hands[h].players[0] == player ? 1 : -1;
+                free += sign * freed[h].luckFree.value_or(0);
+                worth += sign * freed[h].expected.value_or(0);
+            }
+            luckFree[player].add(free / static_cast<double>(unit));
+            if (freed[u * unit].expected)
+                expected[player].add(worth / static_cast<double>(unit));
+        }
+    std::vector<FreedFigures> figures(2);
+    for (size_t player = 0; player < 2; ++player) {
+        figures[player].luckFree = interval95(luckFree[player]);
+        if (expected[player].count() > 0)
+            figures[player].expected = interval95(expected[player]);
+    }
+    return figures;
+}
+
+// After the match: a player may have trained its strategy only then. Nothing, with a word about it,
+// where that cannot be said.
+std::vector<FreedFigures> freeOfLuck(const GameFile& game, const MatchArguments& options,
+                                     const std::vector<Seat>& seats, const Recorder& recorder,
+                                     const MatchResult& result) {
+    const auto none = [](const std::string& why) {
+        complain("--luck-free: {}", why);
+        return std::vector<FreedFigures>{};
+    };
+    if (interrupted())
+        return none("the match was stopped; 'tamarin analyse' does it from a log");
+    const auto named = knownOfSeats(seats);
+    const auto known = KnownStrategies::open(game, options.directory, named);
+    if (!known)
+        return none(known.error());
+    for (size_t player = 0; player < seats.size(); ++player) {
+        const PlayerResult& faulty = result.players[player];
+        if ((*known)->tell(seats[player].name, player) &&
+            std::ranges::any_of(faulty.faults, [](uint64_t count) { return count > 0; }))
+            complain("--luck-free: the dealer has played for {}; those decisions are not its "
+                     "strategy's",
+                     faulty.name);
+    }
+    Work work;
+    work.stop = interrupted;
+    if (!options.quiet)
+        remark("freeing {} hands of luck", describeCount(recorder.kept().size()));
+    if (Status ready = (*known)->results().prepare(work); !ready)
+        return none(ready.error());
+    const auto freed = (*known)->results().of(recorder.kept(), work);
+    if (!freed)
+        return none(freed.error());
+    return figuresOf(*freed, recorder.kept(), result.board);
+}
+
+// Before anything is started: what can be said of the strategies from the command line alone.
+void checkLuckFree(const MatchArguments& options, const Game& game,
+                   const std::vector<Seat>& seats) {
+    if (!options.luckFree)
+        return;
+    if (Status fits = FreedResults::check(game); !fits)
+        throw UsageError("--luck-free: " + fits.error());
+    if (knownOfSeats(seats).empty())
+        throw UsageError("--luck-free: of no seat it is known what it plays by; that is known of "
+                         "bot:KIND and of 'player'");
 }
 
 int match(const MatchArguments& options) {
@@ -242,7 +328,10 @@ int match(const MatchArguments& options) {
     const std::vector<Seat> seats = readSeats(options, definition);
     const MatchOptions rules = rulesOf(options, seats.size());
     const SeatingOptions seating = seatingOf(options, seats);
+    checkLuckFree(options, definition, seats);
     Recorder recorder(definition, seats);
+    if (options.luckFree)
+        recorder.keepHands();
     if (!options.log.empty())
         if (Status created = recorder.createLog(options.log); !created)
             return fail(created.error());
@@ -264,7 +353,9 @@ int match(const MatchArguments& options) {
     if (Status closed = recorder.closeLog(); !closed && result.failure.empty())
         result.failure = closed.error();
 
-    const MatchReport report{game->name, &definition, rules, &result};
+    MatchReport report{game->name, &definition, rules, &result};
+    if (options.luckFree && result.board.units() > 0)
+        report.freed = freeOfLuck(*game, options, seats, recorder, result);
     if (options.json)
         printJson(reportAsJson(report));
     else
@@ -307,6 +398,9 @@ void addMatchCommand(CLI::App& app, int& status) {
         ->description("Seed of the cards and of the bots: the same seed gives the same deals");
     command.add_flag("--duplicate", options->duplicate,
                      "Play each deal once for every rotation of the players");
+    command.add_flag("--luck-free", options->luckFree,
+                     "Results freed of luck, too, where it is known what a seat plays by: bot:KIND "
+                     "and 'player', in limit games for two");
     command.add_flag("--fixed-seats", options->fixedSeats, "Players keep their seats")
         ->excludes("--duplicate");
     addDirectoryOption(command, options->directory);

@@ -66,6 +66,9 @@ const RoomUses& allowedUses() {
           "table_builder"}},
         {"bots", {"support", "game", "driver"}},
         {"dealer", {"support", "game"}},
+        {"analysis",
+         {"support", "game", "eval", "abstraction", "tree", "strategy", "holdem", "response",
+          "bots", "dealer"}},
         {"signature",
          {"support", "index", "game", "eval", "abstraction", "clustering", "tree", "strategy",
           "holdem", "solver", "training", "table_builder", "bots", "dealer"}},
@@ -74,11 +77,12 @@ const RoomUses& allowedUses() {
           "table_builder", "driver"}},
         {"report",
          {"support", "game", "abstraction", "clustering", "tree", "strategy", "holdem", "response",
-          "solver", "training", "table_builder", "driver", "dealer", "directory"}},
-        {"toolbox", {"support",    "index",  "game",      "eval",          "abstraction",
-                     "clustering", "tree",   "strategy",  "response",      "local_response",
-                     "holdem",     "solver", "training",  "table_builder", "driver",
-                     "bots",       "dealer", "signature", "directory",     "report"}},
+          "solver", "training", "table_builder", "driver", "dealer", "analysis", "directory"}},
+        {"toolbox",
+         {"support",   "index",         "game",     "eval",           "abstraction", "clustering",
+          "tree",      "strategy",      "response", "local_response", "holdem",      "solver",
+          "training",  "table_builder", "driver",   "bots",           "dealer",      "analysis",
+          "signature", "directory",     "report"}},
     };
     return uses;
 }

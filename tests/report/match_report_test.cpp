@@ -47,6 +47,23 @@ second    -40  -10.0000 +- 38.9768  -1000.0 +- 3897.7     4     5      6    0 us
 )");
 }
 
+TEST(MatchReport, FreedOfLuckBesideThePlainResult) {
+    SmallMatch match;
+    match.report.freed = {{{1.5, 0.25}, {}}, {{-1.5, 0.25}, {}}};
+    const std::string table = reportAsTable(match.report);
+    EXPECT_NE(table.find("mbb/hand (95 %)  luck-free (95 %)  fold"), std::string::npos) << table;
+    EXPECT_NE(table.find("+1000.0 +- 3897.7   +150.0 +- 25.0     1"), std::string::npos) << table;
+    match.report.freed[0].expected = Interval{2, 0.5};
+    match.report.freed[1].expected = Interval{-2, 0.5};
+    EXPECT_NE(reportAsTable(match.report).find("-150.0 +- 25.0         -200.0 +- 50.0"),
+              std::string::npos)
+        << reportAsTable(match.report);
+    const auto json = reportAsJson(match.report);
+    EXPECT_EQ(json["players"][0]["luckFreeChipsPerHand"]["mean"], 1.5);
+    EXPECT_EQ(json["players"][1]["worthOfDealsPerHand"]["mean"], -2);
+    EXPECT_FALSE(reportAsJson(SmallMatch().report)["players"][0].contains("luckFreeChipsPerHand"));
+}
+
 TEST(MatchReport, TableOfAMatchThatWasStopped) {
     SmallMatch match(3);
     match.report.options.duplicate = true;

@@ -1,0 +1,79 @@
+#include "analysis/equity_estimate.h"
+
+#include "analysis/all_deals.h"
+#include "analysis/luck_free.h"
+
+namespace tamarin::test {
+namespace {
+
+TEST(EquityEstimate, LeavesTheMeanAndTakesLuckAway) {
+    const Table table(shortGame(2, 4, "1 1", "10 20", "0 2"));
+    const BoardEdges edges(*table.game, table.deck);
+    for (int seat = 0; seat < 2; ++seat) {
+        const HandStrategy& own = *table.strategies[static_cast<size_t>(seat)];
+        const EquityEstimate estimate(table.tree, own, edges);
+        const LuckFree luckFree(*table.game, table.tree, table.deck, own, estimate);
+        double plain = 0;
+        double free = 0;
+        double plainSquares = 0;
+        double freeSquares = 0;
+        table.forEachHand([&](const PlayedHand& hand, double probability, double payoff) {
+            const auto result = luckFree.of(hand, seat);
+            ASSERT_TRUE(result.ok());
+            const double won = seat == 0 ? payoff : -payoff;
+            plain += probability * won;
+            free += probability * *result;
+            plainSquares += probability * won * won;
+            freeSquares += probability * *result * *result;
+        });
+        EXPECT_NEAR(free, plain, 1e-9);
+        EXPECT_LT(freeSquares - free * free, 0.6 * (plainSquares - plain * plain));
+    }
+}
+
+// Two who only call: the estimate is the truth, and every hand comes out as the mean, 0. That the
+// edges before the flop, on it, on the turn and on the river fit each other is in this, too.
+TEST(EquityEstimate, OfTwoWhoCallLeavesNothing) {
+    const GamePtr game = loadGameFile("holdem.limit.2p.reverse_blinds.game");
+    const CompiledTree tree(*game);
+    const PublicDeck deck(*game);
+    const SimpleStrategy call(tree, SimplePlay::call);
+    BoardEdges edges(*game, deck);
+    ASSERT_TRUE(edges.prepare({}).ok());
+    const EquityEstimate estimate(tree, call, edges);
+    const LuckFree luckFree(*game, tree, deck, call, estimate);
+    for (const char* text : {"STATE:0:cc/cc/cc/cc:2c7d|AsKh/4c5c6h/Td/2s",
+                             "STATE:1:cc/cc/cc/cc:JcJd|9s9h/9cJh6h/Td/2s"}) {
+        State state{};
+        ASSERT_GT(readState(text, game.get(), &state), 0);
+        const PlayedHand hand = playedHand(*game, state);
+        for (int seat = 0; seat < 2; ++seat) {
+            const auto result = luckFree.of(hand, seat);
+            ASSERT_TRUE(result.ok());
+            EXPECT_NEAR(*result, 0, 1e-9);
+        }
+    }
+}
+
+// Against a bet on the river the estimate knows the payoffs' two sides: a fold and the stake.
+TEST(EquityEstimate, IsLevelAndSlopeOfTheMeanPlay) {
+    const Table table(shortGame(2, 3, "1 1", "10 20", "0 1"));
+    const BoardEdges edges(*table.game, table.deck);
+    const SimpleStrategy uniform(table.tree, SimplePlay::uniform);
+    const EquityEstimate estimate(table.tree, uniform, edges);
+    // The last round after two calls and a bet: the second seat folds 10, or calls for 30.
+    int32_t node = 0;
+    for (const int action : {actionCall, actionCall, actionRaise})
+        node = table.tree.nodes()[static_cast<size_t>(node)].child[action];
+    const int second = table.tree.nodes()[static_cast<size_t>(node)].player;
+    const ValueEstimate::View view{second, {}, {}};
+    const std::vector<double> row{0.5, -1, 0};
+    EXPECT_DOUBLE_EQ(estimate.at(view, row, node, 0), 0.5 * -10 + 0.5 * 30 * 0.5);
+    EXPECT_DOUBLE_EQ(estimate.at(view, row, node, 1), 0.5 * -10 - 0.5 * 30);
+    const ValueEstimate::View first{1 - second, {}, {}};
+    EXPECT_DOUBLE_EQ(estimate.at(first, row, node, 0), 0.5 * 10 + 0.5 * 30 * 0.5);
+    EXPECT_EQ(estimate.meanOfDeals(0), -estimate.meanOfDeals(1));
+}
+
+} // namespace
+} // namespace tamarin::test
