@@ -52,7 +52,7 @@ TEST(MatchReport, FreedOfLuckBesideThePlainResult) {
     match.report.freed = {{{1.5, 0.25}, {}}, {{-1.5, 0.25}, {}}};
     const std::string table = reportAsTable(match.report);
     EXPECT_NE(table.find("mbb/hand (95 %)  luck-free (95 %)  fold"), std::string::npos) << table;
-    EXPECT_NE(table.find("+1000.0 +- 3897.7   +150.0 +- 25.0     1"), std::string::npos) << table;
+    EXPECT_NE(table.find("+1000.0 +- 3897.7    +150.0 +- 25.0     1"), std::string::npos) << table;
     match.report.freed[0].expected = Interval{2, 0.5};
     match.report.freed[1].expected = Interval{-2, 0.5};
     EXPECT_NE(reportAsTable(match.report).find("-150.0 +- 25.0         -200.0 +- 50.0"),

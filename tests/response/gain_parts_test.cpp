@@ -161,7 +161,7 @@ TEST(GainParts, OfHandsAreThePlainOnes) {
     for (const GainParts::Hand& hand : parts.hands)
         dealt += hand.dealt;
     EXPECT_NEAR(dealt, 1, 1e-12);
-    for (const size_t holding : {size_t{0}, size_t{17}, size_t{40}})
+    for (const size_t holding : {size_t{0}, size_t{17}, size_t{25}})
         for (int seat = 0; seat < 2; ++seat) {
             const auto hand = all.measured.deck.cardsOf(holding);
             EXPECT_NEAR(parts.hands[all.measured.deck.handClassOf(holding)]
