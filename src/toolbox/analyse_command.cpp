@@ -137,7 +137,7 @@ int analyse(const AnalyseArguments& options) {
     if (!game)
         return fail(game.error());
     if (!options.page.empty())
-        if (Status place = checkOutputPlace(options.page, "<!doctype html>", "a page", "--page");
+        if (Status place = checkOutputPlace(options.page, "<!doctype html>", "a page", "--html");
             !place)
             return fail(place.error());
     std::unique_ptr<KnownStrategies> known;
@@ -187,7 +187,7 @@ void addAnalyseCommand(CLI::App& app, int& status) {
         ->type_name("NAME=STRATEGY")
         ->default_str("");
     addDirectoryOption(command, options->directory);
-    command.add_option("--page", options->page, "Write a self-contained page")->type_name("FILE");
+    command.add_option("--html", options->page, "Write a self-contained page")->type_name("FILE");
     addThreadsOption(command, options->threads);
     addJsonOption(command, options->json);
     addQuietOption(command, options->quiet);

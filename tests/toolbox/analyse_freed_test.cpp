@@ -22,7 +22,7 @@ TEST(AnalyseCommand, FreesWhatAMatchLogged) {
     ASSERT_EQ(match.status, 0) << match.err;
     const auto played = nlohmann::json::parse(match.out);
     const Ended run = runTamarin({"analyse", "hands.log", "--json", "--quiet", "--strategy",
-                                  "a=rule", "--strategy", "b=uniform", "--page", "page.html"},
+                                  "a=rule", "--strategy", "b=uniform", "--html", "page.html"},
                                  scratch.path());
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.err, "");
