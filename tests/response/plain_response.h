@@ -58,16 +58,13 @@ private:
     static bool has(std::span<const uint8_t> cards, uint8_t card) {
         return std::ranges::find(cards, card) != cards.end();
     }
-    static Cards joined(std::array<uint8_t, 2> hand, const Cards& board) {
-        Cards all(hand.begin(), hand.end());
-        all.insert(all.end(), board.begin(), board.end());
-        return all;
-    }
     ActionShares shares(int32_t node, int seat, std::array<uint8_t, 2> hand,
                         const Cards& board) const {
         const int round = measured_.tree.nodes()[static_cast<size_t>(node)].round;
-        const auto cards = joined(hand, board);
-        return measured_.strategy->shares(node, measured_.strategy->classOf(seat, round, cards));
+        std::array<uint8_t, 2 + MAX_BOARD_CARDS> cards{hand[0], hand[1]};
+        std::ranges::copy(board, cards.begin() + 2);
+        return measured_.strategy->shares(
+            node, measured_.strategy->classOf(seat, round, {cards.data(), 2 + board.size()}));
     }
 
     // The sum over the others of what the hand wins against each.
@@ -78,6 +75,7 @@ private:
         if (board.size() < cards)
             return dealt(number, hand, board, others, cards - board.size());
         std::vector<ActionShares> sharesOf;
+        sharesOf.reserve(others.size());
         if (node.player != seat_)
             for (const Other& other : others)
                 sharesOf.push_back(shares(number, 1 - seat_, other.cards, board));
@@ -128,8 +126,8 @@ private:
     static int compare(std::array<uint8_t, 2> hand, std::array<uint8_t, 2> other,
                        const Cards& board) {
         const auto rank = [&](std::array<uint8_t, 2> cards) {
-            CardSet set = 0;
-            for (const uint8_t card : joined(cards, board))
+            CardSet set = cardBit(cards[0]) | cardBit(cards[1]);
+            for (const uint8_t card : board)
                 set |= cardBit(card);
             return rankCardSet(set);
         };
