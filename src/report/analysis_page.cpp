@@ -1,6 +1,7 @@
 #include "report/analysis_page.h"
 
 #include "report/page.h"
+#include "report/result_text.h"
 #include "support/progress.h"
 
 #include <algorithm>

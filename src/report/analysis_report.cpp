@@ -1,5 +1,6 @@
 #include "report/analysis_report.h"
 
+#include "report/result_text.h"
 #include "support/progress.h"
 
 #include <algorithm>
@@ -60,18 +61,6 @@ std::string playerLines(const MatchAnalysis::Player& player, bool duplicate, siz
 }
 
 } // namespace
-
-std::string resultWithInterval(const Interval& interval, double factor, int digits) {
-    if (!std::isfinite(interval.halfWidth))
-        return fmt::format("{:+.{}f}", interval.mean * factor, digits);
-    return fmt::format("{:+.{}f} +- {:.{}f}", interval.mean * factor, digits,
-                       interval.halfWidth * factor, digits);
-}
-
-ResultUnit unitOf(const Game& game) {
-    const int32_t blind = bigBlind(game);
-    return blind > 0 ? ResultUnit{1000.0 / blind, 1, "mbb/hand"} : ResultUnit{1, 4, "chips/hand"};
-}
 
 std::string analysisAsTable(const AnalysisReport& report) {
     const MatchAnalysis& analysis = *report.analysis;

@@ -1,5 +1,6 @@
 #include "report/match_report.h"
 
+#include "report/result_text.h"
 #include "support/progress.h"
 
 #include <algorithm>
@@ -10,13 +11,6 @@
 namespace tamarin {
 
 namespace {
-
-std::string withInterval(const Interval& interval, double factor, int digits) {
-    if (!std::isfinite(interval.halfWidth))
-        return fmt::format("{:+.{}f}", interval.mean * factor, digits);
-    return fmt::format("{:+.{}f} +- {:.{}f}", interval.mean * factor, digits,
-                       interval.halfWidth * factor, digits);
-}
 
 std::string describeLatency(Duration duration) {
     const double nanoseconds = static_cast<double>(duration.count());
@@ -111,8 +105,7 @@ std::string reportAsTable(const MatchReport& report) {
         head +=
             fmt::format("{} hands of an unfinished block are not counted\n", board.handsLeftOver());
 
-    const double freedFactor = blind > 0 ? 1000.0 / blind : 1;
-    const int freedDigits = blind > 0 ? 1 : 4;
+    const ResultUnit unit = unitOf(*report.game);
     std::vector<Row> rows = {{"player", "chips", "chips/hand (95 %)", "mbb/hand (95 %)", "fold",
                               "call", "raise", "median", "p99", "faults"}};
     const auto freedAt = rows[0].begin() + 4;
@@ -123,21 +116,22 @@ std::string reportAsTable(const MatchReport& report) {
     for (size_t i = 0; i < result.players.size(); ++i) {
         const PlayerResult& player = result.players[i];
         const Interval perHand = board.perHand(i);
-        rows.push_back(
-            {player.name, fmt::format("{:+.10g}", board.chips(i)), withInterval(perHand, 1, 4),
-             blind > 0 ? withInterval(perHand, 1000.0 / blind, 1) : "-",
-             describeCount(player.actions[0]), describeCount(player.actions[1]),
-             describeCount(player.actions[2]), describeLatency(player.latency.quantile(0.5)),
-             describeLatency(player.latency.quantile(0.99)),
-             describeFaults(player) + (player.gone ? " (left the match)" : "")});
+        rows.push_back({player.name, fmt::format("{:+.10g}", board.chips(i)),
+                        resultWithInterval(perHand, 1, 4),
+                        blind > 0 ? resultWithInterval(perHand, 1000.0 / blind, 1) : "-",
+                        describeCount(player.actions[0]), describeCount(player.actions[1]),
+                        describeCount(player.actions[2]),
+                        describeLatency(player.latency.quantile(0.5)),
+                        describeLatency(player.latency.quantile(0.99)),
+                        describeFaults(player) + (player.gone ? " (left the match)" : "")});
         if (report.freed.empty())
             continue;
         const FreedFigures& freed = report.freed[i];
         Row& row = rows.back();
-        auto at =
-            row.insert(row.begin() + 4, withInterval(freed.luckFree, freedFactor, freedDigits));
+        auto at = row.insert(row.begin() + 4,
+                             resultWithInterval(freed.luckFree, unit.factor, unit.digits));
         if (freed.expected)
-            row.insert(at + 1, withInterval(*freed.expected, freedFactor, freedDigits));
+            row.insert(at + 1, resultWithInterval(*freed.expected, unit.factor, unit.digits));
     }
     return head + layOut(rows);
 }

@@ -48,6 +48,12 @@ public:
     }
 
     Status read() {
+        // What the strategies take is spent on a log that can be read.
+        if (known_ != nullptr)
+            if (Status whole = followHandLog(&game_, options_.log,
+                                             [](const LoggedHand&, size_t) { return Status(); });
+                !whole)
+                return whole;
         if (Status followed = followHandLog(
                 &game_, options_.log,
                 [&](const LoggedHand& hand, size_t line) { return take(hand, line); });

@@ -1,14 +1,10 @@
 #include "toolbox/known_strategies.h"
 
 #include "analysis/bot_play.h"
-#include "directory/holdem_game.h"
-#include "holdem/read_strategy.h"
-#include "response/bucket_play.h"
-#include "response/simple_play.h"
 #include "toolbox/command.h"
+#include "toolbox/file_play.h"
 
-#include <algorithm>
-#include <filesystem>
+#include <utility>
 
 namespace tamarin {
 
@@ -30,54 +26,20 @@ std::vector<NamedStrategy> knownOfSeats(const std::vector<Seat>& seats) {
     return known;
 }
 
-// Reads what is named, once for each file.
-class KnownStrategies::Opener {
-public:
-    Opener(KnownStrategies& into, const GameFile& game, const std::string& directory)
-        : into_(into), game_(game), directory_(directory) {}
-
-    Result<std::shared_ptr<const HandStrategy>> open(const std::string& what) {
-        if (what == "rule")
-            return std::shared_ptr<const HandStrategy>(
-                std::make_shared<RulePlay>(*game_.rules, *into_.tree_));
-        if (const auto simple = simplePlayNamed(what))
-            return std::shared_ptr<const HandStrategy>(
-                std::make_shared<SimpleStrategy>(*into_.tree_, *simple));
-        return openFile(what);
-    }
-
-private:
-    Result<std::shared_ptr<const HandStrategy>> openFile(const std::string& what) {
-        const auto holdem = openHoldem(game_.path, directory_);
-        if (!holdem)
-            return Error{holdem.error()};
-        if (!*holdem)
-            return Error{"strategy files are known in hold'em alone; other games with call, raise, "
-                         "fold, uniform or rule"};
-        const std::string path =
-            what == "player" ? holdemStrategyPath(directory_, **holdem) : what + "/strategy";
-        if (!std::filesystem::exists(path))
-            return Error{"there is no strategy " + path};
-        if (!into_.tables_) {
-            auto tables = HoldemTables::open(directory_, 2);
-            if (!tables)
-                return Error{tables.error()};
-            into_.tables_ = std::make_unique<HoldemTables>(std::move(*tables));
-        }
-        auto sets = std::make_unique<HoldemSets>(*game_.rules);
-        if (Status read = readStrategyFile(path, *sets); !read)
-            return Error{read.error()};
-        auto play = std::make_shared<BucketPlay>(*sets, into_.tables_->buckets());
-        into_.sets_.push_back(std::move(sets));
-        return std::shared_ptr<const HandStrategy>(std::move(play));
-    }
-
-    KnownStrategies& into_;
-    const GameFile& game_;
-    const std::string& directory_;
-};
-
-KnownStrategies::~KnownStrategies() = default;
+Result<std::shared_ptr<const HandStrategy>> KnownStrategies::openOne(const GameFile& game,
+                                                                     const std::string& directory,
+                                                                     const std::string& what) {
+    using Shared = std::shared_ptr<const HandStrategy>;
+    if (what == "rule")
+        return Shared(std::make_shared<RulePlay>(*game.rules, *tree_));
+    if (const auto simple = simplePlayNamed(what))
+        return Shared(std::make_shared<SimpleStrategy>(*tree_, *simple));
+    auto file = openFilePlay(game.path, directory, what == "player" ? "" : what);
+    if (!file)
+        return Error{file.error()};
+    const auto kept = std::make_shared<const FilePlay>(std::move(*file));
+    return Shared(kept, kept->strategy.get());
+}
 
 Result<std::unique_ptr<KnownStrategies>>
 KnownStrategies::open(const GameFile& game, const std::string& directory,
@@ -86,9 +48,8 @@ KnownStrategies::open(const GameFile& game, const std::string& directory,
         return Error{game.name + ": " + fits.error()};
     std::unique_ptr<KnownStrategies> known(new KnownStrategies);
     known->tree_ = std::make_unique<CompiledTree>(*game.rules);
-    Opener opener(*known, game, directory);
     for (const NamedStrategy& one : named) {
-        auto strategy = opener.open(one.what);
+        auto strategy = known->openOne(game, directory, one.what);
         if (!strategy)
             return Error{one.name + ": " + strategy.error()};
         known->strategies_.emplace_back(one.name, std::move(*strategy));

@@ -4,7 +4,6 @@
 #include "analysis/freed_results.h"
 #include "dealer/seat.h"
 #include "directory/playing_directory.h"
-#include "holdem/sets.h"
 #include "support/result.h"
 
 #include <memory>
@@ -35,20 +34,17 @@ public:
     static Result<std::unique_ptr<KnownStrategies>> open(const GameFile& game,
                                                          const std::string& directory,
                                                          const std::vector<NamedStrategy>& named);
-    ~KnownStrategies();
-
     // Tells the results what the player of this name and number plays by, if it is known; whether
     // it is.
     bool tell(const std::string& name, size_t player);
     FreedResults& results() { return *results_; }
 
 private:
-    class Opener;
     KnownStrategies() = default;
+    Result<std::shared_ptr<const HandStrategy>>
+    openOne(const GameFile& game, const std::string& directory, const std::string& what);
 
     std::unique_ptr<CompiledTree> tree_;
-    std::vector<std::unique_ptr<HoldemSets>> sets_;
-    std::unique_ptr<class HoldemTables> tables_;
     std::vector<std::pair<std::string, std::shared_ptr<const HandStrategy>>> strategies_;
     std::unique_ptr<FreedResults> results_;
 };

@@ -45,13 +45,5 @@ TEST(AnalysisReport, JsonIsInChips) {
     EXPECT_TRUE(me["cuts"]["reached"][1]["plusMinus95"].is_null()); // one hand
 }
 
-TEST(AnalysisReport, WithoutABigBlindIsInChips) {
-    Game game{};
-    EXPECT_STREQ(unitOf(game).name, "chips/hand");
-    game.blind[1] = 20;
-    game.numPlayers = 2;
-    EXPECT_EQ(unitOf(game).factor, 50);
-}
-
 } // namespace
 } // namespace tamarin::test

@@ -44,8 +44,9 @@ TEST(KnownStrategies, SayWhatIsMissing) {
     ASSERT_TRUE(game.ok());
     const auto none = KnownStrategies::open(*game, scratch.path(), {{"a", "player"}});
     ASSERT_FALSE(none.ok());
-    EXPECT_EQ(none.error(),
-              "a: there is no strategy " + (scratch / "strategies/holdem.limit.2p/strategy"));
+    EXPECT_EQ(none.error(), "a: there is no strategy " +
+                                (scratch / "strategies/holdem.limit.2p/strategy") +
+                                "; 'tamarin prepare holdem.limit.2p.reverse_blinds.game' makes it");
     const auto three = openGameFile("holdem.limit.3p.game", ".");
     const auto refused = KnownStrategies::open(*three, ".", {{"a", "call"}});
     ASSERT_FALSE(refused.ok());
