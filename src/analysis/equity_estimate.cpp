@@ -21,8 +21,8 @@ ActionShares meanShares(const CompiledTree& tree, const HandStrategy& strategy, 
 } // namespace
 
 EquityEstimate::EquityEstimate(const CompiledTree& tree, const HandStrategy& strategy,
-                               const BoardEdges& edges)
-    : edges_(edges), lines_(tree.nodes().size()) {
+                               const BoardMargins& margins)
+    : margins_(margins), lines_(tree.nodes().size()) {
     // Nodes lie depth-first: children come after their parents.
     for (size_t n = lines_.size(); n-- > 0;) {
         const ActionShares shares = meanShares(tree, strategy, static_cast<int32_t>(n));
@@ -53,7 +53,7 @@ double EquityEstimate::at(const View& view, const std::vector<double>& row, int3
     return (view.seat == 0 ? line.level : -line.level) + line.slope * row[holding];
 }
 
-// Two hands of a deal have opposite edges.
+// Two hands of a deal have opposite margins.
 double EquityEstimate::meanOfDeals(int seat) const {
     return seat == 0 ? lines_[0].level : -lines_[0].level;
 }

@@ -1,29 +1,31 @@
-// The value estimate by equity: at every node a level and a slope, and the hand's edge over the
+// The value estimate by equity: at every node a level and a slope, and the hand's margin over the
 // opponent's, exactly.
 //
-//     value = level + slope * edge
+//     value = level + slope * margin
 //
-// The edge is the share of boards on which the hand wins less that on which it loses, if nobody
-// folds. It is a mean over boards, so its mean over the next cards is the edge before they come:
+// The margin is the share of boards on which the hand wins less that on which it loses, if nobody
+// folds. It is a mean over boards, so its mean over the next cards is the margin before they come:
 // what the luck of the cards is costs no look at the cards that did not come. Level and slope are
 // those of a play that does at every node what the strategy does on the average of its classes: at
 // a showdown the slope is the stake, at a fold the level is the fold's payoff, above them they are
 // means.
 #pragma once
 
-#include "analysis/board_edges.h"
 #include "analysis/value_estimate.h"
 #include "response/hand_strategy.h"
+#include "showdown/board_margins.h"
 
 namespace tamarin {
 
 class EquityEstimate : public ValueEstimate {
 public:
-    // The edges must outlive the object; those before the board must be ready when rowOf is asked.
-    EquityEstimate(const CompiledTree& tree, const HandStrategy& strategy, const BoardEdges& edges);
+    // The margins must outlive the object; those before the board must be ready when rowOf is
+    // asked.
+    EquityEstimate(const CompiledTree& tree, const HandStrategy& strategy,
+                   const BoardMargins& margins);
 
     std::vector<double> rowOf(const View& view) const override {
-        return edges_.of(view.other, view.board);
+        return margins_.of(view.other, view.board);
     }
     double at(const View& view, const std::vector<double>& row, int32_t node,
               size_t holding) const override;
@@ -34,7 +36,7 @@ private:
         double level = 0;
         double slope = 0;
     };
-    const BoardEdges& edges_;
+    const BoardMargins& margins_;
     std::vector<Line> lines_; // by node
 };
 

@@ -23,11 +23,11 @@ Status FreedResults::check(const Game& game) {
 }
 
 FreedResults::FreedResults(const Game& game, const CompiledTree& tree)
-    : game_(game), tree_(tree), deck_(game), edges_(game, deck_) {}
+    : game_(game), tree_(tree), deck_(game), margins_(game, deck_) {}
 
 void FreedResults::know(size_t player, std::shared_ptr<const HandStrategy> strategy) {
     Known known;
-    known.estimate = std::make_unique<EquityEstimate>(tree_, *strategy, edges_);
+    known.estimate = std::make_unique<EquityEstimate>(tree_, *strategy, margins_);
     known.luckFree = std::make_unique<LuckFree>(game_, tree_, deck_, *strategy, *known.estimate);
     known.strategy = std::move(strategy);
     known_[player] = std::move(known);

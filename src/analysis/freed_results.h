@@ -2,9 +2,9 @@
 #pragma once
 
 #include "abstraction/work.h"
-#include "analysis/board_edges.h"
 #include "analysis/equity_estimate.h"
 #include "analysis/luck_free.h"
+#include "showdown/board_margins.h"
 
 #include <map>
 #include <memory>
@@ -43,7 +43,7 @@ public:
     bool knowsAny() const { return !known_.empty(); }
 
     // Before the first hand, when any strategy is known: seconds. stopped() when work was stopped.
-    Status prepare(const Work& work) { return edges_.prepare(work); }
+    Status prepare(const Work& work) { return margins_.prepare(work); }
 
     // An error when a player did what its strategy never does. Any thread.
     Result<FreedHand> of(const SeatedHand& hand) const;
@@ -59,7 +59,7 @@ private:
     const Game& game_;
     const CompiledTree& tree_;
     PublicDeck deck_;
-    BoardEdges edges_;
+    BoardMargins margins_;
     std::map<size_t, Known> known_;
 };
 

@@ -42,7 +42,7 @@ void LocalPlay::begin(const LocalDeal& deal) {
                 view.holdings.push_back(static_cast<uint16_t>(h));
         }
         view.looked = {};
-        view.rolledOut = false;
+        view.margins.clear();
     }
 }
 
@@ -58,14 +58,12 @@ const SeenHands& LocalPlay::seenIn(int round) {
     return view.seen[seat];
 }
 
-const std::vector<double>& LocalPlay::sharesIn(int round) {
+const std::vector<double>& LocalPlay::marginsIn(int round) {
     RoundView& view = rounds_[static_cast<size_t>(round)];
-    if (!view.rolledOut) {
-        game_.rollOut.against(deal_.hole, {deal_.board.data(), sumBoardCards(&game_.game, round)},
-                              view.holdings, view.shares);
-        view.rolledOut = true;
-    }
-    return view.shares;
+    if (view.margins.empty())
+        view.margins =
+            game_.margins.of(deal_.hole, {deal_.board.data(), sumBoardCards(&game_.game, round)});
+    return view.margins;
 }
 
 LocalPlay::Frame& LocalPlay::frame(size_t depth) {
@@ -116,48 +114,46 @@ double LocalPlay::face(const State& state, size_t depth, const std::vector<doubl
 
 // What has ended is settled by what lay on the board then, on average over the cards to come. Each
 // hand of the opponent is as likely as another not to have one of these, so the mean is over the
-// hands of that round. Shares of the pot that are drawn are no means: the next round has exact
-// ones.
+// hands of that round.
 double LocalPlay::settle(const State& state, int round, const std::vector<double>& reach) {
-    const bool shown = !state.playerFolded[seat_] && !state.playerFolded[opponent()];
-    while (shown && !game_.rollOut.isExact(round))
-        ++round;
-    const auto& holdings = rounds_[static_cast<size_t>(round)].holdings;
-    const auto hands = static_cast<double>(holdings.size());
-    if (!shown) {
-        const double won =
-            state.playerFolded[seat_] ? -state.spent[seat_] : state.spent[opponent()];
-        return won * total(round, reach) / hands;
-    }
+    const auto hands = static_cast<double>(rounds_[static_cast<size_t>(round)].holdings.size());
+    if (state.playerFolded[seat_])
+        return -state.spent[seat_] * total(round, reach) / hands;
+    if (state.playerFolded[opponent()])
+        return state.spent[opponent()] * total(round, reach) / hands;
     return contested(state.maxSpent) * ahead(round, reach) / hands;
 }
 
-// By how much the responder is ahead in shares of the pot, summed over the opponent's hands.
+// By how much the responder is ahead, in margins, summed over the opponent's hands.
 double LocalPlay::ahead(int round, const std::vector<double>& reach) {
-    const auto& holdings = rounds_[static_cast<size_t>(round)].holdings;
-    const std::vector<double>& shares = sharesIn(round);
+    const std::vector<double>& margins = marginsIn(round);
     double ahead = 0;
-    for (size_t i = 0; i < holdings.size(); ++i)
-        ahead += reach[holdings[i]] * (2 * shares[i] - 1);
+    for (const uint16_t holding : rounds_[static_cast<size_t>(round)].holdings)
+        ahead -= reach[holding] * margins[holding];
     return ahead;
 }
 
-// Calls where nothing is better; of bets that promise the same, the smaller one.
+// Calls where nothing is better; of bets that promise the same, the smaller one. What is better by
+// less than the sums' rounding promises the same.
 Action LocalPlay::choose(const State& state, const std::vector<double>& reach) {
     Action best{actionCall, 0};
     if (state.round < game_.from)
         return best;
+    const auto hands = static_cast<double>(rounds_[state.round].holdings.size());
     double most = worthOfCall(state, reach);
-    const auto take = [&](const Action& action, double worth) {
-        if (worth > most) {
+    const auto take = [&](const Action& action, double worth, int32_t stake) {
+        constexpr double rounding = 1e-12;
+        if (worth > most + rounding * contested(stake) * hands) {
             most = worth;
             best = action;
         }
     };
     if (state.spent[seat_] < std::min(state.maxSpent, game_.game.stack[seat_]))
-        take({actionFold, 0}, -state.spent[seat_] * total(state.round, reach));
-    for (const Action& bet : betsOf(game_.menu, game_.game, state))
-        take(bet, worthOfBet(after(game_.game, state, bet), reach));
+        take({actionFold, 0}, -state.spent[seat_] * total(state.round, reach), state.maxSpent);
+    for (const Action& bet : betsOf(game_.menu, game_.game, state)) {
+        const State behind = after(game_.game, state, bet);
+        take(bet, worthOfBet(behind, reach), behind.maxSpent);
+    }
     return best;
 }
 
@@ -169,7 +165,7 @@ double LocalPlay::worthOfCall(const State& state, const std::vector<double>& rea
 double LocalPlay::worthOfBet(const State& state, const std::vector<double>& reach) {
     assert(!state.finished && currentPlayer(&game_.game, &state) == opponent());
     const auto& holdings = rounds_[state.round].holdings;
-    const std::vector<double>& shares = sharesIn(state.round);
+    const std::vector<double>& margins = marginsIn(state.round);
     game_.opponent.answer(state, holdings.size(), seenIn(state.round), tried_);
     const auto fold = std::ranges::find(tried_.actions, actionFold, &Action::type);
     const double* const folds =
@@ -182,7 +178,7 @@ double LocalPlay::worthOfBet(const State& state, const std::vector<double>& reac
         const double weight = reach[holdings[i]];
         const double away = folds ? weight * folds[i] : 0.0;
         folded += away;
-        won += (weight - away) * (2 * shares[i] - 1);
+        won -= (weight - away) * margins[holdings[i]];
     }
     return state.spent[opponent()] * folded + contested(state.maxSpent) * won;
 }

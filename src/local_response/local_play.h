@@ -17,7 +17,7 @@
 
 #include "local_response/bet_menu.h"
 #include "local_response/opponent.h"
-#include "local_response/roll_out.h"
+#include "showdown/board_margins.h"
 
 #include <array>
 #include <deque>
@@ -30,7 +30,7 @@ struct LocalGame {
     const Game& game;
     const PublicDeck& deck;
     const Opponent& opponent;
-    const RollOut& rollOut;
+    const BoardMargins& margins; // prepared, if it is to play from before the flop
     BetMenu menu = BetMenu::pot;
     int from = 0; // the round before which the responder checks and calls
 };
@@ -55,8 +55,7 @@ private:
         std::vector<uint16_t> holdings; // that share no card with what the responder sees
         std::array<SeenHands, 2> seen;  // [seat of the opponent]
         std::array<bool, 2> looked{};
-        std::vector<double> shares; // of the pot, by place among the holdings
-        bool rolledOut = false;
+        std::vector<double> margins; // of each holding over the responder's hand
     };
     struct Frame {
         RangeAnswer answer;
@@ -65,7 +64,7 @@ private:
 
     void begin(const LocalDeal& deal);
     const SeenHands& seenIn(int round);
-    const std::vector<double>& sharesIn(int round);
+    const std::vector<double>& marginsIn(int round);
     Frame& frame(size_t depth);
 
     // What the responder wins from a state on: the mean over the opponent's hands, each weighed

@@ -8,10 +8,10 @@ namespace {
 
 TEST(EquityEstimate, LeavesTheMeanAndTakesLuckAway) {
     const Table table(shortGame(2, 4, "1 1", "10 20", "0 2"));
-    const BoardEdges edges(*table.game, table.deck);
+    const BoardMargins margins(*table.game, table.deck);
     for (int seat = 0; seat < 2; ++seat) {
         const HandStrategy& own = *table.strategies[static_cast<size_t>(seat)];
-        const EquityEstimate estimate(table.tree, own, edges);
+        const EquityEstimate estimate(table.tree, own, margins);
         const LuckFree luckFree(*table.game, table.tree, table.deck, own, estimate);
         double plain = 0;
         double free = 0;
@@ -36,9 +36,9 @@ TEST(EquityEstimate, LeavesTheMeanAndTakesLuckAway) {
 // Against a bet on the river the estimate knows the payoffs' two sides: a fold and the stake.
 TEST(EquityEstimate, IsLevelAndSlopeOfTheMeanPlay) {
     const Table table(shortGame(2, 3, "1 1", "10 20", "0 1"));
-    const BoardEdges edges(*table.game, table.deck);
+    const BoardMargins margins(*table.game, table.deck);
     const SimpleStrategy uniform(table.tree, SimplePlay::uniform);
-    const EquityEstimate estimate(table.tree, uniform, edges);
+    const EquityEstimate estimate(table.tree, uniform, margins);
     // The last round after two calls and a bet: the second seat folds 10, or calls for 30.
     int32_t node = 0;
     for (const int action : {actionCall, actionCall, actionRaise})

@@ -20,11 +20,11 @@ TEST(FreedResults, SayWhatIsKnownOfSeatZero) {
     std::array<std::shared_ptr<const HandStrategy>, 2> strategies;
     for (size_t seat = 0; seat < 2; ++seat)
         strategies[seat] = std::make_shared<RandomStrategy>(table.tree, seat == 0 ? 3 : 11);
-    const BoardEdges edges(*table.game, table.deck);
+    const BoardMargins margins(*table.game, table.deck);
     std::array<std::unique_ptr<EquityEstimate>, 2> estimates;
     std::array<std::unique_ptr<LuckFree>, 2> single;
     for (size_t seat = 0; seat < 2; ++seat) {
-        estimates[seat] = std::make_unique<EquityEstimate>(table.tree, *strategies[seat], edges);
+        estimates[seat] = std::make_unique<EquityEstimate>(table.tree, *strategies[seat], margins);
         single[seat] = std::make_unique<LuckFree>(*table.game, table.tree, table.deck,
                                                   *strategies[seat], *estimates[seat]);
     }

@@ -79,5 +79,15 @@ TEST(BetMenusOfLimit, HaveTheOneRaise) {
     EXPECT_EQ(sizes(BetMenu::raise, *game, raised), Sizes{});
 }
 
+// The rules' list of a round's actions holds so many; two more must fit.
+TEST_F(BetMenus, EndWhereARoundIsFull) {
+    State state{};
+    initState(game.get(), 0, &state);
+    state.numActions[0] = MAX_NUM_ACTIONS - 2;
+    EXPECT_FALSE(betsOf(BetMenu::pot, *game, state).empty());
+    state.numActions[0] = MAX_NUM_ACTIONS - 1;
+    EXPECT_TRUE(betsOf(BetMenu::pot, *game, state).empty());
+}
+
 } // namespace
 } // namespace tamarin::test

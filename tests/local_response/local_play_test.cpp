@@ -16,8 +16,8 @@ const std::string eightCards = shortGame(2, 4, "2 2 2", "10 10 20", "0 1 1");
 
 std::array<double, 2> localMean(const Measured& measured, BetMenu menu, int from = 0) {
     const TreeOpponent opponent(*measured.game, measured.tree, *measured.strategy);
-    const RollOut rollOut(*measured.game, measured.deck);
-    return meanOfAllDeals({*measured.game, measured.deck, opponent, rollOut, menu, from});
+    const BoardMargins margins(*measured.game, measured.deck);
+    return meanOfAllDeals({*measured.game, measured.deck, opponent, margins, menu, from});
 }
 
 // No hand is dealt to the opponent here, and one in the plain form: on average that is the same.
@@ -87,9 +87,9 @@ TEST(LocalPlay, WinsFromSimplePlayWhatThePlainFormWins) {
     for (const SimplePlay simple : {SimplePlay::call, SimplePlay::raise, SimplePlay::uniform}) {
         measured.play(simple);
         const SimpleOpponent opponent(*measured.game, simple);
-        const RollOut rollOut(*measured.game, measured.deck);
+        const BoardMargins margins(*measured.game, measured.deck);
         const auto mean =
-            meanOfAllDeals({*measured.game, measured.deck, opponent, rollOut, BetMenu::raise, 0});
+            meanOfAllDeals({*measured.game, measured.deck, opponent, margins, BetMenu::raise, 0});
         for (int seat = 0; seat < 2; ++seat)
             EXPECT_NEAR(mean[static_cast<size_t>(seat)], PlainLocal(measured, seat, true).mean(),
                         1e-9);
@@ -111,10 +111,10 @@ const std::string noLimit = "GAMEDEF\nnolimit\nnumPlayers = 2\nnumRounds = 2\nst
 struct NoLimit {
     GamePtr game = parseGame(noLimit);
     PublicDeck deck{*game};
-    RollOut rollOut{*game, deck};
+    BoardMargins margins{*game, deck};
 
     std::array<double, 2> mean(const Opponent& opponent, BetMenu menu) const {
-        return meanOfAllDeals({*game, deck, opponent, rollOut, menu, 0});
+        return meanOfAllDeals({*game, deck, opponent, margins, menu, 0});
     }
     // What hole cards win of the pot against all hands, on each board of which these are cards.
     double share(std::array<uint8_t, 2> hole, const Cards& board) const {
@@ -149,10 +149,10 @@ TEST(LocalPlay, BetsAllThatItHasAgainstWhoAlwaysCalls) {
         const double first = 2 * table.share(hole, {}) - 1;
         eachBoard(*table.game, table.deck, {hole[0], hole[1]}, [&](const Cards& board) {
             const double then = 2 * table.share(hole, board) - 1;
-            const double later = then > 0 ? 100 * then : 10 * then;
+            const double later = then > 1e-9 ? 100 * then : 10 * then;
             boards += 1;
-            sum[0] += first > 0 ? 100 * then : later;
-            sum[1] += first > 0 ? 100 * then : 10 * first < -5 ? -5 : later;
+            sum[0] += first > 1e-9 ? 100 * then : later;
+            sum[1] += first > 1e-9 ? 100 * then : 10 * first < -5 ? -5 : later;
         });
     }
     for (const BetMenu menu : {BetMenu::pot, BetMenu::wide}) {
@@ -164,16 +164,42 @@ TEST(LocalPlay, BetsAllThatItHasAgainstWhoAlwaysCalls) {
     EXPECT_NEAR(table.mean(opponent, BetMenu::foldCall)[0], 0, 1e-9);
 }
 
-// Shares that were drawn choose before the flop and settle nothing: aces go in before it, and what
-// they win is counted on the flop, over all hands, turns and rivers.
-TEST(LocalPlay, SettlesByExactSharesAlone) {
+// Of a hundred chips against sixty, sixty are played for, whoever has which.
+TEST(LocalPlay, PlaysForTheSmallerStack) {
+    for (const bool first : {true, false}) {
+        std::string text = noLimit;
+        const std::string stacks = "100 100";
+        text.replace(text.find(stacks), stacks.size(), first ? "60 100" : "100 60");
+        const GamePtr game = parseGame(text);
+        const PublicDeck deck(*game);
+        const BoardMargins margins(*game, deck);
+        const SimpleOpponent opponent(*game, SimplePlay::call);
+        LocalPlay play({*game, deck, opponent, margins, BetMenu::pot, 1});
+        const LocalDeal deal{{deck.cards()[14], deck.cards()[15]}, {deck.cards()[0]}};
+        double ahead = 0;
+        double hands = 0;
+        const auto row = margins.of(deal.hole, {deal.board.data(), 1});
+        for (size_t h = 0; h < row.size(); ++h) {
+            const auto cards = deck.cardsOf(h);
+            const Cards own(cards.begin(), cards.end());
+            if (has(own, deal.hole[0]) || has(own, deal.hole[1]) || has(own, deal.board[0]))
+                continue;
+            ahead -= row[h];
+            ++hands;
+        }
+        ASSERT_GT(ahead, 1);
+        for (const double value : play.values(deal))
+            EXPECT_NEAR(value, 60 * ahead / hands, 1e-9);
+    }
+}
+
+// Aces are all in before the turn, and what they win is counted over all hands, turns and rivers.
+TEST(LocalPlay, SettlesOverTheCardsThatDidNotCome) {
     const GamePtr game = loadGameFile("holdem.nolimit.2p.reverse_blinds.game");
     const PublicDeck deck(*game);
-    const auto drawn = PreflopShares::draw(*game, deck, 30, 1, {2, {}, {}});
-    ASSERT_TRUE(drawn.ok());
-    const RollOut rollOut(*game, deck, &*drawn);
+    const BoardMargins margins(*game, deck);
     const SimpleOpponent opponent(*game, SimplePlay::call);
-    LocalPlay play({*game, deck, opponent, rollOut, BetMenu::pot, 0});
+    LocalPlay play({*game, deck, opponent, margins, BetMenu::pot, 1});
     const LocalDeal deal{{50, 51}, {0, 13, 22, 33, 48}};
     const auto values = play.values(deal);
     const double share = equityOf(exactEquity(deal.hole, {deal.board.data(), 3}, 1)).pot;

@@ -18,8 +18,8 @@ protected:
 
     Measured measured{shortGame(2, 4, "2 2 2", "10 10 20", "0 1 1")};
     TreeOpponent opponent{*measured.game, measured.tree, *measured.strategy};
-    RollOut rollOut{*measured.game, measured.deck};
-    LocalGame table{*measured.game, measured.deck, opponent, rollOut, BetMenu::raise, 0};
+    BoardMargins margins{*measured.game, measured.deck};
+    LocalGame table{*measured.game, measured.deck, opponent, margins, BetMenu::raise, 0};
 };
 
 TEST_F(LocalValues, DealDifferentCardsOfTheDeck) {

@@ -4,56 +4,13 @@
 
 #include "local_response/local_play.h"
 #include "response/measured.h"
+#include "showdown/plain_showdown.h"
 
 #include <map>
 #include <tuple>
 #include <vector>
 
 namespace tamarin::test {
-
-using Cards = std::vector<uint8_t>;
-
-inline bool has(std::span<const uint8_t> cards, uint8_t card) {
-    return std::ranges::find(cards, card) != cards.end();
-}
-
-// All boards without the cards, each step a set; visit(board).
-template <class Visit>
-void eachBoard(const Game& game, const PublicDeck& deck, const Cards& without, const Visit& visit) {
-    Cards board;
-    const auto extend = [&](const auto& self, int round, size_t from, int more) -> void {
-        while (more == 0) {
-            if (++round == game.numRounds) {
-                visit(board);
-                return;
-            }
-            more = game.numBoardCards[round];
-            from = 0;
-        }
-        for (size_t i = from; i < deck.cards().size(); ++i) {
-            const uint8_t card = deck.cards()[i];
-            if (has(without, card) || has(board, card))
-                continue;
-            board.push_back(card);
-            self(self, round, i + 1, more - 1);
-            board.pop_back();
-        }
-    };
-    extend(extend, 0, 0, game.numBoardCards[0]);
-}
-
-inline int showdown(const Cards& hand, const Cards& other, const Cards& board) {
-    const auto rank = [&](const Cards& cards) {
-        CardSet set = 0;
-        for (const uint8_t card : cards)
-            set |= cardBit(card);
-        for (const uint8_t card : board)
-            set |= cardBit(card);
-        return rankCardSet(set);
-    };
-    const int difference = rank(hand) - rank(other);
-    return difference > 0 ? 1 : difference < 0 ? -1 : 0;
-}
 
 // Of limit games.
 class PlainLocal {
@@ -170,15 +127,17 @@ private:
             folded += away;
             wonBehindRaise += (reach - away) * ahead;
         }
+        constexpr double rounding = 1e-9; // what is better by less is as good
         int best = actionCall;
         double most = state.maxSpent * won;
-        if (child[actionFold] != CompiledTree::noChild && -state.spent[seat_] * all > most) {
+        if (child[actionFold] != CompiledTree::noChild &&
+            -state.spent[seat_] * all > most + rounding) {
             most = -state.spent[seat_] * all;
             best = actionFold;
         }
         if (raises_ && child[actionRaise] != CompiledTree::noChild) {
             const State raised = stateAt(child[actionRaise]);
-            if (raised.spent[other] * folded + raised.maxSpent * wonBehindRaise > most)
+            if (raised.spent[other] * folded + raised.maxSpent * wonBehindRaise > most + rounding)
                 best = actionRaise;
         }
         return best;

@@ -440,12 +440,12 @@ TEST_F(Holdem, ExploitReportsValuesThatSumToZeroAndGains) {
     EXPECT_NE(text.out.find("lower bound"), std::string::npos) << text.out;
 }
 
-// With equities of 0 the player folds to every raise: the small blind takes the big one, and the
-// big blind the small one or, after a call, as much as it.
+// With equities of 0 the player folds to every raise: on the flop the small blind, who has called,
+// takes the big one, and the big blind the small one or, after a call, as much as it.
 TEST_F(Holdem, LocalResponsePlaysAgainstPotOddsInNoLimit) {
     ASSERT_EQ(run({"train", noLimit, "--iterations", "64", "--quiet"}).status, 0);
     const std::vector<std::string> command{"exploit", noLimit, "--local", "--hands", "20",
-                                           "--from",  "0",     "--quiet", "--json"};
+                                           "--from",  "1",     "--quiet", "--json"};
     const Outcome outcome = run(command);
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     const auto json = nlohmann::json::parse(outcome.out);

@@ -14,18 +14,18 @@
 
 namespace tamarin {
 
-class PreflopEdges {
+class PreflopMargins {
 public:
     // The deck is full, and outlives the object. Sums are whole numbers: the same with any number
     // of threads. stopped() when work was stopped.
-    static Result<PreflopEdges> count(const PublicDeck& deck, const Work& work);
+    static Result<PreflopMargins> count(const PublicDeck& deck, const Work& work);
 
     // Boards won less boards lost, of boards(); 0 for hands that share a card.
     int32_t net(size_t holding, size_t other) const;
     static constexpr int32_t boards() { return 1712304; } // 48 choose 5
 
 private:
-    explicit PreflopEdges(const PublicDeck& deck) : deck_(&deck) {}
+    explicit PreflopMargins(const PublicDeck& deck) : deck_(&deck) {}
     void finish(const std::vector<int64_t>& sums);
 
     const PublicDeck* deck_;

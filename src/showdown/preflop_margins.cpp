@@ -1,4 +1,4 @@
-#include "analysis/preflop_edges.h"
+#include "showdown/preflop_margins.h"
 
 #include "abstraction/boards.h"
 #include "eval/hand_evaluator.h"
@@ -15,7 +15,7 @@ namespace {
 
 constexpr int boardCards = 5;
 constexpr size_t cardsLeft = deckCards - boardCards;
-static_assert(PreflopEdges::boards() ==
+static_assert(PreflopMargins::boards() ==
               int64_t{48} * 47 * 46 * 45 * 44 / (5 * 4 * 3 * 2)); // 48 choose 5
 constexpr int16_t aboveAll = INT16_MAX;
 constexpr int16_t belowAll = INT16_MIN;
@@ -94,7 +94,7 @@ private:
 
 } // namespace
 
-Result<PreflopEdges> PreflopEdges::count(const PublicDeck& deck, const Work& work) {
+Result<PreflopMargins> PreflopMargins::count(const PublicDeck& deck, const Work& work) {
     assert(deck.cards().size() == deckCards);
     const BoardSet boards(boardCards);
     std::vector<size_t> order(boards.size());
@@ -120,20 +120,20 @@ Result<PreflopEdges> PreflopEdges::count(const PublicDeck& deck, const Work& wor
             }
         }
         own.flush();
-#pragma omp critical(tamarin_preflop_edges)
+#pragma omp critical(tamarin_preflop_margins)
         for (size_t i = 0; i < sums.size(); ++i)
             sums[i] += own.sums()[i];
     });
     errors.rethrow();
     if (stopping)
         return stopped();
-    PreflopEdges edges(deck);
-    edges.finish(sums);
-    return edges;
+    PreflopMargins margins(deck);
+    margins.finish(sums);
+    return margins;
 }
 
 // A board stands for all its renamings; the same is to rename the hands.
-void PreflopEdges::finish(const std::vector<int64_t>& sums) {
+void PreflopMargins::finish(const std::vector<int64_t>& sums) {
     const std::vector<SuitRenaming> renamings = deck_->empty().symmetry;
     const size_t hands = deck_->holdings().size();
     std::vector<std::vector<size_t>> images(renamings.size(), std::vector<size_t>(hands));
@@ -162,7 +162,7 @@ void PreflopEdges::finish(const std::vector<int64_t>& sums) {
         }
 }
 
-int32_t PreflopEdges::net(size_t holding, size_t other) const {
+int32_t PreflopMargins::net(size_t holding, size_t other) const {
     if (holding == other)
         return 0;
     return holding > other ? net_[pairNumber(holding, other)] : -net_[pairNumber(other, holding)];

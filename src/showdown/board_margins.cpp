@@ -1,6 +1,8 @@
-#include "analysis/board_edges.h"
+#include "showdown/board_margins.h"
 
 #include "eval/hand_evaluator.h"
+#include "game/showdown.h"
+#include "support/choose.h"
 
 #include <algorithm>
 #include <cassert>
@@ -12,7 +14,7 @@ namespace {
 // Adds to net, for every holding that the board leaves, whether it beats the other hand.
 class Showdowns {
 public:
-    Showdowns(const PublicDeck& deck, const HoleCards& other, bool fast)
+    Showdowns(const PublicDeck& deck, std::span<const uint8_t> other, bool fast)
         : deck_(deck), other_(other), fast_(fast), net_(deck.holdings().size()) {}
 
     void add(std::span<const uint8_t> board) {
@@ -61,7 +63,7 @@ private:
     }
 
     const PublicDeck& deck_;
-    const HoleCards& other_;
+    std::span<const uint8_t> other_;
     bool fast_;
     std::vector<int32_t> net_;
     std::vector<size_t> left_; // places of the cards that are not on the board
@@ -70,8 +72,8 @@ private:
 
 // visit(board) for every way to complete the board with cards that are not the other's.
 template <class Visit>
-void forEachWhole(const PublicDeck& deck, const HoleCards& other, std::vector<uint8_t>& board,
-                  size_t whole, size_t from, const Visit& visit) {
+void forEachWhole(const PublicDeck& deck, std::span<const uint8_t> other,
+                  std::vector<uint8_t>& board, size_t whole, size_t from, const Visit& visit) {
     if (board.size() == whole) {
         visit(board);
         return;
@@ -87,52 +89,59 @@ void forEachWhole(const PublicDeck& deck, const HoleCards& other, std::vector<ui
     }
 }
 
-bool touches(const HoleCards& hand, std::span<const uint8_t> cards) {
+bool touches(std::span<const uint8_t> hand, std::span<const uint8_t> cards) {
     return std::ranges::any_of(
         hand, [&](uint8_t card) { return std::ranges::find(cards, card) != cards.end(); });
 }
 
 } // namespace
 
-BoardEdges::BoardEdges(const Game& game, const PublicDeck& deck)
+BoardMargins::BoardMargins(const Game& game, const PublicDeck& deck)
     : deck_(deck), wholeBoard_(sumBoardCards(&game, game.numRounds - 1)),
       fullDeck_(deck.cards().size() == cardKeys.size() && wholeBoard_ == 5) {}
 
-Status BoardEdges::prepare(const Work& work) {
+Status BoardMargins::prepare(const Work& work) {
     if (!fullDeck_ || preflop_)
         return {};
-    auto counted = PreflopEdges::count(deck_, work);
+    auto counted = PreflopMargins::count(deck_, work);
     if (!counted)
         return Error{counted.error()};
     preflop_ = std::move(*counted);
     return {};
 }
 
-std::vector<double> BoardEdges::of(const HoleCards& other, std::span<const uint8_t> board) const {
+// Of the cards that neither player holds.
+uint64_t BoardMargins::boardsToCome(size_t boardCards) const {
+    return choose(deck_.cards().size() - 4 - boardCards, wholeBoard_ - boardCards);
+}
+
+bool BoardMargins::can(size_t boardCards) const {
+    return boardsToCome(boardCards) <= mostBoards || (fullDeck_ && boardCards == 0);
+}
+
+std::vector<double> BoardMargins::of(std::span<const uint8_t> other,
+                                     std::span<const uint8_t> board) const {
     if (!fullDeck_ || !board.empty())
         return counted(other, board);
     assert(preflop_); // prepare() comes first
     const size_t theirs = deck_.numberOf(other[0], other[1]);
     std::vector<double> row(deck_.holdings().size());
     for (size_t h = 0; h < row.size(); ++h)
-        row[h] = static_cast<double>(preflop_->net(h, theirs)) / PreflopEdges::boards();
+        row[h] = static_cast<double>(preflop_->net(h, theirs)) / PreflopMargins::boards();
     return row;
 }
 
 // Every hand that shares no card meets equally many boards.
-std::vector<double> BoardEdges::counted(const HoleCards& other,
-                                        std::span<const uint8_t> board) const {
+std::vector<double> BoardMargins::counted(std::span<const uint8_t> other,
+                                          std::span<const uint8_t> board) const {
     Showdowns showdowns(deck_, other, fullDeck_);
     std::vector<uint8_t> cards(board.begin(), board.end());
     forEachWhole(deck_, other, cards, wholeBoard_, 0,
                  [&](const std::vector<uint8_t>& whole) { showdowns.add(whole); });
-    const size_t left = deck_.cards().size() - board.size() - 4;
-    double boards = 1;
-    for (size_t i = 0; i < wholeBoard_ - board.size(); ++i)
-        boards = boards * static_cast<double>(left - i) / static_cast<double>(i + 1);
+    const auto boards = static_cast<double>(boardsToCome(board.size()));
     std::vector<double> row(deck_.holdings().size());
     for (size_t h = 0; h < row.size(); ++h)
-        if (const HoleCards hand = deck_.cardsOf(h); !touches(hand, other) && !touches(hand, board))
+        if (const auto hand = deck_.cardsOf(h); !touches(hand, other) && !touches(hand, board))
             row[h] = showdowns.net()[h] / boards;
     return row;
 }

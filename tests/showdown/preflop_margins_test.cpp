@@ -1,4 +1,4 @@
-#include "analysis/preflop_edges.h"
+#include "showdown/preflop_margins.h"
 
 #include "eval/preflop_equity.h"
 #include "game/games.h"
@@ -8,16 +8,16 @@
 namespace tamarin::test {
 namespace {
 
-class PreflopEdgesOfAll : public testing::Test {
+class PreflopMarginsOfAll : public testing::Test {
 protected:
     static void SetUpTestSuite() {
         game = loadGameFile("holdem.limit.2p.reverse_blinds.game");
         deck = std::make_unique<PublicDeck>(*game);
-        auto counted = PreflopEdges::count(*deck, {});
+        auto counted = PreflopMargins::count(*deck, {});
         ASSERT_TRUE(counted.ok());
-        edges = std::make_unique<PreflopEdges>(std::move(*counted));
+        margins = std::make_unique<PreflopMargins>(std::move(*counted));
     }
-    static void TearDownTestSuite() { edges.reset(); }
+    static void TearDownTestSuite() { margins.reset(); }
 
     static std::array<uint8_t, 2> holeOf(const char* text) {
         std::array<uint8_t, 2> cards{};
@@ -28,14 +28,14 @@ protected:
     static int32_t net(const char* own, const char* other) {
         const auto a = holeOf(own);
         const auto b = holeOf(other);
-        return edges->net(deck->numberOf(a[0], a[1]), deck->numberOf(b[0], b[1]));
+        return margins->net(deck->numberOf(a[0], a[1]), deck->numberOf(b[0], b[1]));
     }
     static inline GamePtr game{};
     static inline std::unique_ptr<PublicDeck> deck;
-    static inline std::unique_ptr<PreflopEdges> edges;
+    static inline std::unique_ptr<PreflopMargins> margins;
 };
 
-TEST_F(PreflopEdgesOfAll, AreThoseOfTheCountByClassesOfBoards) {
+TEST_F(PreflopMarginsOfAll, AreThoseOfTheCountByClassesOfBoards) {
     const char* const pairs[][2] = {{"AhAc", "KdKs"}, {"AhAs", "KhKs"}, {"7c2d", "QsQd"},
                                     {"JhTh", "2c2h"}, {"AsKs", "AdKd"}, {"9c8d", "Tc3c"}};
     for (const auto& [own, other] : pairs) {
@@ -46,7 +46,7 @@ TEST_F(PreflopEdgesOfAll, AreThoseOfTheCountByClassesOfBoards) {
         const DealCounts counts = exactPreflopEquity(hands, 0);
         const int64_t won = static_cast<int64_t>(counts.best[0]);
         const int64_t tied = static_cast<int64_t>(counts.best[1]);
-        EXPECT_EQ(net(own, other), 2 * won + tied - PreflopEdges::boards()) << own << other;
+        EXPECT_EQ(net(own, other), 2 * won + tied - PreflopMargins::boards()) << own << other;
         EXPECT_EQ(net(other, own), -net(own, other));
     }
     EXPECT_EQ(net("AhAc", "KdKs"), 1388072 - 317694);
