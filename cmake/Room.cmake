@@ -32,22 +32,26 @@ endfunction()
 set(TAMARIN_TEST_ENVIRONMENT
     "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/leaks.supp:print_suppressions=0")
 
-# tamarin_test(NAME SOURCES file... USES room... [LINKS lib...] [SLOW|THREADS])
+# tamarin_test(NAME SOURCES file... USES room... [LINKS lib...] [OPTIMISED] [SLOW|THREADS])
 #
-# A GoogleTest program test_NAME whose cases are registered one by one with ctest. SLOW gives every
-# case the label "slow": ./check neither builds nor runs them, ./check --slow does both. The others are
-# built by the target quick_tests. THREADS gives the label "threads": ./check --tsan builds (as the target
-# threaded_tests) and runs these alone.
+# A GoogleTest program test_NAME whose cases are registered one by one with ctest. Most tests only call the
+# rooms, which keep their -O3, and compile soonest without optimisation; OPTIMISED is for those that compute
+# much themselves, as plain forms do. SLOW optimises fully, and gives every case the label "slow": ./check
+# neither builds nor runs them, ./check --slow does both. The others are built by the target quick_tests.
+# THREADS gives the label "threads": ./check --tsan builds (as the target threaded_tests) and runs these alone.
 function(tamarin_test name)
-    cmake_parse_arguments(TEST "SLOW;THREADS" "" "SOURCES;USES;LINKS" ${ARGN})
+    cmake_parse_arguments(TEST "OPTIMISED;SLOW;THREADS" "" "SOURCES;USES;LINKS" ${ARGN})
     add_executable(test_${name} ${TEST_SOURCES} $<TARGET_OBJECTS:tamarin_heard_signals>)
     tamarin_may_be_united(test_${name})
     target_link_libraries(test_${name} PRIVATE tamarin_flags tamarin_united GTest::gtest_main ${TEST_LINKS})
     if(NOT TEST_SLOW)
-        # The work is done in the rooms, which keep their -O3; this compiles a fifth faster.
-        target_compile_options(test_${name} PRIVATE $<$<CONFIG:Release>:-O1>)
-        if(TARGET tamarin_test_headers)
-            target_precompile_headers(test_${name} REUSE_FROM tamarin_test_headers)
+        set(level 0)
+        if(TEST_OPTIMISED)
+            set(level 1)
+        endif()
+        target_compile_options(test_${name} PRIVATE $<$<CONFIG:Release>:-O${level}>)
+        if(TARGET tamarin_test_headers_${level})
+            target_precompile_headers(test_${name} REUSE_FROM tamarin_test_headers_${level})
             target_link_libraries(test_${name} PRIVATE OpenMP::OpenMP_CXX) # g++ tells headers with it apart
         endif()
     endif()

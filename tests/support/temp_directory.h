@@ -4,9 +4,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <set>
+#include <sstream>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -47,7 +48,9 @@ inline std::string contentsOf(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     if (!in)
         return "(absent)";
-    return {std::istreambuf_iterator<char>(in), {}};
+    std::ostringstream contents;
+    contents << in.rdbuf();
+    return std::move(contents).str();
 }
 
 inline void putContents(const std::string& path, const std::string& contents) {
