@@ -45,20 +45,17 @@ private:
     std::array<uint16_t, numHoldings(deckCards)> groupEnd_; // set where a group begins
 };
 
-// A row of weights, added lane by lane.
+// A row of weights, added lane by lane, with vector instructions.
 template <class Weight, size_t lanes>
-struct alignas(sizeof(Weight) * lanes) WeightRow {
-    std::array<Weight, lanes> lane{};
+struct WeightRow {
+    using Lanes [[gnu::vector_size(sizeof(Weight) * lanes)]] = Weight;
+    Lanes lane{};
 
-    void add(const WeightRow& other) {
-        for (size_t i = 0; i < lanes; ++i)
-            lane[i] = static_cast<Weight>(lane[i] + other.lane[i]);
-    }
+    void add(const WeightRow& other) { lane += other.lane; }
     // This without the holdings that have the one card and those that have the other.
     WeightRow without(const WeightRow& one, const WeightRow& other) const {
         WeightRow row;
-        for (size_t i = 0; i < lanes; ++i)
-            row.lane[i] = static_cast<Weight>(lane[i] - one.lane[i] - other.lane[i]);
+        row.lane = lane - one.lane - other.lane;
         return row;
     }
 };

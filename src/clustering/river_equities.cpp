@@ -14,8 +14,7 @@ void riverPots(const uint8_t* board, uint16_t* pots) {
     using Row = WeightRow<int16_t, 1>;
     static constexpr auto ones = [] {
         std::array<Row, riverHoldings> rows{};
-        for (Row& row : rows)
-            row.lane[0] = 1;
+        rows.fill({Row::Lanes{1}});
         return rows;
     }();
     sweepShowdowns(order, ones.data(),

@@ -57,11 +57,12 @@ void ExactUtilities::ofBoard(const HoldingOrder& order, const uint32_t* indices,
                            // Deliberately the cluster of the index's low byte; see UtilityFiller.
                            const Terms& own =
                                part.own[clusters_[static_cast<uint8_t>(indices[number])]];
+                           const auto parts = own.beaten.lane * beaten.lane +
+                                              own.notBetter.lane * notBetter.lane +
+                                              own.any.lane * any.lane;
                            double sum = 0;
                            for (size_t i = 0; i < lanes; ++i)
-                               sum += own.beaten.lane[i] * beaten.lane[i] +
-                                      own.notBetter.lane[i] * notBetter.lane[i] +
-                                      own.any.lane[i] * any.lane[i];
+                               sum += parts[i];
                            utilities[number] += sum;
                        });
     }

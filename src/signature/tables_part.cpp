@@ -249,7 +249,7 @@ void addExactUtilities(Fnv1a& hash, int round) {
         const HoldingOrder order = rank(number);
         for (size_t h = 0; h < order.size(); ++h)
             cluster[h] = clusters[board.indices[h]];
-        meetings.addBoard(order, cluster.data(), board.weights.data());
+        meetings.addBoard(order, cluster.data(), board.weights.data(), board.multiplicity);
     }
     AuxiliaryEquilibrium equilibrium(auxiliary, meetings);
     equilibrium.run(40);

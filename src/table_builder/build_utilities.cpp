@@ -69,7 +69,7 @@ Result<ClusterMeetings> countMeetings(const Round& round, const Work& work) {
             clusters[h] = round.clusters[board.indices[h]];
         ofThreads[static_cast<size_t>(omp_get_thread_num())].addBoard(
             HoldingOrder(board.values.data(), board.cardsLeft), clusters.data(),
-            board.weights.data());
+            board.weights.data(), board.multiplicity);
     });
     if (!counted)
         return stopped();

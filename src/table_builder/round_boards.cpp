@@ -25,7 +25,7 @@ void rankHoleCards(uint16_t* values) {
             std::lower_bound(different.begin(), different.end(), rank) - different.begin());
 }
 
-unsigned weightOf(uint8_t low, uint8_t high) {
+uint8_t weightOf(uint8_t low, uint8_t high) {
     return low / 4 == high / 4 ? 2 : low % 4 == high % 4 ? 3 : 1;
 }
 
@@ -40,11 +40,11 @@ RoundBoards::RoundBoards(int round) : indexer_(round) {
 
 void RoundBoards::rank(size_t board, RankedBoard& ranked) const {
     uint8_t left[deckCards];
-    unsigned multiplicity = 1;
+    ranked.multiplicity = 1;
     if (boards_) {
         const uint8_t* const cards = boards_->board(board);
         const auto count = static_cast<size_t>(boards_->cards());
-        multiplicity = boards_->multiplicity(board);
+        ranked.multiplicity = boards_->multiplicity(board);
         ranked.cardsLeft = cardsWithout(cards, boards_->cards(), left);
         HandEvaluator::shared().rankHoldings({cards, count}, ranked.values.data());
         holdings_->indices(cards, ranked.indices.data());
@@ -55,8 +55,7 @@ void RoundBoards::rank(size_t board, RankedBoard& ranked) const {
     size_t number = 0;
     for (size_t high = 1; high < ranked.cardsLeft; ++high)
         for (size_t low = 0; low < high; ++low, ++number) {
-            ranked.weights[number] =
-                static_cast<uint8_t>(multiplicity * weightOf(left[low], left[high]));
+            ranked.weights[number] = weightOf(left[low], left[high]);
             if (!boards_) {
                 const uint8_t cards[] = {left[low], left[high]};
                 ranked.indices[number] =

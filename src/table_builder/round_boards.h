@@ -18,9 +18,10 @@ struct RankedBoard {
     // By holding, numbered as in boards.h.
     std::array<uint16_t, numHoldings(deckCards)> values;
     std::array<uint32_t, numHoldings(deckCards)> indices;
-    // 12 / the combinations of the hole cards' starting hand (1, 2 for pairs, 3 for suited cards)
-    // times the boards in the class: with these every starting hand counts alike.
+    // 12 / the combinations of the hole cards' starting hand (1, 2 for pairs, 3 for suited cards):
+    // with these, and the boards in the class, every starting hand counts alike.
     std::array<uint8_t, numHoldings(deckCards)> weights;
+    uint32_t multiplicity; // boards that a renaming of the suits turns into this one, itself too
 
     size_t holdings() const { return numHoldings(cardsLeft); }
 };

@@ -16,11 +16,16 @@ struct Sums {
     Row all;
 };
 
+std::array<int32_t, 2> lanesOf(const Row& row) {
+    return {row.lane[0], row.lane[1]};
+}
+
 // Weights that tell every holding and both lanes apart.
 std::vector<Row> unequalWeights(size_t holdings) {
     std::vector<Row> weights(holdings);
     for (size_t h = 0; h < holdings; ++h)
-        weights[h].lane = {static_cast<int32_t>(h * h % 1009), static_cast<int32_t>(3 * h % 101)};
+        weights[h].lane =
+            Row::Lanes{static_cast<int32_t>(h * h % 1009), static_cast<int32_t>(3 * h % 101)};
     return weights;
 }
 
@@ -62,9 +67,9 @@ void expectPlain(const std::vector<uint16_t>& values, size_t cardsLeft) {
     const std::vector<Sums> fast = sweep(values, cardsLeft, weights);
     const std::vector<Sums> plain = plainSums(values, cardsLeft, weights);
     for (size_t h = 0; h < values.size(); ++h) {
-        EXPECT_EQ(fast[h].beaten.lane, plain[h].beaten.lane) << h;
-        EXPECT_EQ(fast[h].notBetter.lane, plain[h].notBetter.lane) << h;
-        EXPECT_EQ(fast[h].all.lane, plain[h].all.lane) << h;
+        EXPECT_EQ(lanesOf(fast[h].beaten), lanesOf(plain[h].beaten)) << h;
+        EXPECT_EQ(lanesOf(fast[h].notBetter), lanesOf(plain[h].notBetter)) << h;
+        EXPECT_EQ(lanesOf(fast[h].all), lanesOf(plain[h].all)) << h;
     }
 }
 

@@ -16,12 +16,14 @@ struct Deal {
             clusters.push_back(static_cast<uint8_t>(random() % 8 == 0 ? 100 : random() % 7 * 3));
             weights.push_back(static_cast<uint8_t>(random() % (ClusterMeetings::mostWeight + 1)));
         }
+        times = 1 + static_cast<uint32_t>(random() % ClusterMeetings::mostTimes);
     }
 
     size_t cardsLeft;
     std::vector<uint16_t> values;
     std::vector<uint8_t> clusters;
     std::vector<uint8_t> weights;
+    uint32_t times = 0;
 };
 
 // Own cluster, the other's, and -1, 0 or 1 as the own hand is worse, as good or better.
@@ -39,14 +41,15 @@ void addPlain(Plain& counts, const Deal& board) {
                 return;
             const int order = (board.values[own] > board.values[other]) -
                               (board.values[own] < board.values[other]);
-            counts[{board.clusters[own], board.clusters[other], order}] += board.weights[own];
+            counts[{board.clusters[own], board.clusters[other], order}] +=
+                uint64_t{board.weights[own]} * board.times;
         });
     });
 }
 
 void add(ClusterMeetings& meetings, const Deal& board) {
     meetings.addBoard(HoldingOrder(board.values.data(), board.cardsLeft), board.clusters.data(),
-                      board.weights.data());
+                      board.weights.data(), board.times);
 }
 
 void expectPlain(const ClusterMeetings& meetings, Plain& counts) {
@@ -100,6 +103,7 @@ TEST(ClusterMeetings, CountMoreThan32BitsHold) {
     std::fill(board.values.begin(), board.values.end(), uint16_t{1});
     std::fill(board.clusters.begin(), board.clusters.end(), uint8_t{42});
     std::fill(board.weights.begin(), board.weights.end(), uint8_t{ClusterMeetings::mostWeight});
+    board.times = ClusterMeetings::mostTimes;
     ClusterMeetings meetings;
     for (int i = 0; i < 100; ++i)
         add(meetings, board);

@@ -28,7 +28,7 @@ TEST(RoundBoards, CountEveryStartingHandAlike) {
                 for (size_t low = 0; low < high; ++low) {
                     const uint8_t hand[] = {left[low], left[high]};
                     weights[hand_index_last(preflop.get(), hand)] +=
-                        board.weights[holdingNumber(low, high)];
+                        board.weights[holdingNumber(low, high)] * board.multiplicity;
                 }
         }
         ASSERT_EQ(weights.size(), 169U);
