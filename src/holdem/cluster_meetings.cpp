@@ -25,7 +25,7 @@ public:
         with_.fill(0);
     }
     void add(const HoldingOrder::Holding& holding, uint8_t weight) {
-        const auto both = static_cast<uint16_t>(weight << weightShift | 1U);
+        const auto both = static_cast<uint16_t>(uint32_t{weight} << weightShift | 1U);
         sum_ += both;
         cards_ |= uint64_t{1} << holding.low | uint64_t{1} << holding.high;
         with_[holding.low] = static_cast<uint16_t>(with_[holding.low] + both);
