@@ -15,14 +15,15 @@
 
 #include "abstraction/work.h"
 #include "blueprint/board_step.h"
-#include "support/result.h"
+#include "support/file.h"
+#include "training/trainer.h"
 
 #include <cstdint>
-#include <memory>
+#include <string>
 
 namespace tamarin {
 
-class BlueprintTrainer {
+class BlueprintTrainer : public Trainer {
 public:
     static constexpr uint64_t mostSteps = uint64_t{1} << 40U;
 
@@ -33,21 +34,35 @@ public:
     BlueprintTrainer(const Game& game, const CompiledTree& tree, const HandBuckets& buckets,
                      uint64_t seed, int threads = 0);
 
-    // So many steps more; work says how they are watched and stopped, between two of them. Stopped,
-    // it goes on from the step it came to.
-    Status run(uint64_t steps, const Work& work = {});
+    // An iteration is one step.
+    void run(uint64_t steps) override;
+    // The same; work says how the steps are watched and stopped, between two of them. Stopped, it
+    // goes on from the step it came to.
+    Status run(uint64_t steps, const Work& work);
+    uint64_t iteration() const override { return steps_; }
+    // Positive regrets a step and set, each set weighed with the hands of its bucket that the board
+    // has: falls towards 0.
+    TrainingMeasure measure() const override;
 
-    uint64_t steps() const { return steps_; }
     uint64_t seed() const { return seed_; }
     const BlueprintSets& sets() const { return sets_; }
     BlueprintSets& sets() { return sets_; }
     // Bytes that training takes, beside the card abstraction.
     uint64_t memory() const;
 
-    // For numbers that were read from a file.
-    void setSteps(uint64_t steps) { steps_ = steps; }
+    // A checkpoint is the frame of training/checkpoint_frame.h around the rows of regrets and of
+    // strategy sums. What CheckpointFile refuses is refused here, and nothing changes then; so is
+    // one that was made over other buckets, of which abstraction is a hash.
+    Status writeCheckpoint(const std::string& path, uint64_t abstraction,
+                           FileSystem& files = systemFiles()) const;
+    Status readCheckpoint(const std::string& path, uint64_t abstraction,
+                          FileSystem& files = systemFiles());
 
 private:
+    std::string configuration(uint64_t abstraction) const;
+    void step();
+
+    const Game& game_;
     PublicDeck deck_;
     uint64_t seed_;
     int threads_;

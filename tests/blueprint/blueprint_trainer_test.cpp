@@ -1,6 +1,9 @@
 #include "blueprint/blueprint_trainer.h"
 
 #include "blueprint/plain_step.h"
+#include "support/temp_directory.h"
+
+#include <fstream>
 
 #include <gtest/gtest.h>
 
@@ -27,8 +30,8 @@ struct Trained {
 
 TEST(BlueprintTrainer, StepsAreWeighedByTheirNumber) {
     Trained trained(6);
-    ASSERT_TRUE(trained.trainer.run(3).ok());
-    EXPECT_EQ(trained.trainer.steps(), 3U);
+    trained.trainer.run(3);
+    EXPECT_EQ(trained.trainer.iteration(), 3U);
     test::PlainTraining plain(trained.small);
     for (uint64_t t = 0; t < 3; ++t) {
         const auto board = trained.small.dealer.draw(6, t);
@@ -47,19 +50,19 @@ TEST(BlueprintTrainer, StepsAreWeighedByTheirNumber) {
 
 TEST(BlueprintTrainer, CallsAndThreadsMakeNoDifference) {
     Trained once(6);
-    ASSERT_TRUE(once.trainer.run(9).ok());
+    once.trainer.run(9);
     Trained divided(6, 2);
-    ASSERT_TRUE(divided.trainer.run(4).ok());
-    ASSERT_TRUE(divided.trainer.run(5).ok());
+    divided.trainer.run(4);
+    divided.trainer.run(5);
     EXPECT_EQ(once.numbers(), divided.numbers());
     Trained other(7);
-    ASSERT_TRUE(other.trainer.run(9).ok());
+    other.trainer.run(9);
     EXPECT_NE(once.numbers(), other.numbers());
 }
 
 TEST(BlueprintTrainer, StopsBetweenStepsAndGoesOn) {
     Trained whole(6);
-    ASSERT_TRUE(whole.trainer.run(5).ok());
+    whole.trainer.run(5);
     Trained cut(6);
     uint64_t last = 0;
     Work work;
@@ -70,9 +73,51 @@ TEST(BlueprintTrainer, StopsBetweenStepsAndGoesOn) {
     };
     work.stop = [&] { return last == 2; };
     EXPECT_FALSE(cut.trainer.run(5, work).ok());
-    EXPECT_EQ(cut.trainer.steps(), 2U);
-    ASSERT_TRUE(cut.trainer.run(3).ok());
+    EXPECT_EQ(cut.trainer.iteration(), 2U);
+    cut.trainer.run(3);
     EXPECT_EQ(whole.numbers(), cut.numbers());
+}
+
+TEST(BlueprintTrainer, GoesOnFromACheckpoint) {
+    const test::TempDirectory directory;
+    const std::string path = directory.file("checkpoint");
+    Trained whole(6);
+    whole.trainer.run(9);
+    Trained first(6);
+    first.trainer.run(4);
+    ASSERT_TRUE(first.trainer.writeCheckpoint(path, 33).ok());
+    Trained then(6, 2);
+    ASSERT_TRUE(then.trainer.readCheckpoint(path, 33).ok());
+    EXPECT_EQ(then.trainer.iteration(), 4U);
+    then.trainer.run(5);
+    EXPECT_EQ(whole.numbers(), then.numbers());
+
+    Trained other(7);
+    const auto before = other.numbers();
+    EXPECT_EQ(other.trainer.readCheckpoint(path, 33).error(),
+              path + ": made with another configuration: seed is 6 there and 7 here");
+    EXPECT_EQ(then.trainer.readCheckpoint(path, 34).error(),
+              path + ": made with another configuration: card abstraction is 0000000000000021 "
+                     "there and 0000000000000022 here");
+    std::string bytes = test::contentsOf(path);
+    bytes[bytes.size() / 2] = static_cast<char>(bytes[bytes.size() / 2] ^ 1);
+    std::ofstream(path, std::ios::binary) << bytes;
+    Trained damaged(6);
+    EXPECT_EQ(damaged.trainer.readCheckpoint(path, 33).error(),
+              path + ": damaged, its checksum does not fit");
+    EXPECT_EQ(damaged.numbers(), before);
+    EXPECT_EQ(damaged.trainer.iteration(), 0U);
+}
+
+TEST(BlueprintTrainer, AverageRegretFalls) {
+    Trained trained(6);
+    const auto regret = [&] { return std::get<AverageRegret>(trained.trainer.measure()).chips; };
+    EXPECT_EQ(regret(), 0);
+    trained.trainer.run(10);
+    const double early = regret();
+    trained.trainer.run(190);
+    EXPECT_LT(regret(), early / 2);
+    EXPECT_GT(regret(), 0);
 }
 
 TEST(BlueprintTrainer, RefusesGamesThatDoNotFit) {
