@@ -1,4 +1,5 @@
 // tamarin train: trains a game towards an equilibrium, with a log, checkpoints and resumption.
+#include "toolbox/blueprint_training.h"
 #include "toolbox/command.h"
 #include "toolbox/holdem_training.h"
 #include "toolbox/numbers.h"
@@ -19,10 +20,15 @@ void refuseForHoldem(const TrainingRequest& request) {
         throw UsageError(fmt::format("--algorithm {}: {}", algorithmName(*request.algorithm), why));
 }
 
-int train(const std::string& name, const TrainingRequest& request) {
+int train(const std::string& name, const std::string& cards, const TrainingRequest& request) {
     const auto holdem = openHoldem(name, request.directory);
     if (!holdem)
         return fail(holdem.error());
+    if (!cards.empty()) {
+        if (*holdem)
+            return trainBlueprint(**holdem, cards, request);
+        throw UsageError("--cards: card abstractions are of hold'em");
+    }
     if (*holdem) {
         refuseForHoldem(request);
         return trainHoldemGame(**holdem, request);
@@ -37,18 +43,23 @@ int train(const std::string& name, const TrainingRequest& request) {
 
 void addTrainCommand(CLI::App& app, int& status) {
     auto game = std::make_shared<std::string>();
+    auto cards = std::make_shared<std::string>();
     auto request = std::make_shared<TrainingRequest>();
-    CLI::App& command =
-        addCommand(app, "train", "Train a game towards an equilibrium",
-                   "tamarin train kuhn.limit.3p.game --algorithm dcfr --until-nashconv 1e-6\n"
-                   "  tamarin train holdem.limit.3p.game --seconds 1800\n\n"
-                   "Ends at the first goal reached. With none given: small games at NashConv 1e-6 "
-                   "or after a\nminute, two-player hold'em after 500,000 iterations (limit) or "
-                   "100,000 (no-limit),\nthree-player hold'em after ten minutes. A signal ends "
-                   "it too, with everything so far saved.\n\n"
-                   "Hold'em is trained over the ten buckets of its tables, which are made first "
-                   "where they are\nmissing; an iteration is one random deal. Its strategy is "
-                   "the file that `player` reads.");
+    CLI::App& command = addCommand(
+        app, "train", "Train a game towards an equilibrium",
+        "tamarin train kuhn.limit.3p.game --algorithm dcfr --until-nashconv 1e-6\n"
+        "  tamarin train holdem.limit.3p.game --seconds 1800\n"
+        "  tamarin train holdem.limit.2p.reverse_blinds.game --cards 169-200-200-200\n\n"
+        "Ends at the first goal reached. With none given: small games at NashConv 1e-6 "
+        "or after a\nminute, two-player hold'em after 500,000 iterations (limit) or "
+        "100,000 (no-limit),\nthree-player hold'em after ten minutes. A signal ends "
+        "it too, with everything so far saved.\n\n"
+        "Hold'em is trained over the ten buckets of its tables, which are made first "
+        "where they are\nmissing; an iteration is one random deal. Its strategy is "
+        "the file that `player` reads. With --cards it is trained over that card "
+        "abstraction instead\n(two players, limit), ten minutes when no goal is given: an "
+        "iteration is one board with all\nhands, and the strategy is "
+        "DIR/strategies/GAME/blueprint.");
     command.add_option("GAME", *game, "Game definition: a path, or a name in --dir")->required();
     command
         .add_option_function<std::string>(
@@ -56,6 +67,11 @@ void addTrainCommand(CLI::App& app, int& status) {
             [=](const std::string& given) { request->algorithm = algorithmNamed(given); },
             algorithmHelp())
         ->check(CLI::IsMember(algorithmNames()));
+    command
+        .add_option("--cards", *cards,
+                    "Hold'em for two: a card abstraction to train over, by its name or folder "
+                    "('tamarin abstract' makes one)")
+        ->type_name("NAME");
     addWholeNumber(command, "--iterations", request->goal.iterations, 1, largestCount,
                    "Goal: iterations in all");
     addSeconds(command, "--seconds", request->goal.seconds, "Goal: seconds of this run");
@@ -84,7 +100,7 @@ void addTrainCommand(CLI::App& app, int& status) {
                    "when not given. The results do not depend on it");
     addJsonOption(command, request->json);
     addQuietOption(command, request->quiet);
-    command.callback([=, &status] { status = train(*game, *request); });
+    command.callback([=, &status] { status = train(*game, *cards, *request); });
 }
 
 } // namespace tamarin

@@ -59,6 +59,9 @@ const RoomUses& allowedUses() {
          {"support", "game", "eval", "abstraction", "tree", "holdem", "response", "showdown"}},
         {"solver", {"support", "index", "game", "abstraction", "tree", "strategy", "holdem"}},
         {"training", {"support", "game", "abstraction", "tree", "strategy", "holdem", "solver"}},
+        {"blueprint",
+         {"support", "index", "game", "eval", "abstraction", "clustering", "tree", "strategy",
+          "holdem", "response", "training"}},
         {"table_builder",
          {"support", "index", "game", "eval", "abstraction", "tree", "strategy", "holdem",
           "solver"}},
@@ -80,10 +83,10 @@ const RoomUses& allowedUses() {
          {"support", "game", "abstraction", "clustering", "tree", "strategy", "holdem", "response",
           "solver", "training", "table_builder", "driver", "dealer", "analysis", "directory"}},
         {"toolbox",
-         {"support",  "index",     "game",          "eval",     "abstraction",    "clustering",
-          "tree",     "strategy",  "response",      "showdown", "local_response", "holdem",
-          "solver",   "training",  "table_builder", "driver",   "bots",           "dealer",
-          "analysis", "signature", "directory",     "report"}},
+         {"support", "index",    "game",      "eval",          "abstraction",    "clustering",
+          "tree",    "strategy", "response",  "showdown",      "local_response", "holdem",
+          "solver",  "training", "blueprint", "table_builder", "driver",         "bots",
+          "dealer",  "analysis", "signature", "directory",     "report"}},
     };
     return uses;
 }
