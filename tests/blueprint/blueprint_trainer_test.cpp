@@ -10,11 +10,12 @@
 namespace tamarin {
 namespace {
 
-const std::string rules = test::shortGame(4, 5, "2 1", "10 20", "0 3");
+const std::string trainedRules = test::shortGame(4, 5, "2 1", "10 20", "0 3");
 
 struct Trained {
     explicit Trained(uint64_t seed, int threads = 1)
-        : small(rules, {8, 12}), trainer(*small.game, small.tree, small.buckets, seed, threads) {}
+        : small(trainedRules, {8, 12}),
+          trainer(*small.game, small.tree, small.buckets, seed, threads) {}
     std::vector<float> numbers() const {
         std::vector<float> all;
         for (const auto rows : {trainer.sets().allRegrets(), trainer.sets().allSums()})
@@ -122,7 +123,7 @@ TEST(BlueprintTrainer, AverageRegretFalls) {
 
 TEST(BlueprintTrainer, RefusesGamesThatDoNotFit) {
     const auto refused = [](const std::string& from, const std::string& to) {
-        std::string text = rules;
+        std::string text = trainedRules;
         text.replace(text.find(from), from.size(), to);
         const Status fits = BlueprintTrainer::fits(*test::parseGame(text));
         return fits ? std::string() : fits.error();
@@ -133,7 +134,7 @@ TEST(BlueprintTrainer, RefusesGamesThatDoNotFit) {
     EXPECT_EQ(refused("numHoleCards = 2", "numHoleCards = 1"),
               "a blueprint is for games with two hole cards");
     EXPECT_EQ(refused("limit", "limit\nstack = 500 400"), "a blueprint is for stacks of one size");
-    std::string three = rules;
+    std::string three = trainedRules;
     three.replace(three.find("numPlayers = 2"), 14, "numPlayers = 3");
     three.replace(three.find("blind = 10 5"), 12, "blind = 10 5 0");
     EXPECT_EQ(BlueprintTrainer::fits(*test::parseGame(three)).error(),

@@ -12,7 +12,7 @@
 namespace tamarin {
 namespace {
 
-constexpr BucketCounts counts{20, 7, 8, 9};
+constexpr BucketCounts bucketCounts{20, 7, 8, 9};
 constexpr size_t firstHands = 300'000; // of each round, that have buckets other than 0
 
 // Different from hand to hand and from round to round, and 0 behind the first ones.
@@ -21,7 +21,7 @@ std::array<std::vector<uint16_t>, holdemRounds> firstBuckets() {
     for (size_t round = 0; round < first.size(); ++round)
         for (size_t hand = 0; hand < std::min(firstHands, roundSizes[round]); ++hand)
             first[round].push_back(
-                static_cast<uint16_t>(mixBits(hand + 1000 * round + 1) % counts[round]));
+                static_cast<uint16_t>(mixBits(hand + 1000 * round + 1) % bucketCounts[round]));
     return first;
 }
 
@@ -32,7 +32,7 @@ CardAbstraction writeAndOpen(const std::string& directory) {
     const auto first = firstBuckets();
     for (size_t round = 0; round < first.size(); ++round) {
         test::writeSparse(folder + "/" + bucketFileNames[round], roundSizes[round], first[round]);
-        description.rounds[round].buckets = counts[round];
+        description.rounds[round].buckets = bucketCounts[round];
         description.rounds[round].hands = roundSizes[round];
     }
     EXPECT_TRUE(writeDescription(folder + "/" + descriptionFileName, description).ok());
@@ -47,7 +47,7 @@ TEST(HandBuckets, AreThoseOfEachHandByItself) {
     const AbstractionBuckets buckets(abstraction);
     SplitMix random(5);
     for (int round = 0; round < holdemRounds; ++round) {
-        EXPECT_EQ(buckets.numBuckets(round), counts[static_cast<size_t>(round)]);
+        EXPECT_EQ(buckets.numBuckets(round), bucketCounts[static_cast<size_t>(round)]);
         const auto boardCards = static_cast<size_t>(roundBoardCards[static_cast<size_t>(round)]);
         const RoundIndexer indexer(round);
         size_t others = 0; // hands with other buckets than 0

@@ -11,10 +11,10 @@ CompiledTree treeOf(const std::string& text) {
     return CompiledTree(*test::parseGame(text));
 }
 
-const std::string holdem = test::shortGame(4, 13, "3 4 4 4", "10 10 20 20", "0 3 1 1");
+const std::string deepHoldem = test::shortGame(4, 13, "3 4 4 4", "10 10 20 20", "0 3 1 1");
 
 TEST(LineBlocks, LimitHoldemHasBlocksOfSevenLines) {
-    const CompiledTree tree = treeOf(holdem);
+    const CompiledTree tree = treeOf(deepHoldem);
     const LineBlocks lines(tree);
     ASSERT_EQ(lines.rounds(), 4);
     std::vector<size_t> counts;
@@ -27,7 +27,7 @@ TEST(LineBlocks, LimitHoldemHasBlocksOfSevenLines) {
 }
 
 TEST(LineBlocks, EveryNodeHasOnePlace) {
-    for (const auto& text : {holdem, test::shortGame(4, 4, "6 2", "10 20", "0 3"),
+    for (const auto& text : {deepHoldem, test::shortGame(4, 4, "6 2", "10 20", "0 3"),
                              test::shortGame(4, 4, "0 1 1", "10 20 20", "0 2 1")}) {
         const CompiledTree tree = treeOf(text);
         const LineBlocks lines(tree);
@@ -81,7 +81,7 @@ TEST(LineBlocks, EdgesLeadWhereTheTreeLeads) {
 }
 
 TEST(LineBlocks, LastEdgesAreTheSeatsOwn) {
-    const LineBlocks lines(treeOf(holdem));
+    const LineBlocks lines(treeOf(deepHoldem));
     for (const LineBlock& block : lines.blocks())
         for (const auto& ending : block.endings)
             for (size_t seat = 0; seat < 2; ++seat) {
