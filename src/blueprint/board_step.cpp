@@ -193,8 +193,9 @@ void BoardStep::settle(size_t number, Rows& rows, EndingSweep& sweep) {
     Start& start = starts_[number];
     for (size_t seat = 0; seat < 2; ++seat)
         std::fill_n(start.value[seat].data(), hands_, FloatRow{});
-    for (const LineBlock::Ending& ending : block.endings)
-        for (size_t seat = 0; seat < 2; ++seat) {
+    sweep.forget();
+    for (size_t seat = 0; seat < 2; ++seat)
+        for (const LineBlock::Ending& ending : block.endings) {
             FloatRow* const sums = rows.values[seat].data() + ending.edge * places;
             std::fill_n(sums, places, FloatRow{});
             if (ending.kind == LineBlock::EndingKind::nextRound) {

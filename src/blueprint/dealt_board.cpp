@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cassert>
 #include <numeric>
+#include <utility>
 
 namespace tamarin {
 
@@ -69,7 +70,9 @@ DealtBoard BoardDealer::prepare(std::span<const uint8_t> cards) const {
     const std::vector<int> values = valuesOf(cards, holdings);
     std::vector<size_t> order(holdings.size());
     std::iota(order.begin(), order.end(), size_t{0});
-    std::ranges::stable_sort(order, {}, [&](size_t h) { return values[h]; });
+    // Equal hands in no order, so that neighbours seldom have a card in common: sweeps add to the
+    // sums of both cards, and would wait for the same one again and again.
+    std::ranges::sort(order, {}, [&](size_t h) { return std::pair(values[h], mixBits(h)); });
 
     std::vector<HoleCards> sorted;
     for (size_t i = 0; i < order.size(); ++i) {

@@ -18,23 +18,41 @@ bool someReach(const EndingReach& reach) {
     return false;
 }
 
+// Of a hand; computed wherever it is needed, since memory is what takes longest.
+class HandReach {
+public:
+    explicit HandReach(const EndingReach& reach)
+        : start_(reach.start), factor_(reach.factor == nullptr ? &one : reach.factor),
+          places_(reach.places), step_(reach.factor == nullptr ? 0 : 1) {}
+    FloatRow::Lanes operator()(size_t hand) const {
+        return start_[hand].lanes * factor_[places_[hand] * step_].lanes;
+    }
+
+private:
+    static constexpr FloatRow one{FloatRow::Lanes{} + 1.0F};
+
+    const FloatRow* start_;
+    const FloatRow* factor_;
+    const uint16_t* places_;
+    size_t step_;
+};
+
 } // namespace
 
 bool EndingSweep::gather(const DealtBoard& board, const EndingReach& opponent) {
-    if (!someReach(opponent))
+    if (opponent == known_)
+        return some_;
+    known_ = opponent;
+    some_ = someReach(opponent);
+    if (!some_)
         return false;
     FloatRow sum;
     with_.fill({});
-    const FloatRow* const start = opponent.start;
-    const FloatRow* const factor = opponent.factor;
-    const uint16_t* const places = opponent.places;
+    const HandReach reach(opponent);
     const DealtBoard::Hand* const hands = board.hands.data();
-    FloatRow* const reach = reach_.data();
     FloatRow* const with = with_.data();
     for (size_t i = 0, size = board.hands.size(); i < size; ++i) {
-        const FloatRow::Lanes here =
-            factor == nullptr ? start[i].lanes : start[i].lanes * factor[places[i]].lanes;
-        reach[i].lanes = here;
+        const FloatRow::Lanes here = reach(i);
         sum.lanes += here;
         with[hands[i].low].lanes += here;
         with[hands[i].high].lanes += here;
@@ -45,14 +63,15 @@ bool EndingSweep::gather(const DealtBoard& board, const EndingReach& opponent) {
 
 void EndingSweep::begin(const EndingGain& gain, FloatRow::Lanes gained, size_t places) {
     for (size_t place = 0; place < places; ++place) {
-        gathered_[place] = {};
+        gathered_[place] = gathered_[places + place] = {};
         own_[place].lanes = gain.factor == nullptr ? gained : gain.factor[place].lanes * gained;
     }
 }
 
 void EndingSweep::finish(const EndingGain& gain, FloatRow::Lanes gained, size_t places) {
     for (size_t place = 0; place < places; ++place)
-        gain.sums[place].lanes += gathered_[place].lanes * gained;
+        gain.sums[place].lanes +=
+            (gathered_[place].lanes + gathered_[places + place].lanes) * gained;
 }
 
 void EndingSweep::fold(const DealtBoard& board, const EndingReach& opponent,
@@ -62,16 +81,17 @@ void EndingSweep::fold(const DealtBoard& board, const EndingReach& opponent,
     begin(gain, gain.chips, opponent.numPlaces);
     const FloatRow::Lanes sum = sum_.lanes;
     const FloatRow* const with = with_.data();
-    const FloatRow* const reach = reach_.data();
+    const HandReach reach(opponent);
     const FloatRow* const own = own_.data();
     const uint16_t* const places = opponent.places;
+    const size_t numPlaces = opponent.numPlaces;
     const DealtBoard::Hand* const hands = board.hands.data();
     FloatRow* const gathered = gathered_.data();
     FloatRow* const value = gain.value;
     for (size_t i = 0, size = board.hands.size(); i < size; ++i) {
         const FloatRow::Lanes met =
-            sum - with[hands[i].low].lanes - with[hands[i].high].lanes + reach[i].lanes;
-        gathered[places[i]].lanes += met;
+            sum - with[hands[i].low].lanes - with[hands[i].high].lanes + reach(i);
+        gathered[(i % 2) * numPlaces + places[i]].lanes += met;
         value[i].lanes += own[places[i]].lanes * met;
     }
     finish(gain, gain.chips, opponent.numPlaces);
@@ -88,12 +108,13 @@ void EndingSweep::showdown(const DealtBoard& board, const EndingReach& opponent,
     const FloatRow::Lanes half = gain.chips * 0.5F;
     begin(gain, half, opponent.numPlaces);
     FloatRow::Lanes sum = -sum_.lanes;
-    FloatRow* const with = with_.data();
+    FloatRow* const with = swept_.data();
     for (size_t card = 0; card < with_.size(); ++card)
-        with[card].lanes = -with[card].lanes;
-    const FloatRow* const reach = reach_.data();
+        with[card].lanes = -with_[card].lanes;
+    const HandReach reach(opponent);
     const FloatRow* const own = own_.data();
     const uint16_t* const places = opponent.places;
+    const size_t numPlaces = opponent.numPlaces;
     const DealtBoard::Hand* const hands = board.hands.data();
     FloatRow* const before = before_.data();
     FloatRow* const gathered = gathered_.data();
@@ -103,7 +124,8 @@ void EndingSweep::showdown(const DealtBoard& board, const EndingReach& opponent,
         for (size_t i = from; i < to; ++i)
             before[i - from].lanes = sum - with[hands[i].low].lanes - with[hands[i].high].lanes;
         for (size_t i = from; i < to; ++i) {
-            const FloatRow::Lanes twice = reach[i].lanes + reach[i].lanes;
+            const FloatRow::Lanes here = reach(i);
+            const FloatRow::Lanes twice = here + here;
             sum += twice;
             with[hands[i].low].lanes += twice;
             with[hands[i].high].lanes += twice;
@@ -111,7 +133,7 @@ void EndingSweep::showdown(const DealtBoard& board, const EndingReach& opponent,
         for (size_t i = from; i < to; ++i) {
             const FloatRow::Lanes won = before[i - from].lanes + (sum - with[hands[i].low].lanes -
                                                                   with[hands[i].high].lanes);
-            gathered[places[i]].lanes += won;
+            gathered[(i % 2) * numPlaces + places[i]].lanes += won;
             value[i].lanes += own[places[i]].lanes * won;
         }
         from = to;

@@ -4,6 +4,9 @@
 // meets those that share no card with it: the sum over all, less those with either card; the hand
 // itself has both, was taken off twice, and comes back once. At a showdown the same is read off
 // while the hands go by, weakest first.
+//
+// Neighbours on the river are mostly of one bucket. So what the hands of a bucket win is added up
+// in two sums, of every other hand, or each would wait for the one before it.
 #pragma once
 
 #include "blueprint/blueprint_sets.h"
@@ -17,10 +20,12 @@ namespace tamarin {
 // The reach of a seat's hands at an ending: that at the block's beginning, times the factor of the
 // hand's bucket.
 struct EndingReach {
-    const FloatRow* start;  // by hand
-    const FloatRow* factor; // by place of a bucket; null: 1
-    const uint16_t* places; // of the hands' buckets
-    size_t numPlaces;
+    const FloatRow* start = nullptr;  // by hand
+    const FloatRow* factor = nullptr; // by place of a bucket; null: 1
+    const uint16_t* places = nullptr; // of the hands' buckets
+    size_t numPlaces = 0;
+
+    bool operator==(const EndingReach&) const = default;
 };
 
 // Where what the hands win goes, added to what is there.
@@ -33,26 +38,34 @@ struct EndingGain {
 
 class EndingSweep {
 public:
-    explicit EndingSweep(size_t hands)
-        : reach_(hands), before_(hands), gathered_(hands), own_(hands) {}
+    explicit EndingSweep(size_t hands) : before_(hands), gathered_(2 * hands), own_(hands) {}
+
+    // To be called where what is behind the pointers of an EndingReach may be other than it was: of
+    // one that comes again the sums are still known. At a fold and a call that follow each other
+    // the opponent's reach is the same.
+    void forget() { known_ = {}; }
 
     // The opponent folds (chips above 0), or the seat itself (below 0).
     void fold(const DealtBoard& board, const EndingReach& opponent, const EndingGain& gain);
     void showdown(const DealtBoard& board, const EndingReach& opponent, const EndingGain& gain);
 
 private:
-    // Fills reach_ and the sums over it; false where no hand comes this far.
+    // Fills the sums over the opponent's hands; false where none comes this far.
     bool gather(const DealtBoard& board, const EndingReach& opponent);
     // gained: by how much what was counted has to be multiplied.
     void begin(const EndingGain& gain, FloatRow::Lanes gained, size_t places);
     void finish(const EndingGain& gain, FloatRow::Lanes gained, size_t places);
 
+    using CardRows = std::array<FloatRow, MAX_SUITS * MAX_RANKS>;
+
+    EndingReach known_{}; // whose sums these are
+    bool some_ = false;   // whether a hand comes this far
     FloatRow sum_;
-    std::array<FloatRow, MAX_SUITS * MAX_RANKS> with_; // that have a card
-    std::vector<FloatRow> reach_;                      // by hand
-    std::vector<FloatRow> before_;                     // of the hands of a group
-    std::vector<FloatRow> gathered_;                   // by place, of the seat's hands
-    std::vector<FloatRow> own_;                        // by place: its own factor, in chips
+    CardRows with_; // of hands that have a card
+    CardRows swept_;
+    std::vector<FloatRow> before_;   // of the hands of a group
+    std::vector<FloatRow> gathered_; // by place, of the seat's hands
+    std::vector<FloatRow> own_;      // by place: its own factor, in chips
 };
 
 } // namespace tamarin

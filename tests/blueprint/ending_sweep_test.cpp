@@ -98,6 +98,23 @@ TEST(EndingSweep, ShowdownsAsPairByPair) {
     }
 }
 
+// As at a fold and a call behind the same bet; and sums that are not forgotten stay.
+TEST(EndingSweep, SumsAreKeptForTheSameReach) {
+    Ending folded;
+    Ending shown;
+    EndingSweep sweep(folded.size);
+    sweep.fold(folded.board, folded.reach(true), folded.gain(true));
+    sweep.showdown(folded.board, folded.reach(true), shown.gain(true));
+    folded.expectAdded(true, true);
+    shown.expectAdded(true, false);
+    Ending other;
+    std::swap(folded.start[0], folded.start[1]);
+    other.start = folded.start;
+    sweep.forget();
+    sweep.showdown(folded.board, folded.reach(true), other.gain(true));
+    other.expectAdded(true, false);
+}
+
 TEST(EndingSweep, NothingIsAddedWhereNoHandComes) {
     Ending ending;
     EndingSweep sweep(ending.size);
