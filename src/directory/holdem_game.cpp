@@ -48,6 +48,10 @@ std::string holdemStrategyPath(const std::string& directory, const HoldemGame& g
     return inDirectory(directory, files[game.rules->numPlayers]);
 }
 
+std::string holdemStrategyDirectory(const std::string& directory, const HoldemGame& game) {
+    return std::filesystem::path(holdemStrategyPath(directory, game)).parent_path().string();
+}
+
 bool isHoldemStrategy(const std::string& name) {
     return name == holdemStrategyName;
 }

@@ -24,6 +24,8 @@ Result<std::unique_ptr<HoldemGame>> openHoldem(const std::string& name,
 // The one strategy file of all seats, below directory: where `player` looks for it, or, for a game
 // that `player` does not know by its name, a file by the game's name.
 std::string holdemStrategyPath(const std::string& directory, const HoldemGame& game);
+// The folder that it is in, and all that belongs to it.
+std::string holdemStrategyDirectory(const std::string& directory, const HoldemGame& game);
 
 // The last component of that path, and whether a name is it.
 inline constexpr const char* holdemStrategyName = "strategy";

@@ -164,7 +164,7 @@ int trainBlueprint(const HoldemGame& game, const std::string& cards, TrainingReq
     if (request.checkpointEvery == 0)
         request.checkpointSeconds = secondsBetweenCheckpoints;
     if (request.out.empty())
-        request.out = strategyDirectory(request.directory, game.name);
+        request.out = holdemStrategyDirectory(request.directory, game);
     const auto abstraction = openCards(cards, request.directory);
     if (!abstraction)
         return fail(abstraction.error());

@@ -233,9 +233,7 @@ int trainHoldemGame(const HoldemGame& game, TrainingRequest request) {
     if (request.checkpointEvery == 0)
         request.checkpointSeconds = 600.0;
     if (request.out.empty())
-        request.out = std::filesystem::path(holdemStrategyPath(request.directory, game))
-                          .parent_path()
-                          .string();
+        request.out = holdemStrategyDirectory(request.directory, game);
     if (request.dryRun)
         return dryRun(game, request, config);
 

@@ -51,6 +51,13 @@ TEST_F(BlueprintTraining, WritesWhatItSays) {
               std::string::npos);
 }
 
+TEST_F(BlueprintTraining, LiesBesideTheStrategyOfPlayer) {
+    const ToolboxRun ran = callTamarin({"train", "holdem.limit.2p.reverse_blinds.game", "--cards",
+                                        "few", "--iterations", "1", "--quiet"});
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    EXPECT_TRUE(fs::exists("strategies/holdem.limit.2p/blueprint"));
+}
+
 TEST_F(BlueprintTraining, ResumedItIsAsInOneGo) {
     ASSERT_EQ(train({"--iterations", "9", "--quiet", "--out", "whole"}).status, 0);
     ASSERT_EQ(train({"--iterations", "4", "--quiet", "--out", "parts"}).status, 0);
