@@ -33,7 +33,7 @@ protected:
         EXPECT_EQ(ran.status, 2);
         return ran.err;
     }
-    const std::string blueprint = "./strategies/small/blueprint";
+    const std::string blueprint = "strategies/small/blueprint";
 };
 
 TEST_F(BlueprintTraining, WritesWhatItSays) {
