@@ -208,7 +208,8 @@ TEST(BlueprintTrainer, RefusesGamesThatDoNotFit) {
               "a blueprint is for limit games so far");
     EXPECT_EQ(refused("numHoleCards = 2", "numHoleCards = 1"),
               "a blueprint is for games with two hole cards");
-    EXPECT_EQ(refused("limit", "limit\nstack = 500 400"), "a blueprint is for stacks of one size");
+    EXPECT_EQ(refused("limit", "limit\nstack = 500 500"),
+              "a blueprint is for stacks that never run out");
     std::string three = rules;
     three.replace(three.find("numPlayers = 2"), 14, "numPlayers = 3");
     three.replace(three.find("blind = 10 5"), 12, "blind = 10 5 0");
