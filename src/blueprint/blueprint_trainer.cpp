@@ -30,8 +30,8 @@ Status BlueprintTrainer::fits(const Game& game) {
         return Error{"a blueprint is for limit games so far"};
     if (game.numHoleCards != 2)
         return Error{"a blueprint is for games with two hole cards"};
-    if (game.stack[0] != game.stack[1])
-        return Error{"a blueprint is for stacks of one size"};
+    if (game.stack[0] != unboundedStack || game.stack[1] != unboundedStack)
+        return Error{"a blueprint is for stacks that never run out"};
     return {};
 }
 

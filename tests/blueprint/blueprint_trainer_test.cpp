@@ -1,7 +1,9 @@
 #include "blueprint/blueprint_trainer.h"
 
 #include "blueprint/plain_step.h"
+#include "response/plain_response.h"
 #include "support/temp_directory.h"
+#include "support/word_checksum.h"
 
 #include <fstream>
 
@@ -79,6 +81,80 @@ TEST(BlueprintTrainer, StopsBetweenStepsAndGoesOn) {
     EXPECT_EQ(whole.numbers(), cut.numbers());
 }
 
+// With any compiler on any processor: strategies and checkpoints hang on these bits.
+TEST(BlueprintTrainer, NumbersAreTheSameEverywhere) {
+    Trained trained(6);
+    trained.trainer.run(20);
+    const auto numbers = trained.numbers();
+    WordChecksum checksum;
+    checksum.add(std::as_bytes(std::span(numbers)));
+    EXPECT_EQ(checksum.value(), 17972171107419260944U);
+}
+
+// A bucket for every hand up to a renaming of the suits, but for the few that share one by chance.
+class OwnBuckets : public HandBuckets {
+public:
+    static constexpr uint32_t count = 5000;
+
+    uint32_t numBuckets(int) const override { return count; }
+    void fill(int, std::span<const uint8_t> board, std::span<const HoleCards> holdings,
+              uint16_t* out) const override {
+        for (size_t h = 0; h < holdings.size(); ++h)
+            out[h] = bucket(board, holdings[h]);
+    }
+    static uint16_t bucket(std::span<const uint8_t> board, HoleCards hole) {
+        uint64_t least = UINT64_MAX;
+        SuitRenaming suits{0, 1, 2, 3};
+        do {
+            const uint64_t one = renamed(hole[0], suits);
+            const uint64_t other = renamed(hole[1], suits);
+            uint64_t number = std::min(one, other) * 64 + std::max(one, other);
+            for (const uint8_t card : board)
+                number = number * 64 + renamed(card, suits) + 1;
+            least = std::min(least, number);
+        } while (std::ranges::next_permutation(suits).found);
+        return static_cast<uint16_t>(mixBits(least + 1) % count);
+    }
+};
+
+// The average strategy of the sets, in the terms of a measure.
+class TrainedPlay : public HandStrategy {
+public:
+    explicit TrainedPlay(const BlueprintSets& sets) : sets_(sets) {}
+    size_t numClasses(int, int round) const override { return sets_.numBuckets(round); }
+    uint16_t classOf(int, int, std::span<const uint8_t> cards) const override {
+        return OwnBuckets::bucket(cards.subspan(2), {cards[0], cards[1]});
+    }
+    ActionShares shares(int32_t node, size_t handClass) const override {
+        return sets_.average(node, handClass);
+    }
+
+private:
+    const BlueprintSets& sets_;
+};
+
+// Where every hand has a bucket of its own, what best responses win together falls towards nothing,
+// by a measure that knows nothing of how training goes.
+TEST(BlueprintTrainer, BestResponsesWinLessAndLess) {
+    test::Measured measured(test::shortGame(3, 3, "2 2", "10 20", "0 1"));
+    const OwnBuckets buckets;
+    BlueprintTrainer trainer(*measured.game, measured.tree, buckets, 3, 1);
+    measured.strategy = std::make_unique<TrainedPlay>(trainer.sets());
+    const auto gains = [&] {
+        return test::PlainResponse(measured, 0, true).mean() +
+               test::PlainResponse(measured, 1, true).mean();
+    };
+    const double uniform = gains();
+    trainer.run(300);
+    const double early = gains();
+    trainer.run(9700);
+    const double late = gains();
+    EXPECT_GT(uniform, 10.0); // chips
+    EXPECT_LT(early, uniform / 10);
+    EXPECT_LT(late, early / 4);
+    EXPECT_LT(late, 0.2);
+}
+
 TEST(BlueprintTrainer, GoesOnFromACheckpoint) {
     const test::TempDirectory directory;
     const std::string path = directory.file("checkpoint");
@@ -133,7 +209,8 @@ TEST(BlueprintTrainer, RefusesGamesThatDoNotFit) {
               "a blueprint is for limit games so far");
     EXPECT_EQ(refused("numHoleCards = 2", "numHoleCards = 1"),
               "a blueprint is for games with two hole cards");
-    EXPECT_EQ(refused("limit", "limit\nstack = 500 400"), "a blueprint is for stacks of one size");
+    EXPECT_EQ(refused("limit", "limit\nstack = 500 500"),
+              "a blueprint is for stacks that never run out");
     std::string three = trainedRules;
     three.replace(three.find("numPlayers = 2"), 14, "numPlayers = 3");
     three.replace(three.find("blind = 10 5"), 12, "blind = 10 5 0");
