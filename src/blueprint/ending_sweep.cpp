@@ -24,8 +24,8 @@ public:
     explicit HandReach(const EndingReach& reach)
         : start_(reach.start), factor_(reach.factor == nullptr ? &one : reach.factor),
           places_(reach.places), step_(reach.factor == nullptr ? 0 : 1) {}
-    FloatRow::Lanes operator()(size_t hand) const {
-        return start_[hand].lanes * factor_[places_[hand] * step_].lanes;
+    FloatRow operator()(size_t hand) const {
+        return {start_[hand].lanes * factor_[places_[hand] * step_].lanes};
     }
 
 private:
@@ -52,7 +52,7 @@ bool EndingSweep::gather(const DealtBoard& board, const EndingReach& opponent) {
     const DealtBoard::Hand* const hands = board.hands.data();
     FloatRow* const with = with_.data();
     for (size_t i = 0, size = board.hands.size(); i < size; ++i) {
-        const FloatRow::Lanes here = reach(i);
+        const FloatRow::Lanes here = reach(i).lanes;
         sum.lanes += here;
         with[hands[i].low].lanes += here;
         with[hands[i].high].lanes += here;
@@ -61,24 +61,25 @@ bool EndingSweep::gather(const DealtBoard& board, const EndingReach& opponent) {
     return true;
 }
 
-void EndingSweep::begin(const EndingGain& gain, FloatRow::Lanes gained, size_t places) {
+void EndingSweep::begin(const EndingGain& gain, const FloatRow& gained, size_t places) {
     for (size_t place = 0; place < places; ++place) {
         gathered_[place] = gathered_[places + place] = {};
-        own_[place].lanes = gain.factor == nullptr ? gained : gain.factor[place].lanes * gained;
+        own_[place].lanes =
+            gain.factor == nullptr ? gained.lanes : gain.factor[place].lanes * gained.lanes;
     }
 }
 
-void EndingSweep::finish(const EndingGain& gain, FloatRow::Lanes gained, size_t places) {
+void EndingSweep::finish(const EndingGain& gain, const FloatRow& gained, size_t places) {
     for (size_t place = 0; place < places; ++place)
         gain.sums[place].lanes +=
-            (gathered_[place].lanes + gathered_[places + place].lanes) * gained;
+            (gathered_[place].lanes + gathered_[places + place].lanes) * gained.lanes;
 }
 
 void EndingSweep::fold(const DealtBoard& board, const EndingReach& opponent,
                        const EndingGain& gain) {
     if (!gather(board, opponent))
         return;
-    begin(gain, gain.chips, opponent.numPlaces);
+    begin(gain, {gain.chips}, opponent.numPlaces);
     const FloatRow::Lanes sum = sum_.lanes;
     const FloatRow* const with = with_.data();
     const HandReach reach(opponent);
@@ -90,11 +91,11 @@ void EndingSweep::fold(const DealtBoard& board, const EndingReach& opponent,
     FloatRow* const value = gain.value;
     for (size_t i = 0, size = board.hands.size(); i < size; ++i) {
         const FloatRow::Lanes met =
-            sum - with[hands[i].low].lanes - with[hands[i].high].lanes + reach(i);
+            sum - with[hands[i].low].lanes - with[hands[i].high].lanes + reach(i).lanes;
         gathered[(i % 2) * numPlaces + places[i]].lanes += met;
         value[i].lanes += own[places[i]].lanes * met;
     }
-    finish(gain, gain.chips, opponent.numPlaces);
+    finish(gain, {gain.chips}, opponent.numPlaces);
 }
 
 // What is beaten less what is lost to, of the hands that share no card with a hand, is twice the
@@ -106,7 +107,7 @@ void EndingSweep::showdown(const DealtBoard& board, const EndingReach& opponent,
     if (!gather(board, opponent))
         return;
     const FloatRow::Lanes half = gain.chips * 0.5F;
-    begin(gain, half, opponent.numPlaces);
+    begin(gain, {half}, opponent.numPlaces);
     FloatRow::Lanes sum = -sum_.lanes;
     FloatRow* const with = swept_.data();
     for (size_t card = 0; card < with_.size(); ++card)
@@ -124,7 +125,7 @@ void EndingSweep::showdown(const DealtBoard& board, const EndingReach& opponent,
         for (size_t i = from; i < to; ++i)
             before[i - from].lanes = sum - with[hands[i].low].lanes - with[hands[i].high].lanes;
         for (size_t i = from; i < to; ++i) {
-            const FloatRow::Lanes here = reach(i);
+            const FloatRow::Lanes here = reach(i).lanes;
             const FloatRow::Lanes twice = here + here;
             sum += twice;
             with[hands[i].low].lanes += twice;
@@ -138,7 +139,7 @@ void EndingSweep::showdown(const DealtBoard& board, const EndingReach& opponent,
         }
         from = to;
     }
-    finish(gain, half, opponent.numPlaces);
+    finish(gain, {half}, opponent.numPlaces);
 }
 
 } // namespace tamarin

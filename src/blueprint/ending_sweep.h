@@ -53,8 +53,8 @@ private:
     // Fills the sums over the opponent's hands; false where none comes this far.
     bool gather(const DealtBoard& board, const EndingReach& opponent);
     // gained: by how much what was counted has to be multiplied.
-    void begin(const EndingGain& gain, FloatRow::Lanes gained, size_t places);
-    void finish(const EndingGain& gain, FloatRow::Lanes gained, size_t places);
+    void begin(const EndingGain& gain, const FloatRow& gained, size_t places);
+    void finish(const EndingGain& gain, const FloatRow& gained, size_t places);
 
     using CardRows = std::array<FloatRow, MAX_SUITS * MAX_RANKS>;
 
