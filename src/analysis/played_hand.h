@@ -2,6 +2,7 @@
 #pragma once
 
 #include "game/game.h"
+#include "response/public_deck.h"
 #include "tree/compiled_tree.h"
 
 #include <array>
@@ -10,8 +11,6 @@
 #include <vector>
 
 namespace tamarin {
-
-using HoleCards = std::array<uint8_t, 2>;
 
 struct PlayedHand {
     std::array<HoleCards, 2> hole; // by seat

@@ -3,6 +3,7 @@
 
 #include "abstraction/holding_index.h"
 #include "clustering/card_abstraction.h"
+#include "response/public_deck.h"
 
 #include <array>
 #include <cstdint>
@@ -11,8 +12,6 @@
 
 namespace tamarin {
 
-using HoleCards = std::array<uint8_t, 2>; // lower first
-
 class HandBuckets {
 public:
     virtual ~HandBuckets() = default;
@@ -20,7 +19,8 @@ public:
     // Of a round; 1 to 65,535. Both seats have the same.
     virtual uint32_t numBuckets(int round) const = 0;
 
-    // The bucket of each holding with the public cards of a round, which no holding has. Asked by
+    // The bucket of each holding, its lower card first, with the public cards of a round, which no
+    // holding has. Asked by
     // many threads at once.
     virtual void fill(int round, std::span<const uint8_t> board,
                       std::span<const HoleCards> holdings, uint16_t* out) const = 0;

@@ -63,7 +63,7 @@ size_t PublicDeck::numberOf(uint8_t card, uint8_t other) const {
     return holdingNumber(low, high);
 }
 
-std::array<uint8_t, 2> PublicDeck::cardsOf(size_t holding) const {
+HoleCards PublicDeck::cardsOf(size_t holding) const {
     return {cards_[holdings_[holding].low], cards_[holdings_[holding].high]};
 }
 

@@ -17,6 +17,8 @@
 
 namespace tamarin {
 
+using HoleCards = std::array<uint8_t, 2>;
+
 // What each suit becomes.
 using SuitRenaming = std::array<uint8_t, MAX_SUITS>;
 
@@ -49,7 +51,7 @@ public:
     const std::vector<Holding>& holdings() const { return holdings_; }
     size_t numberOf(uint8_t card, uint8_t other) const;
     // The hole cards of a holding, lower first.
-    std::array<uint8_t, 2> cardsOf(size_t holding) const;
+    HoleCards cardsOf(size_t holding) const; // the lower one first
 
     // Holdings that a renaming of the suits turns into each other are a class of starting hands.
     // Classes are numbered in the order of their first holdings.

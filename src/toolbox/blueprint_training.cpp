@@ -26,7 +26,7 @@ Result<CardAbstraction> openCards(const std::string& cards, const std::string& d
     const auto place = findAbstraction(cards, directory);
     if (!place)
         return Error{"--cards " + cards + ": no such card abstraction below " + directory +
-                     "/lookup; 'tamarin abstract " + cards + "' makes one of that name"};
+                     "/lookup; 'tamarin abstract --help' says how to make one"};
     return CardAbstraction::open(place->directory, place->name);
 }
 
