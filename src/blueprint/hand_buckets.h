@@ -20,8 +20,7 @@ public:
     virtual uint32_t numBuckets(int round) const = 0;
 
     // The bucket of each holding, its lower card first, with the public cards of a round, which no
-    // holding has. Asked by
-    // many threads at once.
+    // holding has. Asked by many threads at once.
     virtual void fill(int round, std::span<const uint8_t> board,
                       std::span<const HoleCards> holdings, uint16_t* out) const = 0;
 };
