@@ -1,22 +1,28 @@
-# Of a target whose files may be compiled together. Names in unnamed namespaces must then differ within the
-# target, which they should anyhow: one name for one thing.
-function(tamarin_may_be_united target)
-    set_target_properties(${target} PROPERTIES UNITY_BUILD ${TAMARIN_UNITY} UNITY_BUILD_BATCH_SIZE 8)
+# Of a target whose files may be compiled together, so many at a time. Names in unnamed namespaces must then
+# differ within the target, which they should anyhow: one name for one thing.
+function(tamarin_may_be_united target files)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ${TAMARIN_UNITY} UNITY_BUILD_BATCH_SIZE ${files})
 endfunction()
 
-# tamarin_room(NAME SOURCES file... [USES room...])
+# tamarin_room(NAME SOURCES file... [USES room...] [LINKS lib...] [COLD])
 #
 # One room of src/ as the static library tamarin_NAME. Headers are included as "room/file.h", and
 # each room publishes an include directory in which only that room is visible; a room therefore
 # compiles only against the rooms it USES (and what those use), and an arrow that runs backwards
-# does not build.
+# does not build. COLD is for rooms that read options and write answers: nothing there is worth -O3, which
+# takes half as long again to compile, and the libraries that they use are then read for twice as many files.
 function(tamarin_room name)
-    cmake_parse_arguments(ROOM "" "" "SOURCES;USES;LINKS" ${ARGN})
+    cmake_parse_arguments(ROOM "COLD" "" "SOURCES;USES;LINKS" ${ARGN})
     set(view ${CMAKE_BINARY_DIR}/rooms/${name})
     file(MAKE_DIRECTORY ${view})
     file(CREATE_LINK ${CMAKE_SOURCE_DIR}/src/${name} ${view}/${name} SYMBOLIC)
     add_library(tamarin_${name} STATIC ${ROOM_SOURCES})
-    tamarin_may_be_united(tamarin_${name})
+    if(ROOM_COLD)
+        tamarin_may_be_united(tamarin_${name} 16)
+        target_compile_options(tamarin_${name} PRIVATE $<$<CONFIG:Release>:-O1>)
+    else()
+        tamarin_may_be_united(tamarin_${name} 8)
+    endif()
     target_include_directories(tamarin_${name} PUBLIC ${view})
     target_link_libraries(tamarin_${name} PRIVATE tamarin_flags tamarin_united)
     if(TAMARIN_SANITIZE)
@@ -42,7 +48,7 @@ set(TAMARIN_TEST_ENVIRONMENT
 function(tamarin_test name)
     cmake_parse_arguments(TEST "OPTIMISED;SLOW;THREADS" "" "SOURCES;USES;LINKS" ${ARGN})
     add_executable(test_${name} ${TEST_SOURCES} $<TARGET_OBJECTS:tamarin_heard_signals>)
-    tamarin_may_be_united(test_${name})
+    tamarin_may_be_united(test_${name} 32)
     target_link_libraries(test_${name} PRIVATE tamarin_flags tamarin_united GTest::gtest_main ${TEST_LINKS})
     if(NOT TEST_SLOW)
         set(level 0)

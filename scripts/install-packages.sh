@@ -10,7 +10,7 @@
 set -euo pipefail
 
 build=(g++ cmake ninja-build git libgtest-dev librapidcheck-dev libbenchmark-dev libcli11-dev
-       nlohmann-json3-dev libfmt-dev libxxhash-dev)
+       nlohmann-json3-dev libfmt-dev libxxhash-dev libboost1.81-dev)
 check=(clang-format-14 ccache)
 full=(clang-14 clang-tidy-14 libclang-rt-14-dev libomp-14-dev)
 

@@ -157,6 +157,18 @@ Status writeBlueprint(const std::string& path, const BlueprintSets& sets,
     return file->commit();
 }
 
+Result<uint64_t> gameOfBlueprint(const std::string& path, FileSystem& files) {
+    const Result<MappedFile> mapped = MappedFile::open(path, MappedFile::anySize, files);
+    if (!mapped)
+        return Error{mapped.error()};
+    BlueprintHead head{};
+    const std::span<const std::byte> all = mapped->bytes();
+    std::copy_n(all.data(), std::min(sizeof head, all.size()), reinterpret_cast<std::byte*>(&head));
+    if (std::string_view(head.magic, sizeof head.magic) != blueprintMagic)
+        return Error{path + ": not a blueprint"};
+    return head.game;
+}
+
 Result<BlueprintFile> BlueprintFile::open(const std::string& path, const Game& game,
                                           const CompiledTree& tree, FileSystem& files) {
     Result<MappedFile> mapped = MappedFile::open(path, MappedFile::anySize, files);
@@ -167,6 +179,7 @@ Result<BlueprintFile> BlueprintFile::open(const std::string& path, const Game& g
         return Error{read.error()};
     if (Status sound = file.checkSums(); !sound)
         return Error{sound.error()};
+    file.file_.forgetPages(); // whoever looks up a few probabilities needs few of them
     return file;
 }
 

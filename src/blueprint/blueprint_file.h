@@ -55,6 +55,10 @@ std::vector<uint8_t> inParts(std::span<const double> shares);
 Status writeBlueprint(const std::string& path, const BlueprintSets& sets,
                       const BlueprintOrigin& origin, FileSystem& files = systemFiles());
 
+// The hash of the game that a file is said to be made for, by its head alone, of which nothing else
+// is looked at. Refuses what is no blueprint.
+Result<uint64_t> gameOfBlueprint(const std::string& path, FileSystem& files = systemFiles());
+
 // A blueprint, mapped.
 class BlueprintFile {
 public:

@@ -2,12 +2,12 @@
 #pragma once
 
 #include "blueprint/blueprint_file.h"
+#include "blueprint/hand_classes.h"
 #include "clustering/card_abstraction.h"
-#include "index/hand_indexer.h"
 #include "response/hand_strategy.h"
 
 #include <string>
-#include <vector>
+#include <utility>
 
 namespace tamarin {
 
@@ -20,7 +20,8 @@ public:
                                       const Game& game, const CompiledTree& tree);
 
     // The abstraction is the one that the file was made over, with its contents checked.
-    BlueprintPlay(BlueprintFile file, CardAbstraction abstraction);
+    BlueprintPlay(BlueprintFile file, CardAbstraction abstraction)
+        : file_(std::move(file)), abstraction_(std::move(abstraction)) {}
 
     const BlueprintOrigin& origin() const { return file_.origin(); }
 
@@ -31,7 +32,7 @@ public:
 private:
     BlueprintFile file_;
     CardAbstraction abstraction_;
-    std::vector<HandIndexer> indexers_; // of each round
+    HandClasses classes_;
 };
 
 } // namespace tamarin

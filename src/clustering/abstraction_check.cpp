@@ -4,6 +4,7 @@
 #include "clustering/deck_samples.h"
 #include "clustering/equity_shares.h"
 #include "clustering/nearest_centre.h"
+#include "eval/hand_evaluator.h"
 #include "support/split_mix.h"
 
 #include <cstring>
@@ -13,14 +14,27 @@ namespace tamarin {
 
 namespace {
 
+// Against one holding after the other, without the sweep that the making counts by.
 uint32_t potOnRiver(const uint8_t* hole, const uint8_t* board) {
-    std::array<uint16_t, riverHoldings> pots;
-    riverPots(board, pots.data());
+    const HandEvaluator& evaluator = HandEvaluator::shared();
+    uint8_t cards[7];
+    std::copy_n(hole, 2, cards);
+    std::copy_n(board, 5, cards + 2);
+    const uint32_t own = evaluator.rank7(cards);
     uint8_t left[deckCards];
-    const size_t count = cardsWithout(board, 5, left);
-    const auto a = static_cast<size_t>(std::find(left, left + count, hole[0]) - left);
-    const auto b = static_cast<size_t>(std::find(left, left + count, hole[1]) - left);
-    return pots[holdingNumber(std::min(a, b), std::max(a, b))];
+    const size_t count = cardsWithout(cards, 7, left);
+    HandKey shared;
+    for (int i = 2; i < 7; ++i)
+        shared = shared + cardKeys[cards[i]];
+    uint32_t pot = 0;
+    for (size_t high = 1; high < count; ++high) {
+        const HandKey withHigh = shared + cardKeys[left[high]];
+        for (size_t low = 0; low < high; ++low) {
+            const uint32_t theirs = evaluator.value<7>(withHigh + cardKeys[left[low]]);
+            pot += own > theirs ? 2 : own == theirs ? 1 : 0;
+        }
+    }
+    return pot;
 }
 
 using ChooseBucket = std::function<uint32_t(const uint8_t* cards)>;

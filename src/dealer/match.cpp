@@ -145,7 +145,9 @@ private:
         const size_t player = seats_[seat];
         Place& place = places_[player];
         const Duration limit =
-            std::min(options_.actionLimit, options_.handLimit - place.usedInHand);
+            players_[player].unhurried
+                ? Duration::max()
+                : std::min(options_.actionLimit, options_.handLimit - place.usedInHand);
         ThinkingTime time(asked);
         bool lastLook = false;
         std::string line;

@@ -16,6 +16,7 @@ struct Player {
     std::string name;
     std::optional<Child> child;
     std::optional<Connection> connection; // none once the player is gone
+    bool unhurried = false;               // a person who may take its time: never late
 };
 
 // The longest that servePlayers() waits, so that whoever calls it in a loop notices a signal.

@@ -43,9 +43,7 @@ std::string holdemStrategyPath(const std::string& directory, const HoldemGame& g
         const std::string stem = std::filesystem::path(game.name).stem().string();
         return inDirectory(directory, "strategies/" + stem + "/strategy");
     }
-    const char* const* files =
-        game.rules->bettingRule == noLimitRule ? NoLimiHoldemStrategyFiles : HoldemStrategyFiles;
-    return inDirectory(directory, files[game.rules->numPlayers]);
+    return inDirectory(directory, holdemStrategyFile(*game.rules));
 }
 
 std::string holdemStrategyDirectory(const std::string& directory, const HoldemGame& game) {

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <set>
 #include <vector>
 
 namespace tamarin {
@@ -51,6 +52,19 @@ Result<std::string> findGameFile(const std::string& name, const std::string& dir
             tried += (tried.empty() ? "" : ", ") + place.string();
     }
     return Error{"no game definition " + name + " in " + tried + "; give its path"};
+}
+
+std::vector<std::string> gameNames(const std::string& directory) {
+    std::vector<fs::path> places = gamesDirectories();
+    places.insert(places.begin(), fs::path{directory});
+    std::set<std::string> names;
+    for (const fs::path& place : places) {
+        std::error_code error;
+        for (fs::directory_iterator it(place, error), end; !error && it != end; it.increment(error))
+            if (it->path().extension() == ".game" && isFile(it->path()))
+                names.insert(it->path().filename().string());
+    }
+    return {names.begin(), names.end()};
 }
 
 Result<GamePtr> readGameFile(const std::string& path) {

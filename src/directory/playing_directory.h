@@ -9,6 +9,7 @@
 #include "support/result.h"
 
 #include <string>
+#include <vector>
 
 namespace tamarin {
 
@@ -16,6 +17,10 @@ namespace tamarin {
 // name is looked for in directory, then in the games that come with the program (../share/tamarin/
 // games beside an installed program, else the source tree's games/).
 Result<std::string> findGameFile(const std::string& name, const std::string& directory);
+
+// The bare names that findGameFile() finds without a path, in their order: NAME.game in directory
+// and among the games that come with the program.
+std::vector<std::string> gameNames(const std::string& directory);
 
 // Reads the definition at path. readGame says on standard error what is wrong with it.
 Result<GamePtr> readGameFile(const std::string& path);

@@ -40,12 +40,6 @@ void requireHoldem(const Game& game, const char* gameFile) {
     std::exit(1);
 }
 
-const char* strategyFileOf(const Game& game) {
-    const char* const* files =
-        game.bettingRule == noLimitRule ? NoLimiHoldemStrategyFiles : HoldemStrategyFiles;
-    return files[game.numPlayers];
-}
-
 // What play of the game reads and is missing is made exactly, in minutes; EquityTables by itself
 // would sample it for most of a day. Without tables there is no play: a failure ends the process
 // with status 1. Before training the buckets are looked through, too, and damaged ones made anew;
@@ -78,11 +72,18 @@ std::unique_ptr<tamarin::TableHands> loadTables(const Game& game, bool training)
 
 } // namespace
 
+const char* tamarin::holdemStrategyFile(const Game& game) {
+    assert(game.numPlayers == 2 || game.numPlayers == 3);
+    const char* const* files =
+        game.bettingRule == noLimitRule ? NoLimiHoldemStrategyFiles : HoldemStrategyFiles;
+    return files[game.numPlayers];
+}
+
 LimitHoldemAgent::LimitHoldemAgent(const char* gameFile, unsigned long long iterations,
                                    tamarin::SocketCalls& calls)
     : PokerAgent(gameFile, calls) {
     requireHoldem(*game, gameFile);
-    const std::string file = strategyFileOf(*game);
+    const std::string file = tamarin::holdemStrategyFile(*game);
     solver = std::make_unique<CFR>(game);
     const bool loaded = tamarin::loadStrategy(
         *solver, file, [&](CFR& read) { return tamarin::holdsHoldemGame(read.nodes(), *game); });

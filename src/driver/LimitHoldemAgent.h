@@ -17,6 +17,13 @@
 extern const char* const HoldemStrategyFiles[4];
 extern const char* const NoLimiHoldemStrategyFiles[4]; // misspelt, and fixed as it is
 
+namespace tamarin {
+
+// The game's, which is hold'em for two or three.
+const char* holdemStrategyFile(const Game& game);
+
+} // namespace tamarin
+
 class LimitHoldemAgent : public PokerAgent {
 public:
     // Iterations of the training when there is no strategy.

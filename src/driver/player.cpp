@@ -3,29 +3,56 @@
 #include "driver/KuhnAgent.h"
 #include "driver/LimitHoldemAgent.h"
 #include "driver/PokerAgent.h"
+#include "driver/played_blueprint.h"
+#include "driver/strategy_agent.h"
 #include "game/definition_file.h"
+#include "holdem/buckets.h"
 #include "solver/cfr.h"
 #include "support/exception_text.h"
 #include "support/interrupt.h"
 #include "support/rng.h"
 #include "support/scan.h"
+#include "support/util.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tamarin {
 
 namespace {
 
+// A blueprint beside the game's strategy is played in its stead; null where there is none. One that
+// cannot be played stays where it is, and a line says why.
+std::unique_ptr<PokerAgent> makeBlueprintAgent(const std::string& gameFile, const Game& game) {
+    if (!isHoldem(game)) // the agent that is made then says so
+        return nullptr;
+    const std::string strategy = holdemStrategyFile(game);
+    const std::string path = blueprintBeside(strategy);
+    if (!file_exist(path))
+        return nullptr;
+    auto blueprint = PlayedBlueprint::open(path, ".", game);
+    if (!blueprint) {
+        std::fprintf(stderr, "WARNING: %s: playing %s instead\n", blueprint.error().c_str(),
+                     strategy.c_str());
+        return nullptr;
+    }
+    std::cout << "Playing " << (*blueprint)->describe() << std::endl;
+    return std::make_unique<StrategyAgent>(gameFile.c_str(), std::move(*blueprint));
+}
+
 // The agent for a game, or null when the name is none that this program plays. The whole argument
 // is compared: the strategies and tables lie beside the game in the working directory.
-std::unique_ptr<PokerAgent> makeAgent(const std::string& gameFile) {
-    if (playsAsHoldem(gameFile))
+std::unique_ptr<PokerAgent> makeAgent(const std::string& gameFile, const Game& game) {
+    if (playsAsHoldem(gameFile)) {
+        if (auto agent = makeBlueprintAgent(gameFile, game))
+            return agent;
         return std::make_unique<LimitHoldemAgent>(gameFile.c_str());
+    }
     if (gameFile == "kuhn.limit.3p.game")
         return std::make_unique<KuhnAgent>(gameFile.c_str());
     return nullptr;
@@ -45,7 +72,7 @@ int play(int argc, char** argv) {
     if (!game)
         return 1;
     CFR::logProgress = true;
-    const std::unique_ptr<PokerAgent> agent = makeAgent(arguments[1]);
+    const std::unique_ptr<PokerAgent> agent = makeAgent(arguments[1], *game);
     if (!agent) {
         std::fprintf(stderr, "ERROR: unknown game %s\n", argv[1]);
         return 1;

@@ -9,11 +9,24 @@ namespace {
 
 using Node = CompiledTree::Node;
 
-// Builds one round from its roots, one a lane.
+std::vector<int32_t> wholeBlocks(std::vector<int32_t> lanes) {
+    lanes.resize((lanes.size() + lanesInBlock - 1) / lanesInBlock * lanesInBlock,
+                 RoundBetting::emptyLane);
+    return lanes;
+}
+
+bool allEmpty(const std::vector<int32_t>& lanes) {
+    return std::ranges::all_of(lanes, [](int32_t node) { return node == RoundBetting::emptyLane; });
+}
+
+// Builds one round from its roots, one a lane. taken(node, action): whether the action is ever
+// taken; what comes after it has no lanes otherwise.
+template <class Taken>
 class Builder {
 public:
-    Builder(const CompiledTree& tree, int round, const std::vector<int32_t>& roots)
-        : tree_(tree), round_(round) {
+    Builder(const CompiledTree& tree, int round, const std::vector<int32_t>& roots,
+            const Taken& taken)
+        : tree_(tree), taken_(taken), round_(round) {
         betting_.blocks = roots.size() / lanesInBlock;
         add(roots);
     }
@@ -63,15 +76,21 @@ private:
         const Step expected = stepTo(at(model).child[action]);
         std::vector<int32_t> children(lanes.size(), RoundBetting::emptyLane);
         std::vector<int32_t> stakes(lanes.size(), 0);
+        bool nobody = true;
         for (size_t lane = 0; lane < lanes.size(); ++lane) {
             if (lanes[lane] == RoundBetting::emptyLane)
                 continue;
             const Step step = stepTo(at(lanes[lane]).child[action]);
             // Raises are limited round by round and nobody is ever all-in.
             assert(step.alike(expected) && at(lanes[lane]).player == at(model).player);
+            if (!taken_(lanes[lane], action))
+                continue;
             children[lane] = at(lanes[lane]).child[action];
             stakes[lane] = step.stake;
+            nobody = false;
         }
+        if (nobody)
+            return RoundBetting::noAction;
         switch (expected.kind) {
         case Step::nowhere:
             return RoundBetting::noAction;
@@ -101,6 +120,7 @@ private:
     }
 
     const CompiledTree& tree_;
+    const Taken& taken_;
     int round_;
     RoundBetting betting_;
     std::vector<int32_t> below_;
@@ -137,15 +157,60 @@ Result<BettingRounds> BettingRounds::of(const Game& game, const CompiledTree& tr
         if (nodes[parent].round == 0)
             made.entries_.push_back(static_cast<int32_t>(n));
     }
-    std::vector<int32_t> lanes = made.entries_;
-    for (int round = 1; round < game.numRounds; ++round) {
-        lanes.resize((lanes.size() + lanesInBlock - 1) / lanesInBlock * lanesInBlock,
-                     RoundBetting::emptyLane);
-        Builder builder(tree, round, lanes);
-        lanes = builder.below();
-        made.rounds_.push_back(builder.take());
-    }
+    made.build(tree, game.numRounds - 1, made.entries_, [](int32_t, size_t) { return true; });
     return made;
+}
+
+size_t BettingRounds::numBlocks() const {
+    size_t blocks = 0;
+    for (const RoundBetting& round : rounds_)
+        blocks += round.blocks;
+    return blocks;
+}
+
+template <class Taken>
+void BettingRounds::build(const CompiledTree& tree, int lastRound, std::vector<int32_t> lanes,
+                          const Taken& taken) {
+    for (int round = 1; round <= lastRound; ++round) {
+        Builder<Taken> builder(tree, round, wholeBlocks(std::move(lanes)), taken);
+        lanes = builder.below();
+        rounds_.push_back(builder.take());
+    }
+}
+
+BettingRounds BettingRounds::reachedBy(const CompiledTree& tree, const HandStrategy& strategy,
+                                       int seat) const {
+    const auto& nodes = tree.nodes();
+    const auto taken = [&](int32_t node, size_t action) {
+        const Node& at = nodes[static_cast<size_t>(node)];
+        if (at.player != seat)
+            return true;
+        const size_t classes = strategy.numClasses(seat, at.round);
+        for (size_t c = 0; c < classes; ++c)
+            if (strategy.shares(node, c)[action] > 0)
+                return true;
+        return false;
+    };
+    const auto reached = [&](int32_t entry) {
+        for (int32_t edge = nodes[static_cast<size_t>(entry)].parentEdge;
+             edge != CompiledTree::noEdge;) {
+            const int32_t node = edge / numAbstractedActions;
+            if (!taken(node, static_cast<size_t>(edge % numAbstractedActions)))
+                return false;
+            edge = nodes[static_cast<size_t>(node)].parentEdge;
+        }
+        return true;
+    };
+    BettingRounds left;
+    left.entries_ = entries_;
+    std::vector<int32_t> lanes = entries_;
+    for (int32_t& lane : lanes)
+        if (!reached(lane))
+            lane = RoundBetting::emptyLane;
+    if (allEmpty(lanes))
+        lanes.front() = entries_.front();
+    left.build(tree, last(), lanes, taken);
+    return left;
 }
 
 } // namespace tamarin

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "game/game.h"
+#include "response/hand_strategy.h"
 #include "support/result.h"
 #include "tree/compiled_tree.h"
 
@@ -65,13 +66,24 @@ public:
     // stacks that can run out. The tree is the game's.
     static Result<BettingRounds> of(const Game& game, const CompiledTree& tree);
 
+    // What is left of it where a seat plays a strategy: what the seat does with no hand is left
+    // out, and all that would come after it. The entries stay; lanes of those that are not reached
+    // are empty. Of a round that is never reached, one lane stays. The tree is the game's.
+    BettingRounds reachedBy(const CompiledTree& tree, const HandStrategy& strategy, int seat) const;
+
     // Of the rounds after the first: round 1 and so on.
     const RoundBetting& round(int number) const { return rounds_[static_cast<size_t>(number) - 1]; }
     int last() const { return static_cast<int>(rounds_.size()); }
+    // Of all rounds.
+    size_t numBlocks() const;
     // The nodes at which round 1 begins, in the order of its lanes.
     const std::vector<int32_t>& entries() const { return entries_; }
 
 private:
+    template <class Taken>
+    void build(const CompiledTree& tree, int lastRound, std::vector<int32_t> lanes,
+               const Taken& taken);
+
     std::vector<int32_t> entries_;
     std::vector<RoundBetting> rounds_;
 };

@@ -20,10 +20,21 @@ template <class Weight>
 class FlopResponse::TypedWalks : public FlopResponse::Walks {
 public:
     explicit TypedWalks(const MeasuredGame& game) : game_(game) {
-        for (int round = 1; round <= game.rounds.last(); ++round)
-            shares_.emplace_back(game.rounds.round(round), game.strategy, round);
-        for (int seat = 0; seat < 2; ++seat)
-            flopReach_[static_cast<size_t>(seat)] = reachOfFlop(1 - seat);
+        for (size_t seat = 0; seat < 2; ++seat) {
+            auto left = game.rounds.reachedBy(game.tree, game.strategy, static_cast<int>(1 - seat));
+            const bool fewer = 4 * left.numBlocks() <= 3 * game.rounds.numBlocks();
+            if (fewer)
+                reached_[seat] = std::make_unique<BettingRounds>(std::move(left));
+            Betting& betting = betting_[seat];
+            betting.rounds = fewer ? reached_[seat].get() : &game.rounds;
+            if (seat == 1 && betting.rounds == betting_[0].rounds)
+                betting.shares = betting_[0].shares;
+            else
+                for (int round = 1; round <= game.rounds.last(); ++round)
+                    betting.shares.push_back(std::make_shared<const ShareRows<Weight>>(
+                        betting.rounds->round(round), game.strategy, round));
+            betting.reach = reachOfFlop(static_cast<int>(1 - seat));
+        }
     }
 
     Result<FlopValues> on(const PublicBoard& flop, const Work& work) const override;
@@ -32,10 +43,13 @@ public:
     // until they are added up.
     uint64_t memory(int threads) const override {
         uint64_t rows = 0;
-        for (int round = 2; round <= game_.rounds.last(); ++round)
-            rows += (1 + sumsIn(round)) * rowsOf(round) * 2 * (static_cast<uint64_t>(threads) + 1);
-        if (game_.rounds.last() >= 2)
-            rows += sumsIn(2) * rowsOf(2) * 2 * (game_.deck.cards().size() - cardsOf(1));
+        for (size_t seat = 0; seat < 2; ++seat) {
+            for (int round = 2; round <= game_.rounds.last(); ++round)
+                rows += (1 + sumsIn(round)) * rowsOf(seat, round) *
+                        (static_cast<uint64_t>(threads) + 1);
+            if (game_.rounds.last() >= 2)
+                rows += sumsIn(2) * rowsOf(seat, 2) * (game_.deck.cards().size() - cardsOf(1));
+        }
         return rows * sizeof(Row);
     }
 
@@ -50,21 +64,32 @@ private:
         std::vector<Rows> later; // as in FlopValues, counted from the round
     };
 
+    // What is walked when one seat responds: where the other's strategy never comes, nothing is won
+    // or lost. All the betting, and then the same for both seats, where little could be left out.
+    struct Betting {
+        const BettingRounds* rounds;
+        std::vector<std::shared_ptr<const ShareRows<Weight>>> shares; // [round - 1]
+        Rows reach; // the other seat's, on the flop
+    };
+
     // What a thread works in when one seat responds.
     struct Rooms {
-        Rooms(const TypedWalks& walks, int responder) {
+        Rooms(const TypedWalks& walks, size_t responder) : seat(responder) {
             const int last = walks.game_.rounds.last();
             const size_t hands = walks.game_.deck.holdings().size();
+            const Betting& betting = walks.betting_[seat];
             for (int round = 1; round <= last; ++round) {
-                walk.emplace_back(walks.game_.rounds.round(round), walks.sharesOf(round), responder,
-                                  hands);
-                reachBelow.emplace_back(round < last ? walks.rowsOf(round + 1) : 0);
-                sums.push_back(round < last ? walks.sumsOf(round + 1) : Sums{});
+                walk.emplace_back(betting.rounds->round(round),
+                                  *betting.shares[static_cast<size_t>(round) - 1],
+                                  static_cast<int>(seat), hands);
+                reachBelow.emplace_back(round < last ? walks.rowsOf(seat, round + 1) : 0);
+                sums.push_back(round < last ? walks.sumsOf(seat, round + 1) : Sums{});
             }
             reach.resize(hands);
             best.resize(hands);
             value.resize(hands);
         }
+        size_t seat;
         std::vector<RoundWalk<Weight>> walk; // [round - 1]
         std::vector<Rows> reachBelow;        // [round - 1]: of the round after
         std::vector<Sums> sums;              // [round - 1]: likewise
@@ -73,20 +98,20 @@ private:
         Rows value;
     };
 
-    const ShareRows<Weight>& sharesOf(int round) const {
-        return shares_[static_cast<size_t>(round) - 1];
-    }
     unsigned cardsOf(int round) const {
         assert(round >= 0 && round < MAX_ROUNDS);
         return game_.game.numBoardCards[round];
     }
-    size_t rowsOf(int round) const {
-        return game_.rounds.round(round).blocks * game_.deck.holdings().size();
+    size_t blocksOf(size_t responder, int round) const {
+        return betting_[responder].rounds->round(round).blocks;
+    }
+    size_t rowsOf(size_t responder, int round) const {
+        return blocksOf(responder, round) * game_.deck.holdings().size();
     }
     size_t roundsAfter(int round) const { return static_cast<size_t>(game_.rounds.last() - round); }
     size_t sumsIn(int round) const { return 2 + roundsAfter(round); }
-    Sums sumsOf(int round) const {
-        const Rows rows(rowsOf(round));
+    Sums sumsOf(size_t responder, int round) const {
+        const Rows rows(rowsOf(responder, round));
         return {rows, rows, std::vector<Rows>(roundsAfter(round), rows)};
     }
     static void add(const Rows& more, Rows& rows) {
@@ -126,19 +151,19 @@ private:
                        Sums& out) const;
     void addBoard(int round, const PublicBoard& board, const Rows& reach, Rooms& rooms,
                   Sums& out) const;
-    void meanOfNext(const PublicBoard& board, int round, Sums& sums) const;
+    void meanOfNext(const PublicBoard& board, size_t responder, int round, Sums& sums) const;
     std::vector<double> byLineAndClass(const Rows& rows) const;
 
     const MeasuredGame game_;
-    std::vector<ShareRows<Weight>> shares_; // [round - 1]
-    std::array<Rows, 2> flopReach_;         // [responder]: the other seat's
+    std::array<std::unique_ptr<BettingRounds>, 2> reached_; // where they are other than the game's
+    std::array<Betting, 2> betting_;                        // [responder]
 };
 
 // The probability of a seat's own actions on the way to the flop, by lane and holding.
 template <class Weight>
 auto FlopResponse::TypedWalks<Weight>::reachOfFlop(int seat) const -> Rows {
     const size_t holdings = game_.deck.holdings().size();
-    Rows rows(rowsOf(1));
+    Rows rows(rowsOf(static_cast<size_t>(1 - seat), 1));
     const auto& nodes = game_.tree.nodes();
     for (size_t lane = 0; lane < game_.rounds.entries().size(); ++lane)
         for (size_t h = 0; h < holdings; ++h) {
@@ -165,7 +190,7 @@ void FlopResponse::TypedWalks<Weight>::reachDown(int round, const BoardHands& ha
                                                  const Rows& reach, Rooms& rooms,
                                                  Rows& below) const {
     const size_t holdings = game_.deck.holdings().size();
-    for (size_t block = 0; block < game_.rounds.round(round).blocks; ++block) {
+    for (size_t block = 0; block < blocksOf(rooms.seat, round); ++block) {
         gather(hands, reach.data() + block * holdings, rooms.reach);
         rooms.walk[static_cast<size_t>(round) - 1].down(hands, block, rooms.reach.data(),
                                                         {below.data(), nullptr, nullptr, holdings});
@@ -206,12 +231,12 @@ void FlopResponse::TypedWalks<Weight>::valuesUp(int round, const BoardHands& han
 // The boards that were looked at stand for all; whoever holds two cards, and the opponent, leave so
 // many next cards as are not on the board or in their hands.
 template <class Weight>
-void FlopResponse::TypedWalks<Weight>::meanOfNext(const PublicBoard& board, int round,
-                                                  Sums& sums) const {
+void FlopResponse::TypedWalks<Weight>::meanOfNext(const PublicBoard& board, size_t responder,
+                                                  int round, Sums& sums) const {
     const size_t holdings = game_.deck.holdings().size();
     const double cards = static_cast<double>(game_.deck.cards().size() - board.cards.size() - 4);
     for (Rows* const rows : allOf(sums))
-        for (size_t block = 0; block < game_.rounds.round(round + 1).blocks; ++block) {
+        for (size_t block = 0; block < blocksOf(responder, round + 1); ++block) {
             Row* const of = rows->data() + block * holdings;
             game_.deck.symmetrise(board, of);
             for (size_t h = 0; h < holdings; ++h)
@@ -234,9 +259,9 @@ void FlopResponse::TypedWalks<Weight>::addBoard(int round, const PublicBoard& bo
                 addBoard(round + 1, each, rooms.reachBelow[at], rooms, below);
         else
             addLastBoards(next, rooms.reachBelow[at], rooms, below);
-        meanOfNext(board, round, below);
+        meanOfNext(board, rooms.seat, round, below);
     }
-    for (size_t block = 0; block < game_.rounds.round(round).blocks; ++block)
+    for (size_t block = 0; block < blocksOf(rooms.seat, round); ++block)
         valuesUp(round, hands, block, reach, below, rooms, board.weight, out);
 }
 
@@ -249,7 +274,7 @@ void FlopResponse::TypedWalks<Weight>::addLastBoards(const std::vector<PublicBoa
     std::vector<BoardHands> hands;
     for (const PublicBoard& board : boards)
         hands.push_back(handsOn(last, board));
-    for (size_t block = 0; block < game_.rounds.round(last).blocks; ++block)
+    for (size_t block = 0; block < blocksOf(rooms.seat, last); ++block)
         for (size_t b = 0; b < boards.size(); ++b)
             valuesUp(last, hands[b], block, reach, {}, rooms, boards[b].weight, out);
 }
@@ -280,7 +305,7 @@ Result<FlopValues> FlopResponse::TypedWalks<Weight>::on(const PublicBoard& flop,
     const BoardHands hands = handsOn(1, flop);
     std::array<Rooms, 2> flopRooms{Rooms(*this, 0), Rooms(*this, 1)};
     for (size_t seat = 0; seat < 2 && more; ++seat)
-        reachDown(1, hands, flopReach_[seat], flopRooms[seat], flopRooms[seat].reachBelow[0]);
+        reachDown(1, hands, betting_[seat].reach, flopRooms[seat], flopRooms[seat].reachBelow[0]);
     std::vector<Sums> ofTurn(2 * turns.size());
     std::atomic<bool> stopping{false};
     std::atomic<uint64_t> done{0};
@@ -295,8 +320,8 @@ Result<FlopValues> FlopResponse::TypedWalks<Weight>::on(const PublicBoard& flop,
             errors.run([&] {
                 const size_t seat = item % 2;
                 if (own[seat] == nullptr)
-                    own[seat] = std::make_unique<Rooms>(*this, static_cast<int>(seat));
-                ofTurn[item] = sumsOf(2);
+                    own[seat] = std::make_unique<Rooms>(*this, seat);
+                ofTurn[item] = sumsOf(seat, 2);
                 addBoard(2, turns[item / 2], flopRooms[seat].reachBelow[0], *own[seat],
                          ofTurn[item]);
                 const uint64_t now = done.fetch_add(1, std::memory_order_relaxed) + 1;
@@ -317,10 +342,10 @@ Result<FlopValues> FlopResponse::TypedWalks<Weight>::on(const PublicBoard& flop,
         for (size_t item = seat; item < ofTurn.size(); item += 2)
             add(ofTurn[item], below);
         if (more)
-            meanOfNext(flop, 1, below);
-        Sums sums = sumsOf(1);
-        for (size_t block = 0; block < game_.rounds.round(1).blocks; ++block)
-            valuesUp(1, hands, block, flopReach_[seat], below, rooms, 1, sums);
+            meanOfNext(flop, seat, 1, below);
+        Sums sums = sumsOf(seat, 1);
+        for (size_t block = 0; block < blocksOf(seat, 1); ++block)
+            valuesUp(1, hands, block, betting_[seat].reach, below, rooms, 1, sums);
         values.best[seat] = byLineAndClass(sums.best);
         values.value[seat] = byLineAndClass(sums.value);
         for (const Rows& rows : sums.later)

@@ -255,6 +255,12 @@ private:
     void leadOn(const RoundBetting::Ending& ending, const Row* own, Row* best) {
         const BoardHands::Hand* const hands = hands_->hands.data();
         const size_t size = hands_->size();
+        size_t lanes = 0;
+        eachLaneBelow(ending, [&](size_t, size_t, size_t) { ++lanes; });
+        if (lanes < lanesInBlock) { // what is not reached wins nothing
+            std::fill_n(bestBelow_.data(), size, Row{});
+            std::fill_n(valueBelow_.data(), size, Row{});
+        }
         eachLaneBelow(ending, [&](size_t lane, size_t start, size_t laneThere) {
             for (size_t i = 0; i < size; ++i) {
                 const size_t at = start + hands[i].number;

@@ -19,6 +19,9 @@ namespace tamarin {
 namespace {
 
 constexpr size_t bufferSize = size_t{1} << 18;
+// The system would keep gigabytes for the sync at the end, which then waits while nothing else is
+// done; so it is asked to begin as soon as there is so much.
+constexpr uint64_t writtenAtATime = uint64_t{1} << 24;
 
 // Repeats a call as long as a signal interrupts it.
 template <class Call>
@@ -133,6 +136,8 @@ struct AtomicFile::Body {
     int lockFd = -1;
     size_t used = 0;
     std::unique_ptr<std::byte[]> buffer;
+    uint64_t written = 0;
+    uint64_t onItsWay = 0; // of that
     std::string error;
 
     Body(FileSystem& calls, const std::string& name) : files(calls), path(name) {}
@@ -172,13 +177,18 @@ struct AtomicFile::Body {
 
     Status writeAll(const std::byte* data, size_t size) {
         while (size > 0) {
-            const ssize_t written = uninterrupted([&] { return files.write(fd, data, size); });
-            if (written < 0)
+            const ssize_t count = uninterrupted([&] { return files.write(fd, data, size); });
+            if (count < 0)
                 return fail("write", errno);
-            if (written == 0) // not an error of its own, but repeated for ever it would hang
+            if (count == 0) // not an error of its own, but repeated for ever it would hang
                 return fail("write", ENOSPC);
-            data += written;
-            size -= static_cast<size_t>(written);
+            data += count;
+            size -= static_cast<size_t>(count);
+            written += static_cast<uint64_t>(count);
+        }
+        if (!inPlace && written - onItsWay >= writtenAtATime) {
+            files.startWriting(fd, onItsWay, written - onItsWay);
+            onItsWay = written;
         }
         return {};
     }

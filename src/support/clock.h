@@ -20,6 +20,24 @@ public:
 // The machine's steady clock; lives for the whole process.
 const Clock& steadyClock();
 
+// A clock that does not see what is done while it is held.
+class HeldClock : public Clock {
+public:
+    explicit HeldClock(const Clock& clock = steadyClock()) : clock_(clock) {}
+    TimePoint now() const override { return clock_.now() - held_; }
+
+    template <class Body>
+    void hold(const Body& body) {
+        const TimePoint from = clock_.now();
+        body();
+        held_ += clock_.now() - from;
+    }
+
+private:
+    const Clock& clock_;
+    Duration held_{0};
+};
+
 inline double seconds(std::chrono::steady_clock::duration duration) {
     return std::chrono::duration<double>(duration).count();
 }

@@ -28,6 +28,8 @@ public:
     virtual ssize_t read(int fd, void* buffer, size_t size);
     virtual ssize_t write(int fd, const void* buffer, size_t size);
     virtual int fsync(int fd);
+    // Asks for bytes that were written to go to the disk from now on, and waits for nothing.
+    virtual void startWriting(int fd, uint64_t begin, uint64_t size);
     virtual int close(int fd);
     virtual int rename(const char* from, const char* to);
     virtual int unlink(const char* path);

@@ -3,13 +3,13 @@
 #include "clustering/abstraction_check.h"
 #include "clustering/abstraction_plan.h"
 #include "clustering/make_abstraction.h"
-#include "support/clock.h"
 #include "support/interrupt.h"
 #include "support/progress.h"
 #include "support/resources.h"
 #include "support/step_progress.h"
 #include "table_builder/table_summary.h"
 #include "toolbox/command.h"
+#include "toolbox/making_cards.h"
 #include "toolbox/numbers.h"
 
 #include <memory>
@@ -60,7 +60,6 @@ MakeOptions makeOptions(const AbstractArguments& options) {
     make.name = options.name;
     make.force = options.force;
     make.threads = options.threads;
-    make.stop = interrupted;
     if (const Status good = checkAbstractionName(make.nameOrOwn()); !good)
         throw UsageError(good.error());
     if (const Status free = isNobodyElses(make.nameOrOwn()); !free)
@@ -176,34 +175,14 @@ void printSummary(const MadeAbstraction& made, bool json) {
 }
 
 int abstractCards(const AbstractArguments& options) {
-    MakeOptions make = makeOptions(options);
+    const MakeOptions make = makeOptions(options);
     if (options.dryRun)
         return showPlan(make, options.json);
     if (options.verify)
         return check(options, make);
-    const AbstractionPlan plan = planAbstraction(make);
-    if (plan.state == AbstractionPlan::State::missing ||
-        plan.state == AbstractionPlan::State::begun)
-        if (const Status enough = checkResources(plan.memory, plan.disk,
-                                                 inDirectory(make.directory, lookupDirectory));
-            !enough)
-            return fail(enough.error());
-    StepProgress progress(options.quiet);
-    make.progress = [&](const std::string& step, uint64_t done, uint64_t total) {
-        progress.at(step, done, total);
-    };
-    make.log = [&](const std::string& line) { progress.line(line); };
-    const TimePoint start = steadyClock().now();
-    const auto made = makeAbstraction(make);
-    if (!made) {
-        if (stoppedBySignal(made.error()))
-            progress.line(
-                fmt::format("stopped; what is done is kept, and the same command{} goes on "
-                            "from there",
-                            make.force ? " without --force" : ""));
+    const auto made = makeCards(make, options.quiet);
+    if (!made)
         return stoppedOrFailed(made.error());
-    }
-    progress.line(fmt::format("all in {}", describeDuration(seconds(steadyClock().now() - start))));
     printSummary(*made, options.json);
     return exitDone;
 }

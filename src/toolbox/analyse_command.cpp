@@ -188,7 +188,7 @@ void addAnalyseCommand(CLI::App& app, int& status) {
     command
         .add_option("--strategy", options->strategies,
                     "What a player plays by: call, raise, fold, uniform, rule, player (the file in "
-                    "--dir), or a folder with a file 'strategy'; once for each player")
+                    "--dir), a folder with a file 'strategy', or a blueprint; once for each player")
         ->take_all()
         ->type_name("NAME=STRATEGY")
         ->default_str("");

@@ -2,9 +2,14 @@
 
 #include "blueprint/blueprint_file.h"
 #include "blueprint/blueprint_trainer.h"
+#include "blueprint/sets_play.h"
 #include "directory/json.h"
+#include "directory/kept_files.h"
 #include "directory/manifest.h"
 #include "directory/strategies.h"
+#include "driver/played_blueprint.h"
+#include "response/sample_measure.h"
+#include "support/file.h"
 #include "support/interrupt.h"
 #include "support/progress.h"
 #include "support/resources.h"
@@ -17,9 +22,10 @@ namespace tamarin {
 
 namespace {
 
-constexpr const char* blueprintName = "blueprint";
 constexpr double defaultSeconds = 600;
 constexpr double secondsBetweenCheckpoints = 600;
+constexpr uint64_t measureSeed = 1;              // of the flops: one sample for all trainings
+constexpr uint64_t bytesOfMeasure = 200'000'000; // beside the strategy in rows of lanes
 constexpr uint64_t bytesElsewhere = 350'000'000; // the abstraction's pages in use, and the program
 
 Result<CardAbstraction> openCards(const std::string& cards, const std::string& directory) {
@@ -41,6 +47,13 @@ struct BlueprintCost {
     uint64_t blueprint;
     uint64_t disk() const { return 2 * (checkpoint + blueprint); } // old and new while writing
 };
+
+// What a blueprint was made from, for the manifest.
+std::string blueprintSource(const HoldemGame& game, uint64_t buckets, const std::string& quality) {
+    return fmt::format("{}, definition {:016x}, buckets {:016x}{}", game.name,
+                       hashOfGame(*game.rules), buckets,
+                       quality.empty() ? "" : ", quality " + quality);
+}
 
 // One run, from the place where its files lie.
 struct BlueprintRun {
@@ -76,18 +89,70 @@ struct BlueprintRun {
         const auto resumed = takeUp();
         if (!resumed)
             return fail(resumed.error());
-        const TrainingOutcome outcome = runWatched(trainer, request, *resumed, [&] {
-            return trainer.writeCheckpoint(checkpoint, buckets);
-        });
-        if (outcome.end == TrainingEnd::stopped) {
-            if (outcome.saved)
-                complain("stopped; {} holds all {} iterations, --resume goes on from it, and {} is "
-                         "as it was",
-                         checkpoint, describeCount(trainer.iteration()), path);
-            return outcome.saved ? interruptStatus() : exitFailed;
+        std::optional<SampleMeasure> sample;
+        if (request.measureFlops != 0) {
+            auto made = SampleMeasure::of(*game.rules, trainer.sets().tree(), request.measureFlops,
+                                          measureSeed);
+            if (!made)
+                return fail(game.name + ": " + made.error());
+            sample.emplace(std::move(*made));
         }
-        const int status = finish(outcome);
+        const TrainingOutcome outcome = runWatched(
+            trainer, request, *resumed,
+            [&] { return trainer.writeCheckpoint(checkpoint, buckets); },
+            sample ? std::function([&] { return measured(*sample); }) : nullptr);
+        const int status = outcome.end == TrainingEnd::stopped ? stopped(outcome) : finish(outcome);
         return outcome.saved ? status : exitFailed;
+    }
+
+    // Of the average strategy as it stands, in the real game.
+    LongMeasure measured(const SampleMeasure& sample) const {
+        const double unit = 500.0 / bigBlind(*game.rules); // mbb of both seats' gains halved
+        Work work{request.threads.value_or(0), {}, interrupted};
+        std::optional<Progress> progress;
+        if (!request.quiet) {
+            progress.emplace("Measuring in the real game", "flops", sample.distinctFlops());
+            work.progress = [&](uint64_t done, uint64_t) { progress->update(done); };
+        }
+        const auto gains = sample.measure(SetsPlay(trainer.sets(), abstraction), work);
+        if (!gains)
+            return {};
+        if (progress)
+            progress->finish(sample.distinctFlops());
+        return {{{"exploitability", unit * gains->crossed.mean},
+                 {"interval95", unit * gains->crossed.halfWidth},
+                 {"afterFlop", unit * gains->afterFlop.mean},
+                 {"afterFlopInterval95", unit * gains->afterFlop.halfWidth},
+                 {"biased", unit * gains->biased.mean},
+                 {"flops", request.measureFlops}},
+                fmt::format("exploitability {:.0f} +- {:.0f} mbb/hand", unit * gains->crossed.mean,
+                            unit * gains->crossed.halfWidth)};
+    }
+
+    int stopped(const TrainingOutcome& outcome) const {
+        if (!request.quality.empty() && isBetter()) {
+            if (outcome.saved)
+                complain("stopped; the same command goes on from {}", checkpoint);
+            const int status = finish(outcome);
+            return status == exitDone ? interruptStatus() : status;
+        }
+        if (outcome.saved)
+            complain("stopped; {} holds all {} iterations, {} goes on from it, and {} is as it was",
+                     checkpoint, describeCount(trainer.iteration()),
+                     request.quality.empty() ? "--resume" : "the same command", path);
+        return interruptStatus();
+    }
+
+    // Whether what was trained so far is worth more than what is there: few iterations over many
+    // buckets are not.
+    bool isBetter() const {
+        if (trainer.iteration() == 0)
+            return false;
+        if (!std::filesystem::exists(path))
+            return true;
+        const auto there = BlueprintFile::open(path, *game.rules, trainer.sets().tree());
+        return there && there->origin().abstractionHash == buckets &&
+               there->origin().steps < trainer.iteration();
     }
 
     // Goes on from the checkpoint where that is wanted, and refuses to forget one unasked. Whether
@@ -99,12 +164,22 @@ struct BlueprintRun {
             return false;
         if (!there)
             return Error{checkpoint + " is not there: nothing to resume"};
-        if (!request.resume)
+        if (!request.resume && !request.resumeIfThere)
             return Error{checkpoint + " is that of an earlier run: --resume goes on from it, " +
                          "--fresh starts over"};
-        if (Status read = trainer.readCheckpoint(checkpoint, buckets); !read)
+        // One that cannot be read at all may be a good one.
+        if (const auto readable = MappedFile::open(checkpoint); !readable)
+            return Error{readable.error()};
+        const Status read = trainer.readCheckpoint(checkpoint, buckets);
+        if (read)
+            return true;
+        if (request.resume)
             return Error{read.error()};
-        return true;
+        const auto aside = setAsideBadFile(checkpoint);
+        if (!aside)
+            return Error{aside.error()};
+        complain("{}; starting over, it is kept as {}", read.error(), *aside);
+        return false;
     }
 
     int finish(const TrainingOutcome& outcome) const {
@@ -112,13 +187,19 @@ struct BlueprintRun {
         const BlueprintOrigin origin{
             hashOfGame(*game.rules),        cards,          buckets,
             {counts.begin(), counts.end()}, trainer.seed(), trainer.iteration()};
+        KeptFiles kept;
+        if (request.keepOther && std::filesystem::exists(path))
+            if (Status safe = kept.keep(path); !safe)
+                return fail(safe.error());
         if (Status written = writeBlueprint(path, trainer.sets(), origin); !written)
             return fail(written.error());
+        kept.replaced();
         const std::string made =
             fmt::format("{} --cards {} with seed {}, {} iterations", request.made, cards,
                         trainer.seed(), trainer.iteration());
-        const std::string from = asJsonText(fmt::format("{}, definition {:016x}, buckets {:016x}",
-                                                        game.name, origin.game, buckets));
+        const bool finished = outcome.end != TrainingEnd::stopped;
+        const std::string from =
+            asJsonText(blueprintSource(game, buckets, finished ? request.quality : ""));
         if (Status noted = recordFiles(request.out, {{blueprintName, made, from}}); !noted)
             return fail(noted.error());
         if (request.json) {
@@ -138,6 +219,13 @@ struct BlueprintRun {
         return exitDone;
     }
 };
+
+// "for 5 min", for people.
+std::string lengthOf(const TrainingGoal& goal) {
+    if (goal.seconds)
+        return "for " + describeDuration(*goal.seconds);
+    return goal.iterations ? "to the iterations wanted" : "until it is stopped";
+}
 
 void refuseForBlueprint(const TrainingRequest& request) {
     if (request.algorithm)
@@ -159,7 +247,7 @@ int trainBlueprint(const HoldemGame& game, const std::string& cards, TrainingReq
     refuseForBlueprint(request);
     if (Status fits = BlueprintTrainer::fits(*game.rules); !fits)
         return fail(game.name + ": " + fits.error());
-    if (!request.goal.any())
+    if (!request.goal.any() && request.quality.empty())
         request.goal.seconds = defaultSeconds;
     if (request.checkpointEvery == 0)
         request.checkpointSeconds = secondsBetweenCheckpoints;
@@ -178,9 +266,15 @@ int trainBlueprint(const HoldemGame& game, const std::string& cards, TrainingReq
     const auto lock = lockResults(request.out);
     if (!lock)
         return fail(lock.error());
-    const BlueprintCost cost(trainer);
+    BlueprintCost cost(trainer);
+    if (request.measureFlops != 0)
+        cost.memory += bytesOfMeasure + trainer.sets().memory() / 2;
     if (Status enough = checkResources(cost.memory, cost.disk(), request.out); !enough)
         return fail(enough.error());
+    if (!request.quiet)
+        remark("{} information sets; up to {} of memory, a blueprint of up to {}, {}",
+               describeCount(trainer.sets().numSets()), describeBytes(cost.memory),
+               describeBytes(cost.blueprint), lengthOf(request.goal));
     return run.run();
 }
 

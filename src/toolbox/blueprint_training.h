@@ -11,7 +11,8 @@
 namespace tamarin {
 
 // cards: the abstraction, by its name or folder. Trains, saves, prints; returns the command's exit
-// status. A signal leaves a checkpoint and the blueprint as it was.
+// status. A signal leaves a checkpoint and the blueprint as it was; where a quality is named, it
+// leaves what was trained so far instead, unless the blueprint that is there is worth more.
 int trainBlueprint(const HoldemGame& game, const std::string& cards, TrainingRequest request);
 
 } // namespace tamarin

@@ -4,10 +4,10 @@ namespace tamarin {
 
 const std::vector<AddCommand>& allCommands() {
     static const std::vector<AddCommand> commands = {
-        addMatchCommand,  addAnalyseCommand,   addBotCommand,    addPrepareCommand,
-        addTrainCommand,  addExploitCommand,   addShowCommand,   addEquityCommand,
-        addRankCommand,   addIndexCommand,     addTablesCommand, addAbstractCommand,
-        addVerifyCommand, addSignatureCommand,
+        addMatchCommand,   addServeCommand,    addAnalyseCommand,     addBotCommand,
+        addPrepareCommand, addTrainCommand,    addConvergenceCommand, addExploitCommand,
+        addShowCommand,    addEquityCommand,   addRankCommand,        addIndexCommand,
+        addTablesCommand,  addAbstractCommand, addVerifyCommand,      addSignatureCommand,
     };
     return commands;
 }

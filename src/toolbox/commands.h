@@ -30,6 +30,7 @@ void addBotCommand(CLI::App& app, int& status);
 void addPrepareCommand(CLI::App& app, int& status);
 void addTrainCommand(CLI::App& app, int& status);
 void addExploitCommand(CLI::App& app, int& status);
+void addServeCommand(CLI::App& app, int& status);
 void addShowCommand(CLI::App& app, int& status);
 void addEquityCommand(CLI::App& app, int& status);
 void addRankCommand(CLI::App& app, int& status);
@@ -37,6 +38,7 @@ void addIndexCommand(CLI::App& app, int& status);
 void addTablesCommand(CLI::App& app, int& status);
 void addAbstractCommand(CLI::App& app, int& status);
 void addVerifyCommand(CLI::App& app, int& status);
+void addConvergenceCommand(CLI::App& app, int& status);
 void addSignatureCommand(CLI::App& app, int& status);
 
 // Every command, in the order in which --help lists them.

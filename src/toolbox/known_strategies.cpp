@@ -1,9 +1,13 @@
 #include "toolbox/known_strategies.h"
 
 #include "analysis/bot_play.h"
+#include "blueprint/blueprint_play.h"
+#include "directory/blueprints.h"
+#include "driver/played_blueprint.h"
 #include "toolbox/command.h"
 #include "toolbox/file_play.h"
 
+#include <filesystem>
 #include <utility>
 
 namespace tamarin {
@@ -26,6 +30,25 @@ std::vector<NamedStrategy> knownOfSeats(const std::vector<Seat>& seats) {
     return known;
 }
 
+namespace {
+
+// The blueprint that stands for a name: the file itself, or the one that `player` plays, which is
+// none that cannot be opened. Empty where none does.
+std::string blueprintMeant(const GameFile& game, const std::string& directory,
+                           const std::string& what, const CompiledTree& tree) {
+    if (what != "player")
+        return isBlueprint(what) ? what : "";
+    const auto holdem = openHoldem(game.path, directory);
+    if (!holdem || !*holdem)
+        return "";
+    const std::string path = blueprintBeside(holdemStrategyPath(directory, **holdem));
+    return std::filesystem::exists(path) && BlueprintPlay::open(path, directory, *game.rules, tree)
+               ? path
+               : "";
+}
+
+} // namespace
+
 Result<std::shared_ptr<const HandStrategy>> KnownStrategies::openOne(const GameFile& game,
                                                                      const std::string& directory,
                                                                      const std::string& what) {
@@ -34,6 +57,12 @@ Result<std::shared_ptr<const HandStrategy>> KnownStrategies::openOne(const GameF
         return Shared(std::make_shared<RulePlay>(*game.rules, *tree_));
     if (const auto simple = simplePlayNamed(what))
         return Shared(std::make_shared<SimpleStrategy>(*tree_, *simple));
+    if (const auto path = blueprintMeant(game, directory, what, *tree_); !path.empty()) {
+        auto blueprint = BlueprintPlay::open(path, directory, *game.rules, *tree_);
+        if (!blueprint)
+            return Error{blueprint.error()};
+        return Shared(std::make_shared<BlueprintPlay>(std::move(*blueprint)));
+    }
     auto file = openFilePlay(game.path, directory, what == "player" ? "" : what);
     if (!file)
         return Error{file.error()};

@@ -13,8 +13,9 @@
 namespace tamarin {
 
 // What stands behind NAME=: "call", "raise", "fold", "uniform", "rule" (the built-in bot),
-// "player" (the strategy that `player` finds in the playing directory), or a folder with a file
-// `strategy`.
+// "player" (the strategy or blueprint that `player` finds in the playing directory), a folder with
+// a file `strategy`, or the file of a blueprint, whose card abstraction is below the playing
+// directory.
 struct NamedStrategy {
     std::string name;
     std::string what;
@@ -23,8 +24,8 @@ struct NamedStrategy {
 NamedStrategy parseNamedStrategy(const std::string& text);
 
 // What a seat of a match is known to play by: the built-in bots, and `player` in a limit game for
-// two. `player` draws every decision from its file, and has no other way in such a game: the file
-// holds every information set of it. Nothing for a seat of which nothing is known.
+// two. `player` draws every decision from its file, and has no other way in such a game: the file,
+// a blueprint too, holds every information set of it. Nothing for a seat of which nothing is known.
 std::vector<NamedStrategy> knownOfSeats(const std::vector<Seat>& seats);
 
 class KnownStrategies {

@@ -11,6 +11,7 @@
 #include "toolbox/command.h"
 #include "toolbox/holdem_training.h"
 #include "toolbox/numbers.h"
+#include "toolbox/prepare_blueprint.h"
 
 #include <filesystem>
 
@@ -106,10 +107,15 @@ int prepareHoldem(const HoldemGame& game, TrainingRequest request) {
     return trainHoldemGame(game, request);
 }
 
-int prepare(const std::string& name, TrainingRequest request) {
+int prepare(const std::string& name, const std::string& quality, TrainingRequest request) {
     const auto holdem = openHoldem(name, request.directory);
     if (!holdem)
         return fail(holdem.error());
+    if (!quality.empty()) {
+        if (*holdem)
+            return prepareBlueprint(**holdem, quality, request);
+        throw UsageError("--quality: blueprints are of hold'em");
+    }
     if (*holdem)
         return prepareHoldem(**holdem, request);
     if (request.dryRun || request.goal.seconds)
@@ -161,19 +167,29 @@ int prepare(const std::string& name, TrainingRequest request) {
 
 void addPrepareCommand(CLI::App& app, int& status) {
     auto game = std::make_shared<std::string>();
+    auto quality = std::make_shared<std::string>();
     auto request = std::make_shared<TrainingRequest>();
-    CLI::App& command = addCommand(app, "prepare", "Make everything a game needs for `player`",
-                                   "tamarin prepare kuhn.limit.3p.game --dir run\n\n"
-                                   "For hold'em: the tables below lookup/, then the strategy, as "
-                                   "'tamarin train' makes them when\nno goal is given. What an "
-                                   "earlier, stopped run left is taken up again.");
+    CLI::App& command = addCommand(
+        app, "prepare", "Make everything a game needs for `player`",
+        "tamarin prepare kuhn.limit.3p.game --dir run\n"
+        "  tamarin prepare holdem.limit.2p.reverse_blinds.game --quality quick --dir run\n\n"
+        "For hold'em: the tables below lookup/, then the strategy, as 'tamarin train' makes them "
+        "when\nno goal is given. With --quality (two players, limit) a card abstraction and a "
+        "blueprint over\nit instead, which `player` plays in the strategy's stead and without "
+        "tables. What an earlier,\nstopped run left is taken up again; a stopped blueprint is "
+        "kept as far as it came.");
     command.add_option("GAME", *game, "Game definition: a path, or a name in --dir")->required();
+    command
+        .add_option("--quality", *quality,
+                    "A blueprint: quick trains for five minutes over 200 buckets a round, good for "
+                    "an hour over 1000, best over 5000 until it is stopped")
+        ->check(CLI::IsMember(qualityNames()));
     command.add_flag("--force", request->fresh, "Make it again where it is good already");
     command.add_flag("--dry-run", request->dryRun, "Hold'em: print what it would take");
     addSeconds(command, "--seconds", request->goal.seconds, "Hold'em: train for so long instead");
     addDirectoryOption(command, request->directory);
     addQuietOption(command, request->quiet);
-    command.callback([=, &status] { status = prepare(*game, *request); });
+    command.callback([=, &status] { status = prepare(*game, *quality, *request); });
 }
 
 } // namespace tamarin

@@ -1,10 +1,14 @@
 // tamarin show: a strategy, a table or a card abstraction as text, as JSON or as a page.
+#include "directory/blueprints.h"
 #include "directory/holdem_game.h"
 #include "directory/manifest.h"
 #include "directory/playing_directory.h"
 #include "directory/strategies.h"
+#include "driver/played_blueprint.h"
+#include "eval/hand_range.h"
 #include "report/abstraction_page.h"
 #include "report/abstraction_view.h"
+#include "report/decision_view.h"
 #include "report/holdem_chart.h"
 #include "report/strategy_page.h"
 #include "report/table_page.h"
@@ -12,6 +16,7 @@
 #include "strategy/mapped_strategy.h"
 #include "support/file.h"
 #include "support/interrupt.h"
+#include "support/progress.h"
 #include "support/step_progress.h"
 #include "toolbox/abstraction_place.h"
 #include "toolbox/command.h"
@@ -36,11 +41,14 @@ struct ShowArguments {
     std::string html;
     std::string round;              // of a card abstraction
     std::optional<uint32_t> bucket; // of that round
+    std::string actions;            // of a blueprint, "rc/c"
+    std::string board;              // likewise
     int threads = 0;
     bool json = false;
     bool quiet = false;
 
     bool wantsText() const { return !json && html.empty(); }
+    bool asksForDecision() const { return !actions.empty() || !board.empty(); }
 };
 
 // What is shown: a game's files, or one file of a game.
@@ -215,6 +223,69 @@ int showAbstraction(const AbstractionPlace& place, const ShowArguments& options)
         [&] { return abstractionPage(*view); });
 }
 
+// Of a file DIR/strategies/NAME/blueprint the playing directory is DIR, where none was named.
+std::string directoryOf(const std::string& path, const std::string& named) {
+    const auto folder = std::filesystem::absolute(path).lexically_normal().parent_path();
+    if (named != "." || folder.parent_path().filename() != "strategies")
+        return named;
+    return folder.parent_path().parent_path().string();
+}
+
+// The blueprint that is meant: by its path, as it stands or below the playing directory, or by its
+// game, where a decision is asked for or there is no other strategy.
+std::optional<std::string> findBlueprint(const ShowArguments& options) {
+    if (options.what.ends_with(".game")) {
+        const auto holdem = openHoldem(options.what, options.directory);
+        if (!holdem || !*holdem)
+            return std::nullopt;
+        const std::string strategy = holdemStrategyPath(options.directory, **holdem);
+        const std::string path = blueprintBeside(strategy);
+        const bool meant = options.asksForDecision() || !std::filesystem::exists(strategy);
+        return meant && std::filesystem::exists(path) ? std::optional(path) : std::nullopt;
+    }
+    for (const std::string& path : {options.what, inDirectory(options.directory, options.what)})
+        if (isBlueprint(path))
+            return path;
+    return std::nullopt;
+}
+
+int showBlueprint(const std::string& path, const ShowArguments& options) {
+    if (!options.html.empty())
+        throw UsageError("--html: a blueprint is shown as text or --json so far");
+    const auto board = parseCards(options.board);
+    if (!board)
+        throw UsageError("--board: " + board.error());
+    const auto blueprint = openBlueprint(path, directoryOf(path, options.directory), options.game);
+    if (!blueprint)
+        return fail(blueprint.error());
+    const CompiledTree& tree = *blueprint->tree;
+    const auto node = followActions(tree, options.actions);
+    if (!node)
+        throw UsageError("--actions: " + node.error());
+    const auto view = viewDecision(*blueprint->game.rules, tree, *blueprint->play, *node, *board);
+    if (!view)
+        throw UsageError("--board: " + view.error());
+    uint64_t sets = 0;
+    for (const auto& each : tree.nodes())
+        sets += blueprint->play->numClasses(each.player, each.round);
+    const uint64_t bytes = std::filesystem::file_size(path);
+    if (options.json) {
+        const BlueprintOrigin& origin = blueprint->play->origin();
+        printJson({{"game", blueprint->game.name},
+                   {"source", path},
+                   {"cards", origin.abstraction},
+                   {"iterations", origin.steps},
+                   {"seed", origin.seed},
+                   {"informationSets", sets},
+                   {"bytes", bytes},
+                   {"decision", decisionJson(*view)}});
+        return exitDone;
+    }
+    fmt::print("{}: {}, {} information sets, {}\n\n{}", path, blueprint->describe(),
+               describeCount(sets), describeBytes(bytes), decisionText(*view));
+    return exitDone;
+}
+
 int show(const ShowArguments& options) {
     if (Status free = checkOutputPlace(options.html, "<!doctype html>", "a page", "--html"); !free)
         return fail(free.error());
@@ -222,6 +293,11 @@ int show(const ShowArguments& options) {
         return showAbstraction(*place, options);
     if (!options.round.empty())
         return fail("there is no card abstraction " + options.what + ", and --round is of one");
+    if (const auto blueprint = findBlueprint(options))
+        return showBlueprint(*blueprint, options);
+    if (options.asksForDecision())
+        return fail("there is no blueprint " + options.what +
+                    ", and --actions and --board are of one");
     if (const TableFile* table = tableNamed(options.what)) {
         const bool here = options.directory == "." || std::filesystem::exists(options.what);
         return showTable(*table, here ? options.what : inDirectory(options.directory, options.what),
@@ -261,12 +337,14 @@ void addShowCommand(CLI::App& app, int& status) {
         app, "show", "Print a strategy, a table or a card abstraction as text, JSON or a page",
         "tamarin show kuhn.limit.3p.game --html kuhn.html\n"
         "  tamarin show holdem.limit.2p.reverse_blinds.game\n"
+        "  tamarin show run/strategies/holdem.limit.2p/blueprint --actions rc/c --board AsKd7c\n"
         "  tamarin show lookup/preflop_2p --html preflop.html\n"
         "  tamarin show lookup/169-200-200-200 --round flop --bucket 17\n\n"
         "Of hold'em, the first decisions before the flop: by bucket, and as the grid of "
         "starting\nhands, each with its likeliest action (f, c, r) and that action's "
         "percentage; suited\nhands above the diagonal. --json and --html go one action "
-        "further.");
+        "further. Of a blueprint, one decision: what each of the 169 starting hands does there, "
+        "as far\nas it comes there, and with --json every hand on the board.");
     command
         .add_option("GAME|FILE", options->what,
                     "A game, for the strategies in the playing directory; a strategy file; or a "
@@ -283,6 +361,15 @@ void addShowCommand(CLI::App& app, int& status) {
     addWholeNumber(command, "--bucket", options->bucket, 0, mostBuckets - 1,
                    "Of that round this bucket: what it holds, and ten of its hands")
         ->needs(round);
+    command
+        .add_option("--actions", options->actions,
+                    "Of a blueprint the decision after these actions, f, c and r; rounds may be "
+                    "parted by /")
+        ->type_name("ACTIONS");
+    command
+        .add_option("--board", options->board,
+                    "The board there: 3, 4 or 5 cards; its first three are the flop")
+        ->type_name("CARDS");
     addThreadsOption(command, options->threads)
         ->description("Threads that weigh a card abstraction; 0 for all cores");
     addDirectoryOption(command, options->directory);

@@ -13,6 +13,8 @@ namespace tamarin {
 
 namespace {
 
+constexpr double firstLongMeasure = 60; // seconds
+
 // How good the training is and, where time alone ends it, how long it goes on.
 std::string noteOn(const TrainingMeasure* measure, const TrainingGoal& goal, double took) {
     std::string text;
@@ -35,7 +37,8 @@ Result<FileLock> lockResults(const std::string& out) {
 }
 
 TrainingOutcome runWatched(Trainer& trainer, const TrainingRequest& request, bool resumed,
-                           const std::function<Status()>& save) {
+                           const std::function<Status()>& save,
+                           const std::function<LongMeasure()>& measure) {
     std::optional<ConvergenceLog> log;
     if (save)
         log.emplace(request.out, resumed ? std::optional(trainer.iteration()) : std::nullopt);
@@ -47,18 +50,40 @@ TrainingOutcome runWatched(Trainer& trainer, const TrainingRequest& request, boo
         progress->resumeAt(trainer.iteration());
     }
     const TrainingGoal& goal = request.goal;
-    const TimePoint start = steadyClock().now();
+    HeldClock clock;
+    const TimePoint start = clock.now();
     std::optional<TrainingStep> last;
+    std::string measured;
     const auto note = [&] {
-        const double took = seconds(steadyClock().now() - start);
-        return noteOn(last ? &last->measure : nullptr, goal, took);
+        const double took = seconds(clock.now() - start);
+        return noteOn(last ? &last->measure : nullptr, goal, took) + measured;
     };
     Status saved;
+    double measureAt = firstLongMeasure;
+    uint64_t measuredAt = UINT64_MAX; // the iteration
+    const auto takeLong = [&](const TrainingStep& step) {
+        while (measureAt <= step.seconds)
+            measureAt *= 2;
+        measuredAt = step.iteration;
+        clock.hold([&] {
+            const LongMeasure found = measure();
+            if (found.members.empty())
+                return;
+            measured = ", " + found.note;
+            nlohmann::ordered_json line = {{"iteration", step.iteration},
+                                           {"seconds", step.seconds}};
+            line.update(found.members);
+            if (log)
+                log->add(line.dump());
+        });
+    };
     TrainingHooks hooks;
     hooks.step = [&](const TrainingStep& step) {
         last = step;
         if (log)
             log->add(stepAsJson(step));
+        if (measure && step.seconds >= measureAt)
+            takeLong(step);
     };
     if (progress)
         hooks.progress = [&](uint64_t iteration) { progress->update(iteration, note()); };
@@ -71,7 +96,9 @@ TrainingOutcome runWatched(Trainer& trainer, const TrainingRequest& request, boo
     hooks.saveEvery = request.checkpointEvery;
     hooks.saveEverySeconds = request.checkpointSeconds;
     hooks.stop = [] { return interrupted(); };
-    const TrainingEnd end = runTraining(trainer, goal, hooks);
+    const TrainingEnd end = runTraining(trainer, goal, hooks, clock);
+    if (measure && end != TrainingEnd::stopped && measuredAt != last->iteration)
+        takeLong(*last);
     if (progress)
         progress->finish(trainer.iteration(), note());
     if (log && !log->good())

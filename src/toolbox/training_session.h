@@ -33,7 +33,11 @@ struct TrainingRequest {
     // Keep the strategy that is replaced as strategy.bad, unless the manifest says that it is whole
     // and of the same game and tables.
     bool keepOther = false;
+    uint32_t measureFlops = 0; // of a blueprint: measured now and then, on so many; 0: never
     std::string made = "tamarin train"; // the command, for the manifest
+    // Of a blueprint: how good it was to be, for the manifest of one that is finished; without a
+    // goal it then goes on until it is stopped, and what it has come to is kept as a blueprint.
+    std::string quality;
 };
 
 struct TrainingOutcome {
@@ -48,8 +52,17 @@ Result<FileLock> lockResults(const std::string& out);
 
 // Runs the trainer on, saves at the end too, and says on standard error what could not be saved.
 // Without a way to save, the run leaves no log either. resumed: after an earlier run's iterations.
+//
+// measure, which takes long and counts as none of the training's time, is called after a minute of
+// it, after two, four and so on, and at the end; what it returns joins the step in the log, as JSON
+// members, and stands beside the progress.
+struct LongMeasure {
+    nlohmann::ordered_json members; // none where it was stopped
+    std::string note;
+};
 TrainingOutcome runWatched(Trainer& trainer, const TrainingRequest& request, bool resumed,
-                           const std::function<Status()>& save);
+                           const std::function<Status()>& save,
+                           const std::function<LongMeasure()>& measure = nullptr);
 
 // Iterations a second, tried for so long or until a signal.
 double measureSpeed(Trainer& trainer, double forSeconds);

@@ -36,8 +36,8 @@ size_t strideFor(size_t players) {
 
 } // namespace
 
-Payoffs::Payoffs(const Game& game, const CompiledTree& tree)
-    : game_(game), tree_(tree), stride_(strideFor(game.numPlayers)) {}
+Payoffs::Payoffs(const Game& game, const std::vector<CompiledTree::Settlement>& settlements)
+    : game_(game), settlements_(settlements), stride_(strideFor(game.numPlayers)) {}
 
 uint32_t Payoffs::outcomeOf(const State& state) {
     const auto [at, isNew] =
@@ -45,15 +45,14 @@ uint32_t Payoffs::outcomeOf(const State& state) {
     if (!isNew)
         return at->second;
 
-    const std::vector<CompiledTree::Settlement>& settlements = tree_.settlements();
-    auto table = std::make_unique<double[]>(settlements.size() * stride_);
+    auto table = std::make_unique<double[]>(settlements_.size() * stride_);
     State settled = state;
     settled.finished = 1;
     // A showdown sees the whole board, also when everybody was all-in before the last round.
     settled.round = static_cast<uint8_t>(game_.numRounds - 1);
-    for (size_t row = 0; row < settlements.size(); ++row) {
-        std::copy_n(settlements[row].spent.begin(), MAX_PLAYERS, settled.spent);
-        std::copy_n(settlements[row].folded.begin(), MAX_PLAYERS, settled.playerFolded);
+    for (size_t row = 0; row < settlements_.size(); ++row) {
+        std::copy_n(settlements_[row].spent.begin(), MAX_PLAYERS, settled.spent);
+        std::copy_n(settlements_[row].folded.begin(), MAX_PLAYERS, settled.playerFolded);
         settled.maxSpent = *std::max_element(settled.spent, settled.spent + game_.numPlayers);
         for (uint8_t p = 0; p < game_.numPlayers; ++p)
             table[row * stride_ + p] = valueOfState(&game_, &settled, p);

@@ -17,8 +17,9 @@ namespace tamarin {
 
 class Payoffs {
 public:
-    // game and tree must outlive the object.
-    Payoffs(const Game& game, const CompiledTree& tree);
+    // game and settlements, or the tree that has them, must outlive the object.
+    Payoffs(const Game& game, const std::vector<CompiledTree::Settlement>& settlements);
+    Payoffs(const Game& game, const CompiledTree& tree) : Payoffs(game, tree.settlements()) {}
 
     // Values per row: the number of players, padded to an even count of whole vectors (2, 4, 8, 12)
     // with zeros.
@@ -34,7 +35,7 @@ public:
 
 private:
     const Game& game_;
-    const CompiledTree& tree_;
+    const std::vector<CompiledTree::Settlement>& settlements_;
     size_t stride_;
     std::unordered_map<uint64_t, uint32_t> outcomes_; // by order code
     std::vector<std::unique_ptr<double[]>> tables_;

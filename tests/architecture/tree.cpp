@@ -13,11 +13,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Libraries that only the toolbox and its two rooms may use; the rooms below them need the standard
-// library alone.
-const std::regex toolboxLibrary("^(CLI|nlohmann|fmt)/.*|^xxhash\\.h$|^(gtest|gmock|rapidcheck)/.*");
+// Libraries that only the toolbox and its three rooms may use; the rooms below them need the
+// standard library alone.
+const std::regex
+    toolboxLibrary("^(CLI|nlohmann|fmt|boost)/.*|^xxhash\\.h$|^(gtest|gmock|rapidcheck)/.*");
 
-const std::set<std::string> toolboxRooms = {"directory", "report", "toolbox"};
+const std::set<std::string> toolboxRooms = {"directory", "report", "web", "toolbox"};
 
 bool isSource(const fs::path& path) {
     return path.extension() == ".h" || path.extension() == ".cpp";
@@ -51,6 +52,7 @@ const RoomUses& allowedUses() {
         {"abstraction", {"support", "index", "game", "eval"}},
         {"clustering", {"support", "index", "game", "eval", "abstraction"}},
         {"tree", {"support", "game"}},
+        {"menu", {"support", "game", "tree"}},
         {"strategy", {"support", "game", "tree"}},
         {"holdem", {"support", "index", "game", "abstraction", "tree", "strategy"}},
         {"response", {"support", "game", "abstraction", "tree", "strategy", "holdem"}},
@@ -62,12 +64,15 @@ const RoomUses& allowedUses() {
         {"blueprint",
          {"support", "index", "game", "eval", "abstraction", "clustering", "tree", "strategy",
           "holdem", "response", "training"}},
+        {"sampling",
+         {"support", "index", "game", "abstraction", "clustering", "tree", "menu", "training",
+          "blueprint"}},
         {"table_builder",
          {"support", "index", "game", "eval", "abstraction", "tree", "strategy", "holdem",
           "solver"}},
         {"driver",
-         {"support", "index", "game", "eval", "abstraction", "tree", "strategy", "holdem", "solver",
-          "table_builder"}},
+         {"support", "index", "game", "eval", "abstraction", "clustering", "tree", "strategy",
+          "holdem", "response", "solver", "training", "blueprint", "table_builder"}},
         {"bots", {"support", "game", "driver"}},
         {"dealer", {"support", "game"}},
         {"analysis",
@@ -78,15 +83,20 @@ const RoomUses& allowedUses() {
           "holdem", "solver", "training", "table_builder", "bots", "dealer"}},
         {"directory",
          {"support", "game", "abstraction", "tree", "strategy", "holdem", "solver", "training",
-          "table_builder", "driver"}},
+          "blueprint", "table_builder", "driver"}},
         {"report",
          {"support", "game", "abstraction", "clustering", "tree", "strategy", "holdem", "response",
-          "solver", "training", "table_builder", "driver", "dealer", "analysis", "directory"}},
+          "solver", "training", "blueprint", "table_builder", "driver", "dealer", "analysis",
+          "directory"}},
+        {"web",
+         {"support", "game", "eval", "abstraction", "tree", "strategy", "holdem", "solver",
+          "training", "driver", "bots", "dealer", "directory", "report"}},
         {"toolbox",
-         {"support", "index",    "game",      "eval",          "abstraction",    "clustering",
-          "tree",    "strategy", "response",  "showdown",      "local_response", "holdem",
-          "solver",  "training", "blueprint", "table_builder", "driver",         "bots",
-          "dealer",  "analysis", "signature", "directory",     "report"}},
+         {"support",        "index",  "game",     "eval",     "abstraction", "clustering",
+          "tree",           "menu",   "sampling", "strategy", "response",    "showdown",
+          "local_response", "holdem", "solver",   "training", "blueprint",   "table_builder",
+          "driver",         "bots",   "dealer",   "analysis", "signature",   "directory",
+          "report",         "web"}},
     };
     return uses;
 }

@@ -3,6 +3,7 @@
 #include "blueprint/short_game.h"
 #include "clustering/fake_abstraction.h"
 #include "support/temp_directory.h"
+#include "support/word_checksum.h"
 
 #include <cstring>
 #include <fstream>
@@ -75,6 +76,19 @@ TEST(BlueprintFile, HoldsTheAverageStrategy) {
         }
 }
 
+TEST(BlueprintFile, TheHeadTellsTheGame) {
+    const Written written;
+    const auto game = gameOfBlueprint(written.path);
+    ASSERT_TRUE(game.ok()) << game.error();
+    EXPECT_EQ(*game, hashOfGame(*written.small.game));
+    for (const std::string& other : {std::string(), std::string("tmrnblu"), "x" + written.bytes}) {
+        std::ofstream(written.path, std::ios::binary) << other;
+        EXPECT_EQ(gameOfBlueprint(written.path).error(), written.path + ": not a blueprint");
+    }
+    std::filesystem::remove(written.path);
+    EXPECT_FALSE(gameOfBlueprint(written.path).ok());
+}
+
 TEST(BlueprintFile, SameNumbersGiveTheSameBytes) {
     const Written one;
     const Written other;
@@ -128,14 +142,51 @@ TEST(BlueprintFile, EveryBlockIsGuarded) {
     EXPECT_TRUE(written.errorWith(damaged).starts_with("damaged, block"));
 }
 
+// A writer that errs: all checksums fit, and the parts of one bucket are not 255 together.
+TEST(BlueprintFile, PartsAreCountedFromTheFirstNodeToTheLast) {
+    const Written written;
+    const size_t blocks = (written.bytes.size() - headSize) >> 20U;
+    const auto errorWithPart = [&](size_t block, size_t from, size_t place) {
+        std::string bytes = written.bytes;
+        const size_t start = headSize + (blocks + 2) * 8;
+        bytes[start + from + place] = static_cast<char>(bytes[start + from + place] + 1);
+        const size_t begin = start + (block << 20U);
+        const auto put = [&](size_t at, size_t first, size_t length) {
+            WordChecksum checksum;
+            checksum.add(std::as_bytes(std::span(bytes).subspan(first, length)));
+            const uint64_t value = checksum.value();
+            std::memcpy(bytes.data() + at, &value, sizeof value);
+        };
+        put(headSize + 8 * block, begin, std::min(bytes.size() - begin, size_t{1} << 20U));
+        put(start - 8, 0, start - 8);
+        return written.errorWith(bytes);
+    };
+    // Before the flop everybody may raise: three actions a bucket at the first node.
+    for (const size_t bucket : {size_t{0}, size_t{168}}) {
+        const std::string error = errorWithPart(0, 3 * bucket, 1);
+        EXPECT_TRUE(error.starts_with("the probabilities of bucket " + std::to_string(bucket) +
+                                      " at node 0 add up to "))
+            << error;
+    }
+    const size_t last = written.bytes.size() - headSize - (blocks + 2) * 8 - 1;
+    const std::string error = errorWithPart(blocks, last, 0);
+    const std::string node = std::to_string(written.small.tree.nodes().size() - 1);
+    EXPECT_TRUE(
+        error.starts_with("the probabilities of bucket 15999 at node " + node + " add up to "))
+        << error;
+}
+
 TEST(BlueprintFile, CutAndLengthenedFilesAreRefused) {
     const Written written;
-    for (const size_t size : {size_t{1}, size_t{7}, size_t{8}, size_t{100}, headSize, headSize + 7,
-                              headSize + 20, size_t{5000}, written.bytes.size() - 1})
-        EXPECT_NE(written.errorWith(written.bytes.substr(0, size)), "") << size;
-    EXPECT_EQ(written.errorWith(written.bytes.substr(0, 100)), "cut short, it has 100 bytes");
-    EXPECT_EQ(written.errorWith(written.bytes.substr(0, 5000)),
-              "damaged or cut short, it has 5000 bytes");
+    for (const size_t size : {size_t{0}, size_t{1}, size_t{7}})
+        EXPECT_EQ(written.errorWith(written.bytes.substr(0, size)), "not a blueprint") << size;
+    // Without room for the head and its checksum nothing more is looked at.
+    for (const size_t size : {size_t{8}, size_t{100}, headSize - 1, headSize, headSize + 7})
+        EXPECT_EQ(written.errorWith(written.bytes.substr(0, size)),
+                  "cut short, it has " + std::to_string(size) + " bytes");
+    for (const size_t size : {headSize + 8, headSize + 20, size_t{5000}, written.bytes.size() - 1})
+        EXPECT_EQ(written.errorWith(written.bytes.substr(0, size)),
+                  "damaged or cut short, it has " + std::to_string(size) + " bytes");
     EXPECT_TRUE(written.errorWith(written.bytes + "x").starts_with("damaged or cut short"));
     EXPECT_EQ(written.errorWith("GAMEDEF\nlimit\n"), "not a blueprint");
     std::filesystem::remove(written.path);

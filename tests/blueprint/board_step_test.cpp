@@ -118,12 +118,18 @@ TEST(BoardStep, SameBytesWithAnyNumberOfThreads) {
     EXPECT_EQ(numbers[0], numbers[2]);
 }
 
+// Ten hands. In the first round the opener folds or calls and the other checks, over two buckets;
+// in the second both check, over three.
 TEST(BoardStep, SaysWhatItTakes) {
-    test::ShortTraining training(test::shortGame(4, 5, "3 2 2", "10 10 20", "0 3 1"), {9, 14, 8});
+    const test::ShortTraining training(test::shortGame(2, 3, "0 0", "10 10", "0 1"), {2, 3});
     const size_t hands = training.dealer.numHands();
-    EXPECT_GT(BoardStep::memory(training.sets, hands, 2),
-              BoardStep::memory(training.sets, hands, 1));
-    EXPECT_GT(BoardStep::memory(training.sets, hands, 1), hands * 4 * 32);
+    ASSERT_EQ(hands, 10U);
+    constexpr uint64_t starts = 2 * 4 * 10;         // of two blocks
+    constexpr uint64_t first = 4 * 3 * 2;           // three actions
+    constexpr uint64_t thread = 4 * 2 * 3 + 4 * 10; // two actions, and what a sweep needs
+    constexpr uint64_t row = lanesInBlock * sizeof(float);
+    EXPECT_EQ(BoardStep::memory(training.sets, hands, 1), (starts + first + thread) * row);
+    EXPECT_EQ(BoardStep::memory(training.sets, hands, 3), (starts + first + 3 * thread) * row);
 }
 
 } // namespace

@@ -120,6 +120,22 @@ TEST(SeatsOfHand, MoveOnByOne) {
     EXPECT_EQ(seatsOfHand(options, 3, 1), (std::vector<size_t>{2, 0, 1}));
 }
 
+// A person is waited for, however long it takes; the others have their limits all the same.
+TEST(UnhurriedPlayer, IsNeverLate) {
+    OddMatch match([](Client& client, const std::string& line, int) {
+        pause(60);
+        client.send(line + ":c\r\n");
+    });
+    match.options.actionLimit = 20ms;
+    match.options.handLimit = 30ms;
+    match.options.hands = 3;
+    match.table.players[0].unhurried = true;
+    const MatchResult result = match.play();
+    EXPECT_EQ(faultsOf(result, 0, Fault::late), 0U);
+    EXPECT_EQ(result.players[0].actions[1], 3U);
+    EXPECT_FALSE(result.players[0].gone);
+}
+
 TEST(CheckDealable, RefusesMoneyThatMakesNoSense) {
     for (const char* name : {kuhn, "holdem.limit.2p.reverse_blinds.game", "holdem.limit.3p.game",
                              "holdem.nolimit.2p.reverse_blinds.game"})

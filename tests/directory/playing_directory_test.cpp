@@ -3,6 +3,7 @@
 #include "support/tree_paths.h"
 #include "toolbox/tamarin_process.h"
 
+#include <algorithm>
 #include <fstream>
 
 namespace tamarin::test {
@@ -35,6 +36,21 @@ TEST(FindGameFile, LooksInThePlayingDirectoryFirst) {
     const auto missing = findGameFile("none.game", scratch.path());
     ASSERT_FALSE(missing.ok());
     EXPECT_TRUE(missing.error().starts_with("no game definition none.game in " + scratch.path()));
+}
+
+TEST(GameNames, AreThoseOfTheDirectoryAndOfTheProgram) {
+    const Scratch scratch;
+    const std::vector<std::string> own = gameNames(scratch.path());
+    EXPECT_TRUE(std::ranges::find(own, kuhn) != own.end());
+    EXPECT_TRUE(std::ranges::is_sorted(own));
+    write(scratch / "aaa.game", "x");
+    write(scratch / kuhn, "x");
+    write(scratch / "notes.txt", "x");
+    std::filesystem::create_directory(scratch / "folder.game");
+    const std::vector<std::string> both = gameNames(scratch.path());
+    ASSERT_EQ(both.size(), own.size() + 1);
+    EXPECT_EQ(both[0], "aaa.game");
+    EXPECT_EQ(gameNames(scratch / "nowhere"), own);
 }
 
 TEST(ReadGameFile, ReadsOrSaysWhyNot) {

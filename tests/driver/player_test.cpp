@@ -3,6 +3,7 @@
 
 #include "driver/KuhnAgent.h"
 #include "driver/LimitHoldemAgent.h"
+#include "driver/blueprint_directory.h"
 #include "driver/holdem_directory.h"
 #include "driver/loopback_dealer.h"
 #include "driver/process.h"
@@ -286,6 +287,98 @@ TEST(Player, NeedsNoOtherTablesAndWritesNone) {
     EXPECT_EQ(player.err(), "");
     EXPECT_EQ(fs::last_write_time("lookup"), before) << "nothing was made, not even a lock";
     fs::permissions("lookup", fs::perms::owner_all);
+}
+
+// No table is there, no strategy and nowhere to write.
+TEST(Player, PlaysABlueprintAlone) {
+    const BlueprintDirectory directory(
+        {{0, "AsKs", 7}, {1, "AsKs2c3d4h", 3}},
+        [](const std::string& actions, size_t bucket) -> BlueprintDirectory::Weights {
+            const BlueprintDirectory::Weights fold{1, 0, 0}, call{0, 1, 0}, raise{0, 0, 1};
+            if (actions.empty())
+                return bucket == 7 ? raise : fold;
+            return actions == "cc" && bucket == 3 ? raise : call;
+        });
+    namespace fs = std::filesystem;
+    for (const char* folder : {"lookup", "strategies", "strategies/holdem.limit.2p"})
+        fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
+    LoopbackDealer dealer;
+    Process player({program, limitGame, "127.0.0.1", std::to_string(dealer.port())},
+                   directory.path());
+    ASSERT_TRUE(dealer.accept());
+    EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
+    const std::pair<std::string, std::string> asked[] = {
+        {"MATCHSTATE:1:0::|AsKs", "r"},
+        {"MATCHSTATE:1:0:rr:|AsKs", "c"},
+        {"MATCHSTATE:1:1::|AsQs", "f"},
+        {"MATCHSTATE:0:2:cc/:AdKd|/2c3h4s", "r"}, // the same up to suits
+        {"MATCHSTATE:0:2:cc/:AsQs|/2c3d4h", "c"},
+    };
+    for (const auto& [state, action] : asked) {
+        dealer.send(state + "\r\n");
+        EXPECT_EQ(dealer.readLine(), state + ":" + action + "\r\n");
+    }
+    dealer.hangUp();
+    EXPECT_EQ(player.wait(), 0);
+    EXPECT_EQ(player.err(), "");
+    EXPECT_EQ(player.out(), program + "\n" + limitGame + "\n127.0.0.1\n" +
+                                std::to_string(dealer.port()) +
+                                "\nPlaying strategies/holdem.limit.2p/blueprint, over small, 4321 "
+                                "iterations\n");
+    for (const char* folder : {"lookup", "strategies", "strategies/holdem.limit.2p"})
+        fs::permissions(folder, fs::perms::owner_all);
+    EXPECT_EQ(std::distance(fs::directory_iterator("lookup"), {}), 1);
+    EXPECT_EQ(std::distance(fs::directory_iterator("strategies/holdem.limit.2p"), {}), 1);
+}
+
+// The file is left where it is, and the player goes on as if there were none.
+TEST(Player, SaysWhyABlueprintIsNotPlayed) {
+    const BlueprintDirectory directory(
+        {}, [](const std::string&, size_t) -> BlueprintDirectory::Weights {
+            return {1, 1, 1};
+        });
+    const uint64_t size = std::filesystem::file_size(limitBlueprint);
+    BlueprintDirectory::flipBit(limitBlueprint, size - 1);
+    const std::string damaged = PlayingDirectory::read(limitBlueprint);
+    Process player({program, limitGame, "127.0.0.1", "1"}, directory.path());
+    EXPECT_TRUE(player.says("\n1\nWarning: could not load strategy from disk!\n"
+                            "Training hold'em agent with 100000 iterations for each information "
+                            "set!\n"));
+    EXPECT_EQ(player.err(), "WARNING: " + limitBlueprint +
+                                ": damaged, block 1 of 1 does not fit its checksum: playing "
+                                "strategies/holdem.limit.2p/strategy instead\n");
+    EXPECT_EQ(PlayingDirectory::read(limitBlueprint), damaged);
+    EXPECT_FALSE(std::filesystem::exists(limitBlueprint + ".bad"));
+}
+
+// A blueprint under the folder of another game is none of it.
+TEST(Player, PlaysBlueprintsOfTheirOwnGameAlone) {
+    const BlueprintDirectory directory(
+        {}, [](const std::string&, size_t) -> BlueprintDirectory::Weights {
+            return {1, 1, 1};
+        });
+    for (const auto& [game, folder] :
+         {std::pair<std::string, std::string>{"holdem.nolimit.2p.reverse_blinds.game",
+                                              "strategies/holdem.nolimit.2p"},
+          {"holdem.limit.3p.game", "strategies/holdem.limit.3p"}}) {
+        std::filesystem::create_directories(folder);
+        std::filesystem::copy_file(limitBlueprint, folder + "/blueprint");
+        Process player({program, game, "127.0.0.1", "1"}, directory.path());
+        EXPECT_TRUE(player.says("Training hold'em agent with 100000 iterations for each"));
+        EXPECT_EQ(player.err(), "WARNING: " + folder +
+                                    "/blueprint: blueprints are played in limit games for two: "
+                                    "playing " +
+                                    folder + "/strategy instead\n");
+    }
+    // The same name, other sizes of bets.
+    std::string other = PlayingDirectory::read(limitGame);
+    other.replace(other.find("10 10 20 20"), 11, "10 10 30 30");
+    PlayingDirectory::write(limitGame, other);
+    Process player({program, limitGame, "127.0.0.1", "1"}, directory.path());
+    EXPECT_TRUE(player.says("Training hold'em agent with 100000 iterations for each"));
+    EXPECT_EQ(player.err(), "WARNING: " + limitBlueprint +
+                                ": made for another game than this one: playing "
+                                "strategies/holdem.limit.2p/strategy instead\n");
 }
 
 TEST(Player, SaysThatTheDealerCannotBeReached) {

@@ -1,8 +1,10 @@
 #include "response/betting_rounds.h"
 
 #include "game/games.h"
+#include "response/simple_play.h"
 
 #include <algorithm>
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -85,6 +87,103 @@ TEST(BettingRounds, LanesFollowTheTree) {
     }
     EXPECT_EQ(nodes, 10U * (7 + 63 + 567));
     EXPECT_EQ(nodes + 8, tree.nodes().size()); // eight before the flop
+}
+
+// What a seat does where it plays a strategy, of one class of hands.
+bool takes(const CompiledTree& tree, const HandStrategy& strategy, int seat, int32_t node,
+           size_t action) {
+    return tree.nodes()[static_cast<size_t>(node)].player != seat ||
+           strategy.shares(node, 0)[action] > 0;
+}
+
+// The nodes that a round begins with, where the seat does nothing else.
+std::set<int32_t> reachedRoots(const CompiledTree& tree, const HandStrategy& strategy, int seat,
+                               int round) {
+    std::set<int32_t> roots;
+    for (size_t n = 0; n < tree.nodes().size(); ++n) {
+        const auto& node = tree.nodes()[n];
+        if (node.round != round ||
+            tree.nodes()[static_cast<size_t>(node.parentEdge / 3)].round == round)
+            continue;
+        bool reached = true;
+        for (int32_t edge = node.parentEdge; edge != CompiledTree::noEdge;
+             edge = tree.nodes()[static_cast<size_t>(edge / 3)].parentEdge)
+            reached =
+                reached && takes(tree, strategy, seat, edge / 3, static_cast<size_t>(edge % 3));
+        if (reached)
+            roots.insert(static_cast<int32_t>(n));
+    }
+    return roots;
+}
+
+TEST(BettingRounds, WhatAStrategyNeverDoesIsLeftOut) {
+    const GamePtr game = loadGameFile("holdem.limit.2p.reverse_blinds.game");
+    const CompiledTree tree(*game);
+    const auto all = BettingRounds::of(*game, tree);
+    ASSERT_TRUE(all.ok());
+    std::map<std::pair<SimplePlay, int>, std::array<size_t, 3>> lanes;
+    for (const SimplePlay play : {SimplePlay::uniform, SimplePlay::call, SimplePlay::raise})
+        for (int seat = 0; seat < 2; ++seat) {
+            const SimpleStrategy strategy(tree, play);
+            const BettingRounds left = all->reachedBy(tree, strategy, seat);
+            EXPECT_EQ(left.entries(), all->entries());
+            ASSERT_EQ(left.last(), 3);
+            for (int r = 1; r <= 3; ++r) {
+                const RoundBetting& round = left.round(r);
+                std::set<int32_t> roots;
+                for (size_t lane = 0; lane < round.lanes(); ++lane)
+                    if (const int32_t root = round.treeNode(0, lane);
+                        root != RoundBetting::emptyLane) {
+                        EXPECT_TRUE(roots.insert(root).second);
+                    }
+                EXPECT_EQ(roots, reachedRoots(tree, strategy, seat, r)) << seat << r;
+                lanes[{play, seat}][static_cast<size_t>(r) - 1] = roots.size();
+                if (r > 1) {
+                    EXPECT_LT(round.lanes(), roots.size() + lanesInBlock);
+                }
+                for (size_t n = 0; n < round.nodes.size(); ++n)
+                    for (size_t lane = 0; lane < round.lanes(); ++lane) {
+                        const int32_t node = round.treeNode(n, lane);
+                        for (size_t a = 0; node != RoundBetting::emptyLane && a < 3; ++a) {
+                            const int16_t child = round.nodes[n].child[a];
+                            const int32_t there = tree.nodes()[static_cast<size_t>(node)].child[a];
+                            const bool goes = there != CompiledTree::noChild &&
+                                              takes(tree, strategy, seat, node, a);
+                            if (play != SimplePlay::uniform && round.nodes[n].seat == seat) {
+                                EXPECT_EQ(child != RoundBetting::noAction, goes);
+                            }
+                            if (goes && child >= 0) {
+                                EXPECT_EQ(round.treeNode(static_cast<size_t>(child), lane), there);
+                            }
+                        }
+                    }
+            }
+        }
+    for (int seat = 0; seat < 2; ++seat) {
+        EXPECT_EQ((lanes[{SimplePlay::uniform, seat}]), (std::array<size_t, 3>{7, 63, 567}));
+        EXPECT_EQ((lanes[{SimplePlay::call, seat}]), (std::array<size_t, 3>{2, 4, 8}));
+    }
+    // Who acts first is met in three ways in a round, who comes second in five.
+    EXPECT_EQ((lanes[{SimplePlay::raise, 0}]), (std::array<size_t, 3>{4, 12, 36}));
+    EXPECT_EQ((lanes[{SimplePlay::raise, 1}]), (std::array<size_t, 3>{2, 10, 50}));
+    EXPECT_EQ(all->numBlocks(), 1U + 8 + 71);
+}
+
+// Of a strategy that never comes to the flop, a lane stays to walk.
+TEST(BettingRounds, WhoFoldsAtOnceLeavesOneLane) {
+    const GamePtr game = loadGameFile("holdem.limit.2p.reverse_blinds.game");
+    const CompiledTree tree(*game);
+    const auto all = BettingRounds::of(*game, tree);
+    ASSERT_TRUE(all.ok());
+    const SimpleStrategy strategy(tree, SimplePlay::fold);
+    size_t used = 0;
+    for (int seat = 0; seat < 2; ++seat) {
+        const BettingRounds left = all->reachedBy(tree, strategy, seat);
+        EXPECT_EQ(left.numBlocks(), 3U);
+        for (size_t lane = 0; lane < left.round(1).lanes(); ++lane)
+            used += left.round(1).treeNode(0, lane) != RoundBetting::emptyLane ? 1U : 0U;
+    }
+    EXPECT_EQ(used, 2U); // who is the big blind sees the flop where the other calls
 }
 
 TEST(BettingRounds, RefusesWhatIsNotLimitForTwo) {

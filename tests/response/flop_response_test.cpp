@@ -71,6 +71,62 @@ TEST(FlopResponse, TheBestFromTheTurnOnLiesBetween) {
     }
 }
 
+// Plays as another strategy does, but never raises at some of the nodes where a seat acts. A
+// ghost is a class of hands more that does everything, and that no hand is of.
+class Reluctant : public HandStrategy {
+public:
+    Reluctant(const CompiledTree& tree, std::array<int, 2> every, bool ghost)
+        : tree_(tree), random_(tree, 8), every_(every), ghost_(ghost) {}
+    size_t numClasses(int seat, int round) const override {
+        return random_.numClasses(seat, round) + (ghost_ ? 1U : 0U);
+    }
+    uint16_t classOf(int seat, int round, std::span<const uint8_t> cards) const override {
+        return random_.classOf(seat, round, cards);
+    }
+    ActionShares shares(int32_t node, size_t handClass) const override {
+        const auto& at = tree_.nodes()[static_cast<size_t>(node)];
+        if (handClass == random_.numClasses(at.player, at.round))
+            return SimpleStrategy(tree_, SimplePlay::uniform).shares(node, 0);
+        ActionShares shares = random_.shares(node, handClass);
+        if (every_[at.player] != 0 && node % every_[at.player] == 0) {
+            shares[1] += shares[2];
+            shares[2] = 0;
+        }
+        return shares;
+    }
+
+private:
+    const CompiledTree& tree_;
+    RandomStrategy random_;
+    std::array<int, 2> every_;
+    bool ghost_;
+};
+
+// Lines that the opponent never takes are not walked, which changes no bit.
+TEST(FlopResponse, WhatIsNeverDoneNeedNotBeWalked) {
+    for (const std::array<int, 2> every :
+         {std::array<int, 2>{2, 1}, std::array<int, 2>{1, 0}, std::array<int, 2>{0, 1}}) {
+        const Measured measured(threeRounds);
+        const auto flops = measured.deck.extend(measured.deck.empty(), 3);
+        std::vector<uint64_t> memory;
+        std::vector<FlopValues> found;
+        for (const bool ghost : {true, false}) {
+            const Reluctant strategy(measured.tree, every, ghost);
+            const MeasuredGame game{*measured.game, measured.tree, *measured.rounds, measured.deck,
+                                    strategy};
+            const FlopResponse response(game);
+            memory.push_back(response.memory(2));
+            auto values = response.on(flops[23], Work{});
+            ASSERT_TRUE(values.ok());
+            found.push_back(std::move(*values));
+        }
+        EXPECT_LT(memory[1], memory[0] * 9 / 10);
+        EXPECT_EQ(found[1].best, found[0].best);
+        EXPECT_EQ(found[1].value, found[0].value);
+        EXPECT_EQ(found[1].later, found[0].later);
+    }
+}
+
 TEST(FlopResponse, StopsWhenAsked) {
     const Measured measured(threeRounds);
     Work work;
@@ -106,7 +162,7 @@ TEST(FlopResponse, SaysWhatMemoryItTakes) {
     const auto rounds = BettingRounds::of(*game, tree);
     ASSERT_TRUE(rounds.ok());
     const PublicDeck deck(*game);
-    const SimpleStrategy strategy(tree, SimplePlay::call);
+    const SimpleStrategy strategy(tree, SimplePlay::uniform);
     const FlopResponse response({*game, tree, *rounds, deck, strategy});
     EXPECT_EQ(response.memory(1), ((4 * 8 + 3 * 71) * 4 + 3 * 8 * 2 * 49) * 1326 * 32U);
     EXPECT_EQ(response.memory(4), ((4 * 8 + 3 * 71) * 10 + 3 * 8 * 2 * 49) * 1326 * 32U);

@@ -8,8 +8,8 @@ namespace tamarin::test {
 namespace {
 
 // All flops of a short deck, worked out.
-struct AllFlops {
-    explicit AllFlops(const std::string& text, uint64_t seed = 3, int threads = 2)
+struct FlopsInParts {
+    explicit FlopsInParts(const std::string& text, uint64_t seed = 3, int threads = 2)
         : measured(text, seed) {
         const FlopResponse response(measured.whole(), LaneNumbers::doubles);
         flops = measured.deck.extend(measured.deck.empty(), 3);
@@ -44,7 +44,7 @@ double valueFrom(const Measured& measured, int seat, int round) {
 }
 
 void expectRounds(const std::string& text) {
-    const AllFlops all(text);
+    const FlopsInParts all(text);
     const GainParts parts = all.parts();
     const auto rounds = static_cast<int>(parts.rounds.size());
     ASSERT_EQ(rounds, all.measured.game->numRounds);
@@ -116,7 +116,7 @@ std::array<double, numAbstractedActions> plainFirst(const Measured& measured, in
 
 // By the rules of the blinds seat 1 acts first: it has one first decision, seat 0 two.
 TEST(GainParts, OfFirstDecisionsAreThePlainOnes) {
-    const AllFlops all(twoShortRounds, 5);
+    const FlopsInParts all(twoShortRounds, 5);
     const GainParts parts = all.parts();
     ASSERT_EQ(parts.first.size(), 3U + 2U + 3U);
     size_t different = 0;
@@ -132,7 +132,7 @@ TEST(GainParts, OfFirstDecisionsAreThePlainOnes) {
 // What each of the two does in a deal comes before the other could tell it apart: the best
 // response's hands and the strategy's own are as many.
 TEST(GainParts, SayHowManyHandsGoThere) {
-    const AllFlops all(twoShortRounds, 5);
+    const FlopsInParts all(twoShortRounds, 5);
     const GainParts parts = all.parts();
     std::array<double, 2> hands{};
     std::array<double, 2> own{};
@@ -154,7 +154,7 @@ TEST(GainParts, SayHowManyHandsGoThere) {
 }
 
 TEST(GainParts, OfHandsAreThePlainOnes) {
-    const AllFlops all(threeShortRounds);
+    const FlopsInParts all(threeShortRounds);
     const GainParts parts = all.parts();
     ASSERT_EQ(parts.hands.size(), all.measured.deck.numHandClasses());
     double dealt = 0;
@@ -192,7 +192,7 @@ void expectSums(const GainParts& parts, double whole) {
 }
 
 TEST(GainParts, AddUpToTheWhole) {
-    const AllFlops all(fourShortRounds, 8);
+    const FlopsInParts all(fourShortRounds, 8);
     const RealValue value = realValue(all.measured.whole(), all.flops, all.ofFlop());
     expectSums(all.parts(), value.gains());
     EXPECT_NEAR(all.parts().whole.seat[0], value.best[0] - value.value[0], 1e-12);
@@ -200,7 +200,7 @@ TEST(GainParts, AddUpToTheWhole) {
 }
 
 TEST(GainParts, OfASampleAddUpToTheCrossedFigure) {
-    const AllFlops all(threeShortRounds, 8);
+    const FlopsInParts all(threeShortRounds, 8);
     const MeasuredGame game = all.measured.whole();
     const FlopSample sample = drawFlops(all.flops, 12, 4);
     const GainParts parts = gainParts(game, sample, all.ofFlop());
@@ -216,7 +216,7 @@ TEST(GainParts, OfASampleAddUpToTheCrossedFigure) {
 
 // Means over many samples: of the later rounds they are the whole's, and intervals hold it.
 TEST(GainParts, SamplesEstimateTheRounds) {
-    const AllFlops all(shortGame(4, 4, "2 2 1", "10 10 20", "0 3 1"), 12);
+    const FlopsInParts all(shortGame(4, 4, "2 2 1", "10 10 20", "0 3 1"), 12);
     const GainParts whole = all.parts();
     constexpr int samples = 200;
     std::array<RunningMoments, 3> means;
@@ -243,7 +243,7 @@ TEST(GainParts, SamplesEstimateTheRounds) {
 
 // Finished flops of the first version say nothing of the rounds.
 TEST(GainParts, WithoutLaterValuesHaveNoRounds) {
-    AllFlops all(threeShortRounds);
+    FlopsInParts all(threeShortRounds);
     const FlopSample sample = drawFlops(all.flops, 12, 4);
     const size_t lost = sample.pairs[2][1];
     all.values[lost].later = {};
@@ -253,8 +253,8 @@ TEST(GainParts, WithoutLaterValuesHaveNoRounds) {
 }
 
 TEST(GainParts, AnyNumberOfThreadsGivesTheSame) {
-    const GainParts one = AllFlops(fourShortRounds, 8, 1).parts();
-    const GainParts more = AllFlops(fourShortRounds, 8, 3).parts();
+    const GainParts one = FlopsInParts(fourShortRounds, 8, 1).parts();
+    const GainParts more = FlopsInParts(fourShortRounds, 8, 3).parts();
     for (size_t round = 0; round < 4; ++round)
         EXPECT_EQ(one.rounds[round].seat, more.rounds[round].seat);
     for (size_t i = 0; i < one.first.size(); ++i)

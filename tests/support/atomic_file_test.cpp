@@ -52,6 +52,46 @@ std::string temporaryName(const std::string& base, pid_t pid, int number) {
     return base + ".tmp." + std::to_string(pid) + "." + std::to_string(number);
 }
 
+// Which bytes were asked to go to the disk before the sync.
+class WatchedFiles : public FileSystem {
+public:
+    void startWriting(int, uint64_t begin, uint64_t size) override {
+        EXPECT_EQ(begin, asked);
+        asked += size;
+        ++times;
+    }
+    uint64_t asked = 0;
+    int times = 0;
+};
+
+TEST(AtomicFile, ALargeOneIsOnItsWayToTheDiskWhileItIsWritten) {
+    const TempDirectory directory;
+    constexpr uint64_t mebibyte = uint64_t{1} << 20;
+    const std::string part(mebibyte / 2 + 1, 'p');
+    WatchedFiles files;
+    auto file = AtomicFile::create(directory.file("table"), files);
+    ASSERT_TRUE(file.ok());
+    uint64_t written = 0;
+    for (; written < 15 * mebibyte; written += part.size())
+        ASSERT_TRUE(file->write(part).ok());
+    EXPECT_EQ(files.times, 0);
+    for (; written < 50 * mebibyte; written += part.size()) {
+        ASSERT_TRUE(file->write(part).ok());
+        EXPECT_LT(written + part.size() - files.asked, 17 * mebibyte);
+    }
+    EXPECT_EQ(files.times, 3);
+    ASSERT_TRUE(file->commit().ok());
+    EXPECT_EQ(std::filesystem::file_size(directory.file("table")), written);
+
+    // A device is written as it comes.
+    WatchedFiles device;
+    auto null = AtomicFile::create("/dev/null", device);
+    ASSERT_TRUE(null.ok());
+    for (int i = 0; i < 50; ++i)
+        ASSERT_TRUE(null->write(part).ok());
+    EXPECT_EQ(device.times, 0);
+}
+
 TEST(AtomicFile, LeavesExactlyWhatWasWritten) {
     const TempDirectory directory;
     const std::string path = directory.file("table");

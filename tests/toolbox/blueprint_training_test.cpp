@@ -100,11 +100,43 @@ TEST_F(BlueprintTraining, RefusesWhatDoesNotFit) {
     EXPECT_EQ(missing.status, 1);
     EXPECT_NE(missing.err.find("'tamarin abstract --help' says how to make one"),
               std::string::npos);
-    const ToolboxRun noLimit =
-        callTamarin({"train", "holdem.nolimit.2p.reverse_blinds.game", "--cards", "few"});
-    EXPECT_EQ(noLimit.status, 1);
-    EXPECT_NE(noLimit.err.find("a blueprint is for limit games so far"), std::string::npos)
-        << noLimit.err;
+    EXPECT_NE(usageError({"--menu", "some.menu"}).find("no choice of sizes"), std::string::npos);
+}
+
+// What the log says is what the measure of the finished blueprint says, but for its 8 bits.
+TEST_F(BlueprintTraining, ItsMeasuresAreInTheLog) {
+    const ToolboxRun ran = train({"--iterations", "3", "--measure", "2"});
+    ASSERT_EQ(ran.status, 0) << ran.err;
+    EXPECT_NE(ran.err.find("Measuring in the real game: 2 flops"), std::string::npos) << ran.err;
+    const ToolboxRun curves = callTamarin({"convergence", "strategies/small", "--json"});
+    ASSERT_EQ(curves.json()["curves"].size(), 2U);
+    const auto logged = curves.json()["curves"][1];
+    EXPECT_EQ(logged["measure"], "exploitability");
+    ASSERT_EQ(logged["points"].size(), 1U); // a minute is not over
+    EXPECT_EQ(logged["points"][0]["iteration"], 3);
+    const ToolboxRun exact = callTamarin(
+        {"exploit", "small.game", "--real", "--blueprint", blueprint, "--flops", "2", "--json"});
+    ASSERT_EQ(exact.status, 0) << exact.err;
+    const std::string log = contentsOf("strategies/small/convergence.jsonl");
+    const auto line = nlohmann::json::parse(log.substr(log.rfind('\n', log.size() - 2) + 1));
+    const auto same = [&](const char* member, const char* figure) {
+        const double gains = exact.json()[figure]["gains"].get<double>();
+        EXPECT_NEAR(line[member].get<double>(), gains * 1000 / 10 / 2, 1.0) << figure;
+        EXPECT_GT(std::abs(gains), 0.1);
+    };
+    same("exploitability", "crossed");
+    same("afterFlop", "afterFlop");
+    same("biased", "biased");
+    EXPECT_EQ(line["flops"], 2);
+    EXPECT_EQ(line["exploitability"], logged["points"][0]["value"]);
+    EXPECT_EQ(line["interval95"], logged["points"][0]["interval95"]);
+
+    EXPECT_EQ(usageError({"--measure", "3"}),
+              "tamarin: --measure: flops are drawn in pairs; give an even number; try 'tamarin "
+              "train --help'\n");
+    const ToolboxRun without = callTamarin({"train", "kuhn.limit.3p.game", "--measure", "2"});
+    EXPECT_EQ(without.status, 2);
+    EXPECT_NE(without.err.find("only training over a card abstraction"), std::string::npos);
 }
 
 TEST_F(BlueprintTraining, BlueprintsAreMeasuredInTheRealGame) {
