@@ -74,8 +74,8 @@ TEST(RangeSweep, RiverTurnAndFlopAsHandByHand) {
 }
 
 TEST(RangeSweep, BeforeTheFlopAsHandByHand) {
-    expectAsHandByHand({"KK,A2s", "QQ,AsKd"}, "");
-    expectAsHandByHand({"AsKd,7c7d", "A9s", "99"}, "");
+    expectAsHandByHand({"KcKd,As2s", "QhQs,AsKd"}, "");
+    expectAsHandByHand({"AsKd,7c7d", "Ac9c", "9s9d"}, "");
 }
 
 TEST(RangeSweep, RandomRangesAsHandByHand) {
