@@ -13,7 +13,6 @@ set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g")
 add_library(tamarin_flags INTERFACE)
 target_compile_options(tamarin_flags INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor
-    -march=${TAMARIN_ARCH}
     # Plain and fast forms, one thread and many, g++ and clang must give equal sums.
     -ffp-contract=off
     # Assertion messages and debug information name files from the root of the tree.
@@ -21,6 +20,24 @@ target_compile_options(tamarin_flags INTERFACE
 if(TAMARIN_WERROR)
     target_compile_options(tamarin_flags INTERFACE -Werror)
 endif()
+
+# The instructions to use, for what computes. The rest makes do with those that every processor has: it is spared
+# what libraries' headers do differently for each, and a compiler cache keeps it once for all.
+add_library(tamarin_processor INTERFACE)
+target_compile_options(tamarin_processor INTERFACE -march=${TAMARIN_ARCH})
+
+# Debug information is a tenth of the work of compiling what is hardly optimised. Whoever compiles many files in
+# one go to have them soon does without; the presets for developers have it, and where a sanitizer reports it.
+if(TAMARIN_UNITY AND NOT TAMARIN_SANITIZE)
+    set(debug_information -g0)
+else()
+    set(debug_information -g1)
+endif()
+# The options of what is called more than it computes, which differ from those of its configuration.
+set(TAMARIN_COLD_OPTIONS "$<$<CONFIG:Release>:-O1;${debug_information}>$<$<CONFIG:RelWithDebInfo>:-O0>")
+foreach(level IN ITEMS 0 1)
+    set(TAMARIN_TEST_OPTIONS_${level} "$<$<CONFIG:Release,RelWithDebInfo>:-O${level};${debug_information}>")
+endforeach()
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     # g++ judges shadowing, by a narrower rule; assert(!"text") is how a message is asserted; a loop
     # that sanitizers keep from being vectorised is no fault of the loop.

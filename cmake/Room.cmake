@@ -1,11 +1,3 @@
-# Debug information is a tenth of the work of compiling what is hardly optimised. Whoever compiles many files in
-# one go wants to run them soon; the presets for developers go file by file and have it.
-if(TAMARIN_UNITY)
-    set(TAMARIN_DEBUG_INFORMATION -g0)
-else()
-    set(TAMARIN_DEBUG_INFORMATION -g1)
-endif()
-
 # Of a target whose files may be compiled together, so many at a time. Names in unnamed namespaces must then
 # differ within the target, which they should anyhow: one name for one thing.
 function(tamarin_may_be_united target files)
@@ -27,9 +19,10 @@ function(tamarin_room name)
     add_library(tamarin_${name} STATIC ${ROOM_SOURCES})
     if(ROOM_COLD)
         tamarin_may_be_united(tamarin_${name} 16)
-        target_compile_options(tamarin_${name} PRIVATE "$<$<CONFIG:Release>:-O1;${TAMARIN_DEBUG_INFORMATION}>")
+        target_compile_options(tamarin_${name} PRIVATE "${TAMARIN_COLD_OPTIONS}")
     else()
         tamarin_may_be_united(tamarin_${name} 8)
+        target_link_libraries(tamarin_${name} PRIVATE tamarin_processor)
     endif()
     target_include_directories(tamarin_${name} PUBLIC ${view})
     target_link_libraries(tamarin_${name} PRIVATE tamarin_flags tamarin_united)
@@ -60,14 +53,14 @@ function(tamarin_test name)
     if(TAMARIN_HAS_GOLD) # half the time of ld, for a program that nobody keeps
         target_link_options(test_${name} PRIVATE -fuse-ld=gold)
     endif()
-    target_link_libraries(test_${name} PRIVATE tamarin_flags tamarin_united GTest::gtest_main ${TEST_LINKS})
+    target_link_libraries(test_${name} PRIVATE tamarin_flags tamarin_processor tamarin_united
+        GTest::gtest_main ${TEST_LINKS})
     if(NOT TEST_SLOW)
         set(level 0)
         if(TEST_OPTIMISED)
             set(level 1)
         endif()
-        target_compile_options(test_${name} PRIVATE
-            "$<$<CONFIG:Release>:-O${level};${TAMARIN_DEBUG_INFORMATION}>")
+        target_compile_options(test_${name} PRIVATE "${TAMARIN_TEST_OPTIONS_${level}}")
         if(TARGET tamarin_test_headers_${level})
             target_precompile_headers(test_${name} REUSE_FROM tamarin_test_headers_${level})
             target_link_libraries(test_${name} PRIVATE OpenMP::OpenMP_CXX) # g++ tells headers with it apart
