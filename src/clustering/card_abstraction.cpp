@@ -15,6 +15,14 @@ std::string bucketFile(const std::string& folder, size_t round) {
 // Bytes of the file that are looked at together.
 constexpr size_t pieceBuckets = size_t{1} << 20U;
 
+// Many at a time, which std::max_element(), that says where it is, does not.
+uint16_t largestOf(std::span<const uint16_t> buckets) {
+    uint16_t largest = 0;
+    for (const uint16_t bucket : buckets)
+        largest = std::max(largest, bucket);
+    return largest;
+}
+
 // Every bucket of the file and their checksum.
 Status checkBuckets(const std::string& path, const MappedFile& file,
                     const RoundDescription& description) {
@@ -23,12 +31,12 @@ Status checkBuckets(const std::string& path, const MappedFile& file,
     for (size_t begin = 0; begin < buckets.size(); begin += pieceBuckets) {
         const auto piece = buckets.subspan(begin, std::min(pieceBuckets, buckets.size() - begin));
         checksum.add(std::as_bytes(piece));
-        const auto largest = std::max_element(piece.begin(), piece.end());
-        if (*largest >= description.buckets)
+        if (const uint16_t largest = largestOf(piece); largest >= description.buckets) {
+            const auto place = std::ranges::find(piece, largest) - piece.begin();
             return Error{path + ": damaged, hand " +
-                         std::to_string(begin + static_cast<size_t>(largest - piece.begin())) +
-                         " has bucket " + std::to_string(*largest) + " of " +
-                         std::to_string(description.buckets)};
+                         std::to_string(begin + static_cast<size_t>(place)) + " has bucket " +
+                         std::to_string(largest) + " of " + std::to_string(description.buckets)};
+        }
     }
     file.forgetPages();
     if (checksum.value() != description.checksum)

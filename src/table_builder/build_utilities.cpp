@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
 namespace tamarin {
 
@@ -54,7 +55,10 @@ Result<LargeBuffer<uint8_t>> readClusters(const BuildOptions& options, int round
     std::copy_n(file->as<uint8_t>().data(), hands, clusters->data());
     // The file has been looked into, but what is counted with is this copy: a byte that changed
     // since must not reach beyond the clusters.
-    if (*std::max_element(clusters->data(), clusters->data() + hands) >= AuxiliaryGame::numBuckets)
+    uint8_t largest = 0; // std::max_element() keeps the place, too, and goes byte by byte
+    for (const uint8_t cluster : std::span(clusters->data(), hands))
+        largest = std::max(largest, cluster);
+    if (largest >= AuxiliaryGame::numBuckets)
         return Error{clusterPath(2, round) + " holds clusters above 100: delete it"};
     return clusters;
 }
