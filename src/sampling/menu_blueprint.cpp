@@ -177,6 +177,7 @@ Result<MenuBlueprint> MenuBlueprint::open(const std::string& path, const Game& g
         return Error{read.error()};
     if (Status sound = file.checkSums(); !sound)
         return Error{sound.error()};
+    file.file_.forgetPages(); // whoever looks up a few probabilities needs few of them
     return file;
 }
 
