@@ -141,6 +141,10 @@ void append(std::string& text, const Value& value) {
 
 } // namespace
 
+bool hasMenuBlueprints(const Game& game) {
+    return game.numPlayers > 2 || game.bettingRule == noLimitRule;
+}
+
 Status writeMenuBlueprint(const std::string& path, const MenuSets& sets, const MenuOrigin& origin,
                           FileSystem& files) {
     if (origin.training.abstraction.size() > longestName)

@@ -58,7 +58,7 @@ Result<There> lookAt(const std::string& path, const HoldemGame& game, const Qual
         complain("{}: making it anew", blueprint.error());
         return There::other;
     }
-    const auto* const of = std::ranges::find(qualities, blueprint->play->origin().abstraction,
+    const auto* const of = std::ranges::find(qualities, blueprint->origin().abstraction,
                                              [](const Quality& q) { return cardsOf(q); });
     if (of == qualities.end())
         return There::other;

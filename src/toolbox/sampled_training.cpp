@@ -222,10 +222,6 @@ void refuseForSampling(const Game& game, const SampledGame& over, const Training
 
 } // namespace
 
-bool isTrainedBySampling(const Game& game) {
-    return game.numPlayers > 2 || game.bettingRule == noLimitRule;
-}
-
 int trainBySampling(const HoldemGame& game, const SampledGame& over, TrainingRequest request) {
     const Game& rules = *game.rules;
     refuseForSampling(rules, over, request);

@@ -19,9 +19,6 @@ struct SampledGame {
     std::optional<int> ownSeat; // for a menu with sizes of opponents
 };
 
-// Whether a game with --cards is trained so, and not board by board (blueprint_training.h).
-bool isTrainedBySampling(const Game& game);
-
 // Trains, saves, prints; returns the command's exit status. A signal leaves a checkpoint and the
 // blueprint as it was.
 int trainBySampling(const HoldemGame& game, const SampledGame& over, TrainingRequest request);
