@@ -16,6 +16,7 @@ namespace tamarin {
 struct SampledGame {
     std::string cards;          // the card abstraction, by its name or folder
     std::string menu;           // the file; empty in limit games
+    std::string menuText;       // the menu itself, where it is in no file
     std::optional<int> ownSeat; // for a menu with sizes of opponents
 };
 
