@@ -27,4 +27,8 @@ private:
     std::ofstream file_;
 };
 
+// How long a training took up to an iteration, all of its runs together, as far as the log in the
+// directory has it: each run counts its seconds anew. 0 without a log.
+double secondsTrained(const std::string& directory, uint64_t iteration);
+
 } // namespace tamarin

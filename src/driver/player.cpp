@@ -4,6 +4,7 @@
 #include "driver/LimitHoldemAgent.h"
 #include "driver/PokerAgent.h"
 #include "driver/played_blueprint.h"
+#include "driver/played_menu_blueprint.h"
 #include "driver/strategy_agent.h"
 #include "game/definition_file.h"
 #include "holdem/buckets.h"
@@ -26,6 +27,20 @@ namespace tamarin {
 
 namespace {
 
+// In the format that blueprints of the game have.
+Result<std::unique_ptr<PlayedStrategy>> openAsPlayed(const std::string& path, const Game& game) {
+    if (PlayedMenuBlueprint::fits(game)) {
+        if (auto blueprint = PlayedMenuBlueprint::open(path, ".", game))
+            return std::unique_ptr<PlayedStrategy>(std::move(*blueprint));
+        else
+            return Error{blueprint.error()};
+    }
+    auto blueprint = PlayedBlueprint::open(path, ".", game);
+    if (!blueprint)
+        return Error{blueprint.error()};
+    return std::unique_ptr<PlayedStrategy>(std::move(*blueprint));
+}
+
 // A blueprint beside the game's strategy is played in its stead; null where there is none. One that
 // cannot be played stays where it is, and a line says why.
 std::unique_ptr<PokerAgent> makeBlueprintAgent(const std::string& gameFile, const Game& game) {
@@ -35,7 +50,7 @@ std::unique_ptr<PokerAgent> makeBlueprintAgent(const std::string& gameFile, cons
     const std::string path = blueprintBeside(strategy);
     if (!file_exist(path))
         return nullptr;
-    auto blueprint = PlayedBlueprint::open(path, ".", game);
+    auto blueprint = openAsPlayed(path, game);
     if (!blueprint) {
         std::fprintf(stderr, "WARNING: %s: playing %s instead\n", blueprint.error().c_str(),
                      strategy.c_str());

@@ -90,7 +90,8 @@ void TreeFollower::follow(const State& real, const Action& action, double draw) 
         lost_ = true;
 }
 
-Action TreeFollower::realAction(const State& real, size_t edge) const {
+Action TreeFollower::actionOf(const State& real, size_t edge) const {
+    assert(node(real));
     const MenuTree::Node& node = tree_.node(at_);
     Action action = tree_.action(node, edge);
     if (action.type == actionRaise && game_.bettingRule == noLimitRule) {
@@ -110,8 +111,7 @@ Action TreeFollower::realAction(const State& real, size_t edge) const {
 }
 
 Action TreeFollower::take(const State& real, size_t edge) {
-    assert(node(real));
-    const Action action = realAction(real, edge);
+    const Action action = actionOf(real, edge);
     const MenuTree::Node& node = tree_.node(at_);
     step(action.type == actionCall ? callEdge(node) : edge);
     return action;

@@ -27,9 +27,14 @@ public:
     // The node of the real state, whose seat to act is then the node's, too.
     std::optional<int32_t> node(const State& real) const;
 
-    // A legal action for the real state's seat to act, by an edge of node(real), and the tree's
-    // step along it. A raise has the tree's size in pots; all-in stays all-in. Where the real hand
-    // does not allow a raise it is a call, and where nothing is owed a fold is a check.
+    // Whether the hand has left the tree for good.
+    bool lost() const { return lost_; }
+
+    // A legal action for the real state's seat to act, by an edge of node(real). A raise has the
+    // tree's size in pots; all-in stays all-in. Where the real hand does not allow a raise it is a
+    // call, and where nothing is owed a fold is a check.
+    Action actionOf(const State& real, size_t edge) const;
+    // The same, and the tree's step along it.
     Action take(const State& real, size_t edge);
     // The same where there is no node.
     Action takeWithoutNode(const State& real);
@@ -42,7 +47,6 @@ private:
     std::optional<size_t> edgeOf(const State& real, const Action& action, double draw) const;
     size_t edgeOfRaise(const State& real, const Action& action, double draw) const;
     double potsOf(const MenuTree::Node& node, size_t edge) const;
-    Action realAction(const State& real, size_t edge) const;
     void step(size_t edge);
     static size_t callEdge(const MenuTree::Node& node) { return node.hasFold ? 1 : 0; }
 

@@ -5,6 +5,7 @@
 #include "report/holdem_chart.h"
 
 #include <algorithm>
+#include <array>
 
 #include <fmt/format.h>
 
@@ -47,20 +48,39 @@ std::string cardsText(std::span<const uint8_t> cards) {
 }
 
 // "r87", "c100", or a point where the class does not come here.
-std::string gridCell(const DecisionView::Total& total) {
+std::string gridCell(const DecisionView& view, const DecisionView::Total& total) {
     if (total.reach <= never)
         return ".";
-    const auto best =
-        static_cast<size_t>(std::ranges::max_element(total.shares) - total.shares.begin());
-    return fmt::format("{}{:.0f}", actionChars[best], 100.0 * total.shares[best]);
+    std::array<double, 3> kinds{};
+    for (size_t e = 0; e < view.edges.size(); ++e)
+        kinds[view.edges[e].type] += total.shares[e];
+    const auto best = static_cast<size_t>(std::ranges::max_element(kinds) - kinds.begin());
+    return fmt::format("{}{:.0f}", actionChars[best], 100.0 * kinds[best]);
 }
 
-nlohmann::ordered_json sharesJson(const DecisionView& view, const ActionShares& shares) {
+nlohmann::ordered_json sharesJson(const DecisionView& view, const std::vector<double>& shares) {
     nlohmann::ordered_json json;
-    for (size_t a = 0; a < shares.size(); ++a)
-        if (view.allowed[a])
-            json[abstractedActionNames[a]] = shares[a];
+    for (size_t e = 0; e < view.edges.size(); ++e)
+        json[view.edges[e].name] = shares[e];
     return json;
+}
+
+// Of no-limit raises.
+nlohmann::ordered_json sizesJson(const DecisionView& view) {
+    nlohmann::ordered_json json = nlohmann::ordered_json::object();
+    for (const DecisionEdge& edge : view.edges)
+        if (edge.raiseTo)
+            json[edge.name] = {{"to", *edge.raiseTo}, {"pots", edge.pots}, {"allIn", edge.allIn}};
+    return json;
+}
+
+// "raise 300, 1 pot"
+std::string edgeText(const DecisionEdge& edge) {
+    if (!edge.raiseTo)
+        return edge.name;
+    if (edge.allIn)
+        return edge.name + ", all-in";
+    return fmt::format("{}, {:.3g} pot{}", edge.name, edge.pots, edge.pots == 1 ? "" : "s");
 }
 
 std::string roundText(const DecisionView& view) {
@@ -69,42 +89,13 @@ std::string roundText(const DecisionView& view) {
                                  " " + cardsText(view.board);
 }
 
-// The nodes on the way from the first one, each with the action that was taken there.
-std::vector<std::pair<int32_t, size_t>> wayTo(const CompiledTree& tree, int32_t node) {
-    std::vector<std::pair<int32_t, size_t>> way;
-    for (int32_t edge = tree.nodes()[static_cast<size_t>(node)].parentEdge;
-         edge != CompiledTree::noEdge;) {
-        const int32_t from = edge / numAbstractedActions;
-        way.emplace_back(from, static_cast<size_t>(edge % numAbstractedActions));
-        edge = tree.nodes()[static_cast<size_t>(from)].parentEdge;
-    }
-    std::ranges::reverse(way);
-    return way;
-}
-
-// The actions before a node, "/" where a round begins.
-std::string actionsTo(const CompiledTree& tree, int32_t node) {
-    std::string text;
-    int round = 0;
-    const auto roundAt = [&](int32_t at) {
-        for (; round < tree.nodes()[static_cast<size_t>(at)].round; ++round)
-            text += '/';
-    };
-    for (const auto& [from, action] : wayTo(tree, node)) {
-        roundAt(from);
-        text += actionChars[action];
-    }
-    roundAt(node);
-    return text;
-}
-
-std::string whatFollows(const CompiledTree& tree, const CompiledTree::Node& node, int32_t child) {
+std::string whatFollows(const DecisionTree& tree, int round, int32_t child) {
     if (child < 0)
         return "the hand ends";
-    const auto& next = tree.nodes()[static_cast<size_t>(child)];
-    if (next.round != node.round)
+    const DecisionTree::Place next = tree.place(child);
+    if (next.round != round)
         return std::string("the ") + roundNames[next.round];
-    return fmt::format("seat {}", next.player);
+    return fmt::format("seat {}", next.seat);
 }
 
 Status isBoard(const PublicDeck& deck, const std::vector<uint8_t>& board, int round) {
@@ -131,6 +122,7 @@ Status isBoard(const PublicDeck& deck, const std::vector<uint8_t>& board, int ro
 void DecisionView::Total::add(const Hand& hand) {
     hands += 1;
     reach += hand.reach;
+    shares.resize(hand.shares.size());
     for (size_t a = 0; a < shares.size(); ++a)
         shares[a] += hand.reach * hand.shares[a];
 }
@@ -143,50 +135,27 @@ void DecisionView::Total::finish() {
 
 DecisionView::Total DecisionView::total() const {
     Total total;
+    total.shares.resize(edges.size());
     for (const Hand& hand : hands)
         total.add(hand);
     total.finish();
     return total;
 }
 
-Result<int32_t> followActions(const CompiledTree& tree, const std::string& actions) {
-    int32_t node = 0;
-    std::string before;
-    for (const char letter : actions) {
-        if (letter == '/')
-            continue;
-        const ActionType type = charToAction[static_cast<unsigned char>(letter)];
-        if (type == actionInvalid)
-            return Error{fmt::format("'{}' is no action: they are f, c and r", letter)};
-        const int32_t child = tree.nodes()[static_cast<size_t>(node)].child[type];
-        before += letter;
-        if (child == CompiledTree::noChild)
-            return Error{fmt::format("the rules do not allow the last action of \"{}\"", before)};
-        if (child < 0)
-            return Error{fmt::format("after \"{}\" the hand is over", before)};
-        node = child;
-    }
-    return node;
-}
-
-Result<DecisionView> viewDecision(const Game& game, const CompiledTree& tree,
-                                  const HandStrategy& strategy, int32_t number,
-                                  const std::vector<uint8_t>& board) {
+Result<DecisionView> viewDecision(const Game& game, const DecisionTree& tree,
+                                  const DecisionWay& way, const std::vector<uint8_t>& board) {
     const PublicDeck deck(game);
-    const auto& node = tree.nodes()[static_cast<size_t>(number)];
-    if (Status good = isBoard(deck, board, node.round); !good)
+    const auto [seat, round] = tree.place(way.node);
+    if (Status good = isBoard(deck, board, round); !good)
         return Error{good.error()};
     DecisionView view;
-    view.actions = actionsTo(tree, number);
-    view.seat = node.player;
-    view.round = node.round;
+    view.actions = actionsOf(tree, way);
+    view.seat = seat;
+    view.round = round;
     view.board = board;
-    for (size_t a = 0; a < view.allowed.size(); ++a) {
-        view.allowed[a] = node.child[a] != CompiledTree::noChild;
-        if (view.allowed[a])
-            view.next[a] = whatFollows(tree, node, node.child[a]);
-    }
-    const auto way = wayTo(tree, number);
+    view.edges = tree.edges(way);
+    for (const DecisionEdge& edge : view.edges)
+        view.next.push_back(whatFollows(tree, round, edge.child));
     for (size_t h = 0; h < deck.holdings().size(); ++h) {
         const HoleCards hole = deck.cardsOf(h);
         if (std::ranges::find_first_of(board, hole) != board.end())
@@ -194,19 +163,17 @@ Result<DecisionView> viewDecision(const Game& game, const CompiledTree& tree,
         std::vector<uint8_t> cards(hole.begin(), hole.end());
         cards.insert(cards.end(), board.begin(), board.end());
         std::array<uint16_t, holdemRounds> known{};
-        for (int round = 0; round <= node.round; ++round)
-            known[static_cast<size_t>(round)] = strategy.classOf(
-                node.player, round,
-                std::span(cards).first(
-                    2 + static_cast<size_t>(roundBoardCards[static_cast<size_t>(round)])));
+        for (size_t r = 0; r <= round; ++r)
+            known[r] =
+                tree.classOf(seat, static_cast<int>(r),
+                             std::span(cards).first(2 + static_cast<size_t>(roundBoardCards[r])));
         double reach = 1;
-        for (const auto& [at, action] : way) {
-            const auto& before = tree.nodes()[static_cast<size_t>(at)];
-            if (before.player == node.player)
-                reach *= strategy.shares(at, known[before.round])[action];
+        for (const auto& [at, edge] : way.taken) {
+            const DecisionTree::Place before = tree.place(at);
+            if (before.seat == seat)
+                reach *= tree.shares(at, known[before.round])[edge];
         }
-        view.hands.push_back(
-            {hole, known[node.round], reach, strategy.shares(number, known[node.round])});
+        view.hands.push_back({hole, known[round], reach, tree.shares(way.node, known[round])});
     }
     return view;
 }
@@ -216,10 +183,12 @@ std::string decisionText(const DecisionView& view) {
     std::string text = fmt::format("seat {} {}, {}\n", view.seat, roundText(view),
                                    view.actions.empty() ? "first to act" : "after " + view.actions);
     text += fmt::format("{:.1f}% of its hands come here\n", 100.0 * total.reach / total.hands);
-    for (size_t a = 0; a < view.allowed.size(); ++a)
-        if (view.allowed[a])
-            text += fmt::format("  {:<6}{:>6.1f}%, then {}\n", abstractedActionNames[a],
-                                100.0 * total.shares[a], view.next[a]);
+    size_t width = 6;
+    for (const DecisionEdge& edge : view.edges)
+        width = std::max(width, edgeText(edge).size());
+    for (size_t e = 0; e < view.edges.size(); ++e)
+        text += fmt::format("  {:<{}}{:>6.1f}%, then {}\n", edgeText(view.edges[e]), width,
+                            100.0 * total.shares[e], view.next[e]);
     text += "\n  ";
     for (size_t column = 0; column < numRanks; ++column)
         text += fmt::format("{:>5}", gridRanks[column]);
@@ -227,7 +196,7 @@ std::string decisionText(const DecisionView& view) {
     for (size_t row = 0; row < numRanks; ++row) {
         text += fmt::format("\n{:>2}", gridRanks[row]);
         for (size_t column = 0; column < numRanks; ++column)
-            text += fmt::format("{:>5}", gridCell(grid[row][column]));
+            text += fmt::format("{:>5}", gridCell(view, grid[row][column]));
     }
     return text + "\n";
 }
@@ -251,6 +220,8 @@ nlohmann::ordered_json decisionJson(const DecisionView& view) {
                                 {"reach", total.reach / total.hands},
                                 {"strategy", sharesJson(view, total.shares)},
                                 {"classes", classes}};
+    if (const auto sizes = sizesJson(view); !sizes.empty())
+        json["sizes"] = sizes;
     if (view.round == 0)
         return json;
     auto hands = nlohmann::ordered_json::array();

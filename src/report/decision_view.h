@@ -1,13 +1,11 @@
-// What a strategy for two does at one decision, hand by hand: before the flop, or on a board.
+// What a strategy does at one decision, hand by hand: before the flop, or on a board.
 #pragma once
 
 #include "game/game.h"
-#include "response/hand_strategy.h"
+#include "report/decision_tree.h"
 #include "response/public_deck.h"
 #include "support/result.h"
-#include "tree/compiled_tree.h"
 
-#include <array>
 #include <string>
 #include <vector>
 
@@ -20,13 +18,13 @@ struct DecisionView {
         HoleCards cards; // the lower one first
         uint16_t known;  // the class by which the strategy knows it here
         double reach;    // the probability with which it comes here, as far as its seat decides
-        ActionShares shares;
+        std::vector<double> shares; // of the edges
     };
     // Hands together, weighed with their reach.
     struct Total {
         double hands = 0;
-        double reach = 0;      // of all of them
-        ActionShares shares{}; // sums to 1 where the reach is above 0
+        double reach = 0;           // of all of them
+        std::vector<double> shares; // of the edges; the sum is 1 where the reach is above 0
 
         void add(const Hand& hand);
         void finish(); // after the last hand
@@ -36,25 +34,21 @@ struct DecisionView {
     int seat = 0;
     int round = 0;
     std::vector<uint8_t> board;
-    std::array<bool, numAbstractedActions> allowed{};
-    std::array<std::string, numAbstractedActions> next; // what follows each that is allowed
-    std::vector<Hand> hands; // that the board leaves, in the deck's order
+    std::vector<DecisionEdge> edges;
+    std::vector<std::string> next; // what follows each edge
+    std::vector<Hand> hands;       // that the board leaves, in the deck's order
 
     Total total() const;
 };
 
-// Where the actions lead, by their letters f, c and r; "/" between rounds may stand or be missing.
-// An error where the rules do not allow one, or where the hand is over.
-Result<int32_t> followActions(const CompiledTree& tree, const std::string& actions);
-
 // board: as many cards as the round of the node has; an error for another number, for a card that
 // stands twice and for one that the game's deck lacks. The game has two hole cards.
-Result<DecisionView> viewDecision(const Game& game, const CompiledTree& tree,
-                                  const HandStrategy& strategy, int32_t node,
-                                  const std::vector<uint8_t>& board);
+Result<DecisionView> viewDecision(const Game& game, const DecisionTree& tree,
+                                  const DecisionWay& way, const std::vector<uint8_t>& board);
 
 // The shares of the actions, and the grid of the 169 classes of starting hands, each with its
-// likeliest action and that action's percentage; a class that does not come here has a point.
+// likeliest action and that action's percentage, all raises taken together; a class that does not
+// come here has a point.
 std::string decisionText(const DecisionView& view);
 // All shares of the classes too, and behind a board those of every hand.
 nlohmann::ordered_json decisionJson(const DecisionView& view);

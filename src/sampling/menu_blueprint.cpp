@@ -141,6 +141,10 @@ void append(std::string& text, const Value& value) {
 
 } // namespace
 
+bool hasMenuBlueprints(const Game& game) {
+    return game.numPlayers > 2 || game.bettingRule == noLimitRule;
+}
+
 Status writeMenuBlueprint(const std::string& path, const MenuSets& sets, const MenuOrigin& origin,
                           FileSystem& files) {
     if (origin.training.abstraction.size() > longestName)
@@ -177,6 +181,7 @@ Result<MenuBlueprint> MenuBlueprint::open(const std::string& path, const Game& g
         return Error{read.error()};
     if (Status sound = file.checkSums(); !sound)
         return Error{sound.error()};
+    file.file_.forgetPages(); // whoever looks up a few probabilities needs few of them
     return file;
 }
 

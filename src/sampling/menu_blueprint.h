@@ -48,6 +48,9 @@ struct MenuOrigin {
     std::optional<int> ownSeat;
 };
 
+// Whether blueprints of a game are of this kind: of no-limit, or for more than two seats.
+bool hasMenuBlueprints(const Game& game);
+
 // Writes the average strategy whole, or leaves what was there.
 Status writeMenuBlueprint(const std::string& path, const MenuSets& sets, const MenuOrigin& origin,
                           FileSystem& files = systemFiles());

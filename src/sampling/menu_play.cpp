@@ -21,11 +21,31 @@ Action MenuPlay::act(const State& state) {
     const auto node = follower_.node(state);
     if (!node)
         return follower_.takeWithoutNode(state);
+    return follower_.take(state, drawEdge(*node, bucketOf(state)));
+}
+
+void MenuPlay::repeat(const State& state, const Action& action) {
+    const auto node = follower_.node(state);
+    if (!node && action.type == actionCall) {
+        follower_.takeWithoutNode(state);
+        return;
+    }
+    if (node) {
+        const size_t edge = drawEdge(*node, bucketOf(state));
+        const Action drawn = follower_.actionOf(state, edge);
+        if (drawn.type == action.type && drawn.size == action.size) {
+            follower_.take(state, edge);
+            return;
+        }
+    }
+    see(state, action);
+}
+
+// Of the seat to act.
+uint16_t MenuPlay::bucketOf(const State& state) const {
     const uint8_t seat = currentPlayer(&game_, &state);
-    const uint16_t bucket =
-        buckets_.bucket(state.round, std::span(state.holeCards[seat], game_.numHoleCards),
-                        std::span(state.boardCards, sumBoardCards(&game_, state.round)));
-    return follower_.take(state, drawEdge(*node, bucket));
+    return buckets_.bucket(state.round, std::span(state.holeCards[seat], game_.numHoleCards),
+                           std::span(state.boardCards, sumBoardCards(&game_, state.round)));
 }
 
 size_t MenuPlay::drawEdge(int32_t node, size_t bucket) {

@@ -22,8 +22,15 @@ public:
     // A legal action for the seat to act, by its own cards and the board alone. Where the tree has
     // no answer (tree_follower.h) it is a call.
     Action act(const State& state);
+    // An action of the own seat that was done before: the hand is where act() left it when it did
+    // that, with the same seed and the same actions before. What act() would not have done now is
+    // taken as an action of another seat.
+    void repeat(const State& state, const Action& action);
+    // Whether the hand has left the tree for good.
+    bool lost() const { return follower_.lost(); }
 
 private:
+    uint16_t bucketOf(const State& state) const;
     size_t drawEdge(int32_t node, size_t bucket);
 
     const Game& game_;

@@ -4,7 +4,6 @@
 #include "blueprint/blueprint_trainer.h"
 #include "blueprint/sets_play.h"
 #include "directory/json.h"
-#include "directory/kept_files.h"
 #include "directory/manifest.h"
 #include "directory/strategies.h"
 #include "driver/played_blueprint.h"
@@ -14,6 +13,7 @@
 #include "support/progress.h"
 #include "support/resources.h"
 #include "toolbox/abstraction_place.h"
+#include "toolbox/blueprint_place.h"
 #include "toolbox/command.h"
 
 #include <filesystem>
@@ -62,8 +62,7 @@ struct BlueprintRun {
     const CardAbstraction& abstraction;
     const TrainingRequest& request;
     BlueprintTrainer& trainer;
-    std::string path = request.out + "/" + blueprintName;
-    std::string checkpoint = path + ".checkpoint";
+    BlueprintPlace place{request};
     uint64_t buckets = hashOfBuckets(abstraction.description());
 
     int dryRun() const {
@@ -86,7 +85,8 @@ struct BlueprintRun {
     }
 
     int run() {
-        const auto resumed = takeUp();
+        const auto resumed =
+            place.takeUp([&] { return trainer.readCheckpoint(place.checkpoint, buckets); });
         if (!resumed)
             return fail(resumed.error());
         std::optional<SampleMeasure> sample;
@@ -98,10 +98,13 @@ struct BlueprintRun {
             sample.emplace(std::move(*made));
         }
         const TrainingOutcome outcome = runWatched(
-            trainer, request, *resumed,
-            [&] { return trainer.writeCheckpoint(checkpoint, buckets); },
+            trainer, place.whatIsLeft(*resumed, trainer.iteration()), *resumed,
+            [&] { return trainer.writeCheckpoint(place.checkpoint, buckets); },
             sample ? std::function([&] { return measured(*sample); }) : nullptr);
-        const int status = outcome.end == TrainingEnd::stopped ? stopped(outcome) : finish(outcome);
+        const int status = outcome.end == TrainingEnd::stopped
+                               ? place.stopped(outcome, trainer.iteration(), isBetter(),
+                                               [&] { return finish(outcome); })
+                               : finish(outcome);
         return outcome.saved ? status : exitFailed;
     }
 
@@ -129,57 +132,16 @@ struct BlueprintRun {
                             unit * gains->crossed.halfWidth)};
     }
 
-    int stopped(const TrainingOutcome& outcome) const {
-        if (!request.quality.empty() && isBetter()) {
-            if (outcome.saved)
-                complain("stopped; the same command goes on from {}", checkpoint);
-            const int status = finish(outcome);
-            return status == exitDone ? interruptStatus() : status;
-        }
-        if (outcome.saved)
-            complain("stopped; {} holds all {} iterations, {} goes on from it, and {} is as it was",
-                     checkpoint, describeCount(trainer.iteration()),
-                     request.quality.empty() ? "--resume" : "the same command", path);
-        return interruptStatus();
-    }
-
     // Whether what was trained so far is worth more than what is there: few iterations over many
     // buckets are not.
     bool isBetter() const {
         if (trainer.iteration() == 0)
             return false;
-        if (!std::filesystem::exists(path))
+        if (!std::filesystem::exists(place.path))
             return true;
-        const auto there = BlueprintFile::open(path, *game.rules, trainer.sets().tree());
+        const auto there = BlueprintFile::open(place.path, *game.rules, trainer.sets().tree());
         return there && there->origin().abstractionHash == buckets &&
                there->origin().steps < trainer.iteration();
-    }
-
-    // Goes on from the checkpoint where that is wanted, and refuses to forget one unasked. Whether
-    // it did.
-    Result<bool> takeUp() {
-        std::error_code error;
-        const bool there = std::filesystem::exists(checkpoint, error);
-        if (request.fresh || (!there && !request.resume))
-            return false;
-        if (!there)
-            return Error{checkpoint + " is not there: nothing to resume"};
-        if (!request.resume && !request.resumeIfThere)
-            return Error{checkpoint + " is that of an earlier run: --resume goes on from it, " +
-                         "--fresh starts over"};
-        // One that cannot be read at all may be a good one.
-        if (const auto readable = MappedFile::open(checkpoint); !readable)
-            return Error{readable.error()};
-        const Status read = trainer.readCheckpoint(checkpoint, buckets);
-        if (read)
-            return true;
-        if (request.resume)
-            return Error{read.error()};
-        const auto aside = setAsideBadFile(checkpoint);
-        if (!aside)
-            return Error{aside.error()};
-        complain("{}; starting over, it is kept as {}", read.error(), *aside);
-        return false;
     }
 
     int finish(const TrainingOutcome& outcome) const {
@@ -187,13 +149,10 @@ struct BlueprintRun {
         const BlueprintOrigin origin{
             hashOfGame(*game.rules),        cards,          buckets,
             {counts.begin(), counts.end()}, trainer.seed(), trainer.iteration()};
-        KeptFiles kept;
-        if (request.keepOther && std::filesystem::exists(path))
-            if (Status safe = kept.keep(path); !safe)
-                return fail(safe.error());
-        if (Status written = writeBlueprint(path, trainer.sets(), origin); !written)
+        if (Status written =
+                place.replace([&] { return writeBlueprint(place.path, trainer.sets(), origin); });
+            !written)
             return fail(written.error());
-        kept.replaced();
         const std::string made =
             fmt::format("{} --cards {} with seed {}, {} iterations", request.made, cards,
                         trainer.seed(), trainer.iteration());
@@ -206,26 +165,19 @@ struct BlueprintRun {
             nlohmann::ordered_json json = readJson(stepAsJson(outcome.last));
             json["end"] = describe(outcome.end);
             json["cards"] = cards;
-            json["blueprint"] = path;
-            json["bytes"] = std::filesystem::file_size(path);
+            json["blueprint"] = place.path;
+            json["bytes"] = std::filesystem::file_size(place.path);
             json["informationSets"] = trainer.sets().numSets();
             printJson(json);
         } else {
             fmt::print("{} iterations over {}, {} ({}), average regret {:.3g} chips\n{}\n",
                        describeCount(outcome.last.iteration), cards,
                        describeDuration(outcome.last.seconds), describe(outcome.end),
-                       std::get<AverageRegret>(outcome.last.measure).chips, path);
+                       std::get<AverageRegret>(outcome.last.measure).chips, place.path);
         }
         return exitDone;
     }
 };
-
-// "for 5 min", for people.
-std::string lengthOf(const TrainingGoal& goal) {
-    if (goal.seconds)
-        return "for " + describeDuration(*goal.seconds);
-    return goal.iterations ? "to the iterations wanted" : "until it is stopped";
-}
 
 void refuseForBlueprint(const TrainingRequest& request) {
     if (request.algorithm)

@@ -1,4 +1,5 @@
-// A strong two-player limit player in one command: `tamarin prepare --quality`.
+// A strong player in one command, for limit and no-limit hold'em for two and limit for three:
+// `tamarin prepare --quality`.
 #pragma once
 
 #include "directory/holdem_game.h"
@@ -13,11 +14,12 @@ namespace tamarin {
 std::vector<std::string> qualityNames();
 
 // Makes the card abstraction of that quality where it is missing, and trains a blueprint over it:
-// quick for five minutes, good for an hour, best until it is stopped; or as the goal has it. What
-// was stopped is taken up again. A blueprint that is there and whole stays: one of a finished
-// training of this quality, and one of a higher quality. One of a lower quality is replaced when
-// the new one is written; one over other cards, or without the checkpoint to go on from, is then
-// kept as NAME.bad.
+// quick for five minutes (limit for two) or ten, good for an hour, best until it is stopped; or as
+// the goal has it. No-limit is trained with the sizes of menus/middle.menu. What was stopped is
+// taken up again, for the time that is left. A blueprint that is there and whole stays: one of a
+// finished training of this quality, and one of a higher quality. One of a lower quality is
+// replaced when the new one is written; one over other cards, or without the checkpoint to go on
+// from, is then kept as NAME.bad.
 int prepareBlueprint(const HoldemGame& game, const std::string& quality, TrainingRequest request);
 
 } // namespace tamarin

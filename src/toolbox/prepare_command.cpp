@@ -172,17 +172,21 @@ void addPrepareCommand(CLI::App& app, int& status) {
     CLI::App& command = addCommand(
         app, "prepare", "Make everything a game needs for `player`",
         "tamarin prepare kuhn.limit.3p.game --dir run\n"
-        "  tamarin prepare holdem.limit.2p.reverse_blinds.game --quality quick --dir run\n\n"
+        "  tamarin prepare holdem.limit.2p.reverse_blinds.game --quality quick --dir run\n"
+        "  tamarin prepare holdem.nolimit.2p.reverse_blinds.game --quality quick --dir run\n\n"
         "For hold'em: the tables below lookup/, then the strategy, as 'tamarin train' makes them "
-        "when\nno goal is given. With --quality (two players, limit) a card abstraction and a "
-        "blueprint over\nit instead, which `player` plays in the strategy's stead and without "
-        "tables. What an earlier,\nstopped run left is taken up again; a stopped blueprint is "
-        "kept as far as it came.");
+        "when\nno goal is given. With --quality a card abstraction and a blueprint over it "
+        "instead, "
+        "which\n`player` plays in the strategy's stead and without tables. What an earlier, "
+        "stopped "
+        "run left is\ntaken up again, for the time that is left; a stopped blueprint is kept as "
+        "far as it came.");
     command.add_option("GAME", *game, "Game definition: a path, or a name in --dir")->required();
     command
         .add_option("--quality", *quality,
-                    "A blueprint: quick trains for five minutes over 200 buckets a round, good for "
-                    "an hour over 1000, best over 5000 until it is stopped")
+                    "A blueprint: quick trains for five minutes, or ten of no-limit and of three "
+                    "players, over 200 buckets a round, good for an hour over 1000, best over 5000 "
+                    "until it is stopped; three players have fewer")
         ->check(CLI::IsMember(qualityNames()));
     command.add_flag("--force", request->fresh, "Make it again where it is good already");
     command.add_flag("--dry-run", request->dryRun, "Hold'em: print what it would take");

@@ -10,6 +10,7 @@
 #include "support/progress.h"
 #include "support/resources.h"
 #include "toolbox/abstraction_place.h"
+#include "toolbox/blueprint_place.h"
 #include "toolbox/command.h"
 
 #include <filesystem>
@@ -65,8 +66,9 @@ Result<SampledSetting> openSetting(const Game& game, const SampledGame& over,
         return Error{"--cards " + over.cards + ": no such card abstraction below " + directory +
                      "/lookup; 'tamarin abstract --help' says how to make one"};
     std::optional<BettingMenu> menu;
-    if (!over.menu.empty()) {
-        auto read = BettingMenu::read(over.menu);
+    if (!over.menu.empty() || !over.menuText.empty()) {
+        auto read = over.menu.empty() ? BettingMenu::parse(over.menuText, "menu")
+                                      : BettingMenu::read(over.menu);
         if (!read)
             return Error{read.error()};
         menu = std::move(*read);
@@ -90,43 +92,36 @@ struct SampledRun {
     const SampledSetting& setting;
     const TrainingRequest& request;
     SamplingTrainer& trainer;
-    std::string path = request.out + "/" + sampledName;
-    std::string checkpoint = path + ".checkpoint";
+    BlueprintPlace place{request};
 
     int run() {
-        const auto resumed = takeUp();
+        const auto resumed = place.takeUp([&] {
+            return trainer.readCheckpoint(place.checkpoint, setting.buckets(), setting.menuHash());
+        });
         if (!resumed)
             return fail(resumed.error());
-        const TrainingOutcome outcome = runWatched(trainer, request, *resumed, [&] {
-            return trainer.writeCheckpoint(checkpoint, setting.buckets(), setting.menuHash());
+        const TrainingRequest left = place.whatIsLeft(*resumed, trainer.iteration());
+        const TrainingOutcome outcome = runWatched(trainer, left, *resumed, [&] {
+            return trainer.writeCheckpoint(place.checkpoint, setting.buckets(), setting.menuHash());
         });
-        if (outcome.end == TrainingEnd::stopped) {
-            if (outcome.saved)
-                complain("stopped; {} holds all {} iterations, --resume goes on from it, and {} is "
-                         "as it was",
-                         checkpoint, describeCount(trainer.iteration()), path);
-            return outcome.saved ? interruptStatus() : exitFailed;
-        }
-        const int status = finish(outcome);
+        const int status = outcome.end == TrainingEnd::stopped
+                               ? place.stopped(outcome, trainer.iteration(), isBetter(),
+                                               [&] { return finish(outcome); })
+                               : finish(outcome);
         return outcome.saved ? status : exitFailed;
     }
 
-    // Goes on from the checkpoint where that is wanted, and refuses to forget one unasked. Whether
-    // it did.
-    Result<bool> takeUp() {
-        std::error_code error;
-        const bool there = std::filesystem::exists(checkpoint, error);
-        if (request.fresh || (!there && !request.resume))
+    // Whether what was trained so far is worth more than what is there.
+    bool isBetter() const {
+        if (trainer.iteration() == 0)
             return false;
-        if (!there)
-            return Error{checkpoint + " is not there: nothing to resume"};
-        if (!request.resume)
-            return Error{checkpoint + " is that of an earlier run: --resume goes on from it, " +
-                         "--fresh starts over"};
-        if (Status read = trainer.readCheckpoint(checkpoint, setting.buckets(), setting.menuHash());
-            !read)
-            return Error{read.error()};
-        return true;
+        if (!std::filesystem::exists(place.path))
+            return true;
+        const auto there = MenuBlueprint::open(place.path, *game.rules);
+        return there && there->origin().training.abstractionHash == setting.buckets() &&
+               there->origin().menu == origin().menu &&
+               there->origin().ownSeat == setting.ownSeat &&
+               there->origin().training.steps < trainer.iteration();
     }
 
     MenuOrigin origin() const {
@@ -137,14 +132,18 @@ struct SampledRun {
     }
 
     int finish(const TrainingOutcome& outcome) const {
-        if (Status written = writeMenuBlueprint(path, trainer.sets(), origin()); !written)
+        if (Status written = place.replace(
+                [&] { return writeMenuBlueprint(place.path, trainer.sets(), origin()); });
+            !written)
             return fail(written.error());
         const std::string made =
             fmt::format("{} --cards {}{} with seed {}, {} iterations", request.made, setting.cards,
                         setting.menu ? " --menu" : "", trainer.options().seed, trainer.iteration());
-        const std::string from = asJsonText(
-            fmt::format("{}, definition {:016x}, buckets {:016x}, menu {:016x}", game.name,
-                        hashOfGame(*game.rules), setting.buckets(), setting.menuHash()));
+        const bool finished = outcome.end != TrainingEnd::stopped;
+        const std::string from = asJsonText(fmt::format(
+            "{}, definition {:016x}, buckets {:016x}, menu {:016x}{}", game.name,
+            hashOfGame(*game.rules), setting.buckets(), setting.menuHash(),
+            finished && !request.quality.empty() ? ", quality " + request.quality : ""));
         if (Status noted = recordFiles(request.out, {{sampledName, made, from}}); !noted)
             return fail(noted.error());
         if (request.json)
@@ -153,7 +152,7 @@ struct SampledRun {
             fmt::print("{} iterations over {}, {} ({}), average regret {:.3g} chips\n{}\n",
                        describeCount(outcome.last.iteration), setting.cards,
                        describeDuration(outcome.last.seconds), describe(outcome.end),
-                       std::get<AverageRegret>(outcome.last.measure).chips, path);
+                       std::get<AverageRegret>(outcome.last.measure).chips, place.path);
         return exitDone;
     }
 
@@ -162,8 +161,8 @@ struct SampledRun {
         json["end"] = describe(outcome.end);
         json["cards"] = setting.cards;
         json["menu"] = setting.menu ? setting.menu->text() : "";
-        json["blueprint"] = path;
-        json["bytes"] = std::filesystem::file_size(path);
+        json["blueprint"] = place.path;
+        json["bytes"] = std::filesystem::file_size(place.path);
         json["decisionNodes"] = trainer.sets().tree().nodes().size();
         json["informationSets"] = trainer.sets().numSets();
         return json;
@@ -200,7 +199,7 @@ int tellCost(const Game& game, const SampledSetting& setting, const MenuTree& tr
 }
 
 void refuseForSampling(const Game& game, const SampledGame& over, const TrainingRequest& request) {
-    if (game.bettingRule == noLimitRule && over.menu.empty())
+    if (game.bettingRule == noLimitRule && over.menu.empty() && over.menuText.empty())
         throw UsageError("--menu: a no-limit game needs a bet menu, such as menus/tiny.menu");
     if (game.bettingRule == limitRule && !over.menu.empty())
         throw UsageError("--menu: a limit game has no choice of sizes");
@@ -222,16 +221,12 @@ void refuseForSampling(const Game& game, const SampledGame& over, const Training
 
 } // namespace
 
-bool isTrainedBySampling(const Game& game) {
-    return game.numPlayers > 2 || game.bettingRule == noLimitRule;
-}
-
 int trainBySampling(const HoldemGame& game, const SampledGame& over, TrainingRequest request) {
     const Game& rules = *game.rules;
     refuseForSampling(rules, over, request);
     if (Status fits = SamplingTrainer::fits(rules); !fits)
         return fail(game.name + ": " + fits.error());
-    if (!request.goal.any())
+    if (!request.goal.any() && request.quality.empty())
         request.goal.seconds = secondsOfARun;
     if (request.checkpointEvery == 0)
         request.checkpointSeconds = secondsBetweenSaves;
@@ -252,6 +247,10 @@ int trainBySampling(const HoldemGame& game, const SampledGame& over, TrainingReq
         return fail(lock.error());
     if (Status enough = checkResources(cost.memory, cost.disk(), request.out); !enough)
         return fail(enough.error());
+    if (!request.quiet)
+        remark("{} decision nodes; up to {} of memory, a blueprint of {}, {}",
+               describeCount(tree.nodes().size()), describeBytes(cost.memory),
+               describeBytes(cost.blueprint), lengthOf(request.goal));
     const AbstractionSeatBuckets buckets(setting->abstraction);
     SamplingTrainer trainer(rules, tree, buckets, options);
     return SampledRun{game, *setting, request, trainer}.run();

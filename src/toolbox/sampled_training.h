@@ -16,11 +16,9 @@ namespace tamarin {
 struct SampledGame {
     std::string cards;          // the card abstraction, by its name or folder
     std::string menu;           // the file; empty in limit games
+    std::string menuText;       // the menu itself, where it is in no file
     std::optional<int> ownSeat; // for a menu with sizes of opponents
 };
-
-// Whether a game with --cards is trained so, and not board by board (blueprint_training.h).
-bool isTrainedBySampling(const Game& game);
 
 // Trains, saves, prints; returns the command's exit status. A signal leaves a checkpoint and the
 // blueprint as it was.

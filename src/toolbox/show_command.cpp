@@ -8,6 +8,7 @@
 #include "eval/hand_range.h"
 #include "report/abstraction_page.h"
 #include "report/abstraction_view.h"
+#include "report/decision_tree.h"
 #include "report/decision_view.h"
 #include "report/holdem_chart.h"
 #include "report/strategy_page.h"
@@ -249,6 +250,24 @@ std::optional<std::string> findBlueprint(const ShowArguments& options) {
     return std::nullopt;
 }
 
+std::unique_ptr<DecisionTree> decisionsOf(const OpenedBlueprint& blueprint) {
+    if (blueprint.ready)
+        return std::make_unique<MenuDecisions>(*blueprint.game.rules, *blueprint.ready);
+    return std::make_unique<LimitDecisions>(*blueprint.tree, *blueprint.play);
+}
+
+std::optional<int> ownSeatOf(const OpenedBlueprint& blueprint) {
+    return blueprint.ready ? blueprint.ready->blueprint().origin().ownSeat : std::nullopt;
+}
+
+// The menu's lines, and whose blueprint it is where seats have others.
+std::string menuText(const OpenedBlueprint& blueprint) {
+    std::string text = blueprint.menu();
+    if (const auto seat = ownSeatOf(blueprint))
+        text += fmt::format("for seat {}\n", *seat);
+    return text;
+}
+
 int showBlueprint(const std::string& path, const ShowArguments& options) {
     if (!options.html.empty())
         throw UsageError("--html: a blueprint is shown as text or --json so far");
@@ -258,31 +277,34 @@ int showBlueprint(const std::string& path, const ShowArguments& options) {
     const auto blueprint = openBlueprint(path, directoryOf(path, options.directory), options.game);
     if (!blueprint)
         return fail(blueprint.error());
-    const CompiledTree& tree = *blueprint->tree;
-    const auto node = followActions(tree, options.actions);
-    if (!node)
-        throw UsageError("--actions: " + node.error());
-    const auto view = viewDecision(*blueprint->game.rules, tree, *blueprint->play, *node, *board);
+    const auto tree = decisionsOf(*blueprint);
+    const auto way = followActions(*tree, options.actions);
+    if (!way)
+        throw UsageError("--actions: " + way.error());
+    const auto view = viewDecision(*blueprint->game.rules, *tree, *way, *board);
     if (!view)
         throw UsageError("--board: " + view.error());
-    uint64_t sets = 0;
-    for (const auto& each : tree.nodes())
-        sets += blueprint->play->numClasses(each.player, each.round);
     const uint64_t bytes = std::filesystem::file_size(path);
     if (options.json) {
-        const BlueprintOrigin& origin = blueprint->play->origin();
-        printJson({{"game", blueprint->game.name},
-                   {"source", path},
-                   {"cards", origin.abstraction},
-                   {"iterations", origin.steps},
-                   {"seed", origin.seed},
-                   {"informationSets", sets},
-                   {"bytes", bytes},
-                   {"decision", decisionJson(*view)}});
+        const BlueprintOrigin& origin = blueprint->origin();
+        nlohmann::ordered_json json{{"game", blueprint->game.name},
+                                    {"source", path},
+                                    {"cards", origin.abstraction},
+                                    {"iterations", origin.steps},
+                                    {"seed", origin.seed},
+                                    {"informationSets", blueprint->informationSets()},
+                                    {"bytes", bytes}};
+        if (const std::string menu = blueprint->menu(); !menu.empty())
+            json["menu"] = menu;
+        if (const auto seat = ownSeatOf(*blueprint))
+            json["seat"] = *seat;
+        json["decision"] = decisionJson(*view);
+        printJson(json);
         return exitDone;
     }
-    fmt::print("{}: {}, {} information sets, {}\n\n{}", path, blueprint->describe(),
-               describeCount(sets), describeBytes(bytes), decisionText(*view));
+    fmt::print("{}: {}, {} information sets, {}\n{}\n{}", path, blueprint->describe(),
+               describeCount(blueprint->informationSets()), describeBytes(bytes),
+               menuText(*blueprint), decisionText(*view));
     return exitDone;
 }
 
@@ -363,8 +385,8 @@ void addShowCommand(CLI::App& app, int& status) {
         ->needs(round);
     command
         .add_option("--actions", options->actions,
-                    "Of a blueprint the decision after these actions, f, c and r; rounds may be "
-                    "parted by /")
+                    "Of a blueprint the decision after these actions, f, c and r, in no-limit "
+                    "with the total raised to (r300c); rounds may be parted by /")
         ->type_name("ACTIONS");
     command
         .add_option("--board", options->board,

@@ -1,4 +1,5 @@
 // tamarin train: trains a game towards an equilibrium, with a log, checkpoints and resumption.
+#include "sampling/menu_blueprint.h"
 #include "toolbox/blueprint_training.h"
 #include "toolbox/command.h"
 #include "toolbox/holdem_training.h"
@@ -23,7 +24,7 @@ void refuseForHoldem(const TrainingRequest& request) {
 
 int trainOverCards(const HoldemGame& game, const SampledGame& over,
                    const TrainingRequest& request) {
-    if (isTrainedBySampling(*game.rules))
+    if (hasMenuBlueprints(*game.rules))
         return trainBySampling(game, over, request);
     if (!over.menu.empty() || over.ownSeat)
         throw UsageError("--menu, --seat: limit games have no choice of sizes");

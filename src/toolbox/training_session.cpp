@@ -36,6 +36,12 @@ Result<FileLock> lockResults(const std::string& out) {
     return FileLock::take(out + "/train.lock");
 }
 
+std::string lengthOf(const TrainingGoal& goal) {
+    if (goal.seconds)
+        return "for " + describeDuration(*goal.seconds);
+    return goal.iterations ? "to the iterations wanted" : "until it is stopped";
+}
+
 TrainingOutcome runWatched(Trainer& trainer, const TrainingRequest& request, bool resumed,
                            const std::function<Status()>& save,
                            const std::function<LongMeasure()>& measure) {

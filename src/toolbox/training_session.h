@@ -26,6 +26,7 @@ struct TrainingRequest {
     double checkpointSeconds = 0.0; // 0: not by time
     bool resume = false;            // go on from the checkpoint, which must be there
     bool resumeIfThere = false;     // the same where there is one of the same configuration
+    bool secondsInAll = false;      // the goal's seconds are those of all runs together, by the log
     bool fresh = false;
     bool dryRun = false;
     bool json = false;
@@ -63,6 +64,9 @@ struct LongMeasure {
 TrainingOutcome runWatched(Trainer& trainer, const TrainingRequest& request, bool resumed,
                            const std::function<Status()>& save,
                            const std::function<LongMeasure()>& measure = nullptr);
+
+// "for 5 min", "until it is stopped": how long a blueprint is trained.
+std::string lengthOf(const TrainingGoal& goal);
 
 // Iterations a second, tried for so long or until a signal.
 double measureSpeed(Trainer& trainer, double forSeconds);

@@ -23,9 +23,9 @@ inline std::array<std::vector<uint16_t>, holdemRounds> sparseFirstBuckets() {
     return first;
 }
 
-// Below lookup/ of the working directory, which must be there.
-inline void writeSparseAbstraction(const std::string& name) {
-    const std::string folder = abstractionFolder(".", name);
+// Below lookup/ of a directory.
+inline void writeSparseAbstraction(const std::string& name, const std::string& directory = ".") {
+    const std::string folder = abstractionFolder(directory, name);
     std::filesystem::create_directories(folder);
     AbstractionDescription description;
     description.options.seed = 77;

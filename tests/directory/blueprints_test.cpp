@@ -17,7 +17,7 @@ TEST_F(Blueprints, TellTheirGame) {
     ASSERT_TRUE(opened.ok()) << opened.error();
     EXPECT_EQ(opened->describe(), "small.game over few, 5 iterations with seed 3");
     EXPECT_EQ(opened->path, blueprint);
-    EXPECT_EQ(opened->play->origin().abstraction, "few");
+    EXPECT_EQ(opened->origin().abstraction, "few");
     EXPECT_EQ(opened->tree->nodes().size(), CompiledTree(*opened->game.rules).nodes().size());
     EXPECT_EQ(openBlueprint(blueprint, ".", "zmall.game")->game.name, "zmall.game");
 }
@@ -29,7 +29,7 @@ TEST_F(Blueprints, OfUnknownAndOtherGamesAreRefused) {
     const auto three = openBlueprint(blueprint, ".", "holdem.limit.3p.game");
     ASSERT_FALSE(three.ok());
     EXPECT_EQ(three.error(),
-              "holdem.limit.3p.game: a blueprint is for two players, and the game has 3");
+              std::string(blueprint) + ": format 1, not 2: a blueprint of limit for two");
     std::filesystem::remove("small.game");
     const auto unknown = openBlueprint(blueprint, ".");
     ASSERT_FALSE(unknown.ok());

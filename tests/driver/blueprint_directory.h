@@ -22,28 +22,20 @@ namespace tamarin::test {
 inline const std::string limitGame = "holdem.limit.2p.reverse_blinds.game";
 inline const std::string limitBlueprint = "strategies/holdem.limit.2p/blueprint";
 
-class BlueprintDirectory : public PlayingDirectory {
+// The abstraction alone.
+class CardsDirectory : public PlayingDirectory {
 public:
     static constexpr BucketCounts counts{20, 7, 8, 9};
-    static constexpr uint64_t steps = 4321;
 
     struct KnownHand {
         int round;
         std::string cards; // the hole cards and the board, "AsKd2c3d4h"
         uint16_t bucket;
     };
-    // Weights of fold, call and raise at a node, by the actions before it.
-    using Weights = std::array<float, numAbstractedActions>;
-    using Choose = std::function<Weights(const std::string& actions, size_t bucket)>;
 
-    BlueprintDirectory(const std::vector<KnownHand>& known, const Choose& choose)
-        : game_(readDefinitionFile(limitGame.c_str())), tree_(*game_) {
-        putAbstraction(known);
-        putBlueprint(choose);
-    }
+    explicit CardsDirectory(const std::vector<KnownHand>& known) { putAbstraction(known); }
 
-    const Game& game() const { return *game_; }
-    const CompiledTree& tree() const { return tree_; }
+    const AbstractionDescription& description() const { return description_; }
 
     static std::string abstractionFile(int round) {
         return abstractionFolder(".", "small") + "/" + bucketFileNames[static_cast<size_t>(round)];
@@ -89,6 +81,26 @@ private:
         file.write(reinterpret_cast<const char*>(&hand.bucket), sizeof hand.bucket);
         ASSERT_TRUE(file.good()) << hand.cards;
     }
+    AbstractionDescription description_;
+};
+
+class BlueprintDirectory : public CardsDirectory {
+public:
+    static constexpr uint64_t steps = 4321;
+
+    // Weights of fold, call and raise at a node, by the actions before it.
+    using Weights = std::array<float, numAbstractedActions>;
+    using Choose = std::function<Weights(const std::string& actions, size_t bucket)>;
+
+    BlueprintDirectory(const std::vector<KnownHand>& known, const Choose& choose)
+        : CardsDirectory(known), game_(readDefinitionFile(limitGame.c_str())), tree_(*game_) {
+        putBlueprint(choose);
+    }
+
+    const Game& game() const { return *game_; }
+    const CompiledTree& tree() const { return tree_; }
+
+private:
     void putBlueprint(const Choose& choose) {
         BlueprintSets sets(tree_, counts);
         for (size_t n = 0; n < tree_.nodes().size(); ++n) {
@@ -108,7 +120,7 @@ private:
         ASSERT_TRUE(writeBlueprint(limitBlueprint, sets,
                                    {hashOfGame(*game_),
                                     "small",
-                                    hashOfBuckets(description_),
+                                    hashOfBuckets(description()),
                                     {counts.begin(), counts.end()},
                                     1,
                                     steps})
@@ -117,7 +129,6 @@ private:
 
     GamePtr game_;
     CompiledTree tree_;
-    AbstractionDescription description_;
 };
 
 } // namespace tamarin::test

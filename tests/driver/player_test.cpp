@@ -6,6 +6,7 @@
 #include "driver/blueprint_directory.h"
 #include "driver/holdem_directory.h"
 #include "driver/loopback_dealer.h"
+#include "driver/menu_blueprint_directory.h"
 #include "driver/process.h"
 #include "driver/recording_agent.h"
 #include "driver/scratch.h"
@@ -331,6 +332,78 @@ TEST(Player, PlaysABlueprintAlone) {
     EXPECT_EQ(std::distance(fs::directory_iterator("strategies/holdem.limit.2p"), {}), 1);
 }
 
+// Bets of sizes that its tree lacks, a state that comes again, and one that begins in the middle.
+TEST(Player, PlaysANoLimitBlueprint) {
+    const MenuBlueprintDirectory directory(
+        "bets = 1 A", {{0, "AsKs", 7}, {1, "AsKs2c3d4h", 3}},
+        [](int32_t node, size_t bucket, size_t edge) {
+            const size_t taken = bucket == 7 && node == 0 ? 2 : bucket == 3 ? 2 : 1;
+            return static_cast<int32_t>(edge == taken);
+        });
+    LoopbackDealer dealer;
+    Process player({program, noLimitGame, "127.0.0.1", std::to_string(dealer.port())},
+                   directory.path());
+    ASSERT_TRUE(dealer.accept());
+    EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
+    const std::pair<std::string, std::string> asked[] = {
+        {"MATCHSTATE:1:0::|AsKs", "r300"},
+        {"MATCHSTATE:1:0::|AsKs", "r300"},
+        {"MATCHSTATE:1:0:r300r19950:|AsKs", "c"},
+        {"MATCHSTATE:1:1:r250c/r750:|AsKs/2c3d4h", "r2250"}, // its node has fold, call, a pot
+    };
+    for (const auto& [state, action] : asked) {
+        dealer.send(state + "\r\n");
+        EXPECT_EQ(dealer.readLine(), state + ":" + action + "\r\n");
+    }
+    dealer.hangUp();
+    EXPECT_EQ(player.wait(), 0);
+    EXPECT_EQ(player.err(), "");
+    EXPECT_EQ(player.out(), program + "\n" + noLimitGame + "\n127.0.0.1\n" +
+                                std::to_string(dealer.port()) + "\nPlaying " + noLimitBlueprint +
+                                ", over small, 6400 iterations\n");
+}
+
+TEST(Player, PlaysAThreePlayerBlueprint) {
+    const MenuBlueprintDirectory directory("", {{0, "AsKs", 7}},
+                                           [](int32_t, size_t bucket, size_t edge) {
+                                               const size_t taken = bucket == 7 ? 2 : 0;
+                                               return static_cast<int32_t>(edge == taken);
+                                           });
+    LoopbackDealer dealer;
+    Process player({program, threeGame, "127.0.0.1", std::to_string(dealer.port())},
+                   directory.path());
+    ASSERT_TRUE(dealer.accept());
+    EXPECT_EQ(dealer.readLine(), "VERSION:2.0.0\n");
+    const std::pair<std::string, std::string> asked[] = {
+        {"MATCHSTATE:2:0::||AsKs", "r"},
+        {"MATCHSTATE:0:1:c:AdKd||", "r"},
+        {"MATCHSTATE:0:1:f:2d7s||", "f"},
+        {"MATCHSTATE:0:2:ccc/:AdKd||/2c3d4h", "c"},
+    };
+    for (const auto& [state, action] : asked) {
+        dealer.send(state + "\r\n");
+        EXPECT_EQ(dealer.readLine(), state + ":" + action + "\r\n");
+    }
+    dealer.hangUp();
+    EXPECT_EQ(player.wait(), 0);
+    EXPECT_EQ(player.err(), "");
+    EXPECT_TRUE(player.says("\nPlaying " + threeBlueprint + ", over small, 6400 iterations\n"));
+}
+
+TEST(Player, SaysWhyANoLimitBlueprintIsNotPlayed) {
+    const MenuBlueprintDirectory directory("bets = 1 A", {},
+                                           [](int32_t, size_t, size_t) { return int32_t{1}; });
+    CardsDirectory::flipBit(noLimitBlueprint, std::filesystem::file_size(noLimitBlueprint) - 1);
+    const std::string damaged = PlayingDirectory::read(noLimitBlueprint);
+    Process player({program, noLimitGame, "127.0.0.1", "1"}, directory.path());
+    EXPECT_TRUE(player.says("Training hold'em agent with 100000 iterations for each"));
+    EXPECT_EQ(player.err(), "WARNING: " + noLimitBlueprint +
+                                ": damaged, block 1 of 1 does not fit its checksum: playing "
+                                "strategies/holdem.nolimit.2p/strategy instead\n");
+    EXPECT_EQ(PlayingDirectory::read(noLimitBlueprint), damaged);
+    EXPECT_FALSE(std::filesystem::exists(noLimitBlueprint + ".bad"));
+}
+
 // The file is left where it is, and the player goes on as if there were none.
 TEST(Player, SaysWhyABlueprintIsNotPlayed) {
     const BlueprintDirectory directory(
@@ -366,7 +439,7 @@ TEST(Player, PlaysBlueprintsOfTheirOwnGameAlone) {
         Process player({program, game, "127.0.0.1", "1"}, directory.path());
         EXPECT_TRUE(player.says("Training hold'em agent with 100000 iterations for each"));
         EXPECT_EQ(player.err(), "WARNING: " + folder +
-                                    "/blueprint: blueprints are played in limit games for two: "
+                                    "/blueprint: format 1, not 2: a blueprint of limit for two: "
                                     "playing " +
                                     folder + "/strategy instead\n");
     }

@@ -32,7 +32,7 @@ expect 2 "there is no game kuhn.flop.2p; the games are: " ./play kuhn.flop.2p
 expect 2 "--hands needs a number" ./play --hands many
 expect 2 "unknown option --fast" ./play --fast
 expect 2 "--quality is quick, good or best" ./play holdem.limit.2p.reverse_blinds --quality great
-expect 2 "--quality is of limit hold'em for two" ./play --quality quick
+expect 2 "--quality is of hold'em" ./play --quality quick
 expect 0 "--full" ./check --help
 expect 2 "unknown option --fast" ./check --fast
 expect 2 "--fuzz needs a number" ./check --fuzz

@@ -155,6 +155,7 @@ Action anyAction(const Game& game, const State& state, SplitMix& random) {
 struct Seen {
     int states = 0;
     int withNode = 0;
+    int lost = 0;
 };
 
 // One seat plays along the tree, the others play anything; every answer must be legal.
@@ -173,6 +174,8 @@ Seen playHands(const Game& game, const MenuTree& tree, int hands) {
                 const auto node = follower.node(real);
                 ++seen.states;
                 seen.withNode += node.has_value();
+                seen.lost += follower.lost();
+                EXPECT_FALSE(node && follower.lost());
                 action = node ? follower.take(real, random.below(tree.node(*node).numEdges))
                               : follower.takeWithoutNode(real);
             } else {
@@ -195,11 +198,13 @@ TEST(TreeFollower, EveryStateHasALegalAnswer) {
         const Seen seen = playHands(*game, tree, 10'000);
         EXPECT_GT(seen.states, 15'000) << text;
         EXPECT_GT(seen.withNode, seen.states / 2) << text;
+        EXPECT_EQ(seen.lost, 0) << text;
     }
     const GamePtr three = test::parseGame(threeWays);
     const MenuTree tree(*three, *BettingMenu::parse("bets = 1 A, A", "menu"));
     const Seen seen = playHands(*three, tree, 10'000);
     EXPECT_GT(seen.withNode, seen.states / 2);
+    EXPECT_GT(seen.lost, 0) << "a seat folds to a bet that was taken for none";
 }
 
 TEST(TreeFollower, LimitHandsAreFollowedExactly) {
@@ -208,6 +213,7 @@ TEST(TreeFollower, LimitHandsAreFollowedExactly) {
     const Seen seen = playHands(*game, tree, 10'000);
     EXPECT_GT(seen.states, 15'000);
     EXPECT_EQ(seen.withNode, seen.states);
+    EXPECT_EQ(seen.lost, 0);
 }
 
 // Play that keeps to the tree's sizes is never anywhere but at its node, with its chips.

@@ -55,6 +55,81 @@ TEST(MenuPlay, DrawsByTheBlueprint) {
     EXPECT_LT(*std::ranges::max_element(parts), 255);
 }
 
+// Bets of any size, and answers to them.
+Action anyReply(const Game& game, const State& state, SplitMix& random) {
+    int32_t least = 0;
+    int32_t most = 0;
+    if (random.below(2) == 0 && mayRaise(game, state, least, most))
+        return {actionRaise, least + static_cast<int32_t>(
+                                         random.below(static_cast<uint32_t>(most - least) + 1))};
+    return {actionCall, 0};
+}
+
+// A hand that is followed from its beginning at each decision, its own actions too, is where it is
+// when each action is followed as it is done.
+TEST(MenuPlay, RepeatsAHandAsItWasPlayed) {
+    const PlayedSmall played;
+    const Game& game = *played.small.game;
+    MenuPlay live(game, *played.blueprint, played.small.buckets);
+    MenuPlay later(game, *played.blueprint, played.small.buckets);
+    SplitMix random(5);
+    int compared = 0;
+    for (uint64_t hand = 0; hand < 10'000; ++hand) {
+        State state = played.small.deals[hand % played.small.deals.size()];
+        initState(&game, 0, &state);
+        live.begin(hand);
+        std::vector<std::pair<State, Action>> before;
+        const uint32_t own = random.below(2);
+        while (!state.finished) {
+            const bool acts = currentPlayer(&game, &state) == own;
+            Action action = anyReply(game, state, random);
+            if (acts) {
+                later.begin(hand);
+                for (const auto& [at, done] : before)
+                    if (currentPlayer(&game, &at) == own)
+                        later.repeat(at, done);
+                    else
+                        later.see(at, done);
+                action = live.act(state);
+                const Action again = later.act(state);
+                ASSERT_EQ(again.type, action.type);
+                ASSERT_EQ(again.size, action.size);
+                compared += before.size() > 2;
+            } else {
+                live.see(state, action);
+            }
+            before.emplace_back(state, action);
+            doAction(&game, &action, &state);
+        }
+    }
+    EXPECT_GT(compared, 1000);
+}
+
+// As after a loss of the connection: what another did in its place is followed by its size.
+TEST(MenuPlay, GoesOnFromWhatItWouldNotHaveDone) {
+    const PlayedSmall played;
+    const Game& game = *played.small.game;
+    MenuPlay play(game, *played.blueprint, played.small.buckets);
+    SplitMix random(6);
+    for (uint64_t hand = 0; hand < 10'000; ++hand) {
+        State state = played.small.deals[hand % played.small.deals.size()];
+        initState(&game, 0, &state);
+        play.begin(hand);
+        while (!state.finished) {
+            Action action = anyReply(game, state, random);
+            if (currentPlayer(&game, &state) == 1)
+                play.see(state, action);
+            else if (random.below(2) == 0)
+                play.repeat(state, action);
+            else
+                action = play.act(state);
+            ASSERT_FALSE(play.lost());
+            ASSERT_TRUE(isValidAction(&game, &state, 0, &action));
+            doAction(&game, &action, &state);
+        }
+    }
+}
+
 // Against itself, with the sizes of its tree: what it wins is the value of its strategy.
 TEST(MenuPlay, WinsItsValueFromItself) {
     const PlayedSmall played;

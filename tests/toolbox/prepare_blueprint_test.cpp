@@ -1,10 +1,13 @@
 #include "toolbox/prepare_blueprint.h"
 
+#include "directory/blueprints.h"
+#include "support/tree_paths.h"
 #include "toolbox/small_blueprint.h"
 #include "toolbox/tamarin_process.h"
 
 #include <csignal>
 #include <thread>
+#include <tuple>
 
 namespace tamarin::test {
 namespace {
@@ -139,6 +142,79 @@ TEST_F(PrepareBlueprint, AStopKeepsWhatStands) {
     EXPECT_NE(manifest().find(", quality quick"), std::string::npos);
 }
 
+// What earlier runs took counts: with all of the time behind it, a training is as good as finished.
+TEST_F(PrepareBlueprint, TrainsForTheTimeThatIsLeft) {
+    const auto train = [] {
+        ASSERT_EQ(callTamarin({"train", "small.game", "--cards", "169-200-200-200", "--seconds",
+                               "0.3", "--quiet"})
+                      .status,
+                  0);
+    };
+    const auto iterations = [] {
+        const std::string log = contentsOf("strategies/small/convergence.jsonl");
+        const size_t last = log.rfind('\n', log.size() - 2);
+        return nlohmann::json::parse(log.substr(last == std::string::npos ? 0 : last + 1))
+            .at("iteration")
+            .get<uint64_t>();
+    };
+    train();
+    const uint64_t before = iterations();
+    ASSERT_EQ(prepare("quick", {"--seconds", "0.3"}).status, 0);
+    EXPECT_EQ(iterations(), before);
+    EXPECT_NE(manifest().find(", quality quick"), std::string::npos);
+    fs::remove_all("strategies");
+    train();
+    const uint64_t again = iterations();
+    ASSERT_EQ(prepare("quick", {"--seconds", "0.6"}).status, 0);
+    EXPECT_GT(iterations(), again);
+    EXPECT_FALSE(fs::exists(blueprint + ".bad"));
+}
+
+TEST_F(PrepareBlueprint, MakesOneOfNoLimitAndOfThreeSeats) {
+    putAbstraction({169, 200, 100, 20});
+    std::ofstream("three.game")
+        << "GAMEDEF\nlimit\nnumPlayers = 3\nnumRounds = 4\nblind = 5 10 0\n"
+           "raiseSize = 10 10 20 20\nfirstPlayer = 3 1 1 1\nmaxRaises = 1 1 0 0\n"
+           "numSuits = 4\nnumRanks = 13\nnumHoleCards = 2\nnumBoardCards = 0 3 1 1\n"
+           "END GAMEDEF\n";
+    const std::string noLimit = "holdem.nolimit.2p.reverse_blinds.game";
+    for (const auto& [game, folder, cards] : {std::tuple<std::string, std::string, std::string>{
+                                                  noLimit, "holdem.nolimit.2p", "169-200-200-200"},
+                                              {"three.game", "three", "169-200-100-20"}}) {
+        const auto make = [&] {
+            return callTamarin(
+                {"prepare", game, "--quality", "quick", "--quiet", "--seconds", "0.2"});
+        };
+        const ToolboxRun made = make();
+        ASSERT_EQ(made.status, 0) << made.err;
+        EXPECT_NE(made.out.find("iterations over " + cards), std::string::npos) << made.out;
+        const std::string path = "strategies/" + folder + "/blueprint";
+        const auto opened = openBlueprint(path, ".");
+        ASSERT_TRUE(opened.ok()) << opened.error();
+        EXPECT_EQ(opened->menu(), game == noLimit ? "bets = 1/2 1 2 A, 1 A, 1 A, A\n" : "");
+        EXPECT_NE(contentsOf("strategies/" + folder + "/manifest.json").find(", quality quick"),
+                  std::string::npos);
+        EXPECT_EQ(make().out, path + " is there and whole; --force trains it anew\n");
+    }
+    // One with another menu is somebody's.
+    std::ofstream("other.menu") << "bets = 1 A, A\n";
+    ASSERT_EQ(callTamarin({"train", noLimit, "--cards", "169-200-200-200", "--menu", "other.menu",
+                           "--iterations", "64", "--fresh", "--quiet"})
+                  .status,
+              0);
+    const std::string other = contentsOf("strategies/holdem.nolimit.2p/blueprint");
+    ASSERT_EQ(callTamarin({"prepare", noLimit, "--quality", "quick", "--quiet", "--seconds", "0.2"})
+                  .status,
+              0);
+    EXPECT_EQ(contentsOf("strategies/holdem.nolimit.2p/blueprint.bad"), other);
+}
+
+// The menu that is trained is the one beside the others.
+TEST_F(PrepareBlueprint, NoLimitHasTheMiddleMenu) {
+    EXPECT_EQ(BettingMenu::read(inTree("menus/middle.menu"))->text(),
+              "bets = 1/2 1 2 A, 1 A, 1 A, A\n");
+}
+
 TEST_F(PrepareBlueprint, DryRunSaysWhatItTakes) {
     fs::remove_all("lookup/169-200-200-200");
     const ToolboxRun first = prepare("quick", {"--dry-run"});
@@ -159,15 +235,17 @@ TEST_F(PrepareBlueprint, RefusesOtherGames) {
     EXPECT_EQ(qualityNames(), (std::vector<std::string>{"quick", "good", "best"}));
     EXPECT_EQ(prepare("great").status, 2);
     EXPECT_EQ(callTamarin({"prepare", "kuhn.limit.3p.game", "--quality", "quick"}).status, 2);
-    for (const std::string game :
-         {"holdem.limit.3p.game", "holdem.nolimit.2p.reverse_blinds.game"}) {
-        const ToolboxRun refused = callTamarin({"prepare", game, "--quality", "quick"});
-        EXPECT_EQ(refused.status, 1);
-        EXPECT_NE(refused.err.find("--quality: " + game + ": a blueprint is for"),
-                  std::string::npos)
-            << refused.err;
-        EXPECT_FALSE(fs::exists(game)) << "nothing was begun";
-    }
+    std::ofstream("three.game")
+        << "GAMEDEF\nnolimit\nnumPlayers = 3\nnumRounds = 4\nstack = 900 900 900\n"
+           "blind = 5 10 0\nfirstPlayer = 3 1 1 1\nnumSuits = 4\nnumRanks = 13\n"
+           "numHoleCards = 2\nnumBoardCards = 0 3 1 1\nEND GAMEDEF\n";
+    const ToolboxRun refused = callTamarin({"prepare", "three.game", "--quality", "quick"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.err.find("--quality: three.game: no-limit for more than two seats has no "
+                               "menu"),
+              std::string::npos)
+        << refused.err;
+    EXPECT_FALSE(fs::exists("strategies")) << "nothing was begun";
 }
 
 } // namespace
