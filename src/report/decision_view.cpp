@@ -53,7 +53,7 @@ std::string gridCell(const DecisionView& view, const DecisionView::Total& total)
         return ".";
     std::array<double, 3> kinds{};
     for (size_t e = 0; e < view.edges.size(); ++e)
-        kinds[view.edges[e].type] += total.shares[e];
+        kinds[static_cast<size_t>(view.edges[e].type)] += total.shares[e];
     const auto best = static_cast<size_t>(std::ranges::max_element(kinds) - kinds.begin());
     return fmt::format("{}{:.0f}", actionChars[best], 100.0 * kinds[best]);
 }
